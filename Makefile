@@ -1,0 +1,52 @@
+# Thin fronts over scripts/ and the CMake presets, which can as well be called directly.
+
+.PHONY: help demo test build bench coverage format format-check lint clean
+.NOTPARALLEL:
+
+help:
+	@echo 'make demo          build everything and play the example session'
+	@echo 'make test          build everything and run the tests'
+	@echo 'make build         build everything into build/release/'
+	@echo 'make bench         build and run the benchmarks'
+	@echo 'make coverage      run the tests and show which lines they reached'
+	@echo 'make format        format the sources'
+	@echo 'make format-check  check that the sources are formatted'
+	@echo 'make lint          check the sources with clang-tidy'
+	@echo 'make clean         remove build/ (the fetched tools in .cache/ stay)'
+	@echo
+	@echo 'Whatever is missing is installed first, by scripts/setup.'
+
+demo: build
+	scripts/demo
+
+test: build
+	ctest --preset release
+
+build:
+	scripts/setup
+	cmake --preset release >/dev/null
+	cmake --build --preset release
+
+bench:
+	scripts/setup build wine bench
+	scripts/bench
+
+coverage:
+	scripts/setup build wine coverage
+	scripts/coverage
+
+format:
+	scripts/setup lint
+	scripts/format
+
+format-check:
+	scripts/setup lint
+	scripts/format --check
+
+lint:
+	scripts/setup build lint
+	scripts/lint
+
+clean:
+	-scripts/wine-stop
+	rm -rf build
