@@ -1,0 +1,10 @@
+# nimbo_add_plugin(NAME SOURCES...) builds NAME.dll on the framework, with the entry points that
+# the host looks up.
+function(nimbo_add_plugin name)
+    add_library(${name} SHARED ${ARGN} ${PROJECT_SOURCE_DIR}/plugin/Plugin.def)
+    set_target_properties(${name} PROPERTIES PREFIX "" OUTPUT_NAME ${name})
+    target_link_libraries(${name} PRIVATE framework nimbo_warnings)
+    # The entry points take their arguments off the stack, but are exported without the
+    # decoration that goes with it.
+    target_link_options(${name} PRIVATE -Wl,--enable-stdcall-fixup)
+endfunction()

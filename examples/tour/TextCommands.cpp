@@ -1,0 +1,135 @@
+#include "examples/tour/Tour.h"
+#include "platform/Toolbox.h"
+#include "shell/Strings.h"
+
+#include <array>
+#include <cctype>
+#include <cstdint>
+#include <span>
+
+namespace {
+
+using Bytes = std::span<const unsigned char>;
+
+Bytes BytesOf(Handle handle, long length) {
+    if (handle == nullptr || length <= 0) {
+        return {};
+    }
+    return {reinterpret_cast<const unsigned char*>(*handle), static_cast<std::size_t>(length)};
+}
+
+Bytes BytesOf(const TextBlock& text) {
+    return BytesOf(text.text, text.length);
+}
+
+std::array<std::uint32_t, 256> checksumTable;
+
+/// CRC-32 as in ZIP files and PNG pictures.
+std::uint32_t ChecksumOf(Bytes bytes) {
+    std::uint32_t checksum = 0xFFFFFFFF;
+    for (const unsigned char byte : bytes) {
+        checksum = checksum >> 8 ^ checksumTable[(checksum ^ byte) & 0xFF];
+    }
+    return ~checksum;
+}
+
+/// Calls `visit(letter, whether it begins a word)` for each letter of a Pascal string.
+template <typename Visit>
+void ForEachWord(unsigned char* string, Visit visit) {
+    bool inWord = false;
+    for (int i = 1; i <= string[0]; ++i) {
+        const bool letter = std::isalnum(string[i]) != 0 || string[i] == '\'';
+        if (letter) {
+            visit(string[i], !inWord);
+        }
+        inWord = letter;
+    }
+}
+
+unsigned char Upper(unsigned char letter) {
+    return static_cast<unsigned char>(std::toupper(letter));
+}
+
+unsigned char Lower(unsigned char letter) {
+    return static_cast<unsigned char>(std::tolower(letter));
+}
+
+} // namespace
+
+namespace Tour {
+
+void CountWords(CXParam* params, CXResult* result) {
+    long words = 0;
+    bool inWord = false;
+    for (const unsigned char byte : BytesOf(*params[0].GetTextBlockPtr())) {
+        const bool space = std::isspace(byte) != 0;
+        words += !space && !inWord ? 1 : 0;
+        inWord = !space;
+    }
+    result->SetLong(words);
+}
+
+void UpperText(CXParam* params, CXResult* result) {
+    const TextBlock& source = *params[0].GetTextBlockPtr();
+    // The result's text record belongs to the host; its handle is ours to size.
+    auto* const target = reinterpret_cast<TextBlock*>(result->GetCTextBlockPtr());
+    const long length = source.text != nullptr && source.length > 0 ? source.length : 0;
+    if (target->text == nullptr) {
+        target->text = NewHandle(length);
+    } else {
+        SetHandleSize(target->text, length);
+    }
+    params[1].SetBoolean(0);
+    if (MemError() != 0 || target->text == nullptr) {
+        return;
+    }
+    target->length = static_cast<short>(length);
+    for (long i = 0; i < length; ++i) {
+        const auto before = static_cast<unsigned char>((*source.text)[i]);
+        const unsigned char after = Upper(before);
+        (*target->text)[i] = static_cast<char>(after);
+        if (after != before) {
+            params[1].SetBoolean(1);
+        }
+    }
+}
+
+void PrepareChecksums() {
+    for (std::uint32_t byte = 0; byte < checksumTable.size(); ++byte) {
+        std::uint32_t entry = byte;
+        for (int bit = 0; bit < 8; ++bit) {
+            entry = (entry & 1) != 0 ? entry >> 1 ^ 0xEDB88320 : entry >> 1;
+        }
+        checksumTable[byte] = entry;
+    }
+}
+
+void Checksum(CXParam* params, CXResult* result) {
+    result->SetLong(static_cast<long>(ChecksumOf(BytesOf(*params[0].GetTextBlockPtr()))));
+}
+
+void BlobChecksum(CXParam* params, CXResult* result) {
+    Handle const blob = params[0].GetHandle();
+    const Bytes bytes = BytesOf(blob, blob != nullptr ? GetHandleSize(blob) : 0);
+    result->SetLong(static_cast<long>(ChecksumOf(bytes)));
+}
+
+void Initials(CXParam* params, CXResult* result) {
+    Str255 name;
+    params[0].GetString(name);
+    Str255 initials = {};
+    ForEachWord(name, [&initials](unsigned char letter, bool first) {
+        if (first) {
+            initials[++initials[0]] = Upper(letter);
+        }
+    });
+    result->SetString(initials);
+}
+
+void ProperCase(CXParam* params, CXResult*) {
+    ForEachWord(params[0].GetStringPtr(), [](unsigned char& letter, bool first) {
+        letter = first ? Upper(letter) : Lower(letter);
+    });
+}
+
+} // namespace Tour

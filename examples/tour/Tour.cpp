@@ -1,0 +1,65 @@
+#include "examples/tour/Tour.h"
+
+#include <iterator>
+
+namespace {
+
+// Parameters that a command changes are marked with "&".
+constexpr CommandEntry Commands[] = {
+    {"Count words", "(text) -> long", Tour::CountWords},
+    {"Upper text", "(text; &boolean changed) -> text", Tour::UpperText},
+    {"Checksum", "(text) -> long", Tour::Checksum},
+    {"Blob checksum", "(handle) -> long", Tour::BlobChecksum},
+    {"Initials", "(string) -> string", Tour::Initials},
+    {"Proper case", "(&string)", Tour::ProperCase},
+    {"Weekday", "(date) -> string", Tour::Weekday},
+    {"Next workday", "(date; long days) -> date", Tour::NextWorkday},
+    {"Order dates", "(&date; &date) -> boolean", Tour::OrderDates},
+    {"Clamp", "(&real; real low; real high) -> boolean", Tour::Clamp},
+    {"Round", "(extended; short digits) -> extended", Tour::RoundReal},
+    {"Percent", "(real part; real whole) -> short", Tour::Percent},
+    {"Rect parts", "(rect; &short width; &short height; &long area)", Tour::RectParts},
+    {"Describe event", "(event) -> string", Tour::DescribeEvent},
+    {"Blank picture", "(rect) -> picture", Tour::BlankPicture},
+    {"Picture width", "(picture) -> short", Tour::PictureWidth},
+    {"Describe value", "(value) -> string", Tour::DescribeValue},
+    {"Sum longs", "(long array) -> long", Tour::SumLongs},
+    {"Swap longs", "(pointer; pointer) -> boolean", Tour::SwapLongs},
+};
+
+constexpr OSType Creator = 0x546F7572; // 'Tour'
+
+PlugInfo plugInfo = {
+    .reserved = 0,
+    .recordVersion = 1,
+    .recordSize = sizeof(PlugInfo),
+    .productName = "Tour",
+    .creator = Creator,
+    .version = 0x01008000, // 1.0 final
+    .resourceID = 0,
+    .resourceFile = 0,
+    .spare = 0,
+    .commandCount = std::size(Commands),
+    .commands = Commands,
+};
+
+TourPlug tour;
+
+} // namespace
+
+FourDPlug* gFourDPlug = &tour;
+
+TourPlug::TourPlug() : FourDPlug(&plugInfo) {}
+
+void TourPlug::BigInit() {
+    Tour::PrepareChecksums();
+}
+
+bool TourPlug::CommandNeedsBigInit(long command, CXParam*, CXResult*) {
+    const CommandHandler handler = Commands[command - 1].handler;
+    return handler == Tour::Checksum || handler == Tour::BlobChecksum;
+}
+
+bool TourPlug::TrackClientsOnServer() {
+    return true;
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "shell/FourDPlug.h"
+
+/// Tour: an example plug-in. Each command shows one way to take parameters or to give a result,
+/// on something that a database developer could use. Tour.cpp lists them with their parameters.
+class TourPlug : public FourDPlug {
+  public:
+    TourPlug();
+
+    void BigInit() override;
+    bool CommandNeedsBigInit(long command, CXParam* params, CXResult* result) override;
+    bool TrackClientsOnServer() override;
+};
+
+namespace Tour {
+
+// Texts
+void CountWords(CXParam* params, CXResult* result);
+void UpperText(CXParam* params, CXResult* result);
+void Checksum(CXParam* params, CXResult* result);
+void BlobChecksum(CXParam* params, CXResult* result);
+void Initials(CXParam* params, CXResult* result);
+void ProperCase(CXParam* params, CXResult* result);
+/// Fills the table that both checksums look up.
+void PrepareChecksums();
+
+// Dates
+void Weekday(CXParam* params, CXResult* result);
+void NextWorkday(CXParam* params, CXResult* result);
+void OrderDates(CXParam* params, CXResult* result);
+
+// Numbers
+void Clamp(CXParam* params, CXResult* result);
+void RoundReal(CXParam* params, CXResult* result);
+void Percent(CXParam* params, CXResult* result);
+
+// Rectangles, events and pictures
+void RectParts(CXParam* params, CXResult* result);
+void DescribeEvent(CXParam* params, CXResult* result);
+void BlankPicture(CXParam* params, CXResult* result);
+void PictureWidth(CXParam* params, CXResult* result);
+
+// Values, arrays and pointers
+void DescribeValue(CXParam* params, CXResult* result);
+void SumLongs(CXParam* params, CXResult* result);
+void SwapLongs(CXParam* params, CXResult* result);
+
+} // namespace Tour

@@ -1,0 +1,79 @@
+#include "examples/tour/Tour.h"
+#include "platform/Toolbox.h"
+#include "shell/Strings.h"
+
+#include <cstdio>
+#include <utility>
+
+namespace {
+
+void Describe(const ValueBlock& value, char* text, std::size_t size) {
+    switch (value.type) {
+    case ValueType::Real:
+        std::snprintf(text, size, "real %g", value.real.value);
+        break;
+    case ValueType::Text:
+        std::snprintf(text, size, "text of %d bytes", value.text.length);
+        break;
+    case ValueType::Date:
+        std::snprintf(text, size, "date %04d-%02d-%02d", value.date.year, value.date.month,
+                      value.date.day);
+        break;
+    case ValueType::Boolean:
+        std::snprintf(text, size, "boolean %s", value.boolean != 0 ? "true" : "false");
+        break;
+    case ValueType::Long:
+        std::snprintf(text, size, "long %ld", value.number);
+        break;
+    case ValueType::Time:
+        std::snprintf(text, size, "time %02ld:%02ld:%02ld", value.number / 3600,
+                      value.number / 60 % 60, value.number % 60);
+        break;
+    case ValueType::String:
+        std::snprintf(text, size, "string of %d characters", value.string.string[0]);
+        break;
+    default:
+        std::snprintf(text, size, "value of kind %d", value.type);
+        break;
+    }
+}
+
+} // namespace
+
+namespace Tour {
+
+void DescribeValue(CXParam* params, CXResult* result) {
+    ValueBlock value;
+    params[0].GetVarRec(value);
+    char text[80];
+    Describe(value, text, sizeof text);
+    Str255 description;
+    _CopyC2PStr(text, description);
+    result->SetString(description);
+}
+
+void SumLongs(CXParam* params, CXResult* result) {
+    const auto& array = *reinterpret_cast<const ValueBlock*>(params[0].GetArrayPtr());
+    unsigned long sum = 0; // wraps around, as the host's longs do
+    if (array.type == ValueType::LongArray && array.array.elements != nullptr) {
+        const auto* elements = reinterpret_cast<const long*>(*array.array.elements);
+        // The count is the host's word; the storage's size is a fact.
+        const long stored = GetHandleSize(array.array.elements) / long{sizeof(long)};
+        for (long i = 1; i <= array.array.count && i < stored; ++i) {
+            sum += static_cast<unsigned long>(elements[i]);
+        }
+    }
+    result->SetLong(static_cast<long>(sum));
+}
+
+void SwapLongs(CXParam* params, CXResult* result) {
+    auto* const first = static_cast<long*>(params[0].GetPointerPtr());
+    auto* const second = static_cast<long*>(params[1].GetPointerPtr());
+    const bool both = first != nullptr && second != nullptr;
+    if (both) {
+        std::swap(*first, *second);
+    }
+    result->SetBoolean(both ? 1 : 0);
+}
+
+} // namespace Tour

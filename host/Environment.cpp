@@ -1,0 +1,188 @@
+#include "host/FourD.h"
+#include "host/HostCall.h"
+#include "platform/ResultCodes.h"
+#include "platform/Toolbox.h"
+#include "shell/Strings.h"
+
+namespace {
+
+// Bits of the program information word.
+constexpr unsigned long HostCompiledBit = 1UL << 23;
+constexpr unsigned long ServerBit = 1UL << 25;
+constexpr unsigned long ClientBit = 1UL << 26;
+constexpr unsigned long CallerCompiledBit = 1UL << 27;
+constexpr unsigned long MessagesBit = 1UL << 28;
+
+/// "TSAF" in memory order. Hosts after 11.x answer the quick form of ProgramInfo to it.
+constexpr long FastMarker = 0x46415354;
+
+unsigned char AnyOf(unsigned long word, unsigned long bits) {
+    return (word & bits) != 0 ? 1 : 0;
+}
+
+/// Program information through the engine record, always without the marker.
+unsigned long EngineProgramInfo() {
+    HostCall call = HostCall::Engine(Select("ProgramInfo"));
+    call.Send();
+    return static_cast<unsigned long>(call->param1);
+}
+
+long SwitchEnvironment(SelectorPair selector, unsigned char mode) {
+    HostCall call(selector);
+    const long answer = call.Send();
+    gHost.macEnvironment = mode;
+    return answer;
+}
+
+} // namespace
+
+void FourD::Init(PackInitBlock* init) {
+    gHost = {};
+    gHost.version = init->hostVersion;
+    if (gHost.BcdVersion() > 0x05FF) {
+        init->acceptedVersion = gHost.version;
+    }
+    gHost.classicCallBack = init->classicCallBack;
+    if (gHost.HasEngine()) {
+        gHost.engineCallBack = init->engineCallBack;
+    }
+    gHost.pluginResID = _GetPluginResID();
+    gHost.pluginResFile = CurResFile();
+    gHost.programInfo = _GetProgramInfo();
+    gHost.macGlobals = _GetMacGlobals();
+    gHost.startupProcess = CurrentProcess();
+    gHost.startupWindow = GetFrontmostNonFloatingWindowOfProcess(1);
+}
+
+void FourD::Deinit() {}
+
+unsigned char FourD::Is4DClient() {
+    return AnyOf(gHost.programInfo, ClientBit);
+}
+
+unsigned char FourD::Is4DServer() {
+    return AnyOf(gHost.programInfo, ServerBit);
+}
+
+long FourD::GetVersion() {
+    HostCall call = HostCall::Classic(Select("ProgramInfo"));
+    call.Send();
+    return call->param2;
+}
+
+long FourD::Get4DVersionBCD() {
+    return GetVersion() >> 16;
+}
+
+void FourD::Get4DVersion(long* major, long* minor, long* fix) {
+    const auto version = static_cast<unsigned long>(GetVersion());
+    // Deliberate: the parts are sign-extended, so a digit of 8 or 9 comes back negative; callers
+    // compare them as they are.
+    const auto part = [version](int left, int right) {
+        return static_cast<long>(version << left) >> right;
+    };
+    if (major != nullptr) {
+        *major = part(8, 24);
+    }
+    if (minor != nullptr) {
+        *minor = part(4, 28);
+    }
+    if (fix != nullptr) {
+        *fix = part(0, 28);
+    }
+}
+
+long FourD::Get4DProgram() {
+    HostCall call = HostCall::Classic(Select("ProgramInfo"));
+    call.Send();
+    return call->param1;
+}
+
+void FourD::VersToVers4D(unsigned long version, unsigned char* out) {
+    const auto byteAt = [version](int shift) {
+        return static_cast<unsigned char>(version >> shift);
+    };
+    const auto stageLetter = [](unsigned char stage) -> unsigned char {
+        switch (stage) {
+        case 0x20:
+            return 'D';
+        case 0x40:
+            return 'A';
+        case 0x60:
+            return 'B';
+        case 0x80:
+            return 'F';
+        default:
+            return '0';
+        }
+    };
+    char digits[7];
+    _CharToHex(byteAt(0), digits);
+    _CharToHex(byteAt(24), digits + 2);
+    _CharToHex(byteAt(16), digits + 4);
+    out[0] = 8;
+    out[1] = stageLetter(byteAt(8));
+    out[2] = '0';
+    std::memcpy(out + 3, digits, 6);
+}
+
+unsigned char FourD::IsCompiled() {
+    return AnyOf(_GetProgramInfo(),
+                 gHost.HasEngine() ? HostCompiledBit | CallerCompiledBit : CallerCompiledBit);
+}
+
+unsigned char FourD::IsV11HostCompiled() {
+    return AnyOf(EngineProgramInfo(), HostCompiledBit);
+}
+
+unsigned char FourD::IsV11CallerCompiled() {
+    return AnyOf(EngineProgramInfo(), CallerCompiledBit);
+}
+
+unsigned char FourD::GetMessages() {
+    return AnyOf(static_cast<unsigned long>(Get4DProgram()), MessagesBit);
+}
+
+long FourD::Setup4DEnv() {
+    return SwitchEnvironment(Select("Setup4DEnv"), 0);
+}
+
+long FourD::SetupMacOSEnv() {
+    return SwitchEnvironment(Select("SetupMacOSEnv"), 1);
+}
+
+long FourD::GetPlatformInterface(long* kind) {
+    HostCall call(Select("PlatformInterface"));
+    call.Send();
+    if (call->error == ResultCode::NoError && kind != nullptr) {
+        *kind = call->param1;
+    }
+    return call->error;
+}
+
+unsigned char FourD::Reals64() {
+    HostCall call(Select("Reals64"));
+    call.Send();
+    return call->param1 != 0 ? 1 : 0;
+}
+
+void** _GetMacGlobals() {
+    HostCall call(Select("MacGlobals"));
+    call.Send();
+    return reinterpret_cast<void**>(call->handle);
+}
+
+unsigned long _GetProgramInfo() {
+    HostCall call(Select("ProgramInfo"));
+    if (gHost.BcdVersion() > 0x11FF) {
+        call->param3 = FastMarker;
+    }
+    call.Send();
+    return static_cast<unsigned long>(call->param1);
+}
+
+short _GetPluginResID() {
+    HostCall call(Select("PluginResID"));
+    call.Send();
+    return static_cast<short>(call->param1);
+}

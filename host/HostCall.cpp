@@ -1,0 +1,25 @@
+#include "host/HostCall.h"
+
+#include "host/FourD.h"
+#include "platform/ResultCodes.h"
+
+HostState gHost;
+
+long FourD::CallFourD(short selector, ParameterBlock& block) {
+    return gHost.classicCallBack(selector, &block);
+}
+
+long FourD::CallFourD11(short selector, FDEngineBlock& block) {
+    return gHost.engineCallBack(selector, &block);
+}
+
+long HostCall::Send() {
+    if (!engineCall) {
+        return FourD::CallFourD(number, classic);
+    }
+    if (gHost.engineCallBack == nullptr) { // a service that only newer hosts have
+        fields->error = ResultCode::BadParameter;
+        return 0;
+    }
+    return FourD::CallFourD11(number, engine);
+}

@@ -1,0 +1,192 @@
+#pragma once
+
+#include <string_view>
+
+/// One service of the host: its number in a call with the classic record and in one with the
+/// engine record; 0 where the host has no such call.
+struct SelectorPair {
+    std::string_view name;
+    short classic;
+    short engine;
+};
+
+// Every call into the host, and the only place where a selector's number is written. A pair is
+// chosen by host version; a classic-only selector goes through the classic call-back on every
+// host. The engine number is usually the negated classic one; the exceptions stand as the host
+// has them. The stand-in host names calls in its log from the same table.
+inline constexpr SelectorPair SelectorTable[] = {
+    // Tables, records and fields
+    {"NewRecord", 1, 0},
+    {"UpdateRecord", 2, 0},
+    {"GotoSelectedRecord", 5, 0},
+    {"RecordsInSelection", 6, 0},
+    {"CountFiles", 9, -9},
+    {"CountFields", 10, -10},
+    {"FileName", 11, 0},
+    {"FieldType", 12, -12},
+    {"GetFieldData", 17, 0},
+    {"SetFieldData", 18, 0},
+    {"GetPackedRecord", 26, 0},
+    {"SetPackedRecord", 27, 0},
+    {"FileFieldNumbers", 50, 0},
+    {"SelectedRecordNumber", 51, 0},
+    {"RecordNumber", 73, 0},
+    {"GotoRecord", 96, 0},
+
+    // Variables
+    {"GetProcessVariable", 19, 0},
+    {"SetProcessVariable", 20, 0},
+    {"GetVariable", -19, 0},
+    {"SetVariable", -20, 0},
+    {"GetVariableIP", -125, 0},
+    {"SetVariableIP", -126, 0},
+    {"GetLongIPVar", 125, 0},
+    {"UpdateVariables", 65, 0},
+
+    // Environment
+    {"PluginResID", 23, -23},
+    {"ProgramInfo", 56, -56},
+    {"SetMessages", 57, 0},
+    {"PrefsFolderPath", 115, 0},
+    {"Quit", 136, 0},
+    {"SetupMacOSEnv", 147, 0},
+    {"Setup4DEnv", 148, 0},
+    {"Reals64", 153, 0},
+    {"SwapReal64To80", 154, 0},
+    {"SwapReal80To64", 155, 0},
+    {"MacGlobals", 159, 0},
+    {"PlatformInterface", 164, 0},
+    {"DoAbout", 220, 0},
+    {"CheckFreeStack", 255, 0},
+    {"TipsEnabled", -256, 0},
+    {"SetTipsEnabled", -257, 0},
+    {"CreateTip", -305, 0},
+    {"StructureFolderPath", -411, -411},
+    {"HostFolderPath", -427, -427},
+    {"ExecuteOnMainThread", 0, -663},
+
+    // Statements, expressions and methods
+    {"ExecProc", 30, -30},
+    {"ExecLongFunc", 31, 0},
+    {"ExecRealFunc", -31, 0},
+    {"TokenizeProc", 82, 0},
+    {"TokenizeProcV12", 0, -82},
+    {"ExecTokenizedProc", 83, 0},
+    {"ExecTokenizedFunc", -84, -84},
+    {"DetokenizeProc", 116, 0},
+    {"MethodID", 117, 0},
+    {"ExecIndProc", 118, 0},
+    {"CallMethodID", -118, 0},
+    {"ByteSwapTokens", 162, 0},
+    {"EditFormula", -248, 0},
+    {"CommandName", -507, 0},
+    {"Alert", 249, -249},
+    {"Confirm", 250, -250},
+
+    // Text, values and pictures
+    {"FormatValue", 47, 0},
+    {"StringsEqual", 214, 0},
+    {"EditPicture", -402, 0},
+    {"ConvertCharacters", -424, 0},
+    {"HandleOperation", 0, -434},
+    {"CreateFDString", 0, -612},
+    {"SetFDString", 0, -613},
+    {"DisposeFDString", 0, -614},
+    {"CreateNativeBitmapImage", 0, -618},
+    {"DisposePicture", 0, -620},
+    {"PictureData", 0, -671},
+
+    // Processes and events
+    {"KillProcess", 86, -86},
+    {"FreezeProcess", -87, -87},
+    {"UnfreezeProcess", 88, -88},
+    {"PutProcessToSleep", 89, -89},
+    {"CurrentProcess", 91, -91},
+    {"YieldToOthers", 93, -93},
+    {"ProcessInfo", 94, -94},
+    {"ProcessCounts", 95, -95},
+    {"BringProcessToFront", 97, -97},
+    {"YieldAbsolute", 122, -122},
+    {"NewProcess", 158, -158},
+    {"PostProcessEvent", 165, 0},
+    {"NextEvent", -361, -361},
+    {"IsProcessDying", -414, -414},
+
+    // Client and server
+    {"ReadOnServer", 102, 0},
+    {"WriteOnServer", 103, 0},
+
+    // Printing
+    {"AcquirePrinter", 104, 0},
+    {"ReleasePrinter", 105, 0},
+    {"IsPrinterBusy", 120, 0},
+    {"PrintInfo", 130, 0},
+
+    // Windows, dialogs and the method editor
+    {"SetExternalWindowTitle", 66, 0},
+    {"WindowProcess", 90, -90},
+    {"SetWindowProcess", 92, -92},
+    {"MethodEditorText", 132, 0},
+    {"MethodEditorLine", 133, 0},
+    {"FloatingWindow", 134, 0},
+    {"NativeWindow", 161, 0},
+    {"UpdateDrawingContext", -161, 0},
+    {"SystemColors", 163, 0},
+    {"DialogFromWindow", 261, -261},
+    {"WindowFromDialog", 262, -262},
+    {"CurrentTextEdit", -81, 0},
+    {"SetWindowFocusable", -418, 0},
+    {"IsWindowFocusable", -419, 0},
+    {"FocusedWindow", -420, 0},
+    {"SetWindowFocused", -421, 0},
+    {"IsWindowFocused", -422, 0},
+
+    // The structure's resources. The host keeps the numbers -310 to -326, -342 to -348, -392
+    // and -417 for them; those that no operation here sends are listed as reserved.
+    {"OpenResFile", -310, -310},
+    {"CreateResFile", -311, 0},
+    {"CloseResFile", -312, -312},
+    {"StructResFileRef", -313, 0},
+    {"CountResTypes", -314, -314},
+    {"IndResType", -315, 0},
+    {"CountRes", -316, -316},
+    {"IndResID", -317, 0},
+    {"ResIDList", -318, 0},
+    {"ResTypeList", -319, 0},
+    {"ResName", -320, 0},
+    {"SetResName", -321, 0},
+    {"GetRes", -322, 0},
+    {"SetRes", -323, 0},
+    {"AddRes", -324, 0},
+    {"DelRes", -325, 0},
+    {"UpdateResFile", -326, 0},
+    {"Reserved342", -342, 0},
+    {"Reserved343", -343, 0},
+    {"Reserved344", -344, 0},
+    {"Reserved345", -345, 0},
+    {"Reserved346", -346, 0},
+    {"UniqueResID", -347, -347},
+    {"ResTimestamp", -348, 0},
+    {"Reserved392", -392, 0},
+    {"Reserved417", -417, 0},
+};
+
+/// The named selector; a name that is not in the table does not compile.
+consteval SelectorPair Select(std::string_view name) {
+    for (const SelectorPair& pair : SelectorTable) {
+        if (pair.name == name) {
+            return pair;
+        }
+    }
+    throw "no selector of this name";
+}
+
+/// The selector that carries `number` in a classic (or engine) call; null when there is none.
+constexpr const SelectorPair* FindSelector(long number, bool engine) {
+    for (const SelectorPair& pair : SelectorTable) {
+        if (number != 0 && (engine ? pair.engine : pair.classic) == number) {
+            return &pair;
+        }
+    }
+    return nullptr;
+}

@@ -1,0 +1,111 @@
+#pragma once
+
+#include "host/Records.h"
+#include "shell/Commands.h"
+#include "shell/GenericList.h"
+#include "shell/ServerCalls.h"
+
+#include <cstddef>
+#include <cstdint>
+
+/// A command's body: the host's parameter array and result cell.
+using CommandHandler = void (*)(CXParam* params, CXResult* result);
+
+/// One command. The dispatcher reads the handler only; name and usage are for people and tools.
+struct CommandEntry {
+    const char* name;
+    const char* usage;      ///< parameters and result, as in "(text; long) -> long"
+    CommandHandler handler; ///< null: the command does nothing
+};
+
+/// Static description of a plug-in, one per library, written by its author.
+struct PlugInfo {
+    short reserved;          ///< 0
+    short recordVersion;     ///< 1
+    long recordSize;         ///< sizeof(PlugInfo)
+    const char* productName; ///< short product name, zero-terminated
+    OSType creator;          ///< the plug-in's signature
+    unsigned long version;   ///< toolbox packed version: 0x01108000 is 1.1 final
+    short resourceID;        ///< set by FourDPlug::Init
+    short resourceFile;      ///< set by FourDPlug::Init
+    short spare;
+    unsigned short commandCount;  ///< commands run from 1 to this number
+    const CommandEntry* commands; ///< entry n - 1 describes command n; may be null
+};
+
+static_assert(sizeof(PlugInfo) == 32);
+static_assert(offsetof(PlugInfo, productName) == 8 && offsetof(PlugInfo, creator) == 12 &&
+              offsetof(PlugInfo, version) == 16 && offsetof(PlugInfo, resourceID) == 20 &&
+              offsetof(PlugInfo, resourceFile) == 22 && offsetof(PlugInfo, commandCount) == 26 &&
+              offsetof(PlugInfo, commands) == 28);
+
+/// The plug-in object: derive one class, make one static instance of it, point gFourDPlug at it.
+/// It receives every event of the host.
+class FourDPlug {
+  public:
+    /// `info` is kept, not copied; Init fills in its resource fields.
+    explicit FourDPlug(PlugInfo* info);
+
+    FourDPlug(const FourDPlug&) = delete;
+    FourDPlug& operator=(const FourDPlug&) = delete;
+
+    virtual ~FourDPlug();
+
+    /// After the host interface is ready (selectors -1, -200). Overrides call this one first.
+    virtual void Init(PackInitBlock* init);
+    /// Costly preparation, run once before the first command that asks for it.
+    virtual void BigInit();
+    /// Before the plug-in is unloaded (-2, -220). Overrides call this one last.
+    virtual void Deinit();
+    /// A host process has started (-3) or ends (-4). Ends of client processes update the clients.
+    virtual void HandleProcessStart(long process);
+    virtual void HandleProcessEnd(long process);
+    /// Whether `command` must wait for BigInit.
+    virtual bool CommandNeedsBigInit(long command, CXParam* params, CXResult* result);
+    /// Whether `command` may run now; when not, its result stays as the host set it.
+    virtual bool CanCallCommand(long command, CXParam* params, CXResult* result);
+    /// Runs command number `command`, 1 to the command count.
+    virtual void HandleCommand(long command, CXParam* params, CXResult* result);
+
+    // On the server.
+    /// Whether a client may connect.
+    virtual bool CanClientConnectOnServer(unsigned long cookie);
+    /// A client has connected, or is about to be forgotten. The record stays the framework's.
+    virtual void DoClientConnectOnServer(FourDClient* client);
+    virtual void DoClientDisconnectOnServer(FourDClient* client);
+    /// A client's procedure call; `data` is a handle that the framework disposes of.
+    virtual void DoProcOnServer(FourDClient* client, short kind, char** data);
+    /// A client's function call; `*result` may be given a new handle, which the framework takes.
+    virtual void DoFuncOnServer(FourDClient* client, short kind, char** data, char*** result);
+    /// Whether clients identify themselves to the server.
+    virtual bool TrackClientsOnServer() = 0;
+
+    /// The one dispatcher behind the entry points. Nothing thrown leaves it.
+    static void PlugMain(long selector, CXParam* params, CXResult* result, long* data);
+
+    /// List comparison: a FourDClient with the process number that `key` (long*) points to.
+    static bool CompareClientProcess(void* client, void* key);
+
+  protected:
+    PlugInfo* info;
+    bool bigInitDone = false;
+    long lastCallID = 0;        ///< identifier last handed to a client
+    List serverCalls = nullptr; ///< pending function calls
+    List clients = nullptr;     ///< connected clients (FourDClient)
+
+  private:
+    void HandleEvent(long selector, void* argument, std::uint32_t* result);
+    void DestroyLists();
+    void ForgetClient(FourDClient* client);
+
+    // Requests to the server's copy (-201 to -207).
+    bool HandleClientConnectOnServer(ReadWriteBlock* block);
+    void HandleClientDisconnectOnServer(ReadWriteBlock* block);
+    char* HandleReadOnServer(ReadWriteBlock* block);
+    void HandleWriteOnServer(ReadWriteBlock* block, char* data);
+    void HandleCleanupOnServer(ReadWriteBlock* block, char* data);
+};
+
+/// The library's one plug-in object. Defined by the plug-in, statically initialised. While it is
+/// null no selector has any effect.
+extern FourDPlug* gFourDPlug;

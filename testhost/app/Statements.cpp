@@ -1,0 +1,457 @@
+#include "host/Selectors.h"
+#include "testhost/app/Player.h"
+#include "testhost/app/Script.h"
+#include "testhost/app/Values.h"
+#include "testhost/engine/RecordFields.h"
+
+#include <algorithm>
+#include <span>
+
+namespace {
+using Action = std::function<void(Player&)>;
+
+// One of the words that may follow a statement's first word, and how the rest is read.
+struct Choice {
+    std::string_view name;
+    std::string_view usage;
+    std::string_view help;
+    Action (*parse)(Words& words);
+};
+
+Action ParseChoice(std::span<const Choice> choices, Words& words) {
+    std::string names;
+    for (const Choice& choice : choices) {
+        if (words.TakeIf(choice.name)) {
+            return choice.parse(words);
+        }
+        names += (names.empty() ? "'" : ", '") + std::string(choice.name) + "'";
+    }
+    words.TakeWord("one of " + names);
+    throw ScriptError("expected one of " + names);
+}
+
+void FailNotStarted(Player& player) {
+    player.Fail("the plug-in is not started");
+}
+
+// The selectors with which a host starts and stops a plug-in, the usual one first.
+Action ParseStart(Words& words) {
+    long selector = words.IsNumber() ? words.TakeNumber("-1 or -200") : -1;
+    if (selector != -1 && selector != -200) {
+        throw ScriptError("a plug-in is started with -1 or -200");
+    }
+    return [selector](Player& player) {
+        if (player.session.IsStarted()) {
+            return player.Fail("the plug-in is already started");
+        }
+        player.session.Start(selector);
+    };
+}
+
+Action ParseStop(Words& words) {
+    long selector = words.IsNumber() ? words.TakeNumber("-2 or -220") : -2;
+    if (selector != -2 && selector != -220) {
+        throw ScriptError("a plug-in is stopped with -2 or -220");
+    }
+    return [selector](Player& player) {
+        if (!player.session.IsStarted()) {
+            return FailNotStarted(player);
+        }
+        player.session.Stop(selector);
+    };
+}
+
+// A process as scripts name it, found only when the script is played.
+struct ProcessName {
+    long number;
+    std::string name;
+
+    long Find(Host& host) const {
+        return name.empty() ? (host.FindProcess(number) != nullptr ? number : 0)
+                            : host.FindProcess(name);
+    }
+    std::string Text() const {
+        return name.empty() ? "process " + std::to_string(number)
+                            : "living process " + Quoted(name);
+    }
+};
+
+ProcessName TakeProcess(Words& words) {
+    if (words.IsString()) {
+        return {0, words.TakeString("a process name")};
+    }
+    return {words.TakeNumber("a process number or name", 1), {}};
+}
+
+// Runs `act` with the process's number, or fails when the host has no such process.
+template <typename Act>
+Action WithProcess(ProcessName process, Act act) {
+    return [process = std::move(process), act](Player& player) {
+        long number = process.Find(player.host);
+        if (number == 0) {
+            return player.Fail("the host has no " + process.Text());
+        }
+        act(player, number);
+    };
+}
+
+Action ParseProcessStart(Words& words) {
+    return [name = words.TakeString("the process's name")](Player& player) {
+        if (!player.session.IsStarted()) {
+            return FailNotStarted(player);
+        }
+        player.session.ProcessStart(name);
+    };
+}
+
+Action ParseProcessEnd(Words& words) {
+    return WithProcess(TakeProcess(words), [](Player& player, long number) {
+        if (!player.session.IsStarted()) {
+            return FailNotStarted(player);
+        }
+        player.session.ProcessEnd(number);
+    });
+}
+
+Action ParseProcessDying(Words& words) {
+    return WithProcess(TakeProcess(words), [](Player& player, long number) {
+        player.host.FindProcess(number)->isDying = true;
+    });
+}
+
+constexpr Choice processChoices[] = {
+    {"start", "\"Name\"", "a process starts, and the plug-in is told", ParseProcessStart},
+    {"end", "N|\"Name\"", "a process ends, and the plug-in is told", ParseProcessEnd},
+    {"dying", "N|\"Name\"", "a process is asked to end", ParseProcessDying},
+};
+
+struct CommandCall {
+    long command;
+    std::vector<TypedValue> parameters;
+    TypedValue result; // what it has to be, or only its kind
+    bool checksResult; // false: any value of the kind will do
+};
+
+void PlayCall(Player& player, const CommandCall& call) {
+    if (!player.session.IsStarted()) {
+        return FailNotStarted(player);
+    }
+    const HostOptions& options = player.host.options;
+    player.arguments = std::make_unique<Arguments>(call.parameters,
+                                                   options.callerCompiled || options.hostCompiled);
+    player.result = player.session.Call(call.command, *player.arguments, call.result.kind);
+    if (player.result.kind != ValueKind::None) {
+        player.Note("result: " + Describe(player.result));
+    }
+    for (size_t number = 1; number <= call.parameters.size(); ++number) {
+        TypedValue now = player.arguments->At(number);
+        if (now != call.parameters[number - 1]) {
+            player.Note("parameter " + std::to_string(number) + ": " + Describe(now));
+        }
+    }
+    if (call.checksResult) {
+        player.Expect(player.result == call.result, Describe(call.result), Describe(player.result));
+    } else if (call.result.kind == ValueKind::None && player.result.kind != ValueKind::None) {
+        player.Fail("the command has a result; say of which kind with ->");
+    }
+}
+
+Action ParseCall(Words& words) {
+    CommandCall call{.command = words.TakeNumber("a command number", -0x8000, 0x7FFF),
+                     .parameters = {},
+                     .result = {},
+                     .checksResult = false};
+    bool hasResult = words.TakeIf("->");
+    while (!hasResult && !words.AtEnd()) {
+        call.parameters.push_back(TakeValue(words));
+        if (call.parameters.back().kind == ValueKind::None) {
+            throw ScriptError("a parameter cannot be of the kind none");
+        }
+        hasResult = words.TakeIf("->");
+    }
+    if (hasResult) {
+        call.result.kind = TakeKind(words);
+        if (!ResultCell::Accepts(call.result.kind)) {
+            throw ScriptError("a command cannot have a result of the kind " +
+                              std::string(KindName(call.result.kind)));
+        }
+        call.checksResult = call.result.kind == ValueKind::None || !words.AtEnd();
+        if (call.checksResult) {
+            call.result = TakeValueOf(call.result.kind, words);
+        }
+    }
+    return [call](Player& player) { PlayCall(player, call); };
+}
+
+template <bool HostOptions::*Option>
+Action ParseOption(Words& words) {
+    return [on = words.TakeOnOff()](Player& player) { player.host.options.*Option = on; };
+}
+
+template <long HostOptions::*Option>
+Action ParseOption(Words& words) {
+    return [number = words.TakeNumber("a number")](Player& player) {
+        player.host.options.*Option = number;
+    };
+}
+
+Action ParseCurrentProcess(Words& words) {
+    return WithProcess(TakeProcess(words),
+                       [](Player& player, long number) { player.host.currentProcess = number; });
+}
+
+constexpr Choice settings[] = {
+    {"compiled", "on|off", "the calling database runs compiled",
+     ParseOption<&HostOptions::callerCompiled>},
+    {"host-compiled", "on|off", "the host database runs compiled",
+     ParseOption<&HostOptions::hostCompiled>},
+    {"messages", "on|off", "progress messages are shown", ParseOption<&HostOptions::messages>},
+    {"reals64", "on|off", "reals are 64-bit", ParseOption<&HostOptions::reals64>},
+    {"globals", "on|off", "the host has a globals record", ParseOption<&HostOptions::hasGlobals>},
+    {"platform", "N", "the platform interface", ParseOption<&HostOptions::platformInterface>},
+    {"free-stack", "N", "bytes of free stack", ParseOption<&HostOptions::freeStack>},
+    {"process", "N|\"Name\"", "the process in which the plug-in is called", ParseCurrentProcess},
+};
+
+Action ParseWindowAdd(Words& words) {
+    if (!words.TakeIf("process")) {
+        throw ScriptError("expected 'process' and a number or name");
+    }
+    ProcessName process = TakeProcess(words);
+    if (!words.TakeIf("kind")) {
+        throw ScriptError("expected 'kind' and a number");
+    }
+    auto kind = static_cast<short>(words.TakeNumber("the window's kind", -0x8000, 0x7FFF));
+    bool visible = !words.TakeIf("invisible");
+    return WithProcess(std::move(process), [kind, visible](Player& player, long number) {
+        player.host.windows.AddInFront(number, kind, visible);
+    });
+}
+
+Action ParseWindowClear(Words&) {
+    return [](Player& player) { player.host.windows.Clear(); };
+}
+
+constexpr Choice windowChoices[] = {
+    {"add", "process N|\"Name\" kind K [invisible]", "a window opens in front of all others",
+     ParseWindowAdd},
+    {"clear", "", "every window closes", ParseWindowClear},
+};
+
+Action ParseEcho(Words& words) {
+    return [text = words.TakeString("a text")](Player& player) { player.Echo(text); };
+}
+
+// The name of a call into the host, as the transcript shows it.
+std::string TakeCallName(Words& words) {
+    std::string name = words.TakeWord("the name of a host call");
+    if (std::ranges::none_of(SelectorTable,
+                             [&](const SelectorPair& pair) { return pair.name == name; })) {
+        throw ScriptError("the host has no call '" + name + "'");
+    }
+    return name;
+}
+
+Action ParseExpectCall(Words& words) {
+    std::string name = TakeCallName(words);
+    bool counted = words.TakeIf("times");
+    auto times = counted ? static_cast<size_t>(words.TakeNumber("a count", 0)) : 0;
+    return [name, counted, times](Player& player) {
+        size_t calls = player.host.log.Named(name, true).size();
+        player.Expect(counted ? calls == times : calls > 0,
+                      counted ? std::to_string(times) + " calls of " + name : "a call of " + name,
+                      std::to_string(calls));
+    };
+}
+
+Action ParseExpectNoCall(Words& words) {
+    if (!words.TakeIf("call")) {
+        throw ScriptError("expected 'call' after 'expect no'");
+    }
+    return [name = TakeCallName(words)](Player& player) {
+        size_t calls = player.host.log.Named(name, true).size();
+        player.Expect(calls == 0, "no call of " + name, std::to_string(calls));
+    };
+}
+
+// The text that a field with the expected contents would show.
+std::string TakeFieldText(const RecordFieldInfo& field, Words& words) {
+    switch (field.type) {
+    case RecordFieldInfo::Type::PascalString:
+    case RecordFieldInfo::Type::Utf16:
+        return Quoted(words.TakeString("the field's text"));
+    case RecordFieldInfo::Type::Real:
+        return Describe(RealValue(words.TakeReal("the field's number")));
+    case RecordFieldInfo::Type::Date:
+        return Describe(TakeDate(words));
+    default:
+        return field.NumberText(words.TakeNumber("the field's number"));
+    }
+}
+
+// `sent` looks at a record as the plug-in sent it, otherwise as the host answered it.
+Action ParseExpectField(Words& words, bool sent) {
+    std::string name = TakeCallName(words);
+    std::string fieldName = words.TakeWord("the name of a field");
+    const RecordFieldInfo* field = FindRecordField(fieldName);
+    if (field == nullptr) {
+        throw ScriptError("call records have no field '" + fieldName + "'");
+    }
+    return [name, sent, field, expected = TakeFieldText(*field, words)](Player& player) {
+        std::string what = name + " " + std::string(field->name) + " = " + expected;
+        const LoggedCall* call = player.host.log.Last(name);
+        if (call == nullptr) {
+            return player.Expect(false, what, "no such call");
+        }
+        if (field->Size(call->IsEngine()) == 0) {
+            return player.Expect(false, what, "a classic call, which has no such field");
+        }
+        std::string got = field->Text(sent ? call->before : call->after, call->IsEngine());
+        player.Expect(got == expected, what, got);
+    };
+}
+
+Action ParseExpectParameter(Words& words) {
+    auto number = static_cast<size_t>(words.TakeNumber("a parameter's number", 1, 255));
+    return [number, expected = TakeValue(words)](Player& player) {
+        if (player.arguments == nullptr || number > player.arguments->Count()) {
+            return player.Fail("the last command called has no parameter " +
+                               std::to_string(number));
+        }
+        TypedValue got = player.arguments->At(number);
+        player.Expect(got == expected, Describe(expected), Describe(got));
+    };
+}
+
+Action ParseExpectResult(Words& words) {
+    return [expected = TakeValue(words)](Player& player) {
+        player.Expect(player.result == expected, Describe(expected), Describe(player.result));
+    };
+}
+
+Action ParseExpectProblems(Words& words) {
+    return [count = static_cast<size_t>(words.TakeNumber("a count", 0))](Player& player) {
+        player.Expect(player.OpenProblems() == count, std::to_string(count) + " problems",
+                      std::to_string(player.OpenProblems()));
+        player.AcceptProblems();
+    };
+}
+
+Action ParseExpectSent(Words& words) {
+    return ParseExpectField(words, true);
+}
+
+Action ParseExpectAnswered(Words& words) {
+    return ParseExpectField(words, false);
+}
+
+constexpr Choice expectations[] = {
+    {"param", "N KIND VALUE", "parameter N of the last command, as it is now",
+     ParseExpectParameter},
+    {"result", "KIND VALUE", "the result of the last command", ParseExpectResult},
+    {"call", "NAME [times N]", "the host was called so since the plug-in was last entered",
+     ParseExpectCall},
+    {"no", "call NAME", "it did not", ParseExpectNoCall},
+    {"sent", "NAME FIELD VALUE", "a field of the last such call, as the plug-in sent it",
+     ParseExpectSent},
+    {"answered", "NAME FIELD VALUE", "the same, as the host answered it", ParseExpectAnswered},
+    {"problems", "N", "so many since the last such line; they count no more", ParseExpectProblems},
+};
+
+Action ParseProcess(Words& words) {
+    return ParseChoice(processChoices, words);
+}
+
+Action ParseSet(Words& words) {
+    return ParseChoice(settings, words);
+}
+
+Action ParseWindow(Words& words) {
+    return ParseChoice(windowChoices, words);
+}
+
+Action ParseExpect(Words& words) {
+    return ParseChoice(expectations, words);
+}
+
+struct StatementRow {
+    StatementKind kind;
+    std::span<const Choice> choices; ///< explained beneath it
+};
+
+const StatementRow statements[] = {
+    {{"start", "[-1|-200]", "initialises the plug-in", ParseStart}, {}},
+    {{"stop", "[-2|-220]", "de-initialises it", ParseStop}, {}},
+    {{"call", "N [KIND VALUE]... [-> KIND [VALUE]]",
+      "calls command N; -> long takes any long for a result", ParseCall},
+     {}},
+    {{"process", "...", "starts and ends processes of the host", ParseProcess}, processChoices},
+    {{"window", "...", "opens and closes windows of the host", ParseWindow}, windowChoices},
+    {{"set", "...", "changes the host", ParseSet}, settings},
+    {{"expect", "...", "states what has to be so", ParseExpect}, expectations},
+    {{"echo", "\"text\"", "prints the text", ParseEcho}, {}},
+};
+
+struct KindHelp {
+    std::string_view usage;
+    std::string_view help;
+};
+
+constexpr KindHelp kindHelp[] = {
+    {"short N, long N", "16 and 32 bits; decimal, or hexadecimal with 0x"},
+    {"boolean true|false|N", "one byte"},
+    {"real X, extended X", "64-bit, and the host's 10 bytes"},
+    {"string \"...\"", "Pascal string of at most 255 bytes"},
+    {"text \"...\"", "text block of at most 32000 bytes"},
+    {"date YYYY-MM-DD", "0000-00-00 is the empty date"},
+    {"rect TOP LEFT BOTTOM RIGHT", "16 bits each"},
+    {"event WHAT MESSAGE WHEN V H MODIFIERS", "toolbox event; WHEN in ticks"},
+    {R"(picture "..."|null, handle "..."|null)", "handle with these bytes"},
+    {R"(array long N..., array text "..."...)", "whole arrays, elements 1 and on"},
+    {"value KIND VALUE", "the host's tagged value of any kind above but short, extended,"},
+    {"", "rect, event, picture, handle and arrays; besides these:"},
+    {"  time SECONDS, blob \"...\"|null, undefined", ""},
+    {"pointer KIND VALUE|null", "laid out as the host's compiled flags say"},
+    {"none", "only as a result: the command must leave the result alone"},
+};
+
+void PrintLine(std::ostream& out, size_t indent, std::string text, std::string_view help) {
+    constexpr size_t column = 50;
+    text.insert(0, indent, ' ');
+    if (!help.empty()) {
+        text.resize(std::max(text.size() + 2, column), ' ');
+    }
+    out << text << help << "\n";
+}
+} // namespace
+
+const StatementKind* FindStatementKind(std::string_view name) {
+    for (const StatementRow& row : statements) {
+        if (row.kind.name == name) {
+            return &row.kind;
+        }
+    }
+    return nullptr;
+}
+
+void PrintLanguageHelp(std::ostream& out) {
+    out << "A script has one statement on a line; # begins a comment. Strings stand in quotation\n"
+           "marks and know the escapes "
+        << R"(\" \\ \n \r \t \xNN)"
+        << ".\n\nStatements:\n";
+    for (const StatementRow& row : statements) {
+        std::string name(row.kind.name);
+        PrintLine(out, 2, name + " " + std::string(row.kind.usage), row.kind.help);
+        for (const Choice& choice : row.choices) {
+            PrintLine(out, 4,
+                      name + " " + std::string(choice.name) + " " + std::string(choice.usage),
+                      choice.help);
+        }
+    }
+    out << "\nKinds and values:\n";
+    for (const KindHelp& kind : kindHelp) {
+        PrintLine(out, 2, std::string(kind.usage), kind.help);
+    }
+    out << "\nNAME is the name of a host call and FIELD a field of its record, both as the\n"
+           "transcript shows them. A field's value is a number or a string.\n";
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "testhost/app/Words.h"
+#include "testhost/engine/TypedValue.h"
+
+/// Takes a kind: "long", "array text", "value". Throws ScriptError for an unknown one.
+ValueKind TakeKind(Words& words);
+/// Takes what follows a kind to make a value of it: `7` after "long", `1 2 3` after "array long".
+TypedValue TakeValueOf(ValueKind kind, Words& words);
+/// Takes a kind and its value: `long 7`.
+TypedValue TakeValue(Words& words);
+/// Takes a date: 2026-11-21.
+TypedValue TakeDate(Words& words);

@@ -1,0 +1,168 @@
+#include "testhost/app/Words.h"
+
+#include "testhost/engine/TypedValue.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+
+namespace {
+bool IsBlank(char character) {
+    return character == ' ' || character == '\t' || character == '\r';
+}
+
+char TakeEscape(std::string_view line, size_t& place) {
+    char kind = place < line.size() ? line[place++] : '\0';
+    switch (kind) {
+    case '"':
+    case '\\':
+        return kind;
+    case 'n':
+        return '\n';
+    case 'r':
+        return '\r';
+    case 't':
+        return '\t';
+    case 'x': {
+        unsigned value = 0;
+        const char* digits = line.data() + place;
+        const char* end = digits + std::min<size_t>(2, line.size() - place);
+        if (std::from_chars(digits, end, value, 16).ptr == digits + 2) {
+            place += 2;
+            return static_cast<char>(value);
+        }
+        throw ScriptError("two hexadecimal digits must follow \\x");
+    }
+    default:
+        throw ScriptError(R"(unknown escape in a string: use \" \\ \n \r \t or \xNN)");
+    }
+}
+
+// From behind the opening quotation mark to behind the closing one.
+std::string TakeQuotedText(std::string_view line, size_t& place) {
+    std::string text;
+    while (place < line.size()) {
+        char character = line[place++];
+        if (character == '"') {
+            return text;
+        }
+        text += character == '\\' ? TakeEscape(line, place) : character;
+    }
+    throw ScriptError("a string does not end");
+}
+
+std::optional<long long> ParseNumber(std::string_view text) {
+    bool negative = text.starts_with('-');
+    std::string_view digits = text.substr(negative ? 1 : 0);
+    int base = 10;
+    if (digits.starts_with("0x") || digits.starts_with("0X")) {
+        digits.remove_prefix(2);
+        base = 16;
+    }
+    unsigned long value = 0;
+    auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value, base);
+    if (digits.empty() || error != std::errc() || end != digits.data() + digits.size()) {
+        return std::nullopt;
+    }
+    if (base == 16 && !negative) {
+        return static_cast<long>(value); // 0xFFFFFFFF is -1: hexadecimal stands for 32 bits
+    }
+    auto number = static_cast<long long>(value);
+    return negative ? -number : number;
+}
+} // namespace
+
+Words::Words(std::string_view line) {
+    size_t place = 0;
+    while (place < line.size() && line[place] != '#') {
+        if (IsBlank(line[place])) {
+            ++place;
+        } else if (line[place] == '"') {
+            words.push_back({TakeQuotedText(line, ++place), true});
+        } else {
+            size_t start = place;
+            while (place < line.size() && !IsBlank(line[place]) && line[place] != '"' &&
+                   line[place] != '#') {
+                ++place;
+            }
+            words.push_back({std::string(line.substr(start, place - start)), false});
+        }
+    }
+}
+
+void Words::Missing(std::string_view what) const {
+    std::string found = "the end of the line";
+    if (!AtEnd()) {
+        found = words[next].quoted ? Quoted(words[next].text) : "'" + words[next].text + "'";
+    }
+    throw ScriptError("expected " + std::string(what) + ", found " + found);
+}
+
+bool Words::IsNumber() const {
+    return !AtEnd() && !words[next].quoted && ParseNumber(words[next].text).has_value();
+}
+
+std::string Words::TakeWord(std::string_view what) {
+    if (AtEnd() || words[next].quoted) {
+        Missing(what);
+    }
+    return words[next++].text;
+}
+
+std::string Words::TakeString(std::string_view what) {
+    if (!IsString()) {
+        Missing(std::string(what) + " in quotation marks");
+    }
+    return words[next++].text;
+}
+
+long Words::TakeNumber(std::string_view what, long lowest, long highest) {
+    if (!IsNumber()) {
+        Missing(what);
+    }
+    long long number = *ParseNumber(words[next].text);
+    if (number < lowest || number > highest) {
+        Missing(std::string(what) + " from " + std::to_string(lowest) + " to " +
+                std::to_string(highest));
+    }
+    ++next;
+    return static_cast<long>(number);
+}
+
+double Words::TakeReal(std::string_view what) {
+    double number = 0;
+    if (!AtEnd() && !words[next].quoted) {
+        const std::string& text = words[next].text;
+        const char* end = text.data() + text.size();
+        auto parsed = std::from_chars(text.data(), end, number);
+        if (parsed.ec == std::errc() && parsed.ptr == end) {
+            ++next;
+            return number;
+        }
+    }
+    Missing(what);
+}
+
+bool Words::TakeOnOff() {
+    if (TakeIf("on")) {
+        return true;
+    }
+    if (!TakeIf("off")) {
+        Missing("'on' or 'off'");
+    }
+    return false;
+}
+
+bool Words::TakeIf(std::string_view word) {
+    if (AtEnd() || words[next].quoted || words[next].text != word) {
+        return false;
+    }
+    ++next;
+    return true;
+}
+
+void Words::ExpectEnd() const {
+    if (!AtEnd()) {
+        Missing("the end of the line");
+    }
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// What is wrong with a line of a script or with the command line, as a phrase for its author.
+class ScriptError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// The words and quoted strings of one line of a script, taken one after another. Everything
+/// that takes throws ScriptError when something else stands there; `what` names what should.
+class Words {
+  public:
+    /// Splits a line: words, strings in quotation marks (escapes \" \\ \n \r \t \xNN), and a
+    /// comment from # on. Throws ScriptError for a string that is wrong or does not end.
+    explicit Words(std::string_view line);
+
+    bool AtEnd() const { return next == words.size(); }
+    /// Whether a quoted string, or a number, comes next.
+    bool IsString() const { return !AtEnd() && words[next].quoted; }
+    bool IsNumber() const;
+
+    std::string TakeWord(std::string_view what);
+    std::string TakeString(std::string_view what);
+    /// A decimal number, or a hexadecimal one with 0x (which may use all 32 bits).
+    long TakeNumber(std::string_view what, long lowest = -0x7FFFFFFF - 1,
+                    long highest = 0x7FFFFFFF);
+    double TakeReal(std::string_view what);
+    bool TakeOnOff();
+    /// Takes the next word if it is this one.
+    bool TakeIf(std::string_view word);
+    void ExpectEnd() const;
+
+  private:
+    struct Word {
+        std::string text;
+        bool quoted;
+    };
+
+    [[noreturn]] void Missing(std::string_view what) const;
+
+    std::vector<Word> words;
+    size_t next = 0;
+};

@@ -1,0 +1,108 @@
+#include "testhost/engine/CallLog.h"
+
+#include "testhost/engine/RecordFields.h"
+
+#include <algorithm>
+
+namespace {
+bool IsZero(std::span<const unsigned char> bytes) {
+    return std::ranges::all_of(bytes, [](unsigned char byte) { return byte == 0; });
+}
+
+// "name = value" for every field that `picked` accepts.
+template <typename Picked>
+std::string FieldList(std::span<const unsigned char> record, bool engine, Picked picked) {
+    std::string list;
+    for (const RecordFieldInfo& field : RecordFields()) {
+        size_t offset = field.Offset(engine);
+        size_t size = field.Size(engine);
+        if (size > 0 && picked(offset, size)) {
+            list += list.empty() ? "" : ", ";
+            list += std::string(field.name) + " = " + field.Text(record, engine);
+        }
+    }
+    return list;
+}
+} // namespace
+
+const CallFields& LoggedCall::Shared(const std::vector<unsigned char>& record) const {
+    if (IsEngine()) {
+        return *reinterpret_cast<const FDEngineBlock*>(record.data());
+    }
+    return *reinterpret_cast<const ParameterBlock*>(record.data());
+}
+
+const EngineFields& LoggedCall::Extra(const std::vector<unsigned char>& record) const {
+    return *reinterpret_cast<const FDEngineBlock*>(record.data());
+}
+
+const unsigned char* LoggedCall::ValueText(const std::vector<unsigned char>& record) const {
+    return IsEngine() ? reinterpret_cast<const FDEngineBlock*>(record.data())->valueText
+                      : reinterpret_cast<const ParameterBlock*>(record.data())->valueText;
+}
+
+std::string LoggedCall::Describe() const {
+    if (IsIntoPlugin()) {
+        // A command's name holds its number already.
+        return selector > 0 ? name : name + " (" + std::to_string(selector) + ")";
+    }
+    std::span sent(before);
+    std::span answered(after);
+    std::string text =
+        name + " (" + std::to_string(selector) + (IsEngine() ? ", engine)" : ", classic)");
+    std::string inputs = FieldList(sent, IsEngine(), [&](size_t offset, size_t size) {
+        return !IsZero(sent.subspan(offset, size));
+    });
+    std::string outputs = FieldList(answered, IsEngine(), [&](size_t offset, size_t size) {
+        return !std::ranges::equal(sent.subspan(offset, size), answered.subspan(offset, size));
+    });
+    if (!inputs.empty()) {
+        text += "  " + inputs;
+    }
+    if (!outputs.empty()) {
+        text += "  → " + outputs;
+    }
+    return text;
+}
+
+void CallLog::SetLimit(size_t crossings) {
+    limit = crossings;
+    while (calls.size() > limit) {
+        calls.pop_front();
+    }
+}
+
+void CallLog::Add(LoggedCall call) {
+    ++(call.IsIntoPlugin() ? pluginCalls : hostCalls);
+    if (limit == 0) {
+        return;
+    }
+    if (calls.size() == limit) {
+        calls.pop_front();
+    }
+    calls.push_back(std::move(call));
+    if (onAdded) {
+        onAdded(calls.back());
+    }
+}
+
+void CallLog::Clear() {
+    calls.clear();
+}
+
+std::vector<const LoggedCall*> CallLog::Named(std::string_view name, bool sinceEntry) const {
+    std::vector<const LoggedCall*> found;
+    for (const LoggedCall& call : calls) {
+        if (call.IsIntoPlugin() && sinceEntry) {
+            found.clear();
+        } else if (!call.IsIntoPlugin() && call.name == name) {
+            found.push_back(&call);
+        }
+    }
+    return found;
+}
+
+const LoggedCall* CallLog::Last(std::string_view name) const {
+    std::vector<const LoggedCall*> found = Named(name);
+    return found.empty() ? nullptr : found.back();
+}

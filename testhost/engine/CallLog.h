@@ -1,0 +1,84 @@
+#pragma once
+
+#include "host/Records.h"
+
+#include <deque>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// One crossing of the boundary between host and plug-in.
+struct LoggedCall {
+    enum class Kind {
+        IntoPlugin, ///< the host called an entry point
+        Classic,    ///< the plug-in called the classic call-back
+        Engine,     ///< the plug-in called the engine call-back
+    };
+
+    Kind kind = Kind::Classic;
+    long selector = 0;
+    std::string name;                  ///< of the selector; for an entry, what the host calls for
+    std::vector<unsigned char> before; ///< the record as sent (empty for an entry)
+    std::vector<unsigned char> after;  ///< the record as answered
+    long returned = 0;                 ///< what the call-back returned
+    long process = 0;                  ///< process in which it happened
+    int depth = 0;                     ///< how many plug-in entries it happened inside
+
+    bool IsIntoPlugin() const { return kind == Kind::IntoPlugin; }
+    bool IsEngine() const { return kind == Kind::Engine; }
+
+    /// The shared fields as sent and as answered. Only for calls into the host.
+    const CallFields& Sent() const { return Shared(before); }
+    const CallFields& Answered() const { return Shared(after); }
+    /// What only the engine record has. Only for engine calls.
+    const EngineFields& EngineSent() const { return Extra(before); }
+    const EngineFields& EngineAnswered() const { return Extra(after); }
+    /// The Pascal string that ends the value area.
+    const unsigned char* ValueTextSent() const { return ValueText(before); }
+    const unsigned char* ValueTextAnswered() const { return ValueText(after); }
+
+    /// One line: selector, non-zero fields as sent, then the fields that the host changed.
+    /// "CurrentProcess (-91, engine)  → param1 = 1"
+    std::string Describe() const;
+
+  private:
+    const CallFields& Shared(const std::vector<unsigned char>& record) const;
+    const EngineFields& Extra(const std::vector<unsigned char>& record) const;
+    const unsigned char* ValueText(const std::vector<unsigned char>& record) const;
+};
+
+/// Everything that crossed the boundary, oldest first. A call into the host is entered when it
+/// returns, an entry into the plug-in when it begins.
+class CallLog {
+  public:
+    /// Keeps at most this many crossings, dropping the oldest; 0 keeps none, and then no record
+    /// is copied either (for benchmarks). The counts go on in any case.
+    void SetLimit(size_t crossings);
+    bool IsRecording() const { return limit > 0; }
+    void Add(LoggedCall call);
+    /// Only counts a call into the host.
+    void CountOnly() { ++hostCalls; }
+    /// Forgets the crossings; the counts stay.
+    void Clear();
+
+    const std::deque<LoggedCall>& Calls() const { return calls; }
+    /// The calls into the host of this selector name that are still kept, oldest first. With
+    /// `sinceEntry`, only those since the last entry into the plug-in.
+    std::vector<const LoggedCall*> Named(std::string_view name, bool sinceEntry = false) const;
+    /// The last call into the host of this selector name; null when there is none.
+    const LoggedCall* Last(std::string_view name) const;
+
+    size_t HostCallCount() const { return hostCalls; }     ///< calls into the host
+    size_t PluginCallCount() const { return pluginCalls; } ///< calls into the plug-in
+
+    int depth = 0; ///< plug-in entries that are under way; kept by Session
+    /// Runs for every crossing that is added; may be empty.
+    std::function<void(const LoggedCall&)> onAdded;
+
+  private:
+    std::deque<LoggedCall> calls;
+    size_t limit = 100000;
+    size_t hostCalls = 0;
+    size_t pluginCalls = 0;
+};

@@ -1,0 +1,130 @@
+#include "testhost/engine/Host.h"
+
+#include <cctype>
+#include <cstring>
+
+Host* Host::current = nullptr;
+
+namespace {
+constexpr size_t windowListWord = 11; // the twelfth word of the globals record
+
+bool TakeNumber(std::string_view& text, size_t maxDigits, unsigned& number) {
+    size_t digits = 0;
+    number = 0;
+    while (digits < text.size() && std::isdigit(static_cast<unsigned char>(text[digits])) != 0) {
+        number = number * 10 + static_cast<unsigned>(text[digits] - '0');
+        if (++digits > maxDigits) {
+            return false;
+        }
+    }
+    text.remove_prefix(digits);
+    return digits > 0;
+}
+} // namespace
+
+std::optional<unsigned short> ParseHostVersion(std::string_view text) {
+    unsigned major = 0;
+    unsigned minor = 0;
+    unsigned fix = 0;
+    auto takePart = [&text](unsigned& part) {
+        if (text.empty() || text.front() != '.') {
+            return false;
+        }
+        text.remove_prefix(1);
+        return TakeNumber(text, 1, part);
+    };
+    if (!TakeNumber(text, 2, major) || !takePart(minor) || (!text.empty() && !takePart(fix)) ||
+        !text.empty() || major < 6 || major > 12) {
+        return std::nullopt;
+    }
+    return static_cast<unsigned short>((major / 10) << 12 | (major % 10) << 8 | minor << 4 | fix);
+}
+
+std::string HostVersionText(unsigned short version) {
+    unsigned major = (version >> 12) * 10U + (version >> 8 & 0xF);
+    unsigned fix = version & 0xF;
+    std::string text = std::to_string(major) + "." + std::to_string(version >> 4 & 0xF);
+    return fix == 0 ? text : text + "." + std::to_string(fix);
+}
+
+HostWindow& WindowList::AddInFront(long process, short kind, bool visible) {
+    HostWindow& window = windows.emplace_front();
+    // Plug-ins read three fields only: the rest holds rubbish, so that reading more shows.
+    std::memset(&window.port, 0xA5, sizeof window.port);
+    window.port.windowKind = kind;
+    window.port.visible = visible ? 1 : 0;
+    window.process = process;
+    Chain();
+    return window;
+}
+
+void WindowList::Remove(const GrafPort* port) {
+    windows.remove_if([port](const HostWindow& window) { return &window.port == port; });
+    Chain();
+}
+
+void WindowList::Clear() {
+    windows.clear();
+    Chain();
+}
+
+HostWindow* WindowList::Find(const void* port) {
+    for (HostWindow& window : windows) {
+        if (&window.port == port) {
+            return &window;
+        }
+    }
+    return nullptr;
+}
+
+void WindowList::Chain() {
+    head = windows.empty() ? nullptr : &windows.front().port;
+    HostWindow* inFront = nullptr;
+    for (HostWindow& window : windows) {
+        window.port.nextWindow = nullptr;
+        if (inFront != nullptr) {
+            inFront->port.nextWindow = &window.port;
+        }
+        inFront = &window;
+    }
+}
+
+Host::Host(HostOptions hostOptions) : options(std::move(hostOptions)) {
+    // As with window records: words that nobody may rely on are rubbish.
+    globals.fill(reinterpret_cast<void*>(0xA5A5A5A5));
+    globals[windowListWord] = windows.Head();
+
+    AddProcess({.name = "User/Custom Menus process", .isUser = false});
+    AddProcess({.name = "Design process", .isUser = false});
+    AddProcess({.name = "Cache manager", .isUser = false});
+    windows.AddInFront(1, WindowKind::Regular);
+    windows.AddInFront(1, WindowKind::Floating);
+}
+
+long Host::AddProcess(HostProcess process) {
+    processes.push_back(std::move(process));
+    return static_cast<long>(processes.size());
+}
+
+HostProcess* Host::FindProcess(long number) {
+    if (number < 1 || static_cast<size_t>(number) > processes.size()) {
+        return nullptr;
+    }
+    return &processes[static_cast<size_t>(number) - 1];
+}
+
+long Host::FindProcess(std::string_view name) const {
+    for (size_t place = 0; place < processes.size(); ++place) {
+        if (processes[place].name == name && processes[place].state >= 0) {
+            return static_cast<long>(place) + 1;
+        }
+    }
+    return 0;
+}
+
+void Host::Report(std::string problem) {
+    problems.push_back(std::move(problem));
+    if (onProblem) {
+        onProblem(problems.back());
+    }
+}

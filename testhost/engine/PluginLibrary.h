@@ -1,0 +1,28 @@
+#pragma once
+
+#include "testhost/engine/Session.h"
+
+#include <stdexcept>
+#include <string>
+
+/// Why a plug-in could not be loaded, as a sentence for its author.
+class PluginLoadError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// A plug-in's DLL, loaded for as long as this lives.
+class PluginLibrary {
+  public:
+    /// Loads the DLL at `path`. Throws PluginLoadError when the file is missing, is no 32-bit x86
+    /// DLL, imports something that is not there, or has no FourDPack.
+    explicit PluginLibrary(const std::string& path);
+    ~PluginLibrary();
+    PluginLibrary(const PluginLibrary&) = delete;
+    PluginLibrary& operator=(const PluginLibrary&) = delete;
+
+    EntryPoints Entries() const { return entries; }
+
+  private:
+    void* module = nullptr;
+    EntryPoints entries;
+};

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+/// What a PE file says about itself. Nothing outside the file's bytes is ever read.
+struct PortableExecutable {
+    struct Import {
+        std::string library;
+        std::string function; ///< empty when imported by ordinal
+    };
+
+    unsigned short machine = 0; ///< 0x014C is 32-bit x86
+    bool isLibrary = false;
+    std::vector<Import> imports;
+
+    /// Reads the bytes of a whole file; nothing when they are no PE file.
+    static std::optional<PortableExecutable> Parse(std::span<const unsigned char> file);
+};

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "testhost/engine/Arguments.h"
+#include "testhost/engine/Host.h"
+
+#include <string_view>
+
+/// An entry point of a plug-in: selector, parameters, data, result. It removes its arguments.
+using PluginEntry = void(__attribute__((stdcall)) *)(long selector, void* params, void* data,
+                                                     void* result);
+
+struct EntryPoints {
+    PluginEntry pack = nullptr;   ///< FourDPack
+    PluginEntry packEx = nullptr; ///< FourDPackex; may be null
+};
+
+/// Binds a host to one plug-in and makes the host's calls into it: as the current host, with
+/// each crossing logged, on a stack that is aligned to 4 bytes only.
+class Session {
+  public:
+    Session(Host& sessionHost, EntryPoints entryPoints);
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    /// Initialises the plug-in with selector -1, or -200 (through FourDPackex when it is there).
+    void Start(long selector = -1);
+    /// De-initialises it with -2, or -220 (through FourDPackex when it is there).
+    void Stop(long selector = -2);
+    bool IsStarted() const { return started; }
+
+    /// Starts a process in the host, tells the plug-in (-3) and answers its number.
+    long ProcessStart(std::string_view name);
+    /// Ends a process in the host and tells the plug-in (-4).
+    void ProcessEnd(long number);
+
+    /// Calls a command, and reads parameters changed in place from `arguments` afterwards.
+    TypedValue Call(long command, Arguments& arguments, ValueKind result = ValueKind::None);
+    /// The same for parameters that nobody looks at afterwards. Pointers are laid out as the
+    /// host's compiled flags say.
+    TypedValue Call(long command, const std::vector<TypedValue>& values,
+                    ValueKind result = ValueKind::None);
+
+    /// Calls an entry point with any four words; `what` names the call in the log.
+    void Enter(long selector, void* params, void* data, void* result, std::string what);
+
+    /// To be called when the plug-in has been stopped for good and nothing else that was made
+    /// since the session began is still needed: reports toolbox blocks that are alive
+    /// nevertheless, and problems that the toolbox noticed in the meantime.
+    void ReportLeaks();
+
+    Host& host;
+
+  private:
+    struct LiveBlocks {
+        long handles;
+        long hostHandles;
+        long pointers;
+    };
+
+    static LiveBlocks CountLiveBlocks();
+    void ReportLeak(long leaked, const std::string& kind);
+    void CollectToolboxProblems();
+
+    static long toolboxProblemsSeen;
+    EntryPoints entries;
+    bool started = false;
+    short resFile = 0; ///< the plug-in's resource file that the toolbox was told of
+    LiveBlocks before;
+};

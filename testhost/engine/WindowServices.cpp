@@ -1,0 +1,31 @@
+#include "platform/ResultCodes.h"
+#include "testhost/engine/Services.h"
+
+namespace {
+void WindowProcess(ServiceCall& call) {
+    const HostWindow* window = call.host.windows.Find(call.fields.handle);
+    if (window == nullptr) {
+        call.fields.error = ResultCode::BadParameter;
+        return;
+    }
+    call.fields.param1 = window->process;
+}
+
+void SetWindowProcess(ServiceCall& call) {
+    HostWindow* window = call.host.windows.Find(call.fields.handle);
+    if (window == nullptr || call.host.FindProcess(call.fields.param1) == nullptr) {
+        call.fields.error = ResultCode::BadParameter;
+        return;
+    }
+    window->process = call.fields.param1;
+}
+
+constexpr Service services[] = {
+    {Select("WindowProcess"), RecordField::Handle, WindowProcess},
+    {Select("SetWindowProcess"), RecordField::Handle | RecordField::Param1, SetWindowProcess},
+};
+} // namespace
+
+std::span<const Service> WindowServices() {
+    return services;
+}

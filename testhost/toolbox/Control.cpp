@@ -1,0 +1,127 @@
+#include "testhost/toolbox/Control.h"
+
+#include "platform/ResultCodes.h"
+#include "testhost/toolbox/Heap.h"
+#include "testhost/toolbox/ResourceFiles.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+Call HostCall(const char* name) {
+    return {name, Owner::Host};
+}
+
+/// Locks or unlocks.
+OSErr SetLock(const Call& call, Handle handle, bool lock) {
+    Heap::HandleEntry* entry = nullptr;
+    if (const OSErr error = TheHeap().FindHandle(call, handle, &entry)) {
+        return error;
+    }
+    const unsigned char others = entry->state & static_cast<unsigned char>(~Heap::locked);
+    entry->state = lock ? others | Heap::locked : others;
+    return ResultCode::NoError;
+}
+
+} // namespace
+
+void ToolboxReset() {
+    TheHeap().Reset();
+    TheResourceFiles().Reset();
+}
+
+void ToolboxSetStrict(unsigned char strict) {
+    TheHeap().strict = strict != 0;
+}
+
+void ToolboxMoveMemory() {
+    TheHeap().MoveAll();
+}
+
+void ToolboxFailAllocation(long count) {
+    TheHeap().failCountdown = count;
+}
+
+void ToolboxAllowMixedHandles(unsigned char allow) {
+    TheHeap().mixingAllowed = allow != 0;
+}
+
+long ToolboxLiveHandles() {
+    return TheHeap().LiveHandles(Owner::Toolbox);
+}
+
+long ToolboxLiveHostHandles() {
+    return TheHeap().LiveHandles(Owner::Host);
+}
+
+long ToolboxLivePointers() {
+    return TheHeap().LivePointers();
+}
+
+short ToolboxHandleOwner(Handle handle) {
+    return static_cast<short>(TheHeap().OwnerOf(handle));
+}
+
+long ToolboxCheckAll() {
+    const long before = ToolboxProblemCount();
+    TheHeap().CheckAll();
+    return ToolboxProblemCount() - before;
+}
+
+long ToolboxProblemCount() {
+    return TheHeap().problems.Count();
+}
+
+long ToolboxProblem(long index, char* buffer, long size) {
+    const std::string* sentence = TheHeap().problems.At(index);
+    if (!sentence) {
+        return -1;
+    }
+    if (buffer && size > 0) {
+        const std::size_t copied = std::min(sentence->size(), static_cast<std::size_t>(size - 1));
+        std::memcpy(buffer, sentence->data(), copied);
+        buffer[copied] = '\0';
+    }
+    return static_cast<long>(sentence->size());
+}
+
+void ToolboxClearProblems() {
+    TheHeap().problems.Clear();
+}
+
+Handle ToolboxNewHostHandle(Size size) {
+    Handle handle = nullptr;
+    TheHeap().NewHandle(HostCall("New host handle"), size, &handle);
+    return handle;
+}
+
+OSErr ToolboxDisposeHostHandle(Handle handle) {
+    return TheHeap().DisposeHandle(HostCall("Dispose host handle"), handle);
+}
+
+OSErr ToolboxSetHostHandleSize(Handle handle, Size size) {
+    return TheHeap().SetHandleSize(HostCall("Set host handle size"), handle, size);
+}
+
+OSErr ToolboxLockHostHandle(Handle handle) {
+    return SetLock(HostCall("Lock host handle"), handle, true);
+}
+
+OSErr ToolboxUnlockHostHandle(Handle handle) {
+    return SetLock(HostCall("Unlock host handle"), handle, false);
+}
+
+Size ToolboxHostHandleSize(Handle handle) {
+    Heap::HandleEntry* entry = nullptr;
+    const Call call = HostCall("Host handle size");
+    return TheHeap().FindHandle(call, handle, &entry) ? 0 : entry->block.Length();
+}
+
+void ToolboxAddResFile(short refNum) {
+    TheResourceFiles().Add(refNum);
+}
+
+void ToolboxRemoveResFile(short refNum) {
+    TheResourceFiles().Remove(refNum);
+}

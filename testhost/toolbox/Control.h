@@ -1,0 +1,73 @@
+#pragma once
+
+#include "platform/CallingConvention.h"
+#include "platform/Types.h"
+
+// How tests and the stand-in host steer and question the stand-in toolbox library. Plug-ins do
+// not see these calls: they are missing from the list of names that plug-ins import.
+//
+// What the library always does: it never touches an address that is not one of its own live
+// blocks; it keeps guard bytes around each block and checks them whenever the block is used; it
+// overwrites released bytes with 0xE5 and keeps them for a while, to see whether someone still
+// writes there. New bytes that nobody cleared are 0xCC. Purgeable blocks are never purged.
+//
+// A locked block never moves. It can grow as far as its own room, its first size rounded up to
+// 16 bytes; beyond that SetHandleSize fails with -108. The same holds for pointers.
+//
+// A null handle or pointer gives -109 and is no problem; a disposed or unknown one gives -111 and
+// is. HGetState answers 0 for either.
+//
+// The library expects one call at a time, as the host makes them.
+extern "C" {
+
+/// Back to the start: all blocks released, resource files gone, settings off, problems forgotten.
+/// Handles from before count as disposed.
+TOOLBOX_CALL void ToolboxReset();
+
+/// Strict memory on (non-zero) or off: every call that may move memory moves every unlocked block
+/// that is not empty and overwrites its old bytes with 0xE5.
+TOOLBOX_CALL void ToolboxSetStrict(unsigned char strict);
+/// Moves every unlocked block once, as strict memory does, whether or not that is on.
+TOOLBOX_CALL void ToolboxMoveMemory();
+/// Makes the `count`-th allocation or growth from now fail with -108, once; 0 switches it off.
+/// Handles, pointers and host handles all count.
+TOOLBOX_CALL void ToolboxFailAllocation(long count);
+/// Lets (non-zero) toolbox calls work on host handles and host calls on toolbox handles. Else
+/// such a call is a problem, does nothing and ends in -113.
+TOOLBOX_CALL void ToolboxAllowMixedHandles(unsigned char allow);
+
+/// How many toolbox handles, host handles and pointers are alive.
+TOOLBOX_CALL long ToolboxLiveHandles();
+TOOLBOX_CALL long ToolboxLiveHostHandles();
+TOOLBOX_CALL long ToolboxLivePointers();
+/// Whose handle this is: 0 no live handle, 1 the toolbox's, 2 the host's. Never a problem.
+TOOLBOX_CALL short ToolboxHandleOwner(Handle handle);
+
+/// Checks the guard bytes of every block and the bytes of recently released ones. Answers how
+/// many problems it added. Damage is reported once, then repaired.
+TOOLBOX_CALL long ToolboxCheckAll();
+/// Number of problems recorded so far. After 1000 no more are kept.
+TOOLBOX_CALL long ToolboxProblemCount();
+/// Copies problem `index` (from 0), a whole sentence, zero-terminated and cut to `size` bytes.
+/// Answers its full length without the terminator, or -1 when there is no such problem.
+TOOLBOX_CALL long ToolboxProblem(long index, char* buffer, long size);
+TOOLBOX_CALL void ToolboxClearProblems();
+
+// The host's own handles. They live in the same memory and move alike, but belong to the host.
+// These calls leave MemError() alone.
+
+/// New host handle of `size` bytes, or null when memory is full.
+TOOLBOX_CALL Handle ToolboxNewHostHandle(Size size);
+/// The result codes are those of MemError() after the toolbox's own calls.
+TOOLBOX_CALL OSErr ToolboxDisposeHostHandle(Handle handle);
+TOOLBOX_CALL OSErr ToolboxSetHostHandleSize(Handle handle, Size size);
+TOOLBOX_CALL OSErr ToolboxLockHostHandle(Handle handle);
+TOOLBOX_CALL OSErr ToolboxUnlockHostHandle(Handle handle);
+/// Bytes in a host handle; 0 when it is none.
+TOOLBOX_CALL Size ToolboxHostHandleSize(Handle handle);
+
+/// Makes a resource file's reference number known to UseResFile. The current file stays.
+TOOLBOX_CALL void ToolboxAddResFile(short refNum);
+/// Forgets it. If it was current, the one added last becomes current, or the system file (0).
+TOOLBOX_CALL void ToolboxRemoveResFile(short refNum);
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// What the library found wrong in the way it is used, as whole sentences, oldest first.
+class Problems {
+  public:
+    /// Records a sentence written as for printf.
+    __attribute__((format(__MINGW_PRINTF_FORMAT, 2, 3))) void Add(const char* format, ...);
+    void Clear() { sentences.clear(); }
+    long Count() const { return static_cast<long>(sentences.size()); }
+    /// Null when there is no such problem.
+    const std::string* At(long index) const;
+
+  private:
+    std::vector<std::string> sentences;
+};

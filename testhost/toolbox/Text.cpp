@@ -1,0 +1,35 @@
+#include "platform/Toolbox.h"
+#include "testhost/toolbox/MacRoman.h"
+
+#include <algorithm>
+
+unsigned char EqualString(const unsigned char* a, const unsigned char* b,
+                          unsigned char caseSensitive, unsigned char diacriticalSensitive) {
+    const auto fold = [=](unsigned char character) {
+        const unsigned char kept =
+            diacriticalSensitive ? character : MacRoman::WithoutMark(character);
+        return caseSensitive ? kept : MacRoman::ToUpper(kept);
+    };
+    return a[0] == b[0] && std::equal(a + 1, a + 1 + a[0], b + 1,
+                                      [&](auto x, auto y) { return fold(x) == fold(y); });
+}
+
+short IUEqualString(const unsigned char* a, const unsigned char* b) {
+    return EqualString(a, b, false, false) ? 0 : 1;
+}
+
+void StringToNum(const unsigned char* text, long* number) {
+    const unsigned char* position = text + 1;
+    const unsigned char* end = position + text[0];
+    const bool negative = position != end && *position == '-';
+    if (position != end && (*position == '-' || *position == '+')) {
+        ++position;
+    }
+    // Deliberate, as documented: no character is refused, each counts by its low four bits, and
+    // too large a number wraps.
+    unsigned long value = 0;
+    for (; position != end; ++position) {
+        value = value * 10 + (*position & 0x0F);
+    }
+    *number = static_cast<long>(negative ? 0 - value : value);
+}

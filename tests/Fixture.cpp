@@ -1,0 +1,73 @@
+#include "tests/Fixture.h"
+
+// The plug-in object that the entry points serve; tests point it at their own.
+FourDPlug* gFourDPlug = nullptr;
+
+TestPlug::TestPlug(std::vector<CommandEntry> commandTable)
+    : FourDPlug(&plugInfo), commands(std::move(commandTable)), plugInfo{} {
+    plugInfo.productName = "Test";
+    plugInfo.commandCount = static_cast<unsigned short>(commands.size());
+    plugInfo.commands = commands.empty() ? nullptr : commands.data();
+    gFourDPlug = this;
+}
+
+TestPlug::~TestPlug() {
+    gFourDPlug = nullptr;
+}
+
+void TestPlug::Init(PackInitBlock* init) {
+    FourDPlug::Init(init);
+    events.emplace_back("init");
+}
+
+void TestPlug::BigInit() {
+    events.emplace_back("big init");
+}
+
+void TestPlug::Deinit() {
+    FourDPlug::Deinit();
+    events.emplace_back("deinit");
+}
+
+void TestPlug::HandleProcessStart(long process) {
+    events.emplace_back("process start " + std::to_string(process));
+}
+
+void TestPlug::HandleProcessEnd(long process) {
+    FourDPlug::HandleProcessEnd(process);
+    events.emplace_back("process end " + std::to_string(process));
+}
+
+bool TestPlug::CommandNeedsBigInit(long command, CXParam*, CXResult*) {
+    return std::find(bigInitCommands.begin(), bigInitCommands.end(), command) !=
+           bigInitCommands.end();
+}
+
+bool TestPlug::CanCallCommand(long, CXParam*, CXResult*) {
+    return canCall;
+}
+
+void TestPlug::DoClientDisconnectOnServer(FourDClient* client) {
+    events.emplace_back("client " + std::to_string(client->cookie) + " gone");
+}
+
+HostTest::HostTest(HostOptions options)
+    : host(std::move(options)), session(host, EntryPoints{FourDPack, FourDPackex}), inside(host) {}
+
+HostTest::~HostTest() {
+    if (session.IsStarted()) {
+        session.Stop();
+    }
+    session.ReportLeaks();
+    for (const std::string& problem : TakeProblems()) {
+        ADD_FAILURE() << problem;
+    }
+}
+
+void HostTest::Start(long selector) {
+    session.Start(selector);
+}
+
+std::vector<std::string> HostTest::TakeProblems() {
+    return std::exchange(host.problems, {});
+}

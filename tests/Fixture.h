@@ -1,0 +1,70 @@
+#pragma once
+
+#include "shell/Entry.h"
+#include "shell/FourDPlug.h"
+#include "testhost/engine/Session.h"
+#include "testhost/toolbox/Control.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+/// Plug-in object of the tests: notes what reaches it, and runs whatever handlers a test gives.
+class TestPlug : public FourDPlug {
+  public:
+    explicit TestPlug(std::vector<CommandEntry> commandTable = {});
+    ~TestPlug() override;
+
+    void Init(PackInitBlock* init) override;
+    void BigInit() override;
+    void Deinit() override;
+    void HandleProcessStart(long process) override;
+    void HandleProcessEnd(long process) override;
+    bool CommandNeedsBigInit(long command, CXParam*, CXResult*) override;
+    bool CanCallCommand(long command, CXParam*, CXResult*) override;
+    void DoClientDisconnectOnServer(FourDClient* client) override;
+    bool TrackClientsOnServer() override { return true; }
+
+    using FourDPlug::clients;
+    using FourDPlug::info;
+
+    std::vector<std::string> events;   ///< what reached the object, oldest first
+    std::vector<long> bigInitCommands; ///< commands that need BigInit
+    bool canCall = true;
+
+  private:
+    std::vector<CommandEntry> commands;
+    PlugInfo plugInfo;
+};
+
+/// A host of one version and role with the test plug-in in it. At the end every test has left no
+/// toolbox handle alive, and neither host nor toolbox has anything to complain of.
+class HostTest : public testing::Test {
+  protected:
+    explicit HostTest(HostOptions options = {});
+    ~HostTest() override;
+
+    /// Starts the plug-in and makes the host current, so that FourD can be called directly.
+    void Start(long selector = -1);
+    /// Problems that a test provoked are taken out of the account.
+    std::vector<std::string> TakeProblems();
+
+    Host host;
+    Session session;
+
+  private:
+    Host::Scope inside;
+};
+
+/// The same on a classic and on an engine host.
+class DualHostTest : public HostTest, public testing::WithParamInterface<unsigned short> {
+  protected:
+    DualHostTest() : HostTest({.version = GetParam()}) {}
+};
+
+inline std::string HostName(const testing::TestParamInfo<unsigned short>& param) {
+    return param.param >= 0x1100 ? "Engine" : "Classic";
+}
+
+inline const auto ClassicAndEngine = testing::Values<unsigned short>(0x0680, 0x1130);

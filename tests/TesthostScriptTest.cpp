@@ -1,0 +1,272 @@
+// The session scripts of the stand-in host: how they are read, and how they are played.
+
+#include "host/Selectors.h"
+#include "testhost/app/Player.h"
+#include "testhost/app/Values.h"
+#include "testhost/engine/PortableExecutable.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+#include <iterator>
+#include <sstream>
+
+#include <windows.h>
+
+namespace {
+
+using testing::HasSubstr;
+
+PackInitBlock init;
+
+// A plug-in in one function. It behaves badly where its commands say so.
+HOST_ENTRY void FakePlugin(long selector, void* params, void*, void* result) {
+    void** parameters = static_cast<void**>(params);
+    auto* cell = static_cast<long*>(result);
+    ParameterBlock block{};
+    switch (selector) {
+    case -1: // starts properly
+        init = *static_cast<PackInitBlock*>(params);
+        static_cast<PackInitBlock*>(params)->acceptedVersion = init.hostVersion;
+        break;
+    case 1: // (long) -> long: adds 1, also in place
+        *cell = ++*static_cast<long*>(parameters[0]);
+        break;
+    case 2: // (process) -> long: its state, asked with a stray byte
+        block.param1 = *static_cast<long*>(parameters[0]);
+        block.param2 = 0x12;
+        init.classicCallBack(Select("ProcessInfo").classic, &block);
+        *cell = block.param2;
+        break;
+    case 3: // (short): writes behind its parameter
+        static_cast<short*>(parameters[0])[1] = 0;
+        break;
+    case 4: // (pointer to a long, in a compiled database): adds 1
+        ++**reinterpret_cast<long**>(static_cast<ValueBlock*>(parameters[0])->pointer);
+        break;
+    case 5: // a call that no host has, and one that this host lacks
+        init.classicCallBack(12345, &block);
+        init.classicCallBack(Select("DoAbout").classic, &block);
+        break;
+    case 6: // () -> long: name of the structure file, asked the classic way
+        init.classicCallBack(Select("ProgramInfo").classic, &block);
+        *cell = block.name[0];
+        break;
+    default:
+        break;
+    }
+}
+
+struct Played {
+    bool good;
+    std::string output;
+};
+
+Played Play(const std::string& text, const HostOptions& options = {}) {
+    Script script = ParseScript(text, "script");
+    EXPECT_EQ(script.errors, std::vector<std::string>{});
+    Host host(options);
+    Session session(host, {FakePlugin});
+    std::ostringstream out;
+    Player player(session, out, false);
+    bool good = player.Play(script);
+    return {good, out.str()};
+}
+
+TEST(TesthostScriptTest, EveryWrongLineIsToldAtOnceWithItsNumber) {
+    struct Row {
+        const char* line;
+        const char* error;
+    };
+    const Row rows[] = {
+        {"begin", "unknown statement 'begin'"},
+        {"\"start\"", "expected a statement, found \"start\""},
+        {"start -2", "-1 or -200"},
+        {"start -1 now", "expected the end of the line, found 'now'"},
+        {"call", "expected a command number, found the end of the line"},
+        {"call 3 lang 7", "unknown kind 'lang'"},
+        {"call 3 short 32768", "a short from -32768 to 32767, found '32768'"},
+        {"call 3 long 4294967296", "expected a long"},
+        {"call 3 long 7x", "expected a long, found '7x'"},
+        {"call 3 date 2026-11", "no date"},
+        {"call 3 text to", "a text in quotation marks, found 'to'"},
+        {"call 3 text \"to", "does not end"},
+        {R"(call 3 text "\q")", "unknown escape"},
+        {R"(call 3 text "\x4")", "two hexadecimal digits"},
+        {"call 3 rect 1 2 3", "expected right"},
+        {"call 3 value rect 1 2 3 4", "a value cannot be of the kind rect"},
+        {"call 3 none", "a parameter cannot"},
+        {"call 3 time 7", "stands in a value only"},
+        {"call 3 -> rect", "cannot have a result of the kind rect"},
+        {"expect call Nobody", "the host has no call 'Nobody'"},
+        {"expect sent CurrentProcess param9 1", "no field 'param9'"},
+        {"expect sent CurrentProcess name 1", "text in quotation marks"},
+        {"expect something", "one of 'param', 'result'"},
+        {"process end 0", "from 1"},
+        {"set compiled maybe", "'on' or 'off'"},
+        {"window add kind 8", "'process'"},
+    };
+    std::string text;
+    for (const Row& row : rows) {
+        text += "# good\n" + std::string(row.line) + "\r\n";
+    }
+    Script script = ParseScript(text, "file");
+    ASSERT_EQ(script.errors.size(), std::size(rows));
+    for (size_t i = 0; i < std::size(rows); ++i) {
+        EXPECT_THAT(script.errors[i], HasSubstr("file:" + std::to_string(2 * i + 2) + ": "));
+        EXPECT_THAT(script.errors[i], HasSubstr(rows[i].error));
+    }
+}
+
+TEST(TesthostScriptTest, ValuesSurviveTheHostsStorage) {
+    const char* const values[] = {
+        "short -32768",
+        "long -2147483648",
+        "boolean true",
+        "boolean 7",
+        "real 0.1",
+        "extended -2.5e+300",
+        R"(string "a\"\\\n\r\t\x00\xFF")",
+        R"(text "")",
+        R"(text "to be # or not")",
+        "date 2026-11-21",
+        "date 0000-00-00",
+        "rect 10 20 110 -220",
+        "event 1 -2 3 4 -5 65535",
+        R"(picture "\x01\x02")",
+        "picture null",
+        "handle null",
+        "array long",
+        "array long 1 -2 3",
+        R"(array text "one" "" "three")",
+        "value real 1.5",
+        R"(value text "abc")",
+        R"(value string "abc")",
+        "value date 1999-12-31",
+        "value boolean false",
+        "value long 7",
+        "value time 3600",
+        R"(value blob "\x00\x01")",
+        "value undefined",
+        "value pointer long 5",
+        R"(pointer text "target")",
+        "pointer value long 5",
+        "pointer null",
+    };
+    for (const char* text : values) {
+        Words words(text);
+        TypedValue value = TakeValue(words);
+        words.ExpectEnd();
+        EXPECT_EQ(Describe(value), text);
+        for (bool compiled : {false, true}) {
+            Arguments arguments({value}, compiled);
+            EXPECT_EQ(arguments.At(1), value) << (compiled ? "compiled" : "interpreted");
+            EXPECT_TRUE(arguments.GuardProblems().empty()) << text;
+        }
+    }
+    Words hexadecimal("long 0xFFFFFFFE");
+    EXPECT_EQ(TakeValue(hexadecimal), LongValue(-2));
+}
+
+TEST(TesthostScriptTest, ScriptWhoseExpectationsHold) {
+    Played played = Play("start\n"
+                         "process start \"Mine\"\n"
+                         "call 1 long 41 -> long 42\n"
+                         "expect param 1 long 42\n"
+                         "expect no call ProcessInfo\n"
+                         "call 6 -> long\n"
+                         "expect call ProgramInfo times 1\n"
+                         "expect answered ProgramInfo name \"Demo.4DB\"\n"
+                         "set compiled on\n"
+                         "call 4 pointer long 7\n"
+                         "expect param 1 pointer long 8\n"
+                         "process end \"Mine\"\n"
+                         "call 2 long 4 -> long -1\n"
+                         "expect sent ProcessInfo param1 4\n"
+                         "expect problems 1 # the stray byte\n"
+                         "stop\n");
+    EXPECT_TRUE(played.good) << played.output;
+    EXPECT_THAT(played.output, HasSubstr("  ← ProcessInfo (94, classic)  param1 = 4, param2 = 18"
+                                         "  → param2 = -1, valueText = \"Mine\""));
+    EXPECT_THAT(played.output, HasSubstr("9 expectations held, 0 failed, 0 problems"));
+}
+
+TEST(TesthostScriptTest, WhatFailsIsSaidAndPlayGoesOn) {
+    struct Row {
+        const char* lines;
+        const char* said;
+    };
+    const Row rows[] = {
+        {"call 1 long 1 -> long 3", "FAILED script:2: expected long 3, got long 2"},
+        {"call 1 long 1", "say of which kind"},
+        {"call 9 -> long 1", "expected long 1, got long 0"},
+        {"call 9\nexpect param 1 long 1", "has no parameter 1"},
+        {"call 1 long 1 -> long\nexpect param 1 long 1", "expected long 1, got long 2"},
+        {"call 9\nexpect call CurrentProcess", "a call of CurrentProcess, got 0"},
+        {"call 6 -> long\nexpect no call ProgramInfo", "no call of ProgramInfo, got 1"},
+        {"call 2 long 1 -> long\nexpect sent ProcessInfo uniText \"\"", "no such field"},
+        {"call 2 long 1 -> long 0", "selector 94 (ProcessInfo): stray byte 0x12 at offset 276"
+                                    " (param2)"},
+        {"call 3 short 1", "parameter 1 was written behind its 2 bytes"},
+        {"call 5", "Selector 12345 is no classic call"},
+        {"call 5", "selector 220 (DoAbout) is not implemented"},
+        {"process end 9", "the host has no process 9"},
+        {"start", "already started"},
+        {"expect problems 1", "expected 1 problems, got 0"},
+    };
+    for (const Row& row : rows) {
+        Played played = Play("start\n" + std::string(row.lines) + "\necho \"went on\"\n");
+        EXPECT_FALSE(played.good) << row.lines;
+        EXPECT_THAT(played.output, HasSubstr(row.said));
+        EXPECT_THAT(played.output, HasSubstr("went on\n"));
+    }
+    EXPECT_THAT(Play("call 1 long 1").output, HasSubstr("not started"));
+    EXPECT_THAT(Play("start").output, HasSubstr("→ stop (-2)")); // also when the script does not
+}
+
+TEST(TesthostScriptTest, HostVersions) {
+    struct Row {
+        const char* text;
+        int version; // -1: refused
+    };
+    const Row rows[] = {{"6.0", 0x600},     {"6.8", 0x680}, {"11.3", 0x1130}, {"12.1.2", 0x1212},
+                        {"12.9.9", 0x1299}, {"5.9", -1},    {"13.0", -1},     {"11", -1},
+                        {"11.", -1},        {"11.10", -1},  {"11.3.", -1},    {"x", -1},
+                        {"11.3 ", -1},      {"011.3", -1},  {"", -1}};
+    for (const Row& row : rows) {
+        auto version = ParseHostVersion(row.text);
+        EXPECT_EQ(version ? *version : -1, row.version) << row.text;
+        if (version) {
+            EXPECT_EQ(HostVersionText(*version), row.text);
+        }
+    }
+}
+
+TEST(TesthostScriptTest, ExecutableFilesAreReadWithinTheirBytes) {
+    char path[MAX_PATH];
+    GetModuleFileNameA(GetModuleHandleA("ASINTPPC.dll"), path, sizeof path);
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream contents;
+    contents << file.rdbuf();
+    const std::string text = contents.str();
+    const std::vector<unsigned char> bytes(text.begin(), text.end());
+
+    auto whole = PortableExecutable::Parse(bytes);
+    ASSERT_TRUE(whole);
+    EXPECT_EQ(whole->machine, 0x014C);
+    EXPECT_TRUE(whole->isLibrary);
+    EXPECT_GT(whole->imports.size(), 10u);
+    EXPECT_FALSE(PortableExecutable::Parse(std::span(bytes).first(100)));
+    // Cut anywhere, and with every header byte damaged: it ends, and reads nothing outside.
+    for (size_t length = 0; length < bytes.size(); length += 997) {
+        std::vector<unsigned char> cut = bytes;
+        cut.resize(length);
+        PortableExecutable::Parse(cut);
+    }
+    for (size_t place = 0; place < 1024; ++place) {
+        std::vector<unsigned char> damaged = bytes;
+        damaged[place] ^= 0xFF;
+        PortableExecutable::Parse(damaged);
+    }
+}
+
+} // namespace
