@@ -6,5 +6,5 @@ function(nimbo_add_plugin name)
     target_link_libraries(${name} PRIVATE framework nimbo_warnings)
     # The entry points take their arguments off the stack, but are exported without the
     # decoration that goes with it.
-    target_link_options(${name} PRIVATE -Wl,--enable-stdcall-fixup)
+    target_link_options(${name} PRIVATE -Wl,--enable-stdcall-fixup -Wl,--entry=_LibraryStart@12)
 endfunction()

@@ -1,6 +1,5 @@
 #include "host/FourD.h"
 #include "host/HostCall.h"
-#include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "shell/Strings.h"
 
@@ -154,9 +153,7 @@ long FourD::SetupMacOSEnv() {
 long FourD::GetPlatformInterface(long* kind) {
     HostCall call(Select("PlatformInterface"));
     call.Send();
-    if (call->error == ResultCode::NoError && kind != nullptr) {
-        *kind = call->param1;
-    }
+    *kind = call->param1;
     return call->error;
 }
 

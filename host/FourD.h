@@ -52,7 +52,7 @@ class FourD {
     /// answers what the call returns.
     static long Setup4DEnv();
     static long SetupMacOSEnv();
-    /// The host's platform interface kind; answers its result code. `kind` is untouched on error.
+    /// Stores the host's platform interface kind; answers the host's result code.
     static long GetPlatformInterface(long* kind);
     /// Whether the host uses 64-bit reals.
     static unsigned char Reals64();

@@ -141,8 +141,9 @@ inline constexpr SelectorPair SelectorTable[] = {
     {"SetWindowFocused", -421, 0},
     {"IsWindowFocused", -422, 0},
 
-    // The structure's resources. The host keeps the numbers -310 to -326, -342 to -348, -392
-    // and -417 for them; those that no operation here sends are listed as reserved.
+    // The structure's resources: the numbers -310 to -326, -342 to -348, -392 and -417, of which
+    // five have an engine call. Which number is whose is settled here; those that no operation
+    // sends are reserved.
     {"OpenResFile", -310, -310},
     {"CreateResFile", -311, 0},
     {"CloseResFile", -312, -312},

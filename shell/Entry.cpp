@@ -97,8 +97,10 @@ void FourDPlug::HandleEvent(long selector, void* argument, std::uint32_t* result
     case PlugSelector::Init:
     case PlugSelector::InitEx: {
         auto* const init = static_cast<PackInitBlock*>(argument);
-        FourD::Init(init);
-        Init(init);
+        if (init != nullptr) {
+            FourD::Init(init);
+            Init(init);
+        }
         break;
     }
     case PlugSelector::Deinit:

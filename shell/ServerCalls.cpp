@@ -8,8 +8,10 @@ bool FourDPlug::CompareClientProcess(void* client, void* key) {
 
 void FourDPlug::ForgetClient(FourDClient* client) {
     DoClientDisconnectOnServer(client);
-    _remove_from_list(clients, client);
-    delete client;
+    // The plug-in may have let other processes run, and one of them may have been here before.
+    if (clients != nullptr && _remove_from_list(clients, client) != nullptr) {
+        delete client;
+    }
 }
 
 // Requests from clients are not served yet: none is let in, so none can call.
