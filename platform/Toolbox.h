@@ -45,6 +45,56 @@ TOOLBOX_CALL short CurResFile();
 TOOLBOX_CALL void UseResFile(short resFile);
 TOOLBOX_CALL OSErr ResError();
 
+// Files: data forks. Null arguments and negative counts give -50, a number of no open file -51,
+// trouble with the disk -36. The mark is where the next byte is read or written.
+
+/// What FSpOpenDF asks for. A file that is open for writing opens for writing once more only when
+/// both ask for Shared; it always opens for reading.
+namespace FilePermission {
+inline constexpr char Current = 0; ///< read and write when that is possible, else read
+inline constexpr char Read = 1;
+inline constexpr char Write = 2; ///< the same as ReadWrite
+inline constexpr char ReadWrite = 3;
+inline constexpr char Shared = 4; ///< read and write, along with others
+} // namespace FilePermission
+
+/// What SetFPos counts `offset` from.
+namespace FilePosition {
+inline constexpr short AtMark = 0; ///< the mark stays, `offset` is ignored
+inline constexpr short FromStart = 1;
+inline constexpr short FromEnd = 2;
+inline constexpr short FromMark = 3;
+} // namespace FilePosition
+
+/// Specification of a file or folder by a name in the folder (`vRefNum`, `dirID`), or by a full
+/// path in Windows notation. An empty or null name means the folder itself; `dirID` 0 the root of
+/// the volume, and both numbers 0 the current folder. -43, with the specification filled all the
+/// same, when only the last part of the path is missing. With an empty specification: -120 no such
+/// folder, -35 no such volume, -37 the name cannot be one. Colon paths are no names.
+TOOLBOX_CALL OSErr FSMakeFSSpec(short vRefNum, long dirID, const unsigned char* name, FSSpec* spec);
+/// New empty file; -48 when the name is taken. Creator, type and script are not kept.
+TOOLBOX_CALL OSErr FSpCreate(const FSSpec* spec, OSType creator, OSType type, short scriptTag);
+/// Opens the data fork, mark at the start; 0 in `refNum` on failure. -43 no such file, -49 already
+/// open for writing, -42 too many files, -47 another program has it, -54 a locked file cannot be
+/// written.
+TOOLBOX_CALL OSErr FSpOpenDF(const FSSpec* spec, char permission, short* refNum);
+/// Reads up to `count` bytes from the mark on; `count` says how many came. -39 when the file ended
+/// before.
+TOOLBOX_CALL OSErr FSRead(short refNum, long* count, void* buffer);
+/// Writes `count` bytes from the mark on and grows the file as needed. -61 when it is open for
+/// reading only, -45 when that is so because the file is locked, -34 when the disk is full. `count`
+/// says how many were written.
+TOOLBOX_CALL OSErr FSWrite(short refNum, long* count, const void* buffer);
+/// Sets the size in bytes; a mark beyond it comes back to it. New bytes have no particular value.
+/// Errors as with FSWrite.
+TOOLBOX_CALL OSErr SetEOF(short refNum, long size);
+TOOLBOX_CALL OSErr GetEOF(short refNum, long* size);
+/// Sets the mark. Beyond the end: -39, and it is at the end. Before the start: -40, and it stays.
+TOOLBOX_CALL OSErr SetFPos(short refNum, short mode, long offset);
+TOOLBOX_CALL OSErr GetFPos(short refNum, long* position);
+/// The number is closed whatever the result.
+TOOLBOX_CALL OSErr FSClose(short refNum);
+
 // Text. Strings are Pascal strings.
 TOOLBOX_CALL unsigned char EqualString(const unsigned char* a, const unsigned char* b,
                                        unsigned char caseSensitive,
@@ -52,6 +102,11 @@ TOOLBOX_CALL unsigned char EqualString(const unsigned char* a, const unsigned ch
 /// International comparison that ignores case and marks: 0 when equal, else 1.
 TOOLBOX_CALL short IUEqualString(const unsigned char* a, const unsigned char* b);
 TOOLBOX_CALL void StringToNum(const unsigned char* text, long* number);
+/// Replaces every `search` in the bytes of `text`, from left to right, by the bytes of
+/// `replacement`, which may be null (nothing) or `text` itself. Bytes are compared exactly; an
+/// empty `search` is found nowhere. Answers how many were replaced, or a result code as in
+/// MemError(): then `text` is as it was.
+TOOLBOX_CALL long ReplaceTex(Handle text, Handle replacement, const unsigned char* search);
 
 // Dates. Seconds count from midnight, 1 January 1904.
 TOOLBOX_CALL void LongDateToSeconds(const LongDateRec* date, long long* seconds);

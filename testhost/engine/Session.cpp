@@ -152,20 +152,23 @@ void Session::ReportLeaks() {
     ToolboxCheckAll();
     CollectToolboxProblems();
     const LiveBlocks now = CountLiveBlocks();
-    ReportLeak(now.handles - before.handles, "handle");
-    ReportLeak(now.hostHandles - before.hostHandles, "host handle");
-    ReportLeak(now.pointers - before.pointers, "pointer");
+    ReportLeak(now.handles - before.handles, "handle", "made", "alive");
+    ReportLeak(now.hostHandles - before.hostHandles, "host handle", "made", "alive");
+    ReportLeak(now.pointers - before.pointers, "pointer", "made", "alive");
+    ReportLeak(now.files - before.files, "file", "opened", "open");
 }
 
-void Session::ReportLeak(long leaked, const std::string& kind) {
+void Session::ReportLeak(long leaked, const std::string& kind, const std::string& begun,
+                         const std::string& state) {
     if (leaked > 0) {
         host.Report(std::to_string(leaked) + " " + kind +
-                    (leaked == 1 ? " that was made since the session began is"
-                                 : "s that were made since the session began are") +
-                    " still alive.");
+                    (leaked == 1 ? " that was " : "s that were ") + begun +
+                    " since the session began " + (leaked == 1 ? "is" : "are") + " still " + state +
+                    ".");
     }
 }
 
 Session::LiveBlocks Session::CountLiveBlocks() {
-    return {ToolboxLiveHandles(), ToolboxLiveHostHandles(), ToolboxLivePointers()};
+    return {ToolboxLiveHandles(), ToolboxLiveHostHandles(), ToolboxLivePointers(),
+            ToolboxOpenFiles()};
 }

@@ -46,7 +46,7 @@ class Session {
 
     /// To be called when the plug-in has been stopped for good and nothing else that was made
     /// since the session began is still needed: reports toolbox blocks that are alive
-    /// nevertheless, and problems that the toolbox noticed in the meantime.
+    /// and files that are open nevertheless, and problems that the toolbox noticed in the meantime.
     void ReportLeaks();
 
     Host& host;
@@ -56,10 +56,12 @@ class Session {
         long handles;
         long hostHandles;
         long pointers;
+        long files;
     };
 
     static LiveBlocks CountLiveBlocks();
-    void ReportLeak(long leaked, const std::string& kind);
+    void ReportLeak(long leaked, const std::string& kind, const std::string& begun,
+                    const std::string& state);
     void CollectToolboxProblems();
 
     static long toolboxProblemsSeen;

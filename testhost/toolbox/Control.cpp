@@ -2,10 +2,12 @@
 
 #include "platform/ResultCodes.h"
 #include "testhost/toolbox/Heap.h"
+#include "testhost/toolbox/OpenFiles.h"
 #include "testhost/toolbox/ResourceFiles.h"
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -28,6 +30,7 @@ OSErr SetLock(const Call& call, Handle handle, bool lock) {
 
 void ToolboxReset() {
     TheHeap().Reset();
+    TheOpenFiles().Reset();
     TheResourceFiles().Reset();
 }
 
@@ -39,8 +42,12 @@ void ToolboxMoveMemory() {
     TheHeap().MoveAll();
 }
 
-void ToolboxFailAllocation(long count) {
-    TheHeap().failCountdown = count;
+long ToolboxFailAllocation(long count) {
+    return std::exchange(TheHeap().failCountdown, count);
+}
+
+long ToolboxFailFile(long count) {
+    return std::exchange(TheOpenFiles().failCountdown, count);
 }
 
 void ToolboxAllowMixedHandles(unsigned char allow) {
@@ -57,6 +64,10 @@ long ToolboxLiveHostHandles() {
 
 long ToolboxLivePointers() {
     return TheHeap().LivePointers();
+}
+
+long ToolboxOpenFiles() {
+    return TheOpenFiles().Count();
 }
 
 short ToolboxHandleOwner(Handle handle) {

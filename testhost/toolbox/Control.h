@@ -17,11 +17,15 @@
 // A null handle or pointer gives -109 and is no problem; a disposed or unknown one gives -111 and
 // is. HGetState answers 0 for either.
 //
+// Files are real ones, folders and volumes those of Windows. Identifiers of folders are given out
+// as folders are met. A reference number that is closed twice is a problem.
+//
 // The library expects one call at a time, as the host makes them.
 extern "C" {
 
-/// Back to the start: all blocks released, resource files gone, settings off, problems forgotten.
-/// Handles from before count as disposed.
+/// Back to the start: all blocks released, files closed, resource files gone, settings off,
+/// problems forgotten. Handles from before count as disposed, file numbers as closed; identifiers
+/// of folders stay.
 TOOLBOX_CALL void ToolboxReset();
 
 /// Strict memory on (non-zero) or off: every call that may move memory moves every unlocked block
@@ -30,8 +34,13 @@ TOOLBOX_CALL void ToolboxSetStrict(unsigned char strict);
 /// Moves every unlocked block once, as strict memory does, whether or not that is on.
 TOOLBOX_CALL void ToolboxMoveMemory();
 /// Makes the `count`-th allocation or growth from now fail with -108, once; 0 switches it off.
-/// Handles, pointers and host handles all count.
-TOOLBOX_CALL void ToolboxFailAllocation(long count);
+/// Handles, pointers and host handles all count. Answers what was left of the former count: 0
+/// when that failure has happened.
+TOOLBOX_CALL long ToolboxFailAllocation(long count);
+/// Makes the `count`-th file call from now fail with -36, once; 0 switches it off. Calls that are
+/// refused for their arguments do not count. The call does nothing, except that FSClose closes.
+/// Answers as above.
+TOOLBOX_CALL long ToolboxFailFile(long count);
 /// Lets (non-zero) toolbox calls work on host handles and host calls on toolbox handles. Else
 /// such a call is a problem, does nothing and ends in -113.
 TOOLBOX_CALL void ToolboxAllowMixedHandles(unsigned char allow);
@@ -40,6 +49,8 @@ TOOLBOX_CALL void ToolboxAllowMixedHandles(unsigned char allow);
 TOOLBOX_CALL long ToolboxLiveHandles();
 TOOLBOX_CALL long ToolboxLiveHostHandles();
 TOOLBOX_CALL long ToolboxLivePointers();
+/// How many files are open.
+TOOLBOX_CALL long ToolboxOpenFiles();
 /// Whose handle this is: 0 no live handle, 1 the toolbox's, 2 the host's. Never a problem.
 TOOLBOX_CALL short ToolboxHandleOwner(Handle handle);
 
