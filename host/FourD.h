@@ -65,6 +65,20 @@ class FourD {
     /// by the host: declare it HOST_CALL. Answers what the call returns.
     static long ExecuteOnMainThreadV11(void (*proc)(void*), void* arg);
 
+    // --- Host handles ---------------------------------------------------------------------
+    // Owned by the host; only on hosts from 11.0 on, elsewhere every request fails.
+
+    /// New handle of `size` bytes; null when the host has no memory.
+    static char** NewHandleV11(long size);
+    /// A null handle is ignored, here and in LockHandleV11.
+    static void DisposeHandleV11(char** handle);
+    /// Whether the handle now has `size` bytes; false for null.
+    static unsigned char SetHandleSizeV11(char** handle, long size);
+    /// Bytes in the handle; 0 for null.
+    static long GetHandleSizeV11(char** handle);
+    static void LockHandleV11(char** handle);
+    static void UnlockHandleV11(char** handle);
+
     // --- Windows --------------------------------------------------------------------------
 
     /// First window of the host's front-to-back list; null without host globals.

@@ -1,5 +1,9 @@
 #include "tests/Fixture.h"
 
+#include "platform/Toolbox.h"
+
+#include <algorithm>
+
 // The plug-in object that the entry points serve; tests point it at their own.
 FourDPlug* gFourDPlug = nullptr;
 
@@ -70,4 +74,31 @@ void HostTest::Start(long selector) {
 
 std::vector<std::string> HostTest::TakeProblems() {
     return std::exchange(host.problems, {});
+}
+
+OwnedHandle::OwnedHandle(std::string_view bytes) {
+    PtrToHand(bytes.data(), &handle, static_cast<Size>(bytes.size()));
+}
+
+OwnedHandle::~OwnedHandle() {
+    if (handle != nullptr) {
+        DisposeHandle(handle);
+    }
+}
+
+std::string OwnedHandle::BytesOf(Handle handle) {
+    return {*handle, static_cast<std::size_t>(GetHandleSize(handle))};
+}
+
+PascalString::PascalString(std::string_view text) {
+    bytes[0] = static_cast<unsigned char>(text.size());
+    std::copy_n(text.begin(), bytes[0], bytes + 1);
+}
+
+std::string PascalString::Text() const {
+    return TextOf(bytes);
+}
+
+std::string PascalString::TextOf(const unsigned char* string) {
+    return {reinterpret_cast<const char*>(string + 1), string[0]};
 }

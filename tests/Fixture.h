@@ -63,6 +63,53 @@ class DualHostTest : public HostTest, public testing::WithParamInterface<unsigne
     DualHostTest() : HostTest({.version = GetParam()}) {}
 };
 
+/// An engine host with the plug-in started, in ordinary and in strict memory.
+class MemoryTest : public HostTest, public testing::WithParamInterface<bool> {
+  protected:
+    MemoryTest() {
+        Start();
+        ToolboxSetStrict(GetParam() ? 1 : 0);
+    }
+    ~MemoryTest() override { ToolboxSetStrict(0); }
+
+  private:
+    TestPlug plug;
+};
+
+inline const auto OrdinaryAndStrict = testing::Bool();
+
+inline std::string MemoryName(const testing::TestParamInfo<bool>& param) {
+    return param.param ? "Strict" : "Ordinary";
+}
+
+/// A platform handle with these bytes, disposed of at the end of the scope.
+class OwnedHandle {
+  public:
+    explicit OwnedHandle(std::string_view bytes);
+    ~OwnedHandle();
+    OwnedHandle(const OwnedHandle&) = delete;
+    OwnedHandle& operator=(const OwnedHandle&) = delete;
+
+    operator Handle() const { return handle; } // NOLINT(google-explicit-constructor): stands for it
+    std::string Bytes() const { return BytesOf(handle); }
+
+    static std::string BytesOf(Handle handle);
+
+    Handle handle = nullptr;
+};
+
+/// A Pascal string of up to 255 characters.
+struct PascalString {
+    explicit PascalString(std::string_view text);
+    operator unsigned char*() {
+        return bytes;
+    } // NOLINT(google-explicit-constructor): stands for it
+    std::string Text() const;
+    static std::string TextOf(const unsigned char* string);
+
+    Str255 bytes = {};
+};
+
 inline std::string HostName(const testing::TestParamInfo<unsigned short>& param) {
     return param.param >= 0x1100 ? "Engine" : "Classic";
 }

@@ -38,7 +38,8 @@ std::vector<unsigned char> ForbiddenBytes(unsigned inputs, bool engine) {
 const PreparedService& FindService(const SelectorPair& selector) {
     static const auto prepared = [] {
         std::map<std::string_view, const Service*> byName;
-        for (auto part : {EnvironmentServices(), ProcessServices(), WindowServices()}) {
+        for (auto part :
+             {EnvironmentServices(), MemoryServices(), ProcessServices(), WindowServices()}) {
             for (const Service& service : part) {
                 byName[service.selector.name] = &service;
             }

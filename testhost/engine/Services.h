@@ -29,6 +29,7 @@ struct Service {
 };
 
 std::span<const Service> EnvironmentServices();
+std::span<const Service> MemoryServices();
 std::span<const Service> ProcessServices();
 std::span<const Service> WindowServices();
 

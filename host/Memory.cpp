@@ -1,0 +1,53 @@
+#include "host/FourD.h"
+#include "host/HostCall.h"
+#include "platform/ResultCodes.h"
+
+namespace {
+
+/// What the host's memory service is asked for.
+enum class HandleOperation : long { New = 1, Dispose, SetSize, GetSize, Lock, Unlock };
+
+/// One call of the service: operation in param1, size in param2, handle in `handle`.
+class HandleCall : public HostCall {
+  public:
+    HandleCall(HandleOperation operation, char** handle, long size = 0)
+        : HostCall(Select("HandleOperation")) {
+        (*this)->param1 = static_cast<long>(operation);
+        (*this)->param2 = size;
+        (*this)->handle = handle;
+        Send();
+    }
+};
+
+} // namespace
+
+char** FourD::NewHandleV11(long size) {
+    return HandleCall(HandleOperation::New, nullptr, size)->handle;
+}
+
+void FourD::DisposeHandleV11(char** handle) {
+    if (handle != nullptr) {
+        HandleCall(HandleOperation::Dispose, handle);
+    }
+}
+
+unsigned char FourD::SetHandleSizeV11(char** handle, long size) {
+    if (handle == nullptr) {
+        return 0;
+    }
+    return HandleCall(HandleOperation::SetSize, handle, size)->error == ResultCode::NoError ? 1 : 0;
+}
+
+long FourD::GetHandleSizeV11(char** handle) {
+    return handle != nullptr ? HandleCall(HandleOperation::GetSize, handle)->param2 : 0;
+}
+
+void FourD::LockHandleV11(char** handle) {
+    if (handle != nullptr) {
+        HandleCall(HandleOperation::Lock, handle);
+    }
+}
+
+void FourD::UnlockHandleV11(char** handle) {
+    HandleCall(HandleOperation::Unlock, handle);
+}
