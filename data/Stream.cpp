@@ -1,0 +1,322 @@
+#include "data/Stream.h"
+
+#include "data/Handles.h"
+#include "platform/ResultCodes.h"
+#include "platform/Toolbox.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <limits>
+
+namespace {
+
+long Swapped(long value) {
+    return static_cast<long>(__builtin_bswap32(static_cast<std::uint32_t>(value)));
+}
+
+short Swapped(short value) {
+    return static_cast<short>(__builtin_bswap16(static_cast<std::uint16_t>(value)));
+}
+
+static_assert(std::endian::native == std::endian::little);
+
+} // namespace
+
+OSErr CStream::Write(long value) {
+    long stored = Swapped(value);
+    return WriteData(&stored, sizeof stored);
+}
+
+OSErr CStream::Read(long* value) {
+    long stored = 0;
+    const OSErr error = ReadData(&stored, sizeof stored);
+    *value = error == ResultCode::NoError ? Swapped(stored) : 0;
+    return error;
+}
+
+OSErr CStream::Write(short value) {
+    short stored = Swapped(value);
+    return WriteData(&stored, sizeof stored);
+}
+
+OSErr CStream::Read(short* value) {
+    short stored = 0;
+    const OSErr error = ReadData(&stored, sizeof stored);
+    *value = error == ResultCode::NoError ? Swapped(stored) : short{0};
+    return error;
+}
+
+OSErr CStream::Write(DateBlock* date) {
+    return WriteData(date, sizeof *date);
+}
+
+OSErr CStream::Read(DateBlock* date) {
+    return ReadData(date, sizeof *date);
+}
+
+OSErr CStream::Write(unsigned char* string, unsigned char align) {
+    const OSErr error = WriteData(string, string[0] + 1);
+    return error == ResultCode::NoError && align != 0 ? WriteWordAlign() : error;
+}
+
+OSErr CStream::Read(unsigned char* string, unsigned char align) {
+    string[0] = 0;
+    unsigned char length = 0;
+    OSErr error = ReadData(&length, 1);
+    if (error != ResultCode::NoError) {
+        return error;
+    }
+    const long start = GetPosition();
+    error = ReadData(string + 1, length);
+    string[0] = static_cast<unsigned char>(std::clamp<long>(GetPosition() - start, 0, length));
+    return error == ResultCode::NoError && align != 0 ? ReadWordAlign() : error;
+}
+
+/// Whether a length read from the stream can be what follows.
+OSErr CStream::CheckStored(long length) {
+    if (length < 0) {
+        return ResultCode::BadParameter;
+    }
+    return length > GetSize() - GetPosition() ? ResultCode::EndOfData : ResultCode::NoError;
+}
+
+OSErr CStream::WriteLocked(Handle source, long length) {
+    if (length < 1) {
+        return ResultCode::NoError;
+    }
+    HLock(source);
+    const OSErr error = WriteData(*source, length);
+    HUnlock(source);
+    return error;
+}
+
+OSErr CStream::ReadLocked(Handle target, long length) {
+    if (length < 1) {
+        return ResultCode::NoError;
+    }
+    HLock(target);
+    const OSErr error = ReadData(*target, length);
+    HUnlock(target);
+    return error;
+}
+
+OSErr CStream::Write(CTextBlock* text, unsigned char align) {
+    Handle const bytes = text->GetHandle();
+    const long stored = bytes != nullptr ? GetHandleSize(bytes) : 0;
+    const auto length = static_cast<short>(std::clamp<long>(text->GetLength(), 0, stored));
+    OSErr error = Write(length);
+    if (error == ResultCode::NoError) {
+        error = WriteLocked(bytes, length);
+    }
+    return error == ResultCode::NoError && align != 0 ? WriteWordAlign() : error;
+}
+
+OSErr CStream::Read(CTextBlock* text, unsigned char align) {
+    short length = 0;
+    OSErr error = Read(&length);
+    if (error == ResultCode::NoError) {
+        error = length > CTextBlock::MaxLength ? ResultCode::BadParameter : CheckStored(length);
+    }
+    if (error == ResultCode::NoError) {
+        error = static_cast<OSErr>(text->SetLength(length));
+    }
+    if (error == ResultCode::NoError) {
+        error = ReadLocked(text->GetHandle(), length);
+    }
+    if (error != ResultCode::NoError) {
+        text->SetLength(0);
+        return error;
+    }
+    return align != 0 ? ReadWordAlign() : error;
+}
+
+OSErr CStream::Write(char** handle, unsigned char align) {
+    const long size = handle != nullptr ? GetHandleSize(handle) : 0;
+    OSErr error = Write(size);
+    if (error == ResultCode::NoError) {
+        error = WriteLocked(handle, size);
+    }
+    return error == ResultCode::NoError && align != 0 ? WriteWordAlign() : error;
+}
+
+OSErr CStream::Read(char*** handle, unsigned char align) {
+    long size = 0;
+    OSErr error = Read(&size);
+    if (error == ResultCode::NoError) {
+        error = CheckStored(size);
+    }
+    if (error == ResultCode::NoError) {
+        error = ResizeOrNewHandle(handle, static_cast<unsigned long>(size));
+    }
+    if (error == ResultCode::NoError) {
+        error = ReadLocked(*handle, size);
+    }
+    if (error != ResultCode::NoError) {
+        if (*handle != nullptr) {
+            SetHandleSize(*handle, 0);
+        }
+        return error;
+    }
+    return align != 0 ? ReadWordAlign() : error;
+}
+
+OSErr CStream::WriteWordAlign() {
+    if (GetPosition() % 2 != 0) {
+        char padding = 0;
+        WriteData(&padding, 1);
+    }
+    return ResultCode::NoError;
+}
+
+OSErr CStream::ReadWordAlign() {
+    if (GetPosition() % 2 != 0) {
+        char padding = 0;
+        ReadData(&padding, 1);
+    }
+    return ResultCode::NoError;
+}
+
+CHandleStream::CHandleStream(char** streamHandle, long growth)
+    : handle(streamHandle), growthSize(growth) {
+    if (handle != nullptr) {
+        dataSize = GetHandleSize(handle);
+        savedState = HGetState(handle);
+        HNoPurge(handle);
+    }
+}
+
+CHandleStream::~CHandleStream() {
+    if (handle != nullptr) {
+        CHandleStream::SetSize(position);
+        HSetState(handle, savedState);
+    }
+}
+
+long CHandleStream::GetPosition() {
+    return position;
+}
+
+OSErr CHandleStream::SetPosition(long newPosition) {
+    if (newPosition < 0) {
+        return ResultCode::BadPosition;
+    }
+    if (newPosition > dataSize) {
+        return ResultCode::EndOfData;
+    }
+    position = newPosition;
+    return ResultCode::NoError;
+}
+
+long CHandleStream::GetSize() {
+    return dataSize;
+}
+
+OSErr CHandleStream::SetSize(long size) {
+    if (handle == nullptr) {
+        return ResultCode::NullHandle;
+    }
+    SetHandleSize(handle, size);
+    const OSErr error = MemError();
+    if (error == ResultCode::NoError) {
+        position = std::min(position, size);
+        dataSize = std::min(dataSize, size);
+    }
+    return error;
+}
+
+long CHandleStream::GrowthSize(long need) const {
+    return std::max(need, growthSize);
+}
+
+OSErr CHandleStream::WriteData(void* data, long count) {
+    if (count < 0) {
+        return ResultCode::BadParameter;
+    }
+    // Deliberate: each write past the data grows the handle anew, even where it already is large
+    // enough; its size between writes is part of what callers see.
+    const long room = dataSize - position;
+    if (count > room) {
+        const long long size = static_cast<long long>(dataSize) + GrowthSize(count - room);
+        if (size > std::numeric_limits<long>::max()) {
+            return ResultCode::MemoryFull;
+        }
+        const OSErr error = SetSize(static_cast<long>(size));
+        if (error != ResultCode::NoError) {
+            return error;
+        }
+    }
+    if (count > 0) {
+        BlockMove(data, *handle + position, count);
+        position += count;
+        dataSize = std::max(dataSize, position);
+    }
+    return ResultCode::NoError;
+}
+
+OSErr CHandleStream::ReadData(void* buffer, long count) {
+    if (count < 0) {
+        return ResultCode::BadParameter;
+    }
+    if (count == 0) {
+        return ResultCode::NoError;
+    }
+    if (handle == nullptr) {
+        return ResultCode::NullHandle;
+    }
+    // The handle is the caller's, who may have made it smaller meanwhile.
+    const long end = std::min(dataSize, GetHandleSize(handle));
+    const long taken = std::clamp(end - position, 0L, count);
+    if (taken > 0) {
+        BlockMove(*handle + position, buffer, taken);
+        position += taken;
+    }
+    return taken < count ? ResultCode::EndOfData : ResultCode::NoError;
+}
+
+CFileStream::CFileStream(unsigned char* path) {
+    FSSpec file = {};
+    OSErr error = FSMakeFSSpec(0, 0, path, &file);
+    if (error == ResultCode::FileNotFound) {
+        error = FSpCreate(&file, 0, 0, 0);
+    }
+    short opened = NotOpen;
+    if (error == ResultCode::NoError &&
+        FSpOpenDF(&file, FilePermission::ReadWrite, &opened) == ResultCode::NoError) {
+        refNum = opened;
+    }
+}
+
+CFileStream::~CFileStream() {
+    if (IsOpen()) {
+        FSClose(refNum);
+    }
+}
+
+long CFileStream::GetPosition() {
+    long position = 0;
+    GetFPos(refNum, &position);
+    return position;
+}
+
+OSErr CFileStream::SetPosition(long position) {
+    return SetFPos(refNum, FilePosition::FromStart, position);
+}
+
+long CFileStream::GetSize() {
+    long size = 0;
+    GetEOF(refNum, &size);
+    return size;
+}
+
+OSErr CFileStream::SetSize(long size) {
+    return SetEOF(refNum, size);
+}
+
+OSErr CFileStream::WriteData(void* data, long count) {
+    return FSWrite(refNum, &count, data);
+}
+
+OSErr CFileStream::ReadData(void* buffer, long count) {
+    return FSRead(refNum, &count, buffer);
+}

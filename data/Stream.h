@@ -1,0 +1,111 @@
+#pragma once
+
+#include "data/TextBlock.h"
+#include "platform/Types.h"
+
+/// A sink and source of bytes with a position, and the typed layout on top of it: integers
+/// big-endian, everything optionally aligned to even positions. Errors are 16-bit codes: 0, -39
+/// at the end of the data, -40 for a position before the start, -50 for a bad argument, -108 when
+/// memory is full, -109 for a null handle, or the file system's own.
+///
+/// A stored length is not believed: one that is negative, or larger than what the stream still
+/// holds, ends the reading with an error (-50, -39) before anything is allocated.
+class CStream {
+  public:
+    CStream() = default;
+    CStream(const CStream&) = delete;
+    CStream& operator=(const CStream&) = delete;
+
+    virtual long GetPosition() = 0;
+    virtual OSErr SetPosition(long position) = 0;
+    /// Where the data ends.
+    virtual long GetSize() = 0;
+    virtual OSErr SetSize(long size) = 0;
+    virtual OSErr WriteData(void* data, long count) = 0;
+    /// A short read gives the bytes that there are, and -39.
+    virtual OSErr ReadData(void* buffer, long count) = 0;
+    virtual ~CStream() = default;
+
+    // 4 and 2 bytes.
+    OSErr Write(long value);
+    OSErr Read(long* value);
+    OSErr Write(short value);
+    OSErr Read(short* value);
+
+    // The 6 bytes of the record, as they are in memory: deliberately not swapped, as stored dates
+    // have always been.
+    OSErr Write(DateBlock* date);
+    OSErr Read(DateBlock* date);
+
+    // A Pascal string: the length byte and that many characters. `string` holds 256 bytes; after
+    // an error it is as long as was read.
+    OSErr Write(unsigned char* string, unsigned char align);
+    OSErr Read(unsigned char* string, unsigned char align);
+
+    // A 16-bit length and the text. After an error the text is empty.
+    OSErr Write(CTextBlock* text, unsigned char align);
+    OSErr Read(CTextBlock* text, unsigned char align);
+
+    // A 32-bit size and the bytes of a platform handle, which is written as empty when null, and
+    // resized, or made when null, to be read into. After an error it is empty, or still null.
+    OSErr Write(char** handle, unsigned char align);
+    OSErr Read(char*** handle, unsigned char align);
+
+    // At an odd position, writes a zero byte or skips one. Always answers 0.
+    OSErr WriteWordAlign();
+    OSErr ReadWordAlign();
+
+  private:
+    OSErr CheckStored(long length);
+    OSErr WriteLocked(Handle source, long length);
+    OSErr ReadLocked(Handle target, long length);
+};
+
+/// A stream over a platform handle, which stays the caller's and grows as it is written. At the end
+/// the handle is cut to the position: what lies beyond is dropped.
+class CHandleStream : public CStream {
+  public:
+    /// `growth`: bytes by which the handle grows at least. A null handle gives a stream that
+    /// answers -109.
+    CHandleStream(char** handle, long growth);
+    ~CHandleStream() override;
+
+    long GetPosition() override;
+    OSErr SetPosition(long position) override;
+    long GetSize() override;
+    OSErr SetSize(long size) override;
+    OSErr WriteData(void* data, long count) override;
+    OSErr ReadData(void* buffer, long count) override;
+
+    /// Bytes to grow by when `need` more are needed.
+    long GrowthSize(long need) const;
+
+  private:
+    Handle handle;
+    long position = 0;
+    long dataSize = 0; ///< may be less than the handle's size
+    long growthSize;
+    char savedState = 0;
+};
+
+/// A stream over a file's data fork, made when it does not exist.
+class CFileStream : public CStream {
+  public:
+    /// `path`: full path as a Pascal string. Every operation fails when the file cannot be opened.
+    explicit CFileStream(unsigned char* path);
+    ~CFileStream() override;
+
+    bool IsOpen() const { return refNum != NotOpen; }
+
+    long GetPosition() override;
+    OSErr SetPosition(long position) override;
+    long GetSize() override;
+    OSErr SetSize(long size) override;
+    OSErr WriteData(void* data, long count) override;
+    OSErr ReadData(void* buffer, long count) override;
+
+  private:
+    static constexpr short NotOpen = 32767;
+
+    short refNum = NotOpen;
+};
