@@ -1,10 +1,14 @@
+#include "data/Base64.h"
+#include "data/TextBlock.h"
 #include "examples/tour/Tour.h"
 #include "platform/Toolbox.h"
 #include "shell/Strings.h"
+#include "shell/TextServices.h"
 
 #include <array>
 #include <cctype>
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 namespace {
@@ -54,6 +58,23 @@ unsigned char Lower(unsigned char letter) {
     return static_cast<unsigned char>(std::tolower(letter));
 }
 
+/// Stores in `target` what `change` makes of the source's bytes; nothing when the result is longer
+/// than a text can be, rather than a part of it.
+template <typename Change>
+void ChangeHandle(CTextBlock& source, CTextBlock& target, Change change) {
+    Handle bytes = nullptr;
+    source.CopyTo(&bytes);
+    target.SetLength(0);
+    if (bytes == nullptr) {
+        return;
+    }
+    change(bytes);
+    if (GetHandleSize(bytes) <= CTextBlock::MaxLength) {
+        target.SetTo(bytes);
+    }
+    DisposeHandle(bytes);
+}
+
 } // namespace
 
 namespace Tour {
@@ -70,28 +91,52 @@ void CountWords(CXParam* params, CXResult* result) {
 }
 
 void UpperText(CXParam* params, CXResult* result) {
-    const TextBlock& source = *params[0].GetTextBlockPtr();
-    // The result's text record belongs to the host; its handle is ours to size.
-    auto* const target = reinterpret_cast<TextBlock*>(result->GetCTextBlockPtr());
-    const long length = source.text != nullptr && source.length > 0 ? source.length : 0;
-    if (target->text == nullptr) {
-        target->text = NewHandle(length);
-    } else {
-        SetHandleSize(target->text, length);
-    }
+    CTextBlock* const text = result->GetCTextBlockPtr();
     params[1].SetBoolean(0);
-    if (MemError() != 0 || target->text == nullptr) {
+    if (text->SetTo(params[0].GetCTextBlockPtr()) != 0) {
         return;
     }
-    target->length = static_cast<short>(length);
-    for (long i = 0; i < length; ++i) {
-        const auto before = static_cast<unsigned char>((*source.text)[i]);
+    for (short i = 1; i <= text->GetLength(); ++i) {
+        const auto before = static_cast<unsigned char>(text->GetChar(i));
         const unsigned char after = Upper(before);
-        (*target->text)[i] = static_cast<char>(after);
         if (after != before) {
+            text->SetChar(i, static_cast<char>(after));
             params[1].SetBoolean(1);
         }
     }
+}
+
+void Base64EncodeText(CXParam* params, CXResult* result) {
+    ChangeHandle(*params[0].GetCTextBlockPtr(), *result->GetCTextBlockPtr(), Base64EncodeHandle);
+}
+
+void Base64DecodeText(CXParam* params, CXResult* result) {
+    ChangeHandle(*params[0].GetCTextBlockPtr(), *result->GetCTextBlockPtr(), Base64DecodeHandle);
+}
+
+void SetLineEndings(CXParam* params, CXResult* result) {
+    struct Kind {
+        const char* name;
+        long kind;
+    };
+    static constexpr Kind Kinds[] = {
+        {"CR", LineEnding::CR}, {"CRLF", LineEnding::CRLF}, {"LF", LineEnding::LF}};
+    char name[256];
+    _CopyP2CStr(params[1].GetStringPtr(), name);
+    _UpperCStr(name);
+    for (const Kind& row : Kinds) {
+        if (std::strcmp(name, row.name) == 0) {
+            ChangeHandle(*params[0].GetCTextBlockPtr(), *result->GetCTextBlockPtr(),
+                         [&row](Handle text) { _SetHandleLineEndings(text, row.kind); });
+            return;
+        }
+    }
+    result->GetCTextBlockPtr()->SetTo(params[0].GetCTextBlockPtr()); // no such kind: as it is
+}
+
+void ReplaceInText(CXParam* params, CXResult* result) {
+    CTextBlock* const text = params[0].GetCTextBlockPtr();
+    result->SetLong(text->Replace(params[1].GetStringPtr(), params[2].GetCTextBlockPtr()));
 }
 
 void PrepareChecksums() {

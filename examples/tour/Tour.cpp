@@ -25,6 +25,14 @@ constexpr CommandEntry Commands[] = {
     {"Describe value", "(value) -> string", Tour::DescribeValue},
     {"Sum longs", "(long array) -> long", Tour::SumLongs},
     {"Swap longs", "(pointer; pointer) -> boolean", Tour::SwapLongs},
+    {"Base64 encode", "(text) -> text", Tour::Base64EncodeText},
+    {"Base64 decode", "(text) -> text", Tour::Base64DecodeText},
+    {"Set line endings", "(text; string CR, LF or CRLF) -> text", Tour::SetLineEndings},
+    {"Replace", "(&text; string search; text replacement) -> long count", Tour::ReplaceInText},
+    {"Save values", "(string path; long; short; date; string; text; handle) -> short error",
+     Tour::SaveValues},
+    {"Load values", "(string path; &long; &short; &date; &string; &text; &handle) -> short error",
+     Tour::LoadValues},
 };
 
 constexpr OSType Creator = 0x546F7572; // 'Tour'

@@ -22,6 +22,10 @@ void Checksum(CXParam* params, CXResult* result);
 void BlobChecksum(CXParam* params, CXResult* result);
 void Initials(CXParam* params, CXResult* result);
 void ProperCase(CXParam* params, CXResult* result);
+void Base64EncodeText(CXParam* params, CXResult* result);
+void Base64DecodeText(CXParam* params, CXResult* result);
+void SetLineEndings(CXParam* params, CXResult* result);
+void ReplaceInText(CXParam* params, CXResult* result);
 /// Fills the table that both checksums look up.
 void PrepareChecksums();
 
@@ -45,5 +49,9 @@ void PictureWidth(CXParam* params, CXResult* result);
 void DescribeValue(CXParam* params, CXResult* result);
 void SumLongs(CXParam* params, CXResult* result);
 void SwapLongs(CXParam* params, CXResult* result);
+
+// Files
+void SaveValues(CXParam* params, CXResult* result);
+void LoadValues(CXParam* params, CXResult* result);
 
 } // namespace Tour
