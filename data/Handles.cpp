@@ -5,6 +5,7 @@
 #include "platform/Toolbox.h"
 
 #include <cstring>
+#include <limits>
 
 OSErr gFourDLastMemErr;
 
@@ -18,6 +19,17 @@ bool HasHandle(Handle handle) {
 
 bool AreBytes(const void* bytes, long length) {
     return length == 0 || (length > 0 && bytes != nullptr);
+}
+
+/// Makes room for `added` bytes at the end and stores where they begin.
+OSErr Grow(Handle handle, long added, long* end) {
+    *end = FourDGetHandleSize(handle);
+    if (added > std::numeric_limits<long>::max() - *end) {
+        gFourDLastMemErr = ResultCode::MemoryFull;
+    } else {
+        FourDSetHandleSize(handle, *end + added);
+    }
+    return FourDMemError();
 }
 
 } // namespace
@@ -99,31 +111,34 @@ HOST_CALL void FourDBlockMove(const void* source, void* target, long count) {
 }
 
 HOST_CALL OSErr FourDHandAndHand(Handle source, Handle target) {
+    gFourDLastMemErr = ResultCode::NoError;
     if (source == nullptr || target == nullptr) {
         return ResultCode::BadParameter;
     }
     const long added = FourDGetHandleSize(source);
-    const long before = FourDGetHandleSize(target);
-    FourDSetHandleSize(target, before + added);
-    if (FourDMemError() == ResultCode::NoError) {
-        FourDBlockMove(*source, *target + before, added);
+    long end = 0;
+    const OSErr error = Grow(target, added, &end);
+    if (error == ResultCode::NoError) {
+        FourDBlockMove(*source, *target + end, added);
     }
-    return FourDMemError();
+    return error;
 }
 
 HOST_CALL OSErr FourDPtrAndHand(const void* bytes, Handle target, long length) {
+    gFourDLastMemErr = ResultCode::NoError;
     if (target == nullptr || !AreBytes(bytes, length)) {
         return ResultCode::BadParameter;
     }
-    const long before = FourDGetHandleSize(target);
-    FourDSetHandleSize(target, before + length);
-    if (FourDMemError() == ResultCode::NoError) {
-        FourDBlockMove(bytes, *target + before, length);
+    long end = 0;
+    const OSErr error = Grow(target, length, &end);
+    if (error == ResultCode::NoError) {
+        FourDBlockMove(bytes, *target + end, length);
     }
-    return FourDMemError();
+    return error;
 }
 
 HOST_CALL OSErr FourDPtrToHand(const void* bytes, Handle* out, long length) {
+    gFourDLastMemErr = ResultCode::NoError;
     if (out == nullptr || !AreBytes(bytes, length)) {
         return ResultCode::BadParameter;
     }

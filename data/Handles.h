@@ -22,7 +22,7 @@ HOST_CALL OSErr CopyHandle(Handle source, Handle* copy);
 // --- Host handles ---------------------------------------------------------------------------
 // Hosts from 11.0 on; on older ones every allocation fails with -108. Each call but
 // FourDMemError and FourDBlockMove leaves its result in FourDMemError(): 0, -108 when the host
-// has no memory, -109 for a null handle.
+// has no memory, -109 for a null handle. A bad argument (-50) is only answered.
 
 /// New host handle of `size` bytes; null on failure.
 HOST_CALL Handle FourDNewHandle(long size);

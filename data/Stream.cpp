@@ -225,6 +225,14 @@ OSErr CHandleStream::SetSize(long size) {
     return error;
 }
 
+/// The handle is the caller's, who may have made it smaller meanwhile.
+void CHandleStream::Settle() {
+    if (handle != nullptr) {
+        dataSize = std::min(dataSize, GetHandleSize(handle));
+        position = std::min(position, dataSize);
+    }
+}
+
 long CHandleStream::GrowthSize(long need) const {
     return std::max(need, growthSize);
 }
@@ -233,6 +241,7 @@ OSErr CHandleStream::WriteData(void* data, long count) {
     if (count < 0) {
         return ResultCode::BadParameter;
     }
+    Settle();
     // Deliberate: each write past the data grows the handle anew, even where it already is large
     // enough; its size between writes is part of what callers see.
     const long room = dataSize - position;
@@ -264,9 +273,8 @@ OSErr CHandleStream::ReadData(void* buffer, long count) {
     if (handle == nullptr) {
         return ResultCode::NullHandle;
     }
-    // The handle is the caller's, who may have made it smaller meanwhile.
-    const long end = std::min(dataSize, GetHandleSize(handle));
-    const long taken = std::clamp(end - position, 0L, count);
+    Settle();
+    const long taken = std::min(dataSize - position, count);
     if (taken > 0) {
         BlockMove(*handle + position, buffer, taken);
         position += taken;

@@ -81,6 +81,8 @@ class CHandleStream : public CStream {
     long GrowthSize(long need) const;
 
   private:
+    void Settle();
+
     Handle handle;
     long position = 0;
     long dataSize = 0; ///< may be less than the handle's size

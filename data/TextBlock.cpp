@@ -70,7 +70,7 @@ long CTextBlock::Stored() const {
 /// Copies `length` bytes to the 0-based `position`. Does nothing where a failed allocation has
 /// left no room.
 void CTextBlock::Fill(Handle source, const char* bytes, long position, long length) {
-    if (length < 1 || SizeOf(fHandle) < position + length) {
+    if (length < 1 || position < 0 || SizeOf(fHandle) < position + length) {
         return;
     }
     const char* const from = source != nullptr ? *source : bytes;
@@ -147,7 +147,7 @@ long CTextBlock::SetTo(char** handle) {
 }
 
 long CTextBlock::AppendFrom(Handle source, const char* bytes, long length) {
-    const long before = fSize;
+    const long before = std::max<long>(fSize, 0);
     const long added = std::min<long>(length, MaxLength - before);
     const long error = SetLength(static_cast<short>(before + added));
     if (error == ResultCode::NoError) {
@@ -169,7 +169,7 @@ long CTextBlock::Append(const unsigned char (&string)[256]) {
 }
 
 long CTextBlock::Append(const char* text) {
-    return Append(text, Measure(text));
+    return AppendFrom(nullptr, text, std::max<long>(Measure(text), 0));
 }
 
 long CTextBlock::Append(const char* bytes, short length) {
@@ -249,10 +249,10 @@ long CTextBlock::ReplaceWithBytes(unsigned char* search, const char* bytes, long
     if (Stored() == 0) {
         return 0;
     }
-    if (length < 0 || (bytes == nullptr && length > 0)) {
+    if (bytes == nullptr && length > 0) {
         return ResultCode::BadParameter;
     }
-    const TemporaryHandle copy(NewHandle(length));
+    const TemporaryHandle copy(NewHandle(length)); // a negative length cannot be had
     if (copy.handle == nullptr) {
         return MemError();
     }

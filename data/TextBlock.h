@@ -50,7 +50,7 @@ class CTextBlock {
     long SetTo(const char* bytes, short length);
     long SetTo(char** handle);
 
-    // Adds at the end, as much as fits.
+    // Adds at the end, as much as fits; a zero-terminated source as above.
     long Append(CTextBlock& other);
     long Append(CTextBlock* other);
     long Append(const unsigned char (&string)[256]);

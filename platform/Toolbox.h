@@ -104,9 +104,9 @@ TOOLBOX_CALL short IUEqualString(const unsigned char* a, const unsigned char* b)
 TOOLBOX_CALL void StringToNum(const unsigned char* text, long* number);
 /// Replaces every `search` in the bytes of `text`, from left to right, by the bytes of
 /// `replacement`, which may be null (nothing) or `text` itself. Bytes are compared exactly; an
-/// empty `search` is found nowhere. Answers how many were replaced, or a result code as in
+/// empty `search` is found nowhere. Answers how many were replaced (at most 32767), or a code as in
 /// MemError(): then `text` is as it was.
-TOOLBOX_CALL long ReplaceTex(Handle text, Handle replacement, const unsigned char* search);
+TOOLBOX_CALL short ReplaceTex(Handle text, Handle replacement, const unsigned char* search);
 
 // Dates. Seconds count from midnight, 1 January 1904.
 TOOLBOX_CALL void LongDateToSeconds(const LongDateRec* date, long long* seconds);

@@ -107,6 +107,8 @@ TEST_P(HandlesTest, HostHandlesGrowByAppending) {
     EXPECT_EQ(FourDPtrAndHand("x", nullptr, 1), ResultCode::BadParameter);
     EXPECT_EQ(FourDHandAndHand(handle, nullptr), ResultCode::BadParameter);
     EXPECT_EQ(FourDHandAndHand(nullptr, handle), ResultCode::BadParameter);
+    EXPECT_EQ(FourDMemError(), 0);
+    EXPECT_EQ(FourDPtrAndHand("x", handle, 0x7FFFFFFF), ResultCode::MemoryFull);
     EXPECT_EQ(HostBytes(handle), "abcdabcd");
     FourDDisposeHandle(handle);
 

@@ -178,6 +178,14 @@ TEST_P(StreamTest, HandleStreamsMoveGrowAndCut) {
         EXPECT_EQ(stream.SetPosition(2), 0);
     }
     EXPECT_EQ(handle.Bytes(), "01");
+    {
+        CHandleStream stream(handle, 0);
+        stream.SetPosition(2);
+        SetHandleSize(handle, 1); // behind the stream's back
+        char byte = '!';
+        EXPECT_EQ(stream.WriteData(&byte, 1), 0);
+    }
+    EXPECT_EQ(handle.Bytes(), "0!");
     EXPECT_NE(HGetState(handle) & 0x40, 0);
 
     CHandleStream nothing(nullptr, 100);

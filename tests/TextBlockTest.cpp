@@ -122,7 +122,7 @@ TEST_P(TextBlockTest, LongSourcesAreMeasuredIn16Bits) {
     const std::string negative(40000, 'n'); // measures -25536
     EXPECT_EQ(text.SetTo(negative.c_str()), 0);
     EXPECT_EQ(TextOf(text), "before");
-    EXPECT_EQ(text.Append(negative.c_str()), ResultCode::BadParameter);
+    EXPECT_EQ(text.Append(negative.c_str()), 0);
     EXPECT_EQ(TextOf(text), "before");
     const std::string wrapped(70000, 'w'); // measures 4464
     EXPECT_EQ(text.SetTo(wrapped.c_str()), 0);
@@ -209,7 +209,10 @@ TEST_P(TextBlockTest, ReadsNothingThatIsNotThere) {
         EXPECT_EQ(TextOf(text), expected);
         EXPECT_EQ(view.GetChar(3), 0);
         view.SetChar(3, 'c');
-        record.text = nullptr;
+        EXPECT_EQ(view.Append("cd"), 0);
+        EXPECT_LE(GetHandleSize(two), 32000);
+        SetHandleSize(two, 2);
+        record = {.length = length, .text = nullptr};
         EXPECT_EQ(view.GetChar(1), 0);
         PascalString search("a");
         EXPECT_EQ(view.Replace(search, "b"), 0);

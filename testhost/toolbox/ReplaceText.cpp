@@ -72,9 +72,9 @@ OSErr Replace(const Call& call, Handle text, Handle replacement, const unsigned 
 
 } // namespace
 
-long ReplaceTex(Handle text, Handle replacement, const unsigned char* search) {
+short ReplaceTex(Handle text, Handle replacement, const unsigned char* search) {
     Heap& heap = TheHeap();
     long count = 0;
     heap.lastResult = Replace({"ReplaceTex"}, text, replacement, search, &count);
-    return heap.lastResult ? heap.lastResult : count;
+    return heap.lastResult ? heap.lastResult : static_cast<short>(std::min(count, 32767L));
 }
