@@ -45,8 +45,9 @@ TOOLBOX_CALL short CurResFile();
 TOOLBOX_CALL void UseResFile(short resFile);
 TOOLBOX_CALL OSErr ResError();
 
-// Files: data forks. Null arguments and negative counts give -50, a number of no open file -51,
-// trouble with the disk -36. The mark is where the next byte is read or written.
+// Files. Names are in the host's Macintosh character set. Null arguments and negative counts give
+// -50, a number of no open file -51, trouble with the disk -36. The mark is where the next byte is
+// read or written.
 
 /// What FSpOpenDF asks for. A file that is open for writing opens for writing once more only when
 /// both ask for Shared; it always opens for reading.
@@ -72,8 +73,35 @@ inline constexpr short FromMark = 3;
 /// same, when only the last part of the path is missing. With an empty specification: -120 no such
 /// folder, -35 no such volume, -37 the name cannot be one. Colon paths are no names.
 TOOLBOX_CALL OSErr FSMakeFSSpec(short vRefNum, long dirID, const unsigned char* name, FSSpec* spec);
-/// New empty file; -48 when the name is taken. Creator, type and script are not kept.
+/// New empty file; -48 when the name is taken. Creator and type are what FSpGetFInfo answers.
 TOOLBOX_CALL OSErr FSpCreate(const FSSpec* spec, OSType creator, OSType type, short scriptTag);
+/// New folder, and its identifier in `createdDirID` (0 on failure); -48 when the name is taken.
+TOOLBOX_CALL OSErr FSpDirCreate(const FSSpec* spec, short scriptTag, long* createdDirID);
+/// Removes a file or an empty folder. -43 nothing there, -47 an open file or a folder with
+/// something in it, -45 a locked file.
+TOOLBOX_CALL OSErr FSpDelete(const FSSpec* spec);
+/// New name, in the same folder, for a file or folder; it may differ in case only. -48 the name is
+/// taken, -43 nothing there, -37 the name cannot be one, -45 a locked file, -47 an open one.
+TOOLBOX_CALL OSErr FSpRename(const FSSpec* spec, const unsigned char* newName);
+/// Type, creator and the like of a file; -43 for a folder, too. Zeros for a file that nobody gave
+/// any.
+TOOLBOX_CALL OSErr FSpGetFInfo(const FSSpec* spec, FInfo* info);
+/// -43 for a folder, too; -45 a locked file.
+TOOLBOX_CALL OSErr FSpSetFInfo(const FSSpec* spec, const FInfo* info);
+/// Fills in the catalogue entry of the file or folder `ioNamePtr`, a name or path as FSMakeFSSpec
+/// takes it, in the folder (`ioVRefNum`, `ioDirID`) when `ioFDirIndex` is 0; of the item of that
+/// number in the folder when it is above 0; of the folder itself when it is below 0, or when there
+/// is no name. Where it is not 0 the name goes into `ioNamePtr`, unless that is null. -43 nothing
+/// there, or no item of that number; else as FSMakeFSSpec. The result is in `ioResult`, too. For a
+/// file `ioDirID` comes back as a number that is no folder's.
+TOOLBOX_CALL OSErr PBGetCatInfoSync(CInfoPBRec* block);
+/// Full path of a name in a folder, as FSMakeFSSpec takes them; of the folder itself when the name
+/// is empty or null. The folder's part is in Windows' characters, and the name goes in as it is:
+/// for a path that Windows understands, convert it first. Ends with a backslash for a drive's root
+/// only. Nothing needs to be there. `path` is a buffer of at least 1,040 bytes, of which no more
+/// are written; empty when the folder or volume is unknown (-120, -35), the name cannot be one
+/// (-37) or the path does not fit (-37).
+TOOLBOX_CALL OSErr ASI_HFSpec(long directory, short volume, const unsigned char* name, char* path);
 /// Opens the data fork, mark at the start; 0 in `refNum` on failure. -43 no such file, -49 already
 /// open for writing, -42 too many files, -47 another program has it, -54 a locked file cannot be
 /// written.
@@ -107,6 +135,13 @@ TOOLBOX_CALL void StringToNum(const unsigned char* text, long* number);
 /// empty `search` is found nowhere. Answers how many were replaced (at most 32767), or a code as in
 /// MemError(): then `text` is as it was.
 TOOLBOX_CALL short ReplaceTex(Handle text, Handle replacement, const unsigned char* search);
+/// Converts `length` characters of the Macintosh set (Mac Roman) to Windows' (1252) and answers how
+/// many came of it: as many. Each character becomes one of its own, so that converting back gives
+/// the original; those that the other set lacks are assigned to each other in the order of their
+/// codes. `destination` may be `source`. Nothing, for null or a negative length: 0. `option` is 1.
+TOOLBOX_CALL long ASI_MacToAnsiBuf(const void* source, void* destination, long length, long option);
+/// The reverse.
+TOOLBOX_CALL long ASI_AnsiToMacBuf(const void* source, void* destination, long length);
 
 // Dates. Seconds count from midnight, 1 January 1904.
 TOOLBOX_CALL void LongDateToSeconds(const LongDateRec* date, long long* seconds);

@@ -51,6 +51,89 @@ struct FSSpec {
     Str63 name;
 };
 
+/// What the finder keeps about a file.
+struct FInfo {
+    OSType fdType;
+    OSType fdCreator;
+    unsigned short fdFlags;
+    Point fdLocation;
+    short fdFldr;
+};
+
+/// What the finder keeps about a folder's window.
+struct DInfo {
+    Rect frRect;
+    unsigned short frFlags;
+    Point frLocation;
+    short frView;
+};
+
+/// Catalogue entry of a file. Dates are seconds from midnight, 1 January 1904, local time; lengths
+/// are bytes.
+struct HFileInfo {
+    unsigned char queue[12]; ///< link, type, trap and command address: the system's own
+    void* ioCompletion;
+    OSErr ioResult;
+    unsigned char* ioNamePtr; ///< Pascal string; the buffer takes 64 bytes
+    short ioVRefNum;
+    short ioFRefNum;
+    char ioFVersNum;
+    char filler1;
+    short ioFDirIndex;        ///< what is asked about, see PBGetCatInfoSync
+    unsigned char ioFlAttrib; ///< FileAttribute bits
+    unsigned char ioACUser;
+    FInfo ioFlFndrInfo;
+    long ioDirID; ///< in: the folder asked about
+    unsigned short ioFlStBlk;
+    long ioFlLgLen; ///< data fork
+    long ioFlPyLen;
+    unsigned short ioFlRStBlk;
+    long ioFlRLgLen; ///< resource fork
+    long ioFlRPyLen;
+    unsigned long ioFlCrDat; ///< made
+    unsigned long ioFlMdDat; ///< last changed
+    unsigned long ioFlBkDat; ///< last backed up
+    unsigned char ioFlXFndrInfo[16];
+    long ioFlParID; ///< identifier of the folder that it is in
+    long ioFlClpSiz;
+};
+
+/// Catalogue entry of a folder.
+struct DirInfo {
+    unsigned char queue[12]; ///< link, type, trap and command address: the system's own
+    void* ioCompletion;
+    OSErr ioResult;
+    unsigned char* ioNamePtr; ///< Pascal string; the buffer takes 64 bytes
+    short ioVRefNum;
+    short ioFRefNum;
+    char ioFVersNum;
+    char filler1;
+    short ioFDirIndex;        ///< what is asked about, see PBGetCatInfoSync
+    unsigned char ioFlAttrib; ///< FileAttribute bits
+    unsigned char ioACUser;
+    DInfo ioDrUsrWds;
+    long ioDrDirID; ///< in: the folder asked about; out: the identifier of the folder found
+    unsigned short ioDrNmFls; ///< how many files and folders are in it
+    short filler3[9];
+    unsigned long ioDrCrDat;
+    unsigned long ioDrMdDat;
+    unsigned long ioDrBkDat;
+    unsigned char ioDrFndrInfo[16];
+    long ioDrParID;
+};
+
+/// Catalogue entry; ioFlAttrib tells which of the two it is.
+union CInfoPBRec {
+    HFileInfo hFileInfo;
+    DirInfo dirInfo;
+};
+
+/// Bits of ioFlAttrib.
+namespace FileAttribute {
+inline constexpr unsigned char Locked = 0x01;
+inline constexpr unsigned char Folder = 0x10;
+} // namespace FileAttribute
+
 /// Window record in the classic layout. Only the fields that the framework reads are named.
 struct GrafPort {
     unsigned char port[108]; ///< drawing port
@@ -96,6 +179,21 @@ static_assert(offsetof(EventRecord, message) == 2 && offsetof(EventRecord, when)
               offsetof(EventRecord, where) == 10 && offsetof(EventRecord, modifiers) == 14);
 static_assert(sizeof(FSSpec) == 70);
 static_assert(offsetof(FSSpec, parID) == 2 && offsetof(FSSpec, name) == 6);
+static_assert(sizeof(FInfo) == 16 && offsetof(FInfo, fdCreator) == 4 &&
+              offsetof(FInfo, fdFlags) == 8);
+static_assert(sizeof(DInfo) == 16 && sizeof(CInfoPBRec) == 108 && sizeof(DirInfo) == 104);
+static_assert(offsetof(HFileInfo, ioResult) == 16 && offsetof(HFileInfo, ioNamePtr) == 18 &&
+              offsetof(HFileInfo, ioVRefNum) == 22 && offsetof(HFileInfo, ioFDirIndex) == 28 &&
+              offsetof(HFileInfo, ioFlAttrib) == 30 && offsetof(HFileInfo, ioFlFndrInfo) == 32 &&
+              offsetof(HFileInfo, ioDirID) == 48 && offsetof(HFileInfo, ioFlLgLen) == 54 &&
+              offsetof(HFileInfo, ioFlCrDat) == 72 && offsetof(HFileInfo, ioFlMdDat) == 76 &&
+              offsetof(HFileInfo, ioFlParID) == 100);
+static_assert(offsetof(DirInfo, ioResult) == 16 && offsetof(DirInfo, ioNamePtr) == 18 &&
+              offsetof(DirInfo, ioVRefNum) == 22 && offsetof(DirInfo, ioFDirIndex) == 28 &&
+              offsetof(DirInfo, ioFlAttrib) == 30 && offsetof(DirInfo, ioDrUsrWds) == 32 &&
+              offsetof(DirInfo, ioDrDirID) == 48 && offsetof(DirInfo, ioDrNmFls) == 52 &&
+              offsetof(DirInfo, ioDrCrDat) == 72 && offsetof(DirInfo, ioDrMdDat) == 76 &&
+              offsetof(DirInfo, ioDrParID) == 100);
 static_assert(sizeof(GrafPort) == 156);
 static_assert(offsetof(GrafPort, windowKind) == 108 && offsetof(GrafPort, visible) == 110 &&
               offsetof(GrafPort, nextWindow) == 144 && offsetof(GrafPort, refCon) == 152);

@@ -4,6 +4,7 @@
 #include "testhost/app/Player.h"
 #include "testhost/app/Values.h"
 #include "testhost/engine/PortableExecutable.h"
+#include "tests/Fixture.h"
 
 #include <fstream>
 #include <gmock/gmock.h>
@@ -51,10 +52,20 @@ HOST_ENTRY void FakePlugin(long selector, void* params, void*, void* result) {
         init.classicCallBack(Select("ProgramInfo").classic, &block);
         *cell = block.name[0];
         break;
+    case 7: // (string): writes a file of this path
+        std::ofstream(PascalString::TextOf(static_cast<unsigned char*>(parameters[0]))) << "made";
+        break;
     default:
         break;
     }
 }
+
+const std::string libraryFolder = [] {
+    char path[MAX_PATH];
+    GetModuleFileNameA(GetModuleHandleA("ASINTPPC.dll"), path, sizeof path);
+    const std::string file = path;
+    return file.substr(0, file.rfind('\\') + 1);
+}();
 
 struct Played {
     bool good;
@@ -68,6 +79,7 @@ Played Play(const std::string& text, const HostOptions& options = {}) {
     Session session(host, {FakePlugin});
     std::ostringstream out;
     Player player(session, out, false);
+    player.libraryFolder = libraryFolder;
     bool good = player.Play(script);
     return {good, out.str()};
 }
@@ -104,6 +116,10 @@ TEST(TesthostScriptTest, EveryWrongLineIsToldAtOnceWithItsNumber) {
         {"process end 0", "from 1"},
         {"set compiled maybe", "'on' or 'off'"},
         {"window add kind 8", "'process'"},
+        {R"(echo "${nothing}")", "unknown variable '${nothing}'"},
+        {R"(echo "${temp")", "does not end"},
+        {"expect no file", "the file's path in quotation marks"},
+        {"expect no folder \"x\"", "one of 'call', 'file'"},
     };
     std::string text;
     for (const Row& row : rows) {
@@ -212,6 +228,11 @@ TEST(TesthostScriptTest, WhatFailsIsSaidAndPlayGoesOn) {
         {"process end 9", "the host has no process 9"},
         {"start", "already started"},
         {"expect problems 1", "expected 1 problems, got 0"},
+        {R"(expect file "${scratch}none")", "none: a file, got nothing there"},
+        {R"(expect file "${prefs}" "")", R"(a file with "", got a folder)"},
+        {R"(expect file "${structure}Demo.4DB" "x")", R"(a file with "x", got a file with "")"},
+        {R"(expect folder "${structure}Demo.4DB")", "a folder, got a file"},
+        {R"(expect no file "${data}")", "nothing there, got a folder"},
     };
     for (const Row& row : rows) {
         Played played = Play("start\n" + std::string(row.lines) + "\necho \"went on\"\n");
@@ -219,8 +240,31 @@ TEST(TesthostScriptTest, WhatFailsIsSaidAndPlayGoesOn) {
         EXPECT_THAT(played.output, HasSubstr(row.said));
         EXPECT_THAT(played.output, HasSubstr("went on\n"));
     }
+    const std::string longest(255, 'x'); // with the variable's text it becomes too long
+    EXPECT_THAT(Play("start\ncall 7 string \"${temp}" + longest + "\"\n").output,
+                HasSubstr("at most 255 bytes"));
     EXPECT_THAT(Play("call 1 long 1").output, HasSubstr("not started"));
     EXPECT_THAT(Play("start").output, HasSubstr("→ stop (-2)")); // also when the script does not
+}
+
+TEST(TesthostScriptTest, FilesOfASession) {
+    Played played = Play(R"(
+        start
+        call 7 string "${scratch}made.txt"
+        expect param 1 string "${scratch}made.txt"
+        expect file "${scratch}made.txt"
+        expect file "${scratch}made.txt" "made"
+        expect no file "${scratch}other.txt"
+        expect file "${structure}Demo.4DB" ""
+        expect folder "${prefs}"
+        expect folder "${data}"
+        expect folder "${temp}"
+        expect file "${library}ASINTPPC.dll"
+        echo "\x24{scratch}, $, $x and ${library}"
+    )");
+    EXPECT_TRUE(played.good) << played.output;
+    EXPECT_THAT(played.output, HasSubstr("9 expectations held"));
+    EXPECT_THAT(played.output, HasSubstr("\n${scratch}, $, $x and " + libraryFolder + "\n"));
 }
 
 TEST(TesthostScriptTest, HostVersions) {

@@ -145,7 +145,7 @@ TEST_F(ToolboxFilesTest, Specifications) {
         {here + "\\", NoError, leaf},
         {drive, NoError, drive},
         {string(63, 'n'), FileNotFound, string(63, 'n')},
-        {"m\xFCll", FileNotFound, "m\xFCll"},
+        {"m\x9Fll", FileNotFound, "m\x9Fll"},
     };
     for (const auto& row : cases) {
         FSSpec first{}, again{};

@@ -57,7 +57,11 @@ void Player::AcceptProblems() {
 bool Player::Play(const Script& script) {
     for (const Statement& statement : script.statements) {
         place = script.name + ":" + std::to_string(statement.line);
-        statement.play(*this);
+        try {
+            statement.Play(*this);
+        } catch (const ScriptError& error) {
+            Fail(error.what());
+        }
     }
     place = script.name + ":end";
     if (session.IsStarted()) {

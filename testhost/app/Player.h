@@ -40,6 +40,7 @@ class Player {
     Host& host;
     std::unique_ptr<Arguments> arguments; ///< of the last command called; null before one
     TypedValue result;                    ///< of the last command called
+    std::string libraryFolder; ///< of the plug-in's DLL, with a backslash; what ${library} says
 
   private:
     void Print(const LoggedCall& call);

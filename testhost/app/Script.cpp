@@ -1,6 +1,30 @@
 #include "testhost/app/Script.h"
 
+#include "testhost/app/Variables.h"
+
 #include <algorithm>
+
+namespace {
+// The action of a line's words; nothing for an empty line.
+std::function<void(Player&)> ParseLine(Words words) {
+    if (words.AtEnd()) {
+        return {};
+    }
+    std::string first = words.TakeWord("a statement");
+    const StatementKind* kind = FindStatementKind(first);
+    if (kind == nullptr) {
+        throw ScriptError("unknown statement '" + first + "'");
+    }
+    std::function<void(Player&)> play = kind->parse(words);
+    words.ExpectEnd();
+    return play;
+}
+} // namespace
+
+void Statement::Play(Player& player) const {
+    Words words(text, [&](std::string_view name) { return FindVariable(name).value(player); });
+    ParseLine(std::move(words))(player);
+}
 
 Script ParseScript(std::string_view text, std::string name) {
     Script script{.name = std::move(name), .statements = {}, .errors = {}};
@@ -11,18 +35,14 @@ Script ParseScript(std::string_view text, std::string name) {
         text.remove_prefix(std::min(end + 1, text.size()));
         ++line;
         try {
-            Words words(content);
-            if (words.AtEnd()) {
-                continue;
+            // Checked as if they stood for nothing: what they stand for may be too long only later.
+            Words words(content, [](std::string_view variable) {
+                FindVariable(variable);
+                return std::string();
+            });
+            if (ParseLine(std::move(words))) {
+                script.statements.push_back({line, std::string(content)});
             }
-            std::string first = words.TakeWord("a statement");
-            const StatementKind* kind = FindStatementKind(first);
-            if (kind == nullptr) {
-                throw ScriptError("unknown statement '" + first + "'");
-            }
-            std::function<void(Player&)> play = kind->parse(words);
-            words.ExpectEnd();
-            script.statements.push_back({line, std::move(play)});
         } catch (const ScriptError& error) {
             script.errors.push_back(script.name + ":" + std::to_string(line) + ": " + error.what());
         }

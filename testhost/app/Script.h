@@ -10,10 +10,14 @@
 
 class Player;
 
-/// One line of a script, ready to be played.
+/// One line of a script. What its variables stand for is known only when it is played, so it is
+/// read again then.
 struct Statement {
     size_t line; ///< from 1
-    std::function<void(Player&)> play;
+    std::string text;
+
+    /// Throws ScriptError when the variables make the line a wrong one: too long a string.
+    void Play(Player& player) const;
 };
 
 /// A script, checked as a whole before anything of it is played.

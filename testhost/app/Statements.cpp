@@ -2,10 +2,15 @@
 #include "testhost/app/Player.h"
 #include "testhost/app/Script.h"
 #include "testhost/app/Values.h"
+#include "testhost/app/Variables.h"
 #include "testhost/engine/RecordFields.h"
 
 #include <algorithm>
+#include <fstream>
 #include <span>
+#include <sstream>
+
+#include <windows.h>
 
 namespace {
 using Action = std::function<void(Player&)>;
@@ -265,9 +270,6 @@ Action ParseExpectCall(Words& words) {
 }
 
 Action ParseExpectNoCall(Words& words) {
-    if (!words.TakeIf("call")) {
-        throw ScriptError("expected 'call' after 'expect no'");
-    }
     return [name = TakeCallName(words)](Player& player) {
         size_t calls = player.host.log.Named(name, true).size();
         player.Expect(calls == 0, "no call of " + name, std::to_string(calls));
@@ -337,6 +339,72 @@ Action ParseExpectProblems(Words& words) {
     };
 }
 
+std::string ContentsOf(std::istream& file) {
+    std::ostringstream contents;
+    contents << file.rdbuf();
+    return contents.str();
+}
+
+// What is at a path of Windows: a file with its contents, a folder, or nothing.
+std::string DescribeFile(const std::string& path) {
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        return "nothing there";
+    }
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        return "a folder";
+    }
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        return "a file that cannot be read";
+    }
+    return "a file with " + Quoted(ContentsOf(file));
+}
+
+Action ParseExpectFile(Words& words) {
+    std::string path = words.TakeString("the file's path");
+    std::string expected =
+        "a file" + (words.IsString() ? " with " + Quoted(words.TakeString("its contents")) : "");
+    return [path, expected](Player& player) {
+        std::string got = DescribeFile(path);
+        bool held = expected == "a file" ? got.starts_with(expected) : got == expected;
+        player.Expect(held, path + ": " + expected, got);
+    };
+}
+
+Action ParseShow(Words& words) {
+    return [path = words.TakeString("the file's path")](Player& player) {
+        std::ifstream file(path);
+        if (!file) {
+            return player.Fail(path + " cannot be read");
+        }
+        player.Echo("=== " + path + "\n" + ContentsOf(file) + "===");
+    };
+}
+
+Action ParseExpectFolder(Words& words) {
+    return [path = words.TakeString("the folder's path")](Player& player) {
+        std::string got = DescribeFile(path);
+        player.Expect(got == "a folder", path + ": a folder", got);
+    };
+}
+
+Action ParseExpectNoFile(Words& words) {
+    return [path = words.TakeString("the file's path")](Player& player) {
+        std::string got = DescribeFile(path);
+        player.Expect(got == "nothing there", path + ": nothing there", got);
+    };
+}
+
+constexpr Choice absences[] = {
+    {"call", "NAME", "the host was not called so", ParseExpectNoCall},
+    {"file", "\"PATH\"", "nothing is at this path", ParseExpectNoFile},
+};
+
+Action ParseExpectNo(Words& words) {
+    return ParseChoice(absences, words);
+}
+
 Action ParseExpectSent(Words& words) {
     return ParseExpectField(words, true);
 }
@@ -351,10 +419,13 @@ constexpr Choice expectations[] = {
     {"result", "KIND VALUE", "the result of the last command", ParseExpectResult},
     {"call", "NAME [times N]", "the host was called so since the plug-in was last entered",
      ParseExpectCall},
-    {"no", "call NAME", "it did not", ParseExpectNoCall},
+    {"no", "call NAME|file \"PATH\"", "it was not called so; nothing is at this path",
+     ParseExpectNo},
     {"sent", "NAME FIELD VALUE", "a field of the last such call, as the plug-in sent it",
      ParseExpectSent},
     {"answered", "NAME FIELD VALUE", "the same, as the host answered it", ParseExpectAnswered},
+    {"file", R"("PATH" ["CONTENTS"])", "a file is at this path, with these bytes", ParseExpectFile},
+    {"folder", "\"PATH\"", "a folder is there", ParseExpectFolder},
     {"problems", "N", "so many since the last such line; they count no more", ParseExpectProblems},
 };
 
@@ -390,6 +461,7 @@ const StatementRow statements[] = {
     {{"set", "...", "changes the host", ParseSet}, settings},
     {{"expect", "...", "states what has to be so", ParseExpect}, expectations},
     {{"echo", "\"text\"", "prints the text", ParseEcho}, {}},
+    {{"show", "\"PATH\"", "prints a text file", ParseShow}, {}},
 };
 
 struct KindHelp {
@@ -438,7 +510,10 @@ void PrintLanguageHelp(std::ostream& out) {
     out << "A script has one statement on a line; # begins a comment. Strings stand in quotation\n"
            "marks and know the escapes "
         << R"(\" \\ \n \r \t \xNN)"
-        << ".\n\nStatements:\n";
+        << ". Variables in them stand for folders, with a\nbackslash at the end; a dollar sign "
+           "that "
+           "is none is \\x24:\n"
+        << DescribeVariables() << "\nStatements:\n";
     for (const StatementRow& row : statements) {
         std::string name(row.kind.name);
         PrintLine(out, 2, name + " " + std::string(row.kind.usage), row.kind.help);

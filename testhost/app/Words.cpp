@@ -38,13 +38,28 @@ char TakeEscape(std::string_view line, size_t& place) {
     }
 }
 
+// From behind "${" to behind the brace that closes it.
+std::string TakeVariable(std::string_view line, size_t& place, const Words::Lookup& lookup) {
+    size_t end = line.find('}', place);
+    if (end == std::string_view::npos) {
+        throw ScriptError("a variable in a string does not end: write it as ${name}");
+    }
+    std::string_view name = line.substr(place, end - place);
+    place = end + 1;
+    return lookup(name);
+}
+
 // From behind the opening quotation mark to behind the closing one.
-std::string TakeQuotedText(std::string_view line, size_t& place) {
+std::string TakeQuotedText(std::string_view line, size_t& place, const Words::Lookup& lookup) {
     std::string text;
     while (place < line.size()) {
         char character = line[place++];
         if (character == '"') {
             return text;
+        }
+        if (character == '$' && lookup && line.substr(place).starts_with('{')) {
+            text += TakeVariable(line, ++place, lookup);
+            continue;
         }
         text += character == '\\' ? TakeEscape(line, place) : character;
     }
@@ -72,13 +87,13 @@ std::optional<long long> ParseNumber(std::string_view text) {
 }
 } // namespace
 
-Words::Words(std::string_view line) {
+Words::Words(std::string_view line, const Lookup& lookup) {
     size_t place = 0;
     while (place < line.size() && line[place] != '#') {
         if (IsBlank(line[place])) {
             ++place;
         } else if (line[place] == '"') {
-            words.push_back({TakeQuotedText(line, ++place), true});
+            words.push_back({TakeQuotedText(line, ++place, lookup), true});
         } else {
             size_t start = place;
             while (place < line.size() && !IsBlank(line[place]) && line[place] != '"' &&

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -14,9 +15,13 @@ class ScriptError : public std::runtime_error {
 /// that takes throws ScriptError when something else stands there; `what` names what should.
 class Words {
   public:
-    /// Splits a line: words, strings in quotation marks (escapes \" \\ \n \r \t \xNN), and a
-    /// comment from # on. Throws ScriptError for a string that is wrong or does not end.
-    explicit Words(std::string_view line);
+    /// Answers what a variable in a string stands for.
+    using Lookup = std::function<std::string(std::string_view name)>;
+
+    /// Splits a line: words, strings in quotation marks (escapes \" \\ \n \r \t \xNN, variables
+    /// ${name}), and a comment from # on. Throws ScriptError for a string that is wrong or does not
+    /// end. Without a lookup, ${ in a string is nothing special.
+    explicit Words(std::string_view line, const Lookup& lookup = {});
 
     bool AtEnd() const { return next == words.size(); }
     /// Whether a quoted string, or a number, comes next.

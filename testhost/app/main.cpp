@@ -173,6 +173,7 @@ int Run(const std::vector<std::string>& words) {
     Host host(options.host);
     Session session(host, library.Entries());
     Player player(session, std::cout, options.quiet);
+    player.libraryFolder = library.Folder();
     playing = &player;
     bool good = player.Play(script);
     playing = nullptr;

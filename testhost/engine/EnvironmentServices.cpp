@@ -1,6 +1,9 @@
 #include "platform/ResultCodes.h"
 #include "testhost/engine/Services.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace {
 // The program information word.
 constexpr unsigned long hostCompiledBit = 1UL << 23;
@@ -10,6 +13,7 @@ constexpr unsigned long callerCompiledBit = 1UL << 27;
 constexpr unsigned long messagesBit = 1UL << 28;
 
 constexpr unsigned long structureNameMarker = 0x46415354; // "TSAF" in memory order
+constexpr long prefsFolderMarker = 0x50415448;            // "HTAP" in memory order
 // Bits that a plug-in must not rely on are rubbish here, so that relying on them shows.
 constexpr unsigned long rubbish = 0x5AA5;
 
@@ -72,9 +76,49 @@ void ExecuteOnMainThread(ServiceCall& call) {
     call.engine->mainThreadProc(call.engine->mainThreadArg);
 }
 
+// The path of the structure's folder, of which a client has none.
+void StructureFolderPath(ServiceCall& call) {
+    if (call.IsEngine()) {
+        call.host.Report("selector -411 (StructureFolderPath) is not implemented by this host in "
+                         "an engine call.");
+        call.fields.error = notImplemented;
+        return;
+    }
+    if (call.host.options.role == Role::Client) {
+        call.fields.error = ResultCode::FileNotFound;
+        return;
+    }
+    StorePascal(call.fields.name, call.host.StructureFolder());
+}
+
+// The path of the preferences folder into the caller's buffer: its address in param3, its size in
+// param4, which answers the length. No terminator is written; there has to be room for one.
+void PrefsFolderPath(ServiceCall& call) {
+    auto* buffer = reinterpret_cast<char*>(call.fields.param3);
+    const long size = std::exchange(call.fields.param4, 0);
+    call.fields.error = ResultCode::BadParameter;
+    if (call.fields.param2 != prefsFolderMarker) {
+        return call.host.Report("selector 115 (PrefsFolderPath): param2 does not hold the marker "
+                                "that the call takes.");
+    }
+    if (buffer == nullptr || size < 1) {
+        return call.host.Report("selector 115 (PrefsFolderPath) came without a buffer.");
+    }
+    const std::string folder = call.host.PrefsFolder();
+    const auto length = static_cast<long>(folder.size());
+    if (length < size) {
+        std::copy(folder.begin(), folder.end(), buffer);
+        call.fields.param4 = length;
+        call.fields.error = ResultCode::NoError;
+    }
+}
+
 constexpr Service services[] = {
     {Select("PluginResID"), RecordField::None, PluginResID},
     {Select("ProgramInfo"), RecordField::None, ProgramInfo, RecordField::Param3},
+    {Select("StructureFolderPath"), RecordField::None, StructureFolderPath},
+    {Select("PrefsFolderPath"), RecordField::Param2 | RecordField::Param3 | RecordField::Param4,
+     PrefsFolderPath},
     {Select("SetMessages"), RecordField::Param1,
      [](ServiceCall& call) { call.host.options.messages = call.fields.param1 != 0; }},
     {Select("SetupMacOSEnv"), RecordField::None,

@@ -2,6 +2,9 @@
 
 #include <cctype>
 #include <cstring>
+#include <fstream>
+
+#include <windows.h>
 
 Host* Host::current = nullptr;
 
@@ -19,6 +22,15 @@ bool TakeNumber(std::string_view& text, size_t maxDigits, unsigned& number) {
     }
     text.remove_prefix(digits);
     return digits > 0;
+}
+// Different in every window of every running host, as with Windows itself.
+long FreshNativeWindow() {
+    static unsigned long count = 0;
+    return static_cast<long>(GetCurrentProcessId() << 16 | (++count & 0xFFFF));
+}
+
+std::string WithBackslash(const std::string& folder) {
+    return folder.ends_with('\\') ? folder : folder + "\\";
 }
 } // namespace
 
@@ -54,6 +66,7 @@ HostWindow& WindowList::AddInFront(long process, short kind, bool visible) {
     window.port.windowKind = kind;
     window.port.visible = visible ? 1 : 0;
     window.process = process;
+    window.nativeWindow = FreshNativeWindow();
     Chain();
     return window;
 }
@@ -127,4 +140,22 @@ void Host::Report(std::string problem) {
     if (onProblem) {
         onProblem(problems.back());
     }
+}
+
+std::string Host::StructureFolder() {
+    if (!options.structureFolder.empty()) {
+        return WithBackslash(options.structureFolder);
+    }
+    std::string folder = scratch.Inside("Structure");
+    const std::ofstream file(folder + options.structureName, std::ios::app); // made if missing
+    return folder;
+}
+
+std::string Host::DataFolder() {
+    return options.dataFolder.empty() ? scratch.Inside("Data") : WithBackslash(options.dataFolder);
+}
+
+std::string Host::PrefsFolder() {
+    return options.prefsFolder.empty() ? scratch.Inside("Preferences")
+                                       : WithBackslash(options.prefsFolder);
 }

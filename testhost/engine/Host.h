@@ -2,6 +2,7 @@
 
 #include "platform/Types.h"
 #include "testhost/engine/CallLog.h"
+#include "testhost/engine/ScratchFolder.h"
 
 #include <array>
 #include <functional>
@@ -35,6 +36,10 @@ struct HostOptions {
     short pluginResFile = 0;    ///< made current around the plug-in's start; 0 leaves it alone
     long freeStack = 64 * 1024; ///< bytes, as CheckFreeStack answers
     std::string structureName = "Demo.4DB";
+    // Folders in the system ANSI code page; where none is given the host makes one of its own.
+    std::string structureFolder = {};
+    std::string dataFolder = {};
+    std::string prefsFolder = {};
 };
 
 namespace ProcessState {
@@ -59,8 +64,9 @@ inline constexpr short Floating = 14;
 } // namespace WindowKind
 
 struct HostWindow {
-    GrafPort port; ///< the record that plug-ins see
-    long process;  ///< number of the process that owns it
+    GrafPort port;     ///< the record that plug-ins see
+    long process;      ///< number of the process that owns it
+    long nativeWindow; ///< stands for the handle of a window of Windows; never 0, never twice
 };
 
 /// The host's windows, front to back, with the chain of records that plug-ins walk.
@@ -132,6 +138,15 @@ class Host {
     /// options.hasGlobals is off.
     void** Globals() { return options.hasGlobals ? globals.data() : nullptr; }
 
+    // The host's folders, with a backslash at the end. Those that the options do not name are in
+    // the scratch folder; each is made when it is first asked for, the structure folder with an
+    // empty structure file in it.
+    std::string StructureFolder();
+    std::string DataFolder();
+    std::string PrefsFolder();
+    /// A folder for whatever a test or a session needs; it goes with the host.
+    std::string ScratchPath() { return scratch.Path(); }
+
     HostOptions options;
     std::vector<HostProcess> processes; ///< process 1 first
     long currentProcess = 1;            ///< the process in which plug-in code runs
@@ -149,4 +164,5 @@ class Host {
   private:
     static Host* current;
     std::array<void*, 32> globals{};
+    ScratchFolder scratch;
 };

@@ -91,6 +91,7 @@ PluginLibrary::PluginLibrary(const std::string& path) {
         Fail(path, "the library does not export FourDPack, the entry point of a plug-in.");
     }
     module = loaded;
+    folder = full.parent_path().make_preferred().string() + "\\";
 }
 
 PluginLibrary::~PluginLibrary() {

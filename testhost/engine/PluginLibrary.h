@@ -21,8 +21,11 @@ class PluginLibrary {
     PluginLibrary& operator=(const PluginLibrary&) = delete;
 
     EntryPoints Entries() const { return entries; }
+    /// The folder that the DLL is in, with a backslash.
+    const std::string& Folder() const { return folder; }
 
   private:
     void* module = nullptr;
     EntryPoints entries;
+    std::string folder;
 };

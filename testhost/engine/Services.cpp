@@ -12,8 +12,6 @@
 #include <windows.h>
 
 namespace {
-constexpr short notImplemented = -2;
-
 using Record = std::span<unsigned char>;
 
 // A service with, for each byte of its classic [0] and engine [1] record, 0xFF where nothing may

@@ -7,6 +7,9 @@
 #include <span>
 #include <string_view>
 
+/// What a call answers that this host does not implement.
+inline constexpr short notImplemented = -2;
+
 /// One call into the host while it is being served.
 struct ServiceCall {
     Host& host;

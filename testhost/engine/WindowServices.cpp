@@ -20,7 +20,20 @@ void SetWindowProcess(ServiceCall& call) {
     window->process = call.fields.param1;
 }
 
+void NativeWindow(ServiceCall& call) {
+    if (call.fields.handle == nullptr) {
+        return;
+    }
+    const HostWindow* window = call.host.windows.Find(call.fields.handle);
+    if (window == nullptr) {
+        call.fields.error = ResultCode::BadParameter;
+        return;
+    }
+    call.fields.param1 = window->nativeWindow;
+}
+
 constexpr Service services[] = {
+    {Select("NativeWindow"), RecordField::Handle, NativeWindow},
     {Select("WindowProcess"), RecordField::Handle, WindowProcess},
     {Select("SetWindowProcess"), RecordField::Handle | RecordField::Param1, SetWindowProcess},
 };

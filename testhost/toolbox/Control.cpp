@@ -1,6 +1,7 @@
 #include "testhost/toolbox/Control.h"
 
 #include "platform/ResultCodes.h"
+#include "testhost/toolbox/Catalog.h"
 #include "testhost/toolbox/Heap.h"
 #include "testhost/toolbox/OpenFiles.h"
 #include "testhost/toolbox/ResourceFiles.h"
@@ -31,6 +32,7 @@ OSErr SetLock(const Call& call, Handle handle, bool lock) {
 void ToolboxReset() {
     TheHeap().Reset();
     TheOpenFiles().Reset();
+    TheFinderInfos().Reset();
     TheResourceFiles().Reset();
 }
 

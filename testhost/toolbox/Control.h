@@ -18,14 +18,15 @@
 // is. HGetState answers 0 for either.
 //
 // Files are real ones, folders and volumes those of Windows. Identifiers of folders are given out
-// as folders are met. A reference number that is closed twice is a problem.
+// as folders are met. Types and creators are kept beside, and follow only what toolbox calls do to
+// a file. A reference number that is closed twice is a problem.
 //
 // The library expects one call at a time, as the host makes them.
 extern "C" {
 
 /// Back to the start: all blocks released, files closed, resource files gone, settings off,
-/// problems forgotten. Handles from before count as disposed, file numbers as closed; identifiers
-/// of folders stay.
+/// problems, types and creators forgotten. Handles from before count as disposed, file numbers as
+/// closed; identifiers of folders stay.
 TOOLBOX_CALL void ToolboxReset();
 
 /// Strict memory on (non-zero) or off: every call that may move memory moves every unlocked block
@@ -38,7 +39,8 @@ TOOLBOX_CALL void ToolboxMoveMemory();
 /// when that failure has happened.
 TOOLBOX_CALL long ToolboxFailAllocation(long count);
 /// Makes the `count`-th file call from now fail with -36, once; 0 switches it off. Calls that are
-/// refused for their arguments do not count. The call does nothing, except that FSClose closes.
+/// refused for their arguments do not count, nor does ASI_HFSpec, which touches no file. The call
+/// does nothing, except that FSClose closes.
 /// Answers as above.
 TOOLBOX_CALL long ToolboxFailFile(long count);
 /// Lets (non-zero) toolbox calls work on host handles and host calls on toolbox handles. Else

@@ -1,6 +1,7 @@
 #include "testhost/toolbox/FileSystem.h"
 
 #include "platform/ResultCodes.h"
+#include "testhost/toolbox/Paths.h"
 
 #include <algorithm>
 #include <iterator>
@@ -11,17 +12,6 @@ namespace {
 
 constexpr long firstIdentifier = 16;              // the smaller ones are the system's own
 constexpr std::size_t longestPath = MAX_PATH - 1; // what the calls with narrow characters take
-constexpr std::size_t driveLength = 3;            // "C:\"
-
-// Names are taken byte for byte, as the system's own character set. When the toolbox's characters
-// get converted, these two are the place.
-std::string ToWindows(std::string_view name) {
-    return std::string(name);
-}
-
-std::string FromWindows(std::string_view name) {
-    return std::string(name);
-}
 
 /// Whether a path begins with a drive: "C:", whatever follows.
 bool BeginsWithDrive(std::string_view path) {
@@ -64,51 +54,13 @@ OSErr RootOfVolume(short volume, std::string* path) {
         if (const OSErr error = CurrentFolder(path)) {
             return error;
         }
-        path->resize(driveLength);
+        path->resize(rootLength);
         return ResultCode::NoError;
     }
     if (volume > -1 || volume < -26) {
         return ResultCode::VolumeNotFound;
     }
     return RootPath(static_cast<char>('A' - 1 - volume), path);
-}
-
-/// Windows opens a device for these names, in every folder and with every extension.
-bool IsDevice(std::string_view name) {
-    constexpr std::string_view devices[] = {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"};
-    std::string stem = FileKey(std::string(name.substr(0, name.find('.'))));
-    stem.erase(stem.find_last_not_of(' ') + 1);
-    const bool numbered = stem.size() == 4 &&
-                          (stem.starts_with("COM") || stem.starts_with("LPT")) && stem[3] >= '0' &&
-                          stem[3] <= '9';
-    return numbered || std::find(std::begin(devices), std::end(devices), stem) != std::end(devices);
-}
-
-/// Whether a file or folder can have this name.
-bool IsName(std::string_view name) {
-    constexpr std::string_view forbidden = "<>:\"/\\|?*";
-    const bool characters = std::all_of(name.begin(), name.end(), [&](char character) {
-        return static_cast<unsigned char>(character) >= ' ' &&
-               forbidden.find(character) == std::string_view::npos;
-    });
-    // Windows drops points and spaces at the end: it would be another name.
-    return !name.empty() && characters && name.back() != '.' && name.back() != ' ' &&
-           !IsDevice(name);
-}
-
-struct PathParts {
-    std::string folder;
-    std::string name;
-};
-
-/// Splits a path that is not a root.
-PathParts Split(const std::string& path) {
-    const std::size_t separator = path.rfind('\\');
-    return {path.substr(0, std::max(separator, driveLength)), path.substr(separator + 1)};
-}
-
-bool IsRoot(const std::string& path) {
-    return path.size() == driveLength;
 }
 
 /// Adds one part of a path to it.
@@ -123,10 +75,7 @@ OSErr Step(std::string_view part, std::string* path) {
     if (!IsName(part)) {
         return ResultCode::BadName;
     }
-    if (!IsRoot(*path)) {
-        *path += '\\';
-    }
-    *path += part;
+    *path = Join(*path, part);
     return path->size() <= longestPath ? ResultCode::NoError : ResultCode::BadName;
 }
 
@@ -165,7 +114,7 @@ OSErr FileSystem::FolderPath(short volume, long folder, std::string* path) const
         return ResultCode::NotAFolder;
     }
     const std::string& found = folders[static_cast<std::size_t>(index)];
-    if (VolumeOf(found) != VolumeOf(*path)) {
+    if (found.empty() || VolumeOf(found) != VolumeOf(*path)) {
         return ResultCode::NotAFolder;
     }
     *path = found;
@@ -174,19 +123,23 @@ OSErr FileSystem::FolderPath(short volume, long folder, std::string* path) const
 
 OSErr FileSystem::PathOf(short volume, long folder, std::string_view name,
                          std::string* path) const {
-    const std::string text = ToWindows(name);
-    std::string_view rest = text;
+    return WindowsPathOf(volume, folder, ToWindows(name), path);
+}
+
+OSErr FileSystem::WindowsPathOf(short volume, long folder, std::string_view name,
+                                std::string* path) const {
+    std::string_view rest = name;
     if (rest.starts_with("\\\\")) {
         return ResultCode::VolumeNotFound; // folders shared over the network are no volumes here
     }
     const bool isFull = BeginsWithDrive(rest);
-    if (isFull && rest.size() >= driveLength && rest[2] != '\\') {
+    if (isFull && rest.size() >= rootLength && rest[2] != '\\') {
         return ResultCode::BadName;
     }
     if (const OSErr error = isFull ? RootPath(rest[0], path) : FolderPath(volume, folder, path)) {
         return error;
     }
-    rest.remove_prefix(isFull ? std::min(rest.size(), driveLength) : 0);
+    rest.remove_prefix(isFull ? std::min(rest.size(), rootLength) : 0);
     while (!rest.empty()) { // a backslash at the end says nothing
         const std::size_t length = std::min(rest.find('\\'), rest.size());
         if (const OSErr error = Step(rest.substr(0, length), path)) {
@@ -206,7 +159,8 @@ OSErr FileSystem::PathOf(const FSSpec& spec, std::string* path) const {
         if (const OSErr error = RootOfVolume(spec.vRefNum, path)) {
             return error;
         }
-        return FileKey(name) == path->substr(0, 2) ? ResultCode::NoError : ResultCode::FileNotFound;
+        return UpperCase(name) == path->substr(0, 2) ? ResultCode::NoError
+                                                     : ResultCode::FileNotFound;
     }
     if (!IsName(name)) {
         return ResultCode::BadName;
@@ -217,10 +171,10 @@ OSErr FileSystem::PathOf(const FSSpec& spec, std::string* path) const {
 
 OSErr FileSystem::SpecOf(const std::string& path, FSSpec* spec) {
     *spec = {};
-    const PathParts parts = IsRoot(path) ? PathParts{"", path.substr(0, 2)} : Split(path);
-    const std::string name = FromWindows(parts.name);
-    if (name.size() > longestName) {
-        return ResultCode::BadName;
+    const PathParts parts = Split(path);
+    FSSpec found{};
+    if (const OSErr error = StoreName(parts.name, found.name)) {
+        return error;
     }
     if (!IsRoot(path) && !IsFolder(parts.folder)) {
         return ResultCode::NotAFolder;
@@ -229,10 +183,9 @@ OSErr FileSystem::SpecOf(const std::string& path, FSSpec* spec) {
     if (error && error != ResultCode::FileNotFound) {
         return error;
     }
-    spec->vRefNum = VolumeOf(path);
-    spec->parID = IsRoot(path) ? rootParent : IdentifierOf(parts.folder);
-    spec->name[0] = static_cast<unsigned char>(name.size());
-    std::copy(name.begin(), name.end(), spec->name + 1);
+    found.vRefNum = VolumeOf(path);
+    found.parID = ParentOf(path);
+    *spec = found;
     return error;
 }
 
@@ -240,22 +193,32 @@ long FileSystem::IdentifierOf(const std::string& path) {
     if (IsRoot(path)) {
         return root;
     }
+    const std::string longPath = LongForm(path);
     const long next = firstIdentifier + static_cast<long>(folders.size());
-    const auto [place, isNew] = numbers.try_emplace(FileKey(path), next);
+    const auto [place, isNew] = numbers.try_emplace(UpperCase(longPath), next);
     if (isNew) {
-        folders.push_back(path);
+        folders.push_back(longPath);
     }
     return place->second;
 }
 
-std::string FileKey(std::string path) {
-    CharUpperBuffA(path.data(), static_cast<DWORD>(path.size()));
-    return path;
+long FileSystem::ParentOf(const std::string& path) {
+    return IsRoot(path) ? rootParent : IdentifierOf(Split(path).folder);
 }
 
-std::string_view Characters(const unsigned char* text) {
-    return text ? std::string_view(reinterpret_cast<const char*>(text + 1), text[0])
-                : std::string_view();
+void FileSystem::Renamed(const std::string& from, const std::string& to) {
+    numbers.clear();
+    for (std::size_t i = 0; i < folders.size(); ++i) {
+        std::string& path = folders[i];
+        if (IsAtOrIn(path, from)) {
+            path.replace(0, from.size(), to);
+        } else if (IsAtOrIn(path, to)) {
+            path.clear(); // of a folder that had this name before and is gone
+        }
+        if (!path.empty()) {
+            numbers[UpperCase(path)] = firstIdentifier + static_cast<long>(i);
+        }
+    }
 }
 
 OSErr FileResult(unsigned long windowsError) {
@@ -272,7 +235,8 @@ OSErr FileResult(unsigned long windowsError) {
         {ERROR_ACCESS_DENIED, ResultCode::NoPermission},
         {ERROR_WRITE_PROTECT, ResultCode::DiskLocked},
         {ERROR_SHARING_VIOLATION, ResultCode::FileBusy}, // another program has it
-        {ERROR_LOCK_VIOLATION, ResultCode::FileLocked},  // these bytes, by another program
+        {ERROR_DIR_NOT_EMPTY, ResultCode::FileBusy},
+        {ERROR_LOCK_VIOLATION, ResultCode::FileLocked}, // these bytes, by another program
         {ERROR_FILE_EXISTS, ResultCode::DuplicateName},
         {ERROR_ALREADY_EXISTS, ResultCode::DuplicateName},
         {ERROR_INVALID_NAME, ResultCode::BadName},

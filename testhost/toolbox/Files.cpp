@@ -1,15 +1,13 @@
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/toolbox/FileSystem.h"
+#include "testhost/toolbox/Catalog.h"
 #include "testhost/toolbox/OpenFiles.h"
 
 #include <algorithm>
 #include <utility>
 
-#include <windows.h>
-
-// The toolbox's file calls. Each checks its arguments, then counts as one call that a test can
-// make fail.
+// The toolbox's calls on open files. Each checks its arguments, then counts as one call that a test
+// can make fail.
 
 namespace {
 
@@ -29,17 +27,6 @@ OSErr FindWritable(short refNum, DataFork** file) {
     return (*file)->writeRefusal;
 }
 
-/// The path that a specification stands for, unless this call has to fail.
-OSErr FindPath(const FSSpec* spec, std::string* path) {
-    if (!spec) {
-        return ResultCode::BadParameter;
-    }
-    if (const OSErr error = TheFileSystem().PathOf(*spec, path)) {
-        return error;
-    }
-    return TheOpenFiles().FailsNow() ? ResultCode::InputOutput : ResultCode::NoError;
-}
-
 /// Takes the number of bytes wanted out of `count`, which is 0 from then on; negative when the
 /// arguments are not usable.
 long TakeCount(long* count, const void* buffer) {
@@ -51,32 +38,6 @@ long TakeCount(long* count, const void* buffer) {
 }
 
 } // namespace
-
-OSErr FSMakeFSSpec(short vRefNum, long dirID, const unsigned char* name, FSSpec* spec) {
-    if (!spec) {
-        return ResultCode::BadParameter;
-    }
-    std::string path;
-    const OSErr error = TheFileSystem().PathOf(vRefNum, dirID, Characters(name), &path);
-    *spec = {}; // only now: the name may be the one in it
-    if (error) {
-        return error;
-    }
-    return TheOpenFiles().FailsNow() ? ResultCode::InputOutput : TheFileSystem().SpecOf(path, spec);
-}
-
-OSErr FSpCreate(const FSSpec* spec, OSType, OSType, short) {
-    std::string path;
-    if (const OSErr error = FindPath(spec, &path)) {
-        return error;
-    }
-    if (GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES) {
-        return ResultCode::DuplicateName; // a folder of this name, too
-    }
-    WindowsFile file(CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                 FILE_ATTRIBUTE_NORMAL, nullptr));
-    return file ? ResultCode::NoError : FileResult(GetLastError());
-}
 
 OSErr FSpOpenDF(const FSSpec* spec, char permission, short* refNum) {
     if (!refNum) {

@@ -4,6 +4,7 @@
 #include "platform/Toolbox.h"
 #include "testhost/toolbox/FileSystem.h"
 #include "testhost/toolbox/Heap.h"
+#include "testhost/toolbox/Paths.h"
 
 #include <algorithm>
 #include <climits>
@@ -182,6 +183,11 @@ OSErr OpenFiles::Close(short refNum) {
         return ResultCode::InputOutput;
     }
     return ResultCode::NoError;
+}
+
+bool OpenFiles::IsAnyOpen(const std::string& key) const {
+    return std::any_of(files.begin(), files.end(),
+                       [&](const auto& item) { return IsAtOrIn(item.second.key, key); });
 }
 
 void OpenFiles::Reset() {

@@ -54,6 +54,8 @@ class OpenFiles {
     /// Forgets the file even when it could not be closed properly (-36). Closing it again is -51
     /// and a problem.
     OSErr Close(short refNum);
+    /// Whether the file with this FileKey, or any in the folder with it, is open.
+    bool IsAnyOpen(const std::string& key) const;
     long Count() const { return static_cast<long>(files.size()); }
     /// Counts a file call down; true when it has to fail.
     bool FailsNow() { return failCountdown > 0 && --failCountdown == 0; }

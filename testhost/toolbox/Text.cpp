@@ -3,6 +3,21 @@
 
 #include <algorithm>
 
+namespace {
+
+/// Converts each byte, which may stand where it goes.
+long Convert(const void* source, void* destination, long length,
+             unsigned char (*convert)(unsigned char)) {
+    if (!source || !destination || length < 0) {
+        return 0;
+    }
+    const auto* from = static_cast<const unsigned char*>(source);
+    std::transform(from, from + length, static_cast<unsigned char*>(destination), convert);
+    return length;
+}
+
+} // namespace
+
 unsigned char EqualString(const unsigned char* a, const unsigned char* b,
                           unsigned char caseSensitive, unsigned char diacriticalSensitive) {
     const auto fold = [=](unsigned char character) {
@@ -32,4 +47,12 @@ void StringToNum(const unsigned char* text, long* number) {
         value = value * 10 + (*position & 0x0F);
     }
     *number = static_cast<long>(negative ? 0 - value : value);
+}
+
+long ASI_MacToAnsiBuf(const void* source, void* destination, long length, long) {
+    return Convert(source, destination, length, MacRoman::ToWindows);
+}
+
+long ASI_AnsiToMacBuf(const void* source, void* destination, long length) {
+    return Convert(source, destination, length, MacRoman::FromWindows);
 }
