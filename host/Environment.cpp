@@ -1,7 +1,12 @@
 #include "host/FourD.h"
 #include "host/HostCall.h"
+#include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
+#include "shell/FileSpecs.h"
 #include "shell/Strings.h"
+
+#include <algorithm>
+#include <cstdio>
 
 namespace {
 
@@ -33,6 +38,31 @@ long SwitchEnvironment(SelectorPair selector, unsigned char mode) {
     return answer;
 }
 
+/// Specification by a volume, a folder and a name or path; an empty one on any error.
+OSErr MakeSpec(short volume, long folder, const unsigned char* name, FSSpec* spec) {
+    const OSErr error = FSMakeFSSpec(volume, folder, name, spec);
+    if (error != ResultCode::NoError) {
+        ZeroFileSpec(spec);
+    }
+    return error;
+}
+
+/// Keeps the structure's paths and what they specify.
+void KeepStructure() {
+    _GetStructurePaths(gHost.structureFolderPath, gHost.structureFilePath);
+    const auto locate = [](const char* path, FSSpec* spec) {
+        const OSErr error =
+            P_FSpLocationFromFullPath(static_cast<short>(std::strlen(path)), path, spec);
+        if (error != ResultCode::NoError) {
+            ZeroFileSpec(spec);
+        }
+        return error;
+    };
+    if (locate(gHost.structureFolderPath, &gHost.structureFolder) == ResultCode::NoError) {
+        locate(gHost.structureFilePath, &gHost.structureFile);
+    }
+}
+
 } // namespace
 
 void FourD::Init(PackInitBlock* init) {
@@ -48,6 +78,15 @@ void FourD::Init(PackInitBlock* init) {
     gHost.pluginResID = _GetPluginResID();
     gHost.pluginResFile = CurResFile();
     gHost.programInfo = _GetProgramInfo();
+    if (Is4DClient() == 0) {
+        KeepStructure();
+    }
+    _GetPrefsFolderPath(gHost.prefsFolderPath);
+    Str255 prefsPath;
+    _CopyC2PStr(gHost.prefsFolderPath, prefsPath);
+    if (prefsPath[0] != 0) {
+        MakeSpec(0, 0, prefsPath, &gHost.prefsFolder);
+    }
     gHost.macGlobals = _GetMacGlobals();
     gHost.startupProcess = CurrentProcess();
     gHost.startupWindow = GetFrontmostNonFloatingWindowOfProcess(1);
@@ -182,4 +221,57 @@ short _GetPluginResID() {
     HostCall call(Select("PluginResID"));
     call.Send();
     return static_cast<short>(call->param1);
+}
+
+OSErr FourD::GetStructFile(FSSpec* spec) {
+    ZeroFileSpec(spec);
+    const FSSpec& kept = gHost.structureFile;
+    if (Is4DClient() != 0 || kept.name[0] == 0) {
+        return ResultCode::FileNotFound;
+    }
+    return FSMakeFSSpec(kept.vRefNum, kept.parID, kept.name, spec);
+}
+
+OSErr FourD::GetStructFolder(FSSpec* spec) {
+    const OSErr error = GetStructFile(spec);
+    if (error != ResultCode::NoError) {
+        return error;
+    }
+    const unsigned char noName = 0;
+    return FSMakeFSSpec(spec->vRefNum, spec->parID, &noName, spec);
+}
+
+long _GetStructurePaths(char* folder, char* file) {
+    folder[0] = '\0';
+    file[0] = '\0';
+    if (gHost.HasEngine()) {
+        return 0;
+    }
+    HostCall folderCall(Select("StructureFolderPath"));
+    folderCall.Send();
+    _CopyP2CStr(folderCall->name, folder);
+    HostCall nameCall(Select("ProgramInfo"));
+    nameCall.Send();
+    std::snprintf(file, sizeof gHost.structureFilePath, "%s%.*s", folder, nameCall->name[0],
+                  reinterpret_cast<const char*>(nameCall->name + 1));
+    return 0;
+}
+
+void _GetPrefsFolderPath(char* path) {
+    path[0] = '\0';
+    if (gHost.HasEngine()) {
+        return;
+    }
+    constexpr long PathMarker = 0x50415448; // "HTAP" in memory order
+    constexpr long Capacity = sizeof gHost.prefsFolderPath;
+    HostCall call(Select("PrefsFolderPath"));
+    call->param2 = PathMarker;
+    call->param3 = reinterpret_cast<long>(path);
+    call->param4 = Capacity;
+    call.Send();
+    if (call->error != ResultCode::NoError) {
+        path[0] = '\0';
+        return;
+    }
+    path[std::clamp(long{call->param4}, 0L, Capacity - 1)] = '\0';
 }

@@ -48,6 +48,10 @@ class FourD {
     static unsigned char IsV11CallerCompiled();
     /// Whether the host's progress messages are on.
     static unsigned char GetMessages();
+    /// Specification of the structure file, made anew; -43, and an empty one, on a client.
+    static OSErr GetStructFile(FSSpec* spec);
+    /// Specification of the inside of the folder that holds it; errors as above.
+    static OSErr GetStructFolder(FSSpec* spec);
     /// Switches the host to its own environment mode, or to the Mac OS one, and records which;
     /// answers what the call returns.
     static long Setup4DEnv();
@@ -90,10 +94,17 @@ class FourD {
     static unsigned char IsFloatingWindow(GrafPort* window);
     /// Number of the process that owns `window`.
     static long GetWindowProcess(GrafPort* window);
+    /// Native window (HWND) of a window; 0 for null.
+    static unsigned long MacPortToHWND(GrafPort* window);
     /// First window, front to back, that `process` owns and that does not float, visible or not.
     static GrafPort* GetFrontmostNonFloatingWindowOfProcess(long process);
 };
 
+/// The structure folder's path, and the structure file's: 261 bytes each, cut to what fits. Empty
+/// on hosts from 11.0 on, whose paths are host strings. Answers 0.
+long _GetStructurePaths(char* folder, char* file);
+/// The preferences folder's path: 261 bytes; empty on hosts from 11.0 on.
+void _GetPrefsFolderPath(char* path);
 /// The host's globals, null when it has none (selector 159, handle).
 void** _GetMacGlobals();
 /// The program information word (selectors 56, -56, param1).

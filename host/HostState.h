@@ -10,7 +10,15 @@ struct HostState {
     short pluginResID;
     short pluginResFile;       ///< resource file that was current at FourD::Init
     unsigned long programInfo; ///< ProgramInfo bits, as at FourD::Init
-    void** macGlobals;         ///< the host's globals; null when it has none
+    // Native paths, and their specifications. Empty for what the host does not tell, as the
+    // structure to a client.
+    char structureFolderPath[261];
+    char structureFilePath[261];
+    FSSpec structureFolder;
+    FSSpec structureFile;
+    char prefsFolderPath[261];
+    FSSpec prefsFolder;
+    void** macGlobals; ///< the host's globals; null when it has none
     long startupProcess;
     GrafPort* startupWindow;      ///< frontmost non-floating window of process 1
     unsigned char macEnvironment; ///< 0 after Setup4DEnv, 1 after SetupMacOSEnv

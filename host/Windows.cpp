@@ -36,6 +36,16 @@ long FourD::GetWindowProcess(GrafPort* window) {
     return call->param1;
 }
 
+unsigned long FourD::MacPortToHWND(GrafPort* window) {
+    if (window == nullptr) {
+        return 0;
+    }
+    HostCall call(Select("NativeWindow"));
+    call->handle = reinterpret_cast<Handle>(window);
+    call.Send();
+    return static_cast<unsigned long>(call->param1);
+}
+
 GrafPort* FourD::GetFrontmostNonFloatingWindowOfProcess(long process) {
     for (GrafPort* window = LMGetWindowList(); window != nullptr;
          window = GetNextMacWindow(window)) {

@@ -20,6 +20,7 @@ void FourDPlug::BigInit() {}
 
 void FourDPlug::Deinit() {
     DestroyLists();
+    DeleteTempFolder();
     bigInitDone = false;
     FourD::Deinit();
 }

@@ -80,6 +80,55 @@ class FourDPlug {
     /// Whether clients identify themselves to the server.
     virtual bool TrackClientsOnServer() = 0;
 
+    // --- Versions (Versions.cpp) ---
+    // Texts as Pascal strings (256 bytes) or, with a C in the name, with a terminator.
+
+    /// The short product name.
+    void zGetProductName(unsigned char* name);
+    /// A packed version as people write it: 0x01234012 is "1.2.3a18". At most 12 characters.
+    static void GetVersionString(unsigned long version, unsigned char* text);
+    static void GetVersionCString(unsigned long version, char* text);
+    /// The plug-in's own version, so written.
+    void GetProductVersionString(unsigned char* text);
+    void GetProductVersionCString(char* text);
+    /// The plug-in's version as FourD::VersToVers4D writes it: 8 characters.
+    void Get4DStyleVersion(unsigned char* text);
+    void Get4DStyleVersionC(char* text);
+    /// "Nimbo v.1.1".
+    void GetProductFullName(unsigned char* name);
+    void GetProductFullNameC(char* name);
+
+    // --- Folders (Folders.cpp) ---
+    // Result codes are 0, -43 missing, -120 not a folder, -37 a path that cannot be one or made.
+    // Paths from Windows take MAX_PATH bytes; those with a size are cut to it.
+
+    /// The folder that holds the library.
+    static OSErr GetPluginParentFolderSpec(FSSpec* spec);
+    /// The makers' folder in the host's preferences folder; this form never makes it.
+    static OSErr GetTarnwellFolderPathWin(char* out);
+    /// The inside of the makers' folder, which is made when it is missing and `create` is set.
+    static OSErr GetTarnwellFolderSpec(FSSpec* out, unsigned char create);
+    /// The logs folder with a trailing backslash: in the structure folder, else in the makers'. On
+    /// a client 0, and `out` stays as it was.
+    static OSErr GetLogsFolderPathWin(char* out);
+    /// The logs folder: in the library folder, in the structure folder (not on a client), or in the
+    /// makers' folder, whichever is a folder first.
+    static OSErr GetLogsFolderSpec(FSSpec* out);
+    /// Native path of that.
+    static OSErr GetLogsFolderPath(char* out, long size);
+    /// The plug-in's temporary folder, one for each running host. It is deleted by Deinit. An empty
+    /// specification, and 0, when the system has no temporary folder.
+    OSErr GetTempFolderSpec(FSSpec* out, unsigned char create);
+    /// Its native path, whether it exists or not.
+    OSErr GetTempFolderPath(char* out, long size, unsigned char create);
+    /// A free name in the temporary folder, which is made. Success is -43: no such file yet.
+    OSErr GetTempFileSpec(FSSpec* out, const char* base, const char* extension);
+    /// Its native path; success is 0.
+    OSErr GetTempFilePath(char* out, long size, const char* base, const char* extension);
+    /// Do nothing; a plug-in starts its trace itself (DebugTrace.h).
+    static void InitDebugLog(long);
+    static void DeinitDebugLog();
+
     /// The one dispatcher behind the entry points. Nothing thrown leaves it.
     static void PlugMain(long selector, CXParam* params, CXResult* result, long* data);
 
@@ -96,6 +145,7 @@ class FourDPlug {
   private:
     void HandleEvent(long selector, void* argument, std::uint32_t* result);
     void DestroyLists();
+    void DeleteTempFolder();
     void ForgetClient(FourDClient* client);
 
     // Requests to the server's copy (-201 to -207).
