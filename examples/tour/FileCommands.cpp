@@ -1,6 +1,12 @@
+#include "data/Handles.h"
 #include "data/Stream.h"
 #include "examples/tour/Tour.h"
 #include "platform/Toolbox.h"
+#include "shell/DebugTrace.h"
+#include "shell/FileSpecs.h"
+#include "shell/LongPaths.h"
+#include "shell/SafeOutput.h"
+#include "shell/Strings.h"
 
 namespace {
 
@@ -10,6 +16,27 @@ void Then(OSErr& error, Next next) {
     if (error == 0) {
         error = next();
     }
+}
+
+/// What says that a name is free: no failure for those who are about to make the file.
+constexpr OSErr MissingYet = -43;
+constexpr OSErr BadParameter = -50;
+
+/// Makes the file and writes the text into it.
+OSErr WriteWhole(const FSSpec& file, CTextBlock& text) {
+    short refNum = 0;
+    OSErr error = FSpCreate(&file, 0x3F3F3F3F, 0x54455854, 0); // '????', 'TEXT'
+    Then(error, [&] { return FSpOpenDF(&file, FilePermission::ReadWrite, &refNum); });
+    if (error != 0) {
+        return error;
+    }
+    const SHandleLocker lock(text.GetHandle());
+    long count = text.GetLength();
+    if (count > 0) {
+        error = FSWrite(refNum, &count, *text.GetHandle());
+    }
+    const OSErr closed = FSClose(refNum);
+    return error != 0 ? error : closed;
 }
 
 } // namespace
@@ -44,6 +71,42 @@ void LoadValues(CXParam* params, CXResult* result) {
         Then(error, [&] { return file.Read(params[6].GetHandlePtr(), 1); });
     }
     result->SetShort(error);
+}
+
+void WriteTextSafely(CXParam* params, CXResult* result) {
+    // An empty path means the current folder, and a folder is not to be replaced by a file.
+    const unsigned char* const path = params[0].GetStringPtr();
+    FSSpec target;
+    OSErr error = path[0] != 0 ? FSMakeFSSpec(0, 0, path, &target) : OSErr{BadParameter};
+    unsigned char isFolder = 0;
+    Then(error, [&] { return IsFolder(&target, &isFolder); });
+    if (error == MissingYet) {
+        error = 0;
+    }
+    if (isFolder != 0) {
+        error = BadParameter;
+    }
+    FSSpec temporary = {};
+    Then(error, [&] {
+        const OSErr created = CreateSafeOutputFileSpec(&target, &temporary);
+        return created == MissingYet ? OSErr{0} : created;
+    });
+    if (error == 0) {
+        error = WriteWhole(temporary, *params[1].GetCTextBlockPtr());
+        _DbgTraceVL(2, "new content written, result %d\n", error);
+        error = CleanupSafeOutputFileSpec(error, &target, &temporary);
+    }
+    result->SetShort(error);
+}
+
+void LongPath(CXParam* params, CXResult* result) {
+    char path[256];
+    _CopyP2CStr(params[0].GetStringPtr(), path);
+    char longPath[LongestPath + 1] = "";
+    GetLongPathNameCompat(path, longPath, sizeof longPath);
+    Str255 string;
+    _CopyC2PStr(longPath, string);
+    result->SetString(string);
 }
 
 } // namespace Tour

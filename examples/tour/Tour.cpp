@@ -1,5 +1,7 @@
 #include "examples/tour/Tour.h"
 
+#include "shell/DebugTrace.h"
+
 #include <iterator>
 
 namespace {
@@ -33,6 +35,12 @@ constexpr CommandEntry Commands[] = {
      Tour::SaveValues},
     {"Load values", "(string path; &long; &short; &date; &string; &text; &handle) -> short error",
      Tour::LoadValues},
+    {"Write text safely", "(string path; text) -> short error", Tour::WriteTextSafely},
+    {"Long path", "(string path) -> string", Tour::LongPath},
+    {"List folders", "() -> text", Tour::ListFolders},
+    {"List versions", "() -> text", Tour::ListVersions},
+    {"Start trace", "(string path; long level)", Tour::StartTrace},
+    {"Stop trace", "()", Tour::StopTrace},
 };
 
 constexpr OSType Creator = 0x546F7572; // 'Tour'
@@ -51,6 +59,18 @@ PlugInfo plugInfo = {
     .commands = Commands,
 };
 
+/// Indents the trace by one level while it lives.
+class DeeperTrace {
+  public:
+    DeeperTrace() : before(gDebugSettings.indentation++) {}
+    ~DeeperTrace() { gDebugSettings.indentation = before; }
+    DeeperTrace(const DeeperTrace&) = delete;
+    DeeperTrace& operator=(const DeeperTrace&) = delete;
+
+  private:
+    long before;
+};
+
 TourPlug tour;
 
 } // namespace
@@ -61,6 +81,13 @@ TourPlug::TourPlug() : FourDPlug(&plugInfo) {}
 
 void TourPlug::BigInit() {
     Tour::PrepareChecksums();
+}
+
+// A trace shows every command, with whatever it traces itself indented beneath.
+void TourPlug::HandleCommand(long command, CXParam* params, CXResult* result) {
+    _DbgTraceVL(1, "%s\n", Commands[command - 1].name);
+    const DeeperTrace deeper;
+    FourDPlug::HandleCommand(command, params, result);
 }
 
 bool TourPlug::CommandNeedsBigInit(long command, CXParam*, CXResult*) {

@@ -9,6 +9,7 @@ class TourPlug : public FourDPlug {
     TourPlug();
 
     void BigInit() override;
+    void HandleCommand(long command, CXParam* params, CXResult* result) override;
     bool CommandNeedsBigInit(long command, CXParam* params, CXResult* result) override;
     bool TrackClientsOnServer() override;
 };
@@ -53,5 +54,14 @@ void SwapLongs(CXParam* params, CXResult* result);
 // Files
 void SaveValues(CXParam* params, CXResult* result);
 void LoadValues(CXParam* params, CXResult* result);
+
+void WriteTextSafely(CXParam* params, CXResult* result);
+void LongPath(CXParam* params, CXResult* result);
+
+// The plug-in itself
+void ListFolders(CXParam* params, CXResult* result);
+void ListVersions(CXParam* params, CXResult* result);
+void StartTrace(CXParam* params, CXResult* result);
+void StopTrace(CXParam* params, CXResult* result);
 
 } // namespace Tour
