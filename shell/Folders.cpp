@@ -82,6 +82,9 @@ OSErr GivePath(const FSSpec& spec, char* out, long size) {
         return ResultCode::BadParameter;
     }
     out[0] = '\0';
+    if (IsEmpty(spec)) { // it would stand for the current folder
+        return ResultCode::FileNotFound;
+    }
     char path[LongestPath + 1];
     long length = LongestPath;
     const OSErr error = FileSpecToNativePath(&spec, path, &length);
@@ -240,6 +243,9 @@ OSErr FourDPlug::GetTempFileSpec(FSSpec* out, const char* base, const char* exte
     const OSErr error = GetTempFolderSpec(&folder, 1);
     if (error != ResultCode::NoError) {
         return error;
+    }
+    if (IsEmpty(folder)) { // -43 would say that a free name has been found
+        return ResultCode::NotAFolder;
     }
     return GetTempFileSpecInFolder(out, &folder, base, extension);
 }
