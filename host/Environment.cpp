@@ -50,7 +50,10 @@ OSErr MakeSpec(short volume, long folder, const unsigned char* name, FSSpec* spe
 /// Keeps the structure's paths and what they specify.
 void KeepStructure() {
     _GetStructurePaths(gHost.structureFolderPath, gHost.structureFilePath);
-    const auto locate = [](const char* path, FSSpec* spec) {
+    const auto locate = [](const char* path, FSSpec* spec) -> OSErr {
+        if (*path == '\0') {
+            return ResultCode::FileNotFound; // it would stand for the current folder
+        }
         const OSErr error =
             P_FSpLocationFromFullPath(static_cast<short>(std::strlen(path)), path, spec);
         if (error != ResultCode::NoError) {

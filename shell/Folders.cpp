@@ -45,10 +45,15 @@ OSErr FindFolder(const char* folder, const char* name, char (&path)[MAX_PATH]) {
     return error == ResultCode::NoError ? CheckFolder(path) : error;
 }
 
-/// Stores a folder's path with its trailing backslash.
-void GiveFolderPath(const char* path, char* out) {
+/// Stores a folder's path with its trailing backslash; -37 when that would need more than MAX_PATH
+/// bytes.
+OSErr GiveFolderPath(const char* path, char* out) {
+    if (std::strlen(path) + 2 > MAX_PATH) {
+        return ResultCode::BadName;
+    }
     _CopyCStr(path, out);
     _CatCStr("\\", out);
+    return ResultCode::NoError;
 }
 
 bool IsEmpty(const FSSpec& spec) {
@@ -85,9 +90,12 @@ OSErr GivePath(const FSSpec& spec, char* out, long size) {
     if (IsEmpty(spec)) { // it would stand for the current folder
         return ResultCode::FileNotFound;
     }
-    char path[LongestPath + 1];
+    char path[LongestPath + 1] = {};
     long length = LongestPath;
     const OSErr error = FileSpecToNativePath(&spec, path, &length);
+    if (path[0] == '\0') {
+        length = 0; // the folder around it has gone meanwhile
+    }
     if (error == ResultCode::NoError || error == ResultCode::FileNotFound) {
         const long given = std::clamp(length, 0L, std::min(size - 1, LongestPath));
         std::copy_n(path, given, out);
@@ -155,18 +163,14 @@ OSErr FourDPlug::GetLogsFolderPathWin(char* out) {
     char path[MAX_PATH];
     if (gHost.structureFolderPath[0] != '\0' &&
         FindFolder(gHost.structureFolderPath, LogsName, path) == ResultCode::NoError) {
-        GiveFolderPath(path, out);
-        return ResultCode::NoError;
+        return GiveFolderPath(path, out);
     }
     char makers[MAX_PATH];
     OSErr error = GetTarnwellFolderPathWin(makers);
     if (error == ResultCode::NoError) {
         error = FindFolder(makers, LogsName, path);
     }
-    if (error == ResultCode::NoError) {
-        GiveFolderPath(path, out);
-    }
-    return error;
+    return error == ResultCode::NoError ? GiveFolderPath(path, out) : error;
 }
 
 OSErr FourDPlug::GetLogsFolderSpec(FSSpec* out) {

@@ -85,7 +85,7 @@ class FourDPlug {
 
     /// The short product name.
     void zGetProductName(unsigned char* name);
-    /// A packed version as people write it: 0x01234012 is "1.2.3a18". At most 12 characters.
+    /// A packed version as people write it: 0x01234012 is "1.2.3a18". At most 13 characters.
     static void GetVersionString(unsigned long version, unsigned char* text);
     static void GetVersionCString(unsigned long version, char* text);
     /// The plug-in's own version, so written.

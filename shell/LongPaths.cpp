@@ -107,8 +107,14 @@ const char* NameOf(const WIN32_FIND_DATAA& entry) {
 
 bool EmptyFolder(char* path, std::size_t length);
 
-/// Deletes the entry at `path`, a buffer as for Put, with all that is in it. Failures are ignored.
-void DeleteEntry(char* path, std::size_t length, DWORD attributes) {
+/// Deletes what is at `path`, a buffer as for Put, with all that is in it. Failures are ignored.
+/// What it is, is asked of the path: two names may be one in the ANSI code page, and the entry that
+/// was listed a folder beside a link.
+void DeleteEntry(char* path, std::size_t length) {
+    const DWORD attributes = GetFileAttributesA(path);
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        return;
+    }
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
         DeleteFileA(path);
     } else if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
@@ -136,7 +142,7 @@ bool EmptyFolder(char* path, std::size_t length) {
         const std::size_t start = Put("\\", path, length);
         const std::size_t end = name != nullptr && start != 0 ? Put(name, path, start) : 0;
         if (end != 0) {
-            DeleteEntry(path, end, entry.dwFileAttributes);
+            DeleteEntry(path, end);
         }
     } while (FindNextFileA(listing, &entry) != 0);
     FindClose(listing);

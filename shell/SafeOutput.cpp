@@ -169,12 +169,15 @@ OSErr CreateSafeOutputFileSpec(const FSSpec* target, FSSpec* temporary) {
 }
 
 OSErr CleanupSafeOutputFileSpec(short error, const FSSpec* target, const FSSpec* temporary) {
-    if (target == nullptr || temporary == nullptr) {
+    if (temporary == nullptr) {
         return ResultCode::BadParameter;
     }
     if (error != ResultCode::NoError) {
         FSpDelete(temporary); // the target itself when there was none before
         return error;
+    }
+    if (target == nullptr) {
+        return ResultCode::BadParameter;
     }
     Str63 targetName;
     Str63 temporaryName;
@@ -182,6 +185,10 @@ OSErr CleanupSafeOutputFileSpec(short error, const FSSpec* target, const FSSpec*
     GetFileSpecName(temporary, temporaryName);
     if (EqualString(targetName, temporaryName, 0, 1) != 0) {
         return error;
+    }
+    FInfo info;
+    if (FSpGetFInfo(temporary, &info) == ResultCode::FileNotFound) {
+        return ResultCode::FileNotFound; // never written: the old target is all there is
     }
     const OSErr deleted = FSpDelete(target);
     if (deleted != ResultCode::NoError && deleted != ResultCode::FileNotFound) {

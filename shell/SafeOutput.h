@@ -34,6 +34,7 @@ OSErr DeleteDirSpec(const FSSpec* folder);
 /// A free name beside the target: the target's own when it does not exist. 0 or -43 is success.
 OSErr CreateSafeOutputFileSpec(const FSSpec* target, FSSpec* temporary);
 /// Replaces the target by the temporary file when `error` is 0, else deletes the temporary file.
-/// Answers `error`, or why the target could not be deleted (the temporary file is deleted then).
+/// Answers `error`, or why the target could not be deleted (the temporary file is deleted then), or
+/// -43 when there is no temporary file; the target is left alone then.
 /// When the rename fails, which is not reported, the new file stays under its temporary name.
 OSErr CleanupSafeOutputFileSpec(short error, const FSSpec* target, const FSSpec* temporary);

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Holds the longest version text: "99.15.15d255".
+/// Holds the longest version text: "165.15.15d255", of digits that are none.
 constexpr std::size_t VersionCapacity = 16;
 
 } // namespace

@@ -352,8 +352,8 @@ TEST_F(FileSpecsTest, SafeOutputLosesNothing) {
         {"old", 0, false, 0, 0, "new", "none"},
         {"old, failed write", -34, false, 0, -34, "old", "none"},
         {"old, held by another", 0, true, 0, -47, "old", "none"},
-        {"old, not to be deleted", 0, false, 1, -36, "old", "none"},
-        {"old, the other not to be renamed", 0, false, 2, 0, "none", "new"},
+        {"old, not to be deleted", 0, false, 2, -36, "old", "none"},
+        {"old, the other not to be renamed", 0, false, 3, 0, "none", "new"},
     };
     for (const auto& row : cases) {
         const string path = root + row.name;
@@ -377,6 +377,12 @@ TEST_F(FileSpecsTest, SafeOutputLosesNothing) {
         EXPECT_EQ(Content(path), row.target) << row.name;
         EXPECT_EQ(Content(temporaryPath), row.temporary) << row.name;
     }
+    File("kept", "old");
+    const FSSpec target = NamedSpec("kept");
+    FSSpec neverWritten{};
+    EXPECT_EQ(CreateSafeOutputFileSpec(&target, &neverWritten), FileNotFound);
+    EXPECT_EQ(CleanupSafeOutputFileSpec(0, &target, &neverWritten), FileNotFound);
+    EXPECT_EQ(Content(root + "kept"), "old");
 }
 
 TEST_F(FileSpecsTest, LackOfMemoryLeavesNothingBehind) {

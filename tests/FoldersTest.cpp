@@ -42,6 +42,18 @@ TEST(VersionsTest, AreWrittenForPeople) {
     EXPECT_EQ(name.Text(), "Test");
 }
 
+TEST(FoldersOfNewerHostsTest, AreNotTheCurrentFolder) {
+    Host host({.version = 0x1130});
+    Session session(host, EntryPoints{FourDPack, FourDPackex});
+    TestPlug plug;
+    session.Start();
+    Host::Scope inside(host);
+    FSSpec spec;
+    EXPECT_EQ(FourD::GetStructFile(&spec), ResultCode::FileNotFound);
+    EXPECT_EQ(FourDPlug::GetTarnwellFolderSpec(&spec, 1), ResultCode::FileNotFound);
+    session.Stop();
+}
+
 std::string PathOf(const FSSpec& spec) {
     char path[LongestPath + 1];
     long length = LongestPath;
