@@ -325,9 +325,15 @@ TEST_F(FileSpecsTest, LinksAreNotFollowed) {
         if (!IsFolderLink(link.c_str())) {
             GTEST_SKIP() << "no links can be made here";
         }
+        // A plain folder that the ANSI code page gives the link's name: "link" in full-width
+        // letters.
+        const std::wstring twin =
+            std::wstring(root.begin(), root.end()) + L"Folder\\\xFF4C\xFF49\xFF4E\xFF4B";
+        EXPECT_TRUE(CreateDirectoryW(twin.c_str(), nullptr));
         const FSSpec linkSpec = NamedSpec("Folder\\link");
         EXPECT_TRUE(EmptyDirectory((root + "Folder").c_str()));
         DeleteDirSpec(&linkSpec);
+        RemoveDirectoryW(twin.c_str());
         EXPECT_EQ(Content(root + "A long folder\\A long file.text"), "old");
         EXPECT_TRUE(Exists(root + "caf\xE9"));
         if (Exists(link)) { // where the system only ever follows links, they have to stay
