@@ -21,30 +21,37 @@ short Swapped(short value) {
 
 static_assert(std::endian::native == std::endian::little);
 
+template <typename Number>
+OSErr WriteNumber(CStream& stream, Number value) {
+    Number stored = Swapped(value);
+    return stream.WriteData(&stored, sizeof stored);
+}
+
+/// Stores 0 when the stream does not hold the whole number.
+template <typename Number>
+OSErr ReadNumber(CStream& stream, Number* value) {
+    Number stored = 0;
+    const OSErr error = stream.ReadData(&stored, sizeof stored);
+    *value = error == ResultCode::NoError ? Swapped(stored) : Number{0};
+    return error;
+}
+
 } // namespace
 
 OSErr CStream::Write(long value) {
-    long stored = Swapped(value);
-    return WriteData(&stored, sizeof stored);
+    return WriteNumber(*this, value);
 }
 
 OSErr CStream::Read(long* value) {
-    long stored = 0;
-    const OSErr error = ReadData(&stored, sizeof stored);
-    *value = error == ResultCode::NoError ? Swapped(stored) : 0;
-    return error;
+    return ReadNumber(*this, value);
 }
 
 OSErr CStream::Write(short value) {
-    short stored = Swapped(value);
-    return WriteData(&stored, sizeof stored);
+    return WriteNumber(*this, value);
 }
 
 OSErr CStream::Read(short* value) {
-    short stored = 0;
-    const OSErr error = ReadData(&stored, sizeof stored);
-    *value = error == ResultCode::NoError ? Swapped(stored) : short{0};
-    return error;
+    return ReadNumber(*this, value);
 }
 
 OSErr CStream::Write(DateBlock* date) {
