@@ -14,6 +14,7 @@
 namespace {
 
 using namespace std::string_literals;
+using namespace std::string_view_literals;
 
 class StreamTest : public MemoryTest {
   protected:
@@ -200,22 +201,24 @@ TEST_P(StreamTest, HandleStreamsMoveGrowAndCut) {
 
 TEST_P(StreamTest, StoredLengthsAreNotBelieved) {
     struct Row {
-        std::string stored;
+        std::string_view stored;
         OSErr text;
         OSErr handle;
         OSErr string;
     };
+    std::string tooLong(32003, 'x');
+    tooLong.replace(0, 2, "\x7D\1");
     const Row rows[] = {
         {"", ResultCode::EndOfData, ResultCode::EndOfData, ResultCode::EndOfData},
-        {"\0"s, ResultCode::EndOfData, ResultCode::EndOfData, 0},
-        {"\x80\0\0\0abc"s, ResultCode::BadParameter, ResultCode::BadParameter,
+        {"\0"sv, ResultCode::EndOfData, ResultCode::EndOfData, 0},
+        {"\x80\0\0\0abc"sv, ResultCode::BadParameter, ResultCode::BadParameter,
          ResultCode::EndOfData},
-        {"\x7D\1"s + std::string(32001, 'x'), ResultCode::BadParameter, ResultCode::EndOfData, 0},
-        {"\x7F\xFF\xFF\xFF"s, ResultCode::BadParameter, ResultCode::EndOfData,
+        {tooLong, ResultCode::BadParameter, ResultCode::EndOfData, 0},
+        {"\x7F\xFF\xFF\xFF"sv, ResultCode::BadParameter, ResultCode::EndOfData,
          ResultCode::EndOfData},
-        {"\0\4abc"s, ResultCode::EndOfData, ResultCode::EndOfData, 0},
-        {"\0\0\0\4abc"s, 0, ResultCode::EndOfData, 0},
-        {"\5abc"s, ResultCode::EndOfData, ResultCode::EndOfData, ResultCode::EndOfData},
+        {"\0\4abc"sv, ResultCode::EndOfData, ResultCode::EndOfData, 0},
+        {"\0\0\0\4abc"sv, 0, ResultCode::EndOfData, 0},
+        {"\5abc"sv, ResultCode::EndOfData, ResultCode::EndOfData, ResultCode::EndOfData},
     };
     for (const Row& row : rows) {
         const OwnedHandle source(row.stored);
