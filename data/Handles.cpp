@@ -173,6 +173,16 @@ SHandleLocker::~SHandleLocker() {
     }
 }
 
+TemporaryHandle::TemporaryHandle(const void* bytes, long size) {
+    PtrToHand(bytes, &handle, size);
+}
+
+TemporaryHandle::~TemporaryHandle() {
+    if (handle != nullptr) {
+        DisposeHandle(handle);
+    }
+}
+
 SResFileSetter::SResFileSetter(short resFile) : fSavedResFile(CurResFile()), fResFile(resFile) {
     if (fSavedResFile != fResFile) {
         UseResFile(fResFile);

@@ -3,6 +3,8 @@
 #include "platform/CallingConvention.h"
 #include "platform/Types.h"
 
+#include <utility>
+
 // Handles of two kinds, never to be mixed: platform handles are the toolbox's, host handles are
 // made and kept by the host and are the ones that may be given to it.
 
@@ -62,6 +64,26 @@ class SHandleLocker {
   private:
     Handle fHandle = nullptr;
     unsigned char fWasLocked = 0;
+};
+
+/// A platform handle that is disposed of at the end of the scope, unless it was given away.
+class TemporaryHandle {
+  public:
+    TemporaryHandle() = default;
+    explicit TemporaryHandle(Handle owned) : handle(owned) {}
+    /// A copy of some bytes; null when memory is full.
+    TemporaryHandle(const void* bytes, long size);
+    ~TemporaryHandle();
+    TemporaryHandle(const TemporaryHandle&) = delete;
+    TemporaryHandle& operator=(const TemporaryHandle&) = delete;
+
+    Handle Get() const { return handle; }
+    /// Where a call stores the handle that then goes with the scope.
+    Handle* Address() { return &handle; }
+    Handle GiveAway() { return std::exchange(handle, nullptr); }
+
+  private:
+    Handle handle = nullptr;
 };
 
 /// Makes a resource file current while it lives, and then the former one again.

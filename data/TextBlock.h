@@ -4,6 +4,8 @@
 
 #pragma pack(push, 2)
 
+// It may alias: it is laid over the text records of the host.
+
 /// Up to 32000 bytes of 8-bit text in one platform handle, without a terminator. It has the
 /// layout of the host's TextBlock, so a text that the host hands over is used in place.
 ///
@@ -14,7 +16,7 @@
 /// Sources that are too long are cut to what fits and are no error. Errors are 16-bit codes: 0,
 /// -50 for a bad argument, -108 when memory is full. Positions count from 1. `Str255` sources are
 /// Pascal strings.
-class CTextBlock {
+class __attribute__((may_alias)) CTextBlock {
   public:
     static constexpr short MaxLength = 32000;
 

@@ -52,6 +52,20 @@ struct ArrayBlock {
     short currentIndex;
 };
 
+/// The host's pointer record, what a pointer's handle holds in an interpreted database: a 16-bit
+/// kind, then two 32-bit target fields. The pointer is nil when the field that its kind looks at is
+/// 0.
+struct PointerRecord {
+    short kind;    ///< PointerKind
+    long variable; ///< the host's number of the variable
+    long field;    ///< table number in the upper half, field number (0: the table) in the lower
+};
+
+namespace PointerKind {
+inline constexpr short Variable = 0;
+inline constexpr short Field = 1;
+} // namespace PointerKind
+
 namespace ValueType {
 enum : unsigned char {
     Real = 1,
@@ -110,6 +124,8 @@ static_assert(sizeof(FDStringBlock) == 16 && offsetof(FDStringBlock, units) == 4
               offsetof(FDStringBlock, hostPrivate) == 8);
 static_assert(sizeof(ArrayBlock) == 10 && offsetof(ArrayBlock, elements) == 4 &&
               offsetof(ArrayBlock, currentIndex) == 8);
+static_assert(sizeof(PointerRecord) == 10 && offsetof(PointerRecord, variable) == 2 &&
+              offsetof(PointerRecord, field) == 6);
 static_assert(sizeof(ValueBlock) == 260 && offsetof(ValueBlock, type) == 0 &&
               offsetof(ValueBlock, real) == 2 && offsetof(ValueBlock, string) == 2 &&
               offsetof(ValueBlock, pointer) == 2);

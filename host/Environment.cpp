@@ -1,3 +1,5 @@
+#include "data/Value.h"
+#include "host/Formulas.h"
 #include "host/FourD.h"
 #include "host/HostCall.h"
 #include "platform/ResultCodes.h"
@@ -7,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 namespace {
 
@@ -19,6 +22,24 @@ constexpr unsigned long MessagesBit = 1UL << 28;
 
 /// "TSAF" in memory order. Hosts after 11.x answer the quick form of ProgramInfo to it.
 constexpr long FastMarker = 0x46415354;
+
+/// Bytes of a path's buffer, with the terminator.
+constexpr long PathCapacity = 261;
+static_assert(sizeof gHost.structureFolderPath == PathCapacity &&
+              sizeof gHost.structureFilePath == PathCapacity &&
+              sizeof gHost.prefsFolderPath == PathCapacity);
+
+/// Copies the path that a call answered, which is empty when it is too long, and releases the host
+/// string that it may have come in.
+void TakePath(HostCall& call, char* path) {
+    if (EngineFields* engine = call.EngineOnly()) {
+        FDStringBlock string = engine->string;
+        FourD::CopyFDStringToCString(&string, path, PathCapacity);
+        FourD::DisposeFDStringBlock(&string);
+    } else {
+        _CopyP2CStr(call->name, path);
+    }
+}
 
 unsigned char AnyOf(unsigned long word, unsigned long bits) {
     return (word & bits) != 0 ? 1 : 0;
@@ -45,6 +66,16 @@ OSErr MakeSpec(short volume, long folder, const unsigned char* name, FSSpec* spe
         ZeroFileSpec(spec);
     }
     return error;
+}
+
+/// Specification of the inside of the folder that holds a file.
+OSErr FolderOf(OSErr (*fileOf)(FSSpec* spec), FSSpec* spec) {
+    const OSErr error = fileOf(spec);
+    if (error != ResultCode::NoError) {
+        return error;
+    }
+    const unsigned char noName = 0;
+    return FSMakeFSSpec(spec->vRefNum, spec->parID, &noName, spec);
 }
 
 /// Keeps the structure's paths and what they specify.
@@ -236,45 +267,102 @@ OSErr FourD::GetStructFile(FSSpec* spec) {
 }
 
 OSErr FourD::GetStructFolder(FSSpec* spec) {
-    const OSErr error = GetStructFile(spec);
-    if (error != ResultCode::NoError) {
-        return error;
+    return FolderOf(GetStructFile, spec);
+}
+
+OSErr FourD::GetDataFile(FSSpec* spec) {
+    constexpr short DataFileCommand = 490;
+    ZeroFileSpec(spec);
+    if (Is4DClient() != 0) {
+        return ResultCode::FileNotFound;
     }
-    const unsigned char noName = 0;
-    return FSMakeFSSpec(spec->vRefNum, spec->parID, &noName, spec);
+    if (!gHost.dataFileKnown) {
+        const OSErr error = GetFSSpecBy4DCommand(DataFileCommand, &gHost.dataFile);
+        if (error != ResultCode::NoError) {
+            return error;
+        }
+        gHost.dataFileKnown = true;
+    }
+    *spec = gHost.dataFile;
+    return ResultCode::NoError;
+}
+
+OSErr FourD::GetDataFolder(FSSpec* spec) {
+    return FolderOf(GetDataFile, spec);
+}
+
+OSErr FourD::GetAppFolder(FSSpec* spec) {
+    return FolderOf(GetDataFile, spec); // deliberate: the data file's folder, too
+}
+
+long FourD::GetAppType() {
+    constexpr short ApplicationTypeCommand = 494;
+    if (gHost.applicationType == -1) {
+        ValueBlock value{};
+        long type = 0;
+        if (EvaluateCommand(ApplicationTypeCommand, &value) == ResultCode::NoError &&
+            Value2Long(&value, &type) == 0) {
+            gHost.applicationType = type;
+        }
+        FreeValueBlock(&value);
+    }
+    return gHost.applicationType;
+}
+
+OSErr FourD::Get4DFolderPath(char* path, long kind, unsigned char create) {
+    constexpr long FolderMarker = 0x47344446; // "FD4G" in memory order
+    HostCall call(Select("HostFolderPath"));
+    call->param1 = kind;
+    call->param2 = create;
+    call->param3 = FolderMarker;
+    call.Send();
+    if (call->error == ResultCode::NoError) {
+        TakePath(call, path);
+    }
+    return call->error;
+}
+
+OSErr FourD::Get4DFolderPath(unsigned char* path, long kind, unsigned char create) {
+    char text[PathCapacity];
+    const OSErr error = Get4DFolderPath(text, kind, create);
+    if (error == ResultCode::NoError) {
+        _CopyC2PStr(text, path);
+    }
+    return error;
 }
 
 long _GetStructurePaths(char* folder, char* file) {
-    folder[0] = '\0';
-    file[0] = '\0';
-    if (gHost.HasEngine()) {
-        return 0;
-    }
     HostCall folderCall(Select("StructureFolderPath"));
     folderCall.Send();
-    _CopyP2CStr(folderCall->name, folder);
+    TakePath(folderCall, folder);
     HostCall nameCall(Select("ProgramInfo"));
     nameCall.Send();
-    std::snprintf(file, sizeof gHost.structureFilePath, "%s%.*s", folder, nameCall->name[0],
-                  reinterpret_cast<const char*>(nameCall->name + 1));
+    char name[3 * std::size(EngineFields{}.uniName)] = ""; // three bytes for a unit at most
+    if (EngineFields* engine = nameCall.EngineOnly()) {
+        engine->uniName[std::size(engine->uniName) - 1] = 0;
+        FourD::CopyUniCharsToChars(engine->uniName, name);
+    } else {
+        _CopyP2CStr(nameCall->name, name);
+    }
+    std::snprintf(file, PathCapacity, "%s%s", folder, name);
     return 0;
 }
 
 void _GetPrefsFolderPath(char* path) {
     path[0] = '\0';
     if (gHost.HasEngine()) {
+        FourD::Get4DFolderPath(path, 0, 0);
         return;
     }
     constexpr long PathMarker = 0x50415448; // "HTAP" in memory order
-    constexpr long Capacity = sizeof gHost.prefsFolderPath;
     HostCall call(Select("PrefsFolderPath"));
     call->param2 = PathMarker;
     call->param3 = reinterpret_cast<long>(path);
-    call->param4 = Capacity;
+    call->param4 = PathCapacity;
     call.Send();
     if (call->error != ResultCode::NoError) {
         path[0] = '\0';
         return;
     }
-    path[std::clamp(long{call->param4}, 0L, Capacity - 1)] = '\0';
+    path[std::clamp(long{call->param4}, 0L, PathCapacity - 1)] = '\0';
 }

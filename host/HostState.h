@@ -2,7 +2,8 @@
 
 #include "host/Records.h"
 
-/// What FourD::Init keeps of the host. Written once, before any other call, then only read.
+/// What FourD::Init keeps of the host: written once, before any other call, then only read; and two
+/// facts that are added later.
 struct HostState {
     unsigned long version; ///< first word of the init record; BCD in the low 16 bits
     ClassicCallBack classicCallBack;
@@ -22,6 +23,10 @@ struct HostState {
     long startupProcess;
     GrafPort* startupWindow;      ///< frontmost non-floating window of process 1
     unsigned char macEnvironment; ///< 0 after Setup4DEnv, 1 after SetupMacOSEnv
+    // Asked for when they are first needed.
+    FSSpec dataFile;
+    bool dataFileKnown;
+    long applicationType = -1; ///< -1 until it is known
 
     /// Major, then minor and fix digits: 0x1130 is 11.3.
     unsigned short BcdVersion() const { return static_cast<unsigned short>(version); }

@@ -56,6 +56,9 @@ struct ParameterBlock : CallFields {
     unsigned char valueText[142]; ///< Pascal string that ends the value area
 };
 
+/// Where in the classic record's valueText the flag lies that goes with a variable's new value.
+inline constexpr size_t VariableFlagPlace = 88;
+
 /// What the engine record carries in front of the shared fields.
 struct EngineFields {
     unsigned short uniName[256]; ///< UTF-16, zero-terminated
@@ -105,6 +108,7 @@ static_assert(offsetof(ParameterBlock, param3) == 280);
 static_assert(offsetof(ParameterBlock, param4) == 284);
 static_assert(offsetof(ParameterBlock, value) == 288);
 static_assert(offsetof(ParameterBlock, valueText) == 310);
+static_assert(offsetof(ParameterBlock, valueText) + VariableFlagPlace == 398);
 
 static_assert(sizeof(FDEngineBlock) == 1474);
 static_assert(offsetof(FDEngineBlock, uniName) == 0);

@@ -24,6 +24,7 @@ inline constexpr SelectorPair SelectorTable[] = {
     {"CountFields", 10, -10},
     {"FileName", 11, 0},
     {"FieldType", 12, -12},
+    {"FieldInfo", 131, 0},
     {"GetFieldData", 17, 0},
     {"SetFieldData", 18, 0},
     {"GetPackedRecord", 26, 0},

@@ -30,4 +30,8 @@ inline constexpr OSErr LockedBlock = -117; ///< locked block asked to grow where
 inline constexpr OSErr NotAFolder = -120;  ///< a folder of the path or the identifier is missing
 inline constexpr OSErr ResourceNotFound = -192;
 inline constexpr OSErr ResourceFileNotFound = -193;
+inline constexpr OSErr PictureDataFailed = -8960;     ///< the host has no data for a picture
+inline constexpr OSErr UnsupportedConversion = -1999; ///< a value of this type is none of that
+inline constexpr OSErr NoServerAnswer = -10003;       ///< a server call's read gave no handle
+inline constexpr OSErr BadServerAnswer = -10033;      ///< a call identifier is not 4 bytes long
 } // namespace ResultCode

@@ -40,10 +40,27 @@ TOOLBOX_CALL void DisposePtr(Ptr block);
 TOOLBOX_CALL Size GetPtrSize(Ptr block);
 TOOLBOX_CALL void SetPtrSize(Ptr block, Size size);
 
-// Resource files: reference number of the current one.
+// Resources. Calls search from the current file back through those opened before it; the system
+// file, 0, comes last. They leave their result code in ResError(), and the ones that look for a
+// resource may move memory.
+
+/// Reference number of the current resource file.
 TOOLBOX_CALL short CurResFile();
+/// -193, and no change, when there is no such file.
 TOOLBOX_CALL void UseResFile(short resFile);
+/// Result code of the last resource call.
 TOOLBOX_CALL OSErr ResError();
+/// The resource's handle, the same until it is released: it belongs to the resource file, so
+/// release it with ReleaseResource, never with DisposeHandle. Null with -192 when there is none,
+/// -199 when its data lies outside the file, -108 when memory is full.
+TOOLBOX_CALL Handle GetResource(OSType type, short id);
+/// The same by name, in which case does not count. A null or empty name finds nothing.
+TOOLBOX_CALL Handle GetNamedResource(OSType type, const unsigned char* name);
+/// String `index`, from 1, of the string list ('STR#') `listID`, into a buffer of 256 bytes; empty
+/// when there is none or the list ends within it. Leaves no resource behind.
+TOOLBOX_CALL void GetIndString(unsigned char* string, short listID, short index);
+/// -192 when this is not a resource's handle.
+TOOLBOX_CALL void ReleaseResource(Handle resource);
 
 // Files. Names are in the host's Macintosh character set. Null arguments and negative counts give
 // -50, a number of no open file -51, trouble with the disk -36. The mark is where the next byte is
@@ -142,6 +159,9 @@ TOOLBOX_CALL short ReplaceTex(Handle text, Handle replacement, const unsigned ch
 TOOLBOX_CALL long ASI_MacToAnsiBuf(const void* source, void* destination, long length, long option);
 /// The reverse.
 TOOLBOX_CALL long ASI_AnsiToMacBuf(const void* source, void* destination, long length);
+
+/// Disposes of a text-edit record and of its text. Null is ignored.
+TOOLBOX_CALL void TEDispose(TEHandle record);
 
 // Dates. Seconds count from midnight, 1 January 1904.
 TOOLBOX_CALL void LongDateToSeconds(const LongDateRec* date, long long* seconds);

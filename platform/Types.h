@@ -165,6 +165,17 @@ struct LongDateRec {
     short reserved[3];
 };
 
+/// Text-edit record. Only the fields that the framework reads are named.
+struct TERec {
+    unsigned char layout[60]; ///< rectangles, selection, hooks and caret
+    short teLength;           ///< characters
+    Handle hText;             ///< the characters
+    unsigned char styleAndLines[30];
+};
+
+/// Relocatable text-edit record, disposed of with TEDispose.
+using TEHandle = TERec**;
+
 struct Picture {
     short picSize;
     Rect picFrame;
@@ -198,4 +209,6 @@ static_assert(sizeof(GrafPort) == 156);
 static_assert(offsetof(GrafPort, windowKind) == 108 && offsetof(GrafPort, visible) == 110 &&
               offsetof(GrafPort, nextWindow) == 144 && offsetof(GrafPort, refCon) == 152);
 static_assert(sizeof(Picture) == 10);
+static_assert(sizeof(TERec) == 96 && offsetof(TERec, teLength) == 60 &&
+              offsetof(TERec, hText) == 62);
 static_assert(sizeof(LongDateRec) == 28 && offsetof(LongDateRec, dayOfWeek) == 14);

@@ -42,16 +42,23 @@ TEST(VersionsTest, AreWrittenForPeople) {
     EXPECT_EQ(name.Text(), "Test");
 }
 
-TEST(FoldersOfNewerHostsTest, AreNotTheCurrentFolder) {
-    Host host({.version = 0x1130});
-    Session session(host, EntryPoints{FourDPack, FourDPackex});
+class UnknownFoldersTest : public DualHostTest {
+  protected:
     TestPlug plug;
-    session.Start();
-    Host::Scope inside(host);
+};
+
+INSTANTIATE_TEST_SUITE_P(Hosts, UnknownFoldersTest, ClassicAndEngine, HostName);
+
+TEST_P(UnknownFoldersTest, AreNotTheCurrentFolder) {
+    host.FailNext("StructureFolderPath", ResultCode::FileNotFound);
+    host.FailNext(host.HasEngine() ? "HostFolderPath" : "PrefsFolderPath", ResultCode::BadName);
+    Start();
     FSSpec spec;
+    EXPECT_STREQ(gHost.structureFolderPath, "");
+    EXPECT_STREQ(gHost.prefsFolderPath, "");
     EXPECT_EQ(FourD::GetStructFile(&spec), ResultCode::FileNotFound);
     EXPECT_EQ(FourDPlug::GetTarnwellFolderSpec(&spec, 1), ResultCode::FileNotFound);
-    session.Stop();
+    EXPECT_EQ(host.strings.Live(), 0);
 }
 
 std::string PathOf(const FSSpec& spec) {
@@ -71,12 +78,13 @@ std::string Plain(std::string path) {
     return path;
 }
 
-/// A classic host with its folders.
-class FoldersTest : public HostTest {
+/// A host with its folders.
+class FoldersTest : public HostTest, public testing::WithParamInterface<unsigned short> {
   protected:
     explicit FoldersTest(Role role = Role::SingleUser)
-        : HostTest({.version = 0x0680, .role = role}) {
+        : HostTest({.version = GetParam(), .role = role}) {
         Start();
+        EXPECT_EQ(host.strings.Live(), 0); // those in which the paths came
     }
 
     TestPlug plug;
@@ -87,7 +95,10 @@ class ClientFoldersTest : public FoldersTest {
     ClientFoldersTest() : FoldersTest(Role::Client) {}
 };
 
-TEST_F(FoldersTest, TheStructureAndPreferencesAreKeptFromTheStart) {
+INSTANTIATE_TEST_SUITE_P(Hosts, FoldersTest, ClassicAndEngine, HostName);
+INSTANTIATE_TEST_SUITE_P(Hosts, ClientFoldersTest, ClassicAndEngine, HostName);
+
+TEST_P(FoldersTest, TheStructureAndPreferencesAreKeptFromTheStart) {
     EXPECT_EQ(gHost.structureFolderPath, host.StructureFolder());
     EXPECT_EQ(gHost.structureFilePath, host.StructureFolder() + host.options.structureName);
     EXPECT_EQ(gHost.prefsFolderPath, host.PrefsFolder());
@@ -99,7 +110,57 @@ TEST_F(FoldersTest, TheStructureAndPreferencesAreKeptFromTheStart) {
     EXPECT_EQ(Plain(PathOf(gHost.prefsFolder)), Plain(host.PrefsFolder()));
 }
 
-TEST_F(ClientFoldersTest, KnowNoStructure) {
+TEST_P(FoldersTest, OneOfTheHostsFoldersIsAskedForByItsKind) {
+    const std::string third = host.PrefsFolder() + "Folder 3\\";
+    struct {
+        long kind;
+        unsigned char create;
+        short error;
+        std::string path;
+    } const cases[] = {{0, 0, 0, host.PrefsFolder()},
+                       {3, 0, ResultCode::FileNotFound, "as before"},
+                       {3, 1, 0, third},
+                       {3, 0, 0, third},
+                       {99, 1, ResultCode::BadParameter, "as before"}};
+    for (const auto& row : cases) {
+        char path[261] = "as before";
+        PascalString pascalPath("as before");
+        EXPECT_EQ(FourD::Get4DFolderPath(path, row.kind, row.create), row.error) << row.kind;
+        EXPECT_EQ(FourD::Get4DFolderPath(pascalPath.bytes, row.kind, row.create), row.error);
+        EXPECT_EQ(path, row.path);
+        EXPECT_EQ(pascalPath.Text(), row.path);
+        const CallFields& sent = host.log.Last("HostFolderPath")->Sent();
+        EXPECT_EQ(long{sent.param1}, row.kind);
+        EXPECT_EQ(long{sent.param2}, row.create);
+        EXPECT_EQ(long{sent.param3}, 0x47344446); // "FD4G"
+        EXPECT_EQ(host.strings.Live(), 0);
+    }
+    host.FailNext("HostFolderPath", -1);
+    char untouched[] = "as before";
+    EXPECT_EQ(FourD::Get4DFolderPath(untouched, 0, 0), -1);
+    EXPECT_STREQ(untouched, "as before");
+}
+
+TEST(LongFoldersTest, APathThatDoesNotFitIsEmpty) {
+    TestPlug plug;
+    for (const auto& [length, fits] : {std::pair{259U, true}, {260U, false}}) {
+        // The host adds a backslash.
+        const std::string folder = "C:\\" + std::string(length - 3, 'x');
+        Host host({.version = 0x1130, .structureFolder = folder, .prefsFolder = folder});
+        Session session(host, EntryPoints{FourDPack, FourDPackex});
+        session.Start();
+        EXPECT_EQ(gHost.structureFolderPath, fits ? folder + "\\" : "");
+        EXPECT_EQ(gHost.prefsFolderPath, fits ? folder + "\\" : "");
+        // Behind a path of full length there is no room for the file's name.
+        EXPECT_EQ(gHost.structureFilePath, fits ? folder + "\\" : host.options.structureName);
+        EXPECT_EQ(gHost.structureFile.name[0], 0);
+        session.Stop();
+        session.ReportLeaks();
+        EXPECT_EQ(host.problems, std::vector<std::string>{});
+    }
+}
+
+TEST_P(ClientFoldersTest, KnowNoStructure) {
     FSSpec spec;
     EXPECT_EQ(FourD::GetStructFile(&spec), ResultCode::FileNotFound);
     EXPECT_EQ(spec.name[0], 0);
@@ -114,7 +175,7 @@ TEST_F(ClientFoldersTest, KnowNoStructure) {
     EXPECT_EQ(Plain(PathOf(spec)), Plain(host.PrefsFolder() + "Tarnwell\\Vorlogs"));
 }
 
-TEST_F(FoldersTest, TheMakersFolderIsMadeOnRequest) {
+TEST_P(FoldersTest, TheMakersFolderIsMadeOnRequest) {
     const std::string makers = host.PrefsFolder() + "Tarnwell";
     char path[MAX_PATH];
     FSSpec spec;
@@ -136,7 +197,7 @@ TEST_F(FoldersTest, TheMakersFolderIsMadeOnRequest) {
     EXPECT_EQ(FourDPlug::GetTarnwellFolderPathWin(path), ResultCode::FileNotFound);
 }
 
-TEST_F(FoldersTest, LogsAreLookedForInOrder) {
+TEST_P(FoldersTest, LogsAreLookedForInOrder) {
     char path[MAX_PATH];
     FSSpec spec;
     EXPECT_EQ(FourDPlug::GetLogsFolderPathWin(path), ResultCode::FileNotFound);
@@ -160,7 +221,7 @@ TEST_F(FoldersTest, LogsAreLookedForInOrder) {
     EXPECT_EQ(FourDPlug::GetLogsFolderPath(cut, 0), ResultCode::BadParameter);
 }
 
-TEST_F(FoldersTest, TheTemporaryFolderIsTheSessionsOwnAndGoesWithIt) {
+TEST_P(FoldersTest, TheTemporaryFolderIsTheSessionsOwnAndGoesWithIt) {
     char path[MAX_PATH];
     EXPECT_EQ(plug.GetTempFolderPath(path, sizeof path, 0), 0); // named, but not made
     const std::string folder = path;

@@ -52,10 +52,13 @@ TEST_P(PlugTest, AsksTheHostForTheFactsOfTheStartOnce) {
     Start();
     // One floating window lies in front of the regular window of process 1; only the latter's
     // owner is asked for.
-    // Hosts with an engine tell their folders in another way.
-    std::vector<std::string> expected = {"PluginResID", "ProgramInfo"};
-    if (!host.HasEngine()) {
-        expected.insert(expected.end(), {"StructureFolderPath", "ProgramInfo", "PrefsFolderPath"});
+    // Hosts with an engine tell paths as strings, which are given back.
+    std::vector<std::string> expected = {"PluginResID", "ProgramInfo", "StructureFolderPath"};
+    if (host.HasEngine()) {
+        expected.insert(expected.end(),
+                        {"DisposeFDString", "ProgramInfo", "HostFolderPath", "DisposeFDString"});
+    } else {
+        expected.insert(expected.end(), {"ProgramInfo", "PrefsFolderPath"});
     }
     expected.insert(expected.end(), {"MacGlobals", "CurrentProcess", "WindowProcess"});
     EXPECT_THAT(SelectorsSent(), ElementsAreArray(expected));

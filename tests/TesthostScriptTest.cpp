@@ -46,7 +46,7 @@ HOST_ENTRY void FakePlugin(long selector, void* params, void*, void* result) {
         break;
     case 5: // a call that no host has, and one that this host lacks
         init.classicCallBack(12345, &block);
-        init.classicCallBack(Select("DoAbout").classic, &block);
+        init.classicCallBack(Select("Reserved342").classic, &block);
         break;
     case 6: // () -> long: name of the structure file, asked the classic way
         init.classicCallBack(Select("ProgramInfo").classic, &block);
@@ -116,6 +116,13 @@ TEST(TesthostScriptTest, EveryWrongLineIsToldAtOnceWithItsNumber) {
         {"process end 0", "from 1"},
         {"set compiled maybe", "'on' or 'off'"},
         {"window add kind 8", "'process'"},
+        {"call 1 array array array", "no such arrays themselves"},
+        {"call 1 unicode \"a\"", "in variables only"},
+        {"set variable \"\" long 1", "no variable has the name"},
+        {R"(set picture "a" "PICT")", "its data in quotation marks"},
+        {"fail Nobody -1", "the host has no call 'Nobody'"},
+        {"fail ProgramInfo 32768", "the result code from -32768 to 32767"},
+        {"expect variable \"a\" rect 1 2 3 4", "cannot be of the kind rect"},
         {R"(echo "${nothing}")", "unknown variable '${nothing}'"},
         {R"(echo "${temp")", "does not end"},
         {"expect no file", "the file's path in quotation marks"},
@@ -154,6 +161,13 @@ TEST(TesthostScriptTest, ValuesSurviveTheHostsStorage) {
         "array long",
         "array long 1 -2 3",
         R"(array text "one" "" "three")",
+        "array integer -1 2",
+        "array real 1.5 -2",
+        "array boolean true false 7",
+        "array date 2026-11-21",
+        R"(array picture "\x01" null)",
+        R"(array string 8 "ab" "")",
+        "array array long / 1 2 / 3",
         "value real 1.5",
         R"(value text "abc")",
         R"(value string "abc")",
@@ -224,10 +238,11 @@ TEST(TesthostScriptTest, WhatFailsIsSaidAndPlayGoesOn) {
                                     " (param2)"},
         {"call 3 short 1", "parameter 1 was written behind its 2 bytes"},
         {"call 5", "Selector 12345 is no classic call"},
-        {"call 5", "selector 220 (DoAbout) is not implemented"},
+        {"call 5", "selector -342 (Reserved342) is not implemented"},
         {"process end 9", "the host has no process 9"},
         {"start", "already started"},
         {"expect problems 1", "expected 1 problems, got 0"},
+        {"fail ProgramInfo -1", "ProgramInfo was to fail with -1, but the plug-in did not call it"},
         {R"(expect file "${scratch}none")", "none: a file, got nothing there"},
         {R"(expect file "${prefs}" "")", R"(a file with "", got a folder)"},
         {R"(expect file "${structure}Demo.4DB" "x")", R"(a file with "x", got a file with "")"},
@@ -245,6 +260,21 @@ TEST(TesthostScriptTest, WhatFailsIsSaidAndPlayGoesOn) {
                 HasSubstr("at most 255 bytes"));
     EXPECT_THAT(Play("call 1 long 1").output, HasSubstr("not started"));
     EXPECT_THAT(Play("start").output, HasSubstr("→ stop (-2)")); // also when the script does not
+}
+
+TEST(TesthostScriptTest, FailuresAndPicturesOfAHost) {
+    Played played = Play(R"(
+        start
+        fail ProgramInfo -1
+        fail ProgramInfo -2
+        call 6 -> long 0
+        expect answered ProgramInfo error -1
+        call 6 -> long 0
+        call 6 -> long 8
+        set picture "Logo" "public.jpeg; JPG" "bytes" "PICT" "more"
+        expect variable "Logo" picture "bytes"
+    )");
+    EXPECT_TRUE(played.good) << played.output;
 }
 
 TEST(TesthostScriptTest, FilesOfASession) {

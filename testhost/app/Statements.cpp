@@ -1,4 +1,6 @@
 #include "host/Selectors.h"
+#include "testhost/app/DatabaseStatements.h"
+#include "testhost/app/LanguageStatements.h"
 #include "testhost/app/Player.h"
 #include "testhost/app/Script.h"
 #include "testhost/app/Values.h"
@@ -200,9 +202,63 @@ Action ParseOption(Words& words) {
     };
 }
 
+template <std::string HostOptions::*Option>
+Action ParseSetText(Words& words) {
+    return
+        [text = words.TakeString("a text")](Player& player) { player.host.options.*Option = text; };
+}
+
 Action ParseCurrentProcess(Words& words) {
-    return WithProcess(TakeProcess(words),
-                       [](Player& player, long number) { player.host.currentProcess = number; });
+    return WithProcess(TakeProcess(words), [](Player& player, long number) {
+        if (player.host.scheduler->Runs(player.host, number)) {
+            return player.Fail("process " + std::to_string(number) +
+                               " runs a function of the plug-in");
+        }
+        player.host.currentProcess = number;
+    });
+}
+
+std::string TakeVariableName(Words& words) {
+    std::string name = words.TakeString("the variable's name");
+    if (!HostVariables::IsName(name)) {
+        throw ScriptError("no variable has the name " + Quoted(name));
+    }
+    return name;
+}
+
+Action ParseSetVariable(Words& words) {
+    return [name = TakeVariableName(words), value = TakeVariableValue(words)](Player& player) {
+        if (IsUnicode(value) && !player.host.HasEngine()) {
+            return player.Fail("a host before 11.0 has no Unicode texts");
+        }
+        player.host.variables.Set(player.host.currentProcess, name, value);
+    };
+}
+
+Action ParseSetPicture(Words& words) {
+    std::string name = TakeVariableName(words);
+    HostPicture picture;
+    while (!words.AtEnd()) {
+        std::string information = words.TakeString("a representation's information");
+        picture.representations.push_back({information, words.TakeString("its data")});
+    }
+    return [name, picture](Player& player) {
+        Host& host = player.host;
+        if (!host.HasEngine()) {
+            return player.Fail("a host before 11.0 has no pictures with representations");
+        }
+        ValueBlock value{};
+        value.type = ValueType::Picture;
+        value.picture = host.pictures.Add(picture);
+        host.variables.Set(host.currentProcess, name, value);
+    };
+}
+
+Action ParseExpectVariable(Words& words) {
+    return [name = TakeVariableName(words), expected = TakeVariableValue(words)](Player& player) {
+        TypedValue got = player.host.variables.Read(player.host.currentProcess, name);
+        player.Expect(got == expected, Quoted(name) + " " + Describe(expected), Describe(got));
+    };
 }
 
 constexpr Choice settings[] = {
@@ -216,6 +272,15 @@ constexpr Choice settings[] = {
     {"platform", "N", "the platform interface", ParseOption<&HostOptions::platformInterface>},
     {"free-stack", "N", "bytes of free stack", ParseOption<&HostOptions::freeStack>},
     {"process", "N|\"Name\"", "the process in which the plug-in is called", ParseCurrentProcess},
+    {"variable", "\"Name\" KIND VALUE", "a variable of that process; \"<>Name\" one of all",
+     ParseSetVariable},
+    {"picture", R"("Name" ["INFORMATION" "DATA"]...)",
+     "a picture variable with these representations", ParseSetPicture},
+    {"command", "N \"Name\"", "a command of the host's language goes by this name",
+     ParseSetCommand},
+    {"user", "\"Name\"", "the current user", ParseSetText<&HostOptions::currentUser>},
+    {"machine", "\"Name\"", "the name of the machine", ParseSetText<&HostOptions::machine>},
+    {"owner", "\"Name\"", "the name of its owner", ParseSetText<&HostOptions::machineOwner>},
 };
 
 Action ParseWindowAdd(Words& words) {
@@ -237,11 +302,60 @@ Action ParseWindowClear(Words&) {
     return [](Player& player) { player.host.windows.Clear(); };
 }
 
+constexpr Choice answerChoices[] = {
+    {"confirm", "ok|cancel", "presses this in the next confirmation box (else OK)",
+     ParseAnswerConfirm},
+    {"formula", "\"text\"|cancel", "enters this when a formula is edited (else cancels)",
+     ParseAnswerFormula},
+};
+
 constexpr Choice windowChoices[] = {
     {"add", "process N|\"Name\" kind K [invisible]", "a window opens in front of all others",
      ParseWindowAdd},
     {"clear", "", "every window closes", ParseWindowClear},
 };
+
+Action ParseRun(Words& words) {
+    if (words.TakeIf("ticks")) {
+        return [ticks = words.TakeNumber("a number of ticks", 0)](Player& player) {
+            player.host.scheduler->RunUntil([] { return false; }, static_cast<Ticks>(ticks));
+        };
+    }
+    return [](Player& player) {
+        Scheduler& scheduler = *player.host.scheduler;
+        const auto patience = static_cast<Ticks>(scheduler.patience);
+        if (!scheduler.RunUntil([&] { return scheduler.IsAtRest(); }, patience)) {
+            player.Fail("the processes have not come to rest within " + std::to_string(patience) +
+                        " ticks");
+        }
+    };
+}
+
+Action ParseEvent(Words& words) {
+    if (!words.TakeIf("process")) {
+        throw ScriptError("expected 'process' and a number or name");
+    }
+    ProcessName process = TakeProcess(words);
+    EventRecord event{};
+    event.what = static_cast<unsigned short>(words.TakeNumber("what happened", 0, 15));
+    event.message = static_cast<unsigned long>(words.TakeNumber("the event's message"));
+    const bool isWhole = !words.AtEnd();
+    if (isWhole) {
+        event.when = static_cast<unsigned long>(words.TakeNumber("the time in ticks"));
+        event.where.v = static_cast<short>(words.TakeNumber("v", -0x8000, 0x7FFF));
+        event.where.h = static_cast<short>(words.TakeNumber("h", -0x8000, 0x7FFF));
+        event.modifiers = static_cast<unsigned short>(words.TakeNumber("the modifiers", 0, 0xFFFF));
+    }
+    return WithProcess(std::move(process), [event, isWhole](Player& player, long number) {
+        EventRecord posted = event;
+        if (!isWhole) {
+            posted.when = static_cast<unsigned long>(player.host.scheduler->Now());
+        }
+        if (!player.host.PostEvent(number, posted)) {
+            player.Fail("process " + std::to_string(number) + " has ended");
+        }
+    });
+}
 
 Action ParseEcho(Words& words) {
     return [text = words.TakeString("a text")](Player& player) { player.Echo(text); };
@@ -417,6 +531,8 @@ constexpr Choice expectations[] = {
     {"param", "N KIND VALUE", "parameter N of the last command, as it is now",
      ParseExpectParameter},
     {"result", "KIND VALUE", "the result of the last command", ParseExpectResult},
+    {"variable", "\"Name\" KIND VALUE", "a variable; undefined when nobody set it",
+     ParseExpectVariable},
     {"call", "NAME [times N]", "the host was called so since the plug-in was last entered",
      ParseExpectCall},
     {"no", "call NAME|file \"PATH\"", "it was not called so; nothing is at this path",
@@ -426,8 +542,21 @@ constexpr Choice expectations[] = {
     {"answered", "NAME FIELD VALUE", "the same, as the host answered it", ParseExpectAnswered},
     {"file", R"("PATH" ["CONTENTS"])", "a file is at this path, with these bytes", ParseExpectFile},
     {"folder", "\"PATH\"", "a folder is there", ParseExpectFolder},
+    {"field", "\"Table\" RECORD \"Field\" KIND VALUE", "a saved record's value",
+     ParseExpectFieldValue},
+    {"records", "\"Table\" N", "so many records are in the table", ParseExpectRecords},
+    {"selection", "\"Table\" N...", "numbers of the records selected in the current process",
+     ParseExpectSelection},
+    {"record", "\"Table\" N|none", "number of its current record", ParseExpectRecord},
+    {"alert", "\"text\"", "the host has shown this alert since the plug-in was last entered",
+     ParseExpectAlert},
+    {"confirm", "\"text\"", "this confirmation box", ParseExpectConfirm},
     {"problems", "N", "so many since the last such line; they count no more", ParseExpectProblems},
 };
+
+Action ParseAnswer(Words& words) {
+    return ParseChoice(answerChoices, words);
+}
 
 Action ParseProcess(Words& words) {
     return ParseChoice(processChoices, words);
@@ -445,6 +574,12 @@ Action ParseExpect(Words& words) {
     return ParseChoice(expectations, words);
 }
 
+Action ParseFail(Words& words) {
+    std::string name = TakeCallName(words);
+    const long code = words.TakeNumber("the result code", -0x8000, 0x7FFF);
+    return [name, code](Player& player) { player.host.FailNext(name, static_cast<short>(code)); };
+}
+
 struct StatementRow {
     StatementKind kind;
     std::span<const Choice> choices; ///< explained beneath it
@@ -456,9 +591,25 @@ const StatementRow statements[] = {
     {{"call", "N [KIND VALUE]... [-> KIND [VALUE]]",
       "calls command N; -> long takes any long for a result", ParseCall},
      {}},
+    {{"database", "\"FILE\"", "gives the host the tables of a file beside the script",
+      ParseDatabaseStatement},
+     {}},
+    {{"method", R"("Name" "SOURCE")", "the database has a method; \\r ends its lines", ParseMethod},
+     {}},
+    {{"answer", "...", "what the user does next", ParseAnswer}, answerChoices},
     {{"process", "...", "starts and ends processes of the host", ParseProcess}, processChoices},
+    {{"event", "process N|\"Name\" WHAT MESSAGE [WHEN V H MODIFIERS]",
+      "puts an event into a process's queue; it happens now unless WHEN says otherwise",
+      ParseEvent},
+     {}},
+    {{"run", "[ticks N]",
+      "lets the processes run until they have come to rest, or for N ticks (1/60 s)", ParseRun},
+     {}},
     {{"window", "...", "opens and closes windows of the host", ParseWindow}, windowChoices},
     {{"set", "...", "changes the host", ParseSet}, settings},
+    {{"fail", "NAME CODE", "the next such call into the host only answers this result code",
+      ParseFail},
+     {}},
     {{"expect", "...", "states what has to be so", ParseExpect}, expectations},
     {{"echo", "\"text\"", "prints the text", ParseEcho}, {}},
     {{"show", "\"PATH\"", "prints a text file", ParseShow}, {}},
@@ -479,11 +630,15 @@ constexpr KindHelp kindHelp[] = {
     {"rect TOP LEFT BOTTOM RIGHT", "16 bits each"},
     {"event WHAT MESSAGE WHEN V H MODIFIERS", "toolbox event; WHEN in ticks"},
     {R"(picture "..."|null, handle "..."|null)", "handle with these bytes"},
-    {R"(array long N..., array text "..."...)", "whole arrays, elements 1 and on"},
+    {R"(array long N..., array text "..."...)", "whole arrays, elements 1 and on; so are"},
+    {"", "real, integer, boolean, date and picture arrays"},
+    {"array string SIZE \"...\"...", "the strings lie in slots of so many bytes"},
+    {"array array KIND / ELEMENT... / ...", "rows of arrays of this kind"},
     {"value KIND VALUE", "the host's tagged value of any kind above but short, extended,"},
     {"", "rect, event, picture, handle and arrays; besides these:"},
     {"  time SECONDS, blob \"...\"|null, undefined", ""},
     {"pointer KIND VALUE|null", "laid out as the host's compiled flags say"},
+    {"unicode \"...\", array unicode \"...\"...", "UTF-8; only in variables, from 11.0 on"},
     {"none", "only as a result: the command must leave the result alone"},
 };
 

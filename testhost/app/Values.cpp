@@ -43,24 +43,76 @@ std::vector<long> TakeEvent(Words& words) {
     return numbers;
 }
 
-TypedValue TakeTextArray(Words& words) {
-    std::vector<std::string> elements;
-    while (words.IsString()) {
-        elements.push_back(TakeLimitedString(words, "a text", longestText));
+// The kind of an array from what follows "array".
+ValueKind TakeArrayKind(Words& words) {
+    const std::string name = "array " + words.TakeWord("a kind such as 'long' or 'text'");
+    ValueKind kind = ValueKind::None;
+    if (!FindKind(name, kind)) {
+        throw ScriptError("unknown kind '" + name + "'");
     }
-    return TextArrayValue(std::move(elements));
+    return kind;
 }
 
-TypedValue TakeLongArray(Words& words) {
-    std::vector<long> elements;
-    while (words.IsNumber()) {
-        elements.push_back(words.TakeNumber("an element"));
+// Takes one more element when one comes next.
+bool TakeElement(ValueKind kind, Words& words, std::vector<TypedValue>& elements) {
+    switch (kind) {
+    case ValueKind::Short:
+    case ValueKind::Long:
+        if (!words.IsNumber()) {
+            return false;
+        }
+        break;
+    case ValueKind::Text:
+    case ValueKind::String:
+    case ValueKind::UnicodeText:
+        if (!words.IsString()) {
+            return false;
+        }
+        break;
+    default: { // what does not read as one ends the array
+        const Words before = words;
+        try {
+            elements.push_back(TakeValueOf(kind, words));
+            return true;
+        } catch (const ScriptError&) {
+            words = before;
+            return false;
+        }
     }
-    return LongArrayValue(std::move(elements));
+    }
+    elements.push_back(TakeValueOf(kind, words));
+    return true;
 }
 
-TypedValue TakeTagged(Words& words) {
-    ValueKind kind = TakeKind(words);
+// "1 2 3", for strings behind the slot size, for rows of long "long / 1 2 / 3".
+TypedValue TakeArray(ValueKind kind, Words& words) {
+    long detail = 0;
+    std::vector<TypedValue> elements;
+    if (kind == ValueKind::ArrayOfArrays) {
+        const ValueKind rows = TakeArrayKind(words);
+        if (rows == ValueKind::ArrayOfArrays) {
+            throw ScriptError("the rows of an array of arrays are no such arrays themselves");
+        }
+        while (words.TakeIf("/")) {
+            elements.push_back(TakeArray(rows, words));
+        }
+        detail = static_cast<long>(rows);
+    } else {
+        if (kind == ValueKind::StringArray) {
+            detail = words.TakeNumber("the size of the strings' slots", 1, 256);
+        }
+        while (TakeElement(ElementKind(kind), words, elements)) {
+        }
+    }
+    return ArrayValue(kind, std::move(elements), detail);
+}
+
+bool IsArray(ValueKind kind) {
+    return kind == ValueKind::ArrayOfArrays || ElementKind(kind) != ValueKind::None;
+}
+
+// Whether a tagged value can be a command's parameter; arrays are parameters themselves.
+bool IsTaggedKind(ValueKind kind) {
     switch (kind) {
     case ValueKind::Real:
     case ValueKind::Text:
@@ -72,17 +124,25 @@ TypedValue TakeTagged(Words& words) {
     case ValueKind::Pointer:
     case ValueKind::String:
     case ValueKind::Blob:
-        return Tagged(TakeValueOf(kind, words));
+        return true;
     default:
+        return false;
+    }
+}
+
+TypedValue TakeTagged(Words& words) {
+    ValueKind kind = TakeKind(words);
+    if (!IsTaggedKind(kind)) {
         throw ScriptError("a value cannot be of the kind " + std::string(KindName(kind)));
     }
+    return Tagged(TakeValueOf(kind, words));
 }
 } // namespace
 
 ValueKind TakeKind(Words& words) {
     std::string name = words.TakeWord("a kind such as 'long' or 'text'");
     if (name == "array") {
-        name += " " + words.TakeWord("'long' or 'text'");
+        return TakeArrayKind(words);
     }
     ValueKind kind = ValueKind::None;
     if (!FindKind(name, kind)) {
@@ -144,16 +204,15 @@ TypedValue TakeValueOf(ValueKind kind, Words& words) {
             value.texts = {words.TakeString("bytes")};
         }
         return value;
-    case ValueKind::LongArray:
-        return TakeLongArray(words);
-    case ValueKind::TextArray:
-        return TakeTextArray(words);
+    case ValueKind::UnicodeText:
+        return UnicodeValue(words.TakeString("a text"));
     case ValueKind::Value:
         return TakeTagged(words);
     case ValueKind::Pointer:
         return words.TakeIf("null") ? value : PointerTo(TakeValue(words));
+    default:
+        return TakeArray(kind, words);
     }
-    return value;
 }
 
 TypedValue TakeValue(Words& words) {
@@ -162,5 +221,24 @@ TypedValue TakeValue(Words& words) {
         throw ScriptError("'" + std::string(KindName(kind)) + "' stands in a value only: 'value " +
                           std::string(KindName(kind)) + "'");
     }
+    TypedValue value = TakeValueOf(kind, words);
+    if (IsUnicode(value)) {
+        throw ScriptError("Unicode texts stand in variables only");
+    }
+    return value;
+}
+
+TypedValue TakeVariableValue(Words& words) {
+    ValueKind kind = TakeKind(words);
+    if (!IsTaggedKind(kind) && !IsArray(kind) && kind != ValueKind::Picture &&
+        kind != ValueKind::UnicodeText) {
+        throw ScriptError("a variable cannot be of the kind " + std::string(KindName(kind)));
+    }
     return TakeValueOf(kind, words);
+}
+
+bool IsUnicode(const TypedValue& value) {
+    return value.kind == ValueKind::UnicodeText || value.kind == ValueKind::UnicodeTextArray ||
+           (value.kind == ValueKind::ArrayOfArrays &&
+            static_cast<ValueKind>(value.numbers.at(0)) == ValueKind::UnicodeTextArray);
 }

@@ -11,6 +11,8 @@ bool IsBlank(char character) {
     return character == ' ' || character == '\t' || character == '\r';
 }
 
+} // namespace
+
 char TakeEscape(std::string_view line, size_t& place) {
     char kind = place < line.size() ? line[place++] : '\0';
     switch (kind) {
@@ -38,6 +40,7 @@ char TakeEscape(std::string_view line, size_t& place) {
     }
 }
 
+namespace {
 // From behind "${" to behind the brace that closes it.
 std::string TakeVariable(std::string_view line, size_t& place, const Words::Lookup& lookup) {
     size_t end = line.find('}', place);

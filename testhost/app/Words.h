@@ -11,6 +11,10 @@ class ScriptError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// The character that an escape stands for: from behind the backslash to behind the escape.
+/// Throws ScriptError for an unknown one.
+char TakeEscape(std::string_view line, size_t& place);
+
 /// The words and quoted strings of one line of a script, taken one after another. Everything
 /// that takes throws ScriptError when something else stands there; `what` names what should.
 class Words {

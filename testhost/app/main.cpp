@@ -1,5 +1,9 @@
 #include "platform/CallingConvention.h"
+#include "platform/ResultCodes.h"
+#include "testhost/app/DatabaseFile.h"
 #include "testhost/app/Player.h"
+#include "testhost/app/ResourceCompiler.h"
+#include "testhost/app/ResourceText.h"
 #include "testhost/engine/PluginLibrary.h"
 #include "testhost/toolbox/Control.h"
 
@@ -25,17 +29,25 @@ constexpr std::string_view usage =
     "    every crossing between the two. SCRIPT - is the standard input.\n"
     "    --version V              host version, 6.0 to 12.x (11.3 when not given)\n"
     "    --role single|client|server\n"
+    "    --database FILE          tables and records that the host has from the start\n"
     "    --strict                 unlocked handles move with every memory call\n"
     "    --quiet                  prints failed expectations and problems only\n"
+    "    --resources FILE         the plug-in's resource file; when not given, PLUGIN.rsrc beside\n"
+    "                             the plug-in, if there is one\n"
+    "testhost resources IN.txt -o OUT\n"
+    "    Compiles a text into a resource file.\n"
     "testhost help\n"
-    "    Explains the options and the words of a script.\n"
+    "    Explains the options, the words of a script and those of a resource text.\n"
     "\n"
     "Exit code: 0 when every expectation held and no problem was found; 1 when not, or when the\n"
-    "plug-in crashed; 2 when the options, the script or the plug-in's file are wrong.\n";
+    "plug-in crashed; 2 when the options, the script, the plug-in's file or its resources are\n"
+    "wrong, or a resource text is: nothing is written then.\n";
 
 struct Options {
     std::string plugin;
     std::string script;
+    std::string resources; ///< empty: those beside the plug-in
+    std::string database;  ///< empty: none
     HostOptions host;
     bool strict = false;
     bool quiet = false;
@@ -77,6 +89,10 @@ Options ParseOptions(const std::vector<std::string>& words) {
             options.host.version = ParseVersion(argument());
         } else if (word == "--role") {
             options.host.role = ParseRole(argument());
+        } else if (word == "--resources") {
+            options.resources = argument();
+        } else if (word == "--database") {
+            options.database = argument();
         } else if (word == "--strict") {
             options.strict = true;
         } else if (word == "--quiet") {
@@ -110,6 +126,35 @@ Script ReadScript(const std::string& name) {
         throw ScriptError("the script " + name + " is missing or cannot be read");
     }
     return ParseScript(ReadAll(file), name);
+}
+
+// C:\Plug.dll has its resources in C:\Plug.rsrc.
+std::string ResourcesBeside(const std::string& plugin) {
+    const size_t dot = plugin.find_last_of("./\\");
+    const bool hasExtension = dot != std::string::npos && plugin[dot] == '.';
+    return plugin.substr(0, hasExtension ? dot : plugin.size()) + ".rsrc";
+}
+
+// Opens the plug-in's resources and answers their reference number; 0 when it has none.
+short OpenResources(const Options& options) {
+    const bool asked = !options.resources.empty();
+    const std::string file = asked ? options.resources : ResourcesBeside(options.plugin);
+    short refNum = 0;
+    const OSErr error = ToolboxOpenResFile(file.c_str(), &refNum);
+    if (error == ResultCode::FileNotFound && !asked) {
+        return 0;
+    }
+    if (error == ResultCode::FileNotFound || error == ResultCode::InputOutput) {
+        throw ScriptError("the resource file " + file + " is missing or cannot be read");
+    }
+    if (error != ResultCode::NoError) {
+        throw ScriptError(file + " is no resource file: " +
+                          (error == ResultCode::EndOfData
+                               ? "it is too short"
+                               : "its map does not agree with itself or the file") +
+                          " (" + std::to_string(error) + ")");
+    }
+    return refNum;
 }
 
 const Player* playing = nullptr; // for the report about a crash
@@ -162,15 +207,23 @@ NIMBO_REALIGN void OnAbort(int) {
 int Run(const std::vector<std::string>& words) {
     Options options = ParseOptions(words);
     Script script = ReadScript(options.script);
-    for (const std::string& error : script.errors) {
-        std::cerr << error << "\n";
+    DatabaseFile database;
+    if (!options.database.empty()) {
+        database = ReadDatabaseFile(options.database);
     }
-    if (!script.errors.empty()) {
+    for (const auto& errors : {script.errors, database.errors}) {
+        for (const std::string& error : errors) {
+            std::cerr << error << "\n";
+        }
+    }
+    if (!script.errors.empty() || !database.errors.empty()) {
         return wrongUse;
     }
     ToolboxSetStrict(options.strict ? 1 : 0);
     PluginLibrary library(options.plugin);
+    options.host.pluginResFile = OpenResources(options);
     Host host(options.host);
+    host.database = std::move(database.database);
     Session session(host, library.Entries());
     Player player(session, std::cout, options.quiet);
     player.libraryFolder = library.Folder();
@@ -178,6 +231,36 @@ int Run(const std::vector<std::string>& words) {
     bool good = player.Play(script);
     playing = nullptr;
     return good ? allHeld : somethingFailed;
+}
+
+bool WriteFile(const std::string& name, const std::string& bytes) {
+    std::ofstream file(name, std::ios::binary);
+    file << bytes;
+    file.close();
+    return static_cast<bool>(file);
+}
+
+// IN.txt -o OUT
+int Compile(const std::vector<std::string>& words) {
+    if (words.size() != 3 || words[1] != "-o") {
+        throw ScriptError("resources needs a text and where to write: resources IN.txt -o OUT");
+    }
+    std::ifstream text(words[0], std::ios::binary);
+    if (!text) {
+        throw ScriptError("the resource text " + words[0] + " is missing or cannot be read");
+    }
+    const CompiledResources compiled = CompileResources(ReadAll(text), words[0]);
+    for (const std::string& error : compiled.errors) {
+        std::cerr << error << "\n";
+    }
+    if (!compiled.errors.empty()) {
+        return wrongUse;
+    }
+    if (!WriteFile(words[2], compiled.fork)) {
+        std::remove(words[2].c_str());
+        throw ScriptError(words[2] + " cannot be written");
+    }
+    return allHeld;
 }
 } // namespace
 
@@ -195,11 +278,16 @@ int main(int argc, char** argv) {
     if (verb == "help" || verb == "--help" || verb == "-h") {
         std::cout << usage << "\n";
         PrintLanguageHelp(std::cout);
+        std::cout << "\n";
+        PrintResourceHelp(std::cout);
         return allHeld;
     }
     try {
         if (verb == "run") {
             return Run({words.begin() + 1, words.end()});
+        }
+        if (verb == "resources") {
+            return Compile({words.begin() + 1, words.end()});
         }
         std::cerr << (verb.empty() ? "Nothing to do." : "Unknown verb '" + verb + "'.") << "\n\n"
                   << usage;

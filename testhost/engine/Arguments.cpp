@@ -14,32 +14,19 @@ bool ResultNeedsStorage(ValueKind kind) {
     return kind == ValueKind::Extended || kind == ValueKind::Date || kind == ValueKind::String ||
            kind == ValueKind::Text;
 }
-
-TypedValue EmptyValue(ValueKind kind) {
-    switch (kind) {
-    case ValueKind::Date:
-        return DateValue(0, 0, 0);
-    case ValueKind::String:
-        return StringValue("");
-    case ValueKind::Text:
-        return TextValue("");
-    default:
-        return {.kind = kind};
-    }
-}
 } // namespace
 
 TypedStorage::TypedStorage(const TypedValue& value, bool isCompiled)
     : shape(value),
       compiled(isCompiled),
-      size(StoredSize(value, isCompiled)),
+      size(StoredSize(value, {isCompiled})),
       bytes(size + 2 * guardSize, guardByte) {
     std::fill_n(bytes.begin() + guardSize, size, 0);
-    Store(value, compiled, &bytes[guardSize]);
+    Store(value, {compiled}, &bytes[guardSize]);
 }
 
 TypedStorage::~TypedStorage() {
-    Free(shape, compiled, &bytes[guardSize]);
+    Free(shape, {compiled}, &bytes[guardSize]);
 }
 
 void* TypedStorage::Address() {
@@ -47,7 +34,7 @@ void* TypedStorage::Address() {
 }
 
 TypedValue TypedStorage::Read() const {
-    return Fetch(shape, compiled, &bytes[guardSize]);
+    return Fetch(shape, {compiled}, &bytes[guardSize]);
 }
 
 std::optional<std::string> TypedStorage::GuardProblem() const {
@@ -109,7 +96,7 @@ ResultCell::ResultCell(ValueKind resultKind)
 
 ResultCell::~ResultCell() {
     if (kind == ValueKind::Picture) {
-        Free(NullValue(kind), false, reinterpret_cast<const unsigned char*>(&cell));
+        Free(NullValue(kind), {}, reinterpret_cast<const unsigned char*>(&cell));
     }
 }
 
@@ -125,7 +112,7 @@ TypedValue ResultCell::Read() const {
     case ValueKind::Long:
         return LongValue(word);
     case ValueKind::Picture:
-        return Fetch(NullValue(kind), false, reinterpret_cast<const unsigned char*>(&cell));
+        return Fetch(NullValue(kind), {}, reinterpret_cast<const unsigned char*>(&cell));
     default:
         return storage->Read();
     }

@@ -9,13 +9,28 @@ bool IsZero(std::span<const unsigned char> bytes) {
     return std::ranges::all_of(bytes, [](unsigned char byte) { return byte == 0; });
 }
 
+// How many of a field's bytes count: the flag of a variable lies within the value text, behind
+// whatever text is there.
+size_t BytesInUse(const RecordFieldInfo& field, std::span<const unsigned char> record,
+                  bool engine) {
+    const size_t size = field.Size(engine);
+    const size_t offset = field.Offset(engine);
+    if (field.bit == RecordField::ValueText) {
+        return std::min<size_t>(size, 1U + record[offset]);
+    }
+    if (field.bit == RecordField::VariableFlag) {
+        return record[offset - VariableFlagPlace] >= VariableFlagPlace ? 0 : size;
+    }
+    return size;
+}
+
 // "name = value" for every field that `picked` accepts.
 template <typename Picked>
 std::string FieldList(std::span<const unsigned char> record, bool engine, Picked picked) {
     std::string list;
     for (const RecordFieldInfo& field : RecordFields()) {
         size_t offset = field.Offset(engine);
-        size_t size = field.Size(engine);
+        size_t size = BytesInUse(field, record, engine);
         if (size > 0 && picked(offset, size)) {
             list += list.empty() ? "" : ", ";
             list += std::string(field.name) + " = " + field.Text(record, engine);
@@ -43,8 +58,8 @@ const unsigned char* LoggedCall::ValueText(const std::vector<unsigned char>& rec
 
 std::string LoggedCall::Describe() const {
     if (IsIntoPlugin()) {
-        // A command's name holds its number already.
-        return selector > 0 ? name : name + " (" + std::to_string(selector) + ")";
+        // A command's name holds its number already; a process's function has none.
+        return selector >= 0 ? name : name + " (" + std::to_string(selector) + ")";
     }
     std::span sent(before);
     std::span answered(after);

@@ -2,6 +2,7 @@
 #include "testhost/engine/Services.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <utility>
 
 namespace {
@@ -14,6 +15,7 @@ constexpr unsigned long messagesBit = 1UL << 28;
 
 constexpr unsigned long structureNameMarker = 0x46415354; // "TSAF" in memory order
 constexpr long prefsFolderMarker = 0x50415448;            // "HTAP" in memory order
+constexpr long hostFolderMarker = 0x47344446;             // "FD4G" in memory order
 // Bits that a plug-in must not rely on are rubbish here, so that relying on them shows.
 constexpr unsigned long rubbish = 0x5AA5;
 
@@ -59,36 +61,51 @@ void PluginResID(ServiceCall& call) {
         call.IsEngine() ? static_cast<long>(rubbish << 16 | (identifier & 0xFFFF)) : identifier;
 }
 
-void CheckFreeStack(ServiceCall& call) {
-    if (call.fields.param1 > call.host.options.freeStack) {
-        call.fields.error = ResultCode::MemoryFull;
-        return;
+// A path in `name`; in an engine call as a host string that becomes the plug-in's.
+void AnswerPath(ServiceCall& call, const std::string& path) {
+    if (call.IsEngine()) {
+        call.engine->string = call.host.strings.Create(path);
+    } else {
+        StorePascal(call.fields.name, path);
     }
-    call.fields.param2 = call.host.options.freeStack;
-}
-
-void ExecuteOnMainThread(ServiceCall& call) {
-    if (call.engine->mainThreadProc == nullptr) {
-        call.host.Report("selector -663 (ExecuteOnMainThread) came without a function.");
-        call.fields.error = ResultCode::BadParameter;
-        return;
-    }
-    call.engine->mainThreadProc(call.engine->mainThreadArg);
 }
 
 // The path of the structure's folder, of which a client has none.
 void StructureFolderPath(ServiceCall& call) {
-    if (call.IsEngine()) {
-        call.host.Report("selector -411 (StructureFolderPath) is not implemented by this host in "
-                         "an engine call.");
-        call.fields.error = notImplemented;
-        return;
-    }
     if (call.host.options.role == Role::Client) {
         call.fields.error = ResultCode::FileNotFound;
         return;
     }
-    StorePascal(call.fields.name, call.host.StructureFolder());
+    AnswerPath(call, call.host.StructureFolder());
+}
+
+// The path of one of the host's folders: kind 0 is the preferences', those up to 9 are in it and
+// are made on request.
+void HostFolderPath(ServiceCall& call) {
+    constexpr long lastKind = 9;
+    const long kind = call.fields.param1;
+    call.fields.error = ResultCode::BadParameter;
+    if (call.fields.param3 != hostFolderMarker) {
+        return call.host.Report("selector -427 (HostFolderPath): param3 does not hold the marker "
+                                "that the call takes.");
+    }
+    if (kind < 0 || kind > lastKind) {
+        return;
+    }
+    std::string folder = call.host.PrefsFolder();
+    if (kind != 0) {
+        folder += "Folder " + std::to_string(kind) + "\\";
+        std::error_code failure; // a folder that could not be made is missing below
+        if (call.fields.param2 != 0) {
+            std::filesystem::create_directories(folder, failure);
+        }
+        if (!std::filesystem::is_directory(folder, failure)) {
+            call.fields.error = ResultCode::FileNotFound;
+            return;
+        }
+    }
+    call.fields.error = ResultCode::NoError;
+    AnswerPath(call, folder);
 }
 
 // The path of the preferences folder into the caller's buffer: its address in param3, its size in
@@ -117,6 +134,8 @@ constexpr Service services[] = {
     {Select("PluginResID"), RecordField::None, PluginResID},
     {Select("ProgramInfo"), RecordField::None, ProgramInfo, RecordField::Param3},
     {Select("StructureFolderPath"), RecordField::None, StructureFolderPath},
+    {Select("HostFolderPath"), RecordField::Param1 | RecordField::Param2 | RecordField::Param3,
+     HostFolderPath},
     {Select("PrefsFolderPath"), RecordField::Param2 | RecordField::Param3 | RecordField::Param4,
      PrefsFolderPath},
     {Select("SetMessages"), RecordField::Param1,
@@ -131,9 +150,6 @@ constexpr Service services[] = {
      [](ServiceCall& call) { call.fields.param1 = call.host.options.platformInterface; }},
     {Select("MacGlobals"), RecordField::None,
      [](ServiceCall& call) { call.fields.handle = reinterpret_cast<Handle>(call.host.Globals()); }},
-    {Select("CheckFreeStack"), RecordField::Param1, CheckFreeStack},
-    {Select("ExecuteOnMainThread"), RecordField::MainThreadProc | RecordField::MainThreadArg,
-     ExecuteOnMainThread},
     {Select("Quit"), RecordField::None, [](ServiceCall& call) { call.host.quitRequested = true; }},
 };
 } // namespace

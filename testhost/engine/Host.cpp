@@ -1,5 +1,7 @@
 #include "testhost/engine/Host.h"
 
+#include "testhost/toolbox/Control.h"
+
 #include <cctype>
 #include <cstring>
 #include <fstream>
@@ -27,6 +29,38 @@ bool TakeNumber(std::string_view& text, size_t maxDigits, unsigned& number) {
 long FreshNativeWindow() {
     static unsigned long count = 0;
     return static_cast<long>(GetCurrentProcessId() << 16 | (++count & 0xFFFF));
+}
+
+// The names of the host's own processes, as its string list 170 tells plug-ins. The second is none
+// of them: it is a name that other processes may have, too.
+constexpr const char* ownProcessNames[] = {
+    "User/Custom Menus process", "Plug-in process", "Design process", "Cache manager",
+    "Web server process",        "Client manager"};
+
+void AddProcessNames() {
+    constexpr OSType stringList = 0x53545223; // STR#
+    constexpr short processNames = 170;
+    std::string bytes{0, static_cast<char>(std::size(ownProcessNames))};
+    for (const std::string name : ownProcessNames) {
+        bytes += static_cast<char>(name.size()) + name;
+    }
+    ToolboxAddResource(0, stringList, processNames, nullptr, bytes.data(),
+                       static_cast<long>(bytes.size()));
+}
+
+constexpr unsigned long stringListType = 0x53545223; // 'STR#'
+constexpr short commandNameList = 8;
+
+// A string list, its item N the name of command N: a big-endian count, then Pascal strings.
+std::string CommandNameList(const Language& language) {
+    const auto count = static_cast<size_t>(language.CommandNames().rbegin()->first);
+    std::string list = {static_cast<char>(count >> 8), static_cast<char>(count & 0xFF)};
+    for (size_t number = 1; number <= count; ++number) {
+        const std::string_view name = language.CommandName(static_cast<long>(number));
+        list += static_cast<char>(name.size());
+        list += name;
+    }
+    return list;
 }
 
 std::string WithBackslash(const std::string& folder) {
@@ -76,6 +110,19 @@ void WindowList::Remove(const GrafPort* port) {
     Chain();
 }
 
+void WindowList::BringToFront(long process) {
+    std::list<HostWindow> others;
+    for (auto window = windows.begin(); window != windows.end();) {
+        const auto next = std::next(window);
+        if (window->process != process) {
+            others.splice(others.end(), windows, window);
+        }
+        window = next;
+    }
+    windows.splice(windows.end(), others);
+    Chain();
+}
+
 void WindowList::Clear() {
     windows.clear();
     Chain();
@@ -102,16 +149,25 @@ void WindowList::Chain() {
     }
 }
 
-Host::Host(HostOptions hostOptions) : options(std::move(hostOptions)) {
+Host::Host(HostOptions hostOptions)
+    : options(std::move(hostOptions)),
+      scheduler(options.scheduler != nullptr ? options.scheduler : std::make_shared<Scheduler>()) {
+    scheduler->Join(*this);
+    AddProcessNames();
     // As with window records: words that nobody may rely on are rubbish.
     globals.fill(reinterpret_cast<void*>(0xA5A5A5A5));
     globals[windowListWord] = windows.Head();
 
-    AddProcess({.name = "User/Custom Menus process", .isUser = false});
-    AddProcess({.name = "Design process", .isUser = false});
-    AddProcess({.name = "Cache manager", .isUser = false});
+    AddProcess({.name = ownProcessNames[0], .isUser = false});
+    AddProcess({.name = ownProcessNames[2], .isUser = false});
+    AddProcess({.name = ownProcessNames[3], .isUser = false});
     windows.AddInFront(1, WindowKind::Regular);
     windows.AddInFront(1, WindowKind::Floating);
+    PublishCommandNames();
+}
+
+Host::~Host() {
+    scheduler->Leave(*this);
 }
 
 long Host::AddProcess(HostProcess process) {
@@ -142,6 +198,55 @@ void Host::Report(std::string problem) {
     }
 }
 
+long Host::ApplicationType() const {
+    switch (options.role) {
+    case Role::Client:
+        return 4;
+    case Role::Server:
+        return 5;
+    case Role::SingleUser:
+        break;
+    }
+    return 0;
+}
+
+bool Host::RenameCommand(long number, std::string name) {
+    const bool renamed = language.RenameCommand(number, std::move(name));
+    PublishCommandNames();
+    return renamed;
+}
+
+void Host::PublishCommandNames() const {
+    if (options.version > 0x0800) { // newer hosts name a command when they are asked
+        return;
+    }
+    const std::string list = CommandNameList(language);
+    ToolboxAddResource(0, stringListType, commandNameList, nullptr, list.data(),
+                       static_cast<long>(list.size()));
+}
+
+void Host::FailNext(std::string_view service, short code) {
+    failures.emplace_back(service, code);
+}
+
+std::optional<short> Host::TakeFailure(std::string_view service) {
+    for (auto place = failures.begin(); place != failures.end(); ++place) {
+        if (place->first == service) {
+            const short code = place->second;
+            failures.erase(place);
+            return code;
+        }
+    }
+    return std::nullopt;
+}
+
+void Host::ReportUnusedFailures() {
+    for (const auto& [service, code] : std::exchange(failures, {})) {
+        Report(service + " was to fail with " + std::to_string(code) +
+               ", but the plug-in did not call it.");
+    }
+}
+
 std::string Host::StructureFolder() {
     if (!options.structureFolder.empty()) {
         return WithBackslash(options.structureFolder);
@@ -153,6 +258,12 @@ std::string Host::StructureFolder() {
 
 std::string Host::DataFolder() {
     return options.dataFolder.empty() ? scratch.Inside("Data") : WithBackslash(options.dataFolder);
+}
+
+std::string Host::DataFile() {
+    std::string path = DataFolder() + options.dataName;
+    const std::ofstream file(path, std::ios::app); // made if missing
+    return path;
 }
 
 std::string Host::PrefsFolder() {

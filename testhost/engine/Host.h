@@ -1,17 +1,30 @@
 #pragma once
 
+#include "host/Styles.h"
 #include "platform/Types.h"
 #include "testhost/engine/CallLog.h"
+#include "testhost/engine/Database.h"
+#include "testhost/engine/HostProcess.h"
+#include "testhost/engine/HostStrings.h"
+#include "testhost/engine/HostVariables.h"
+#include "testhost/engine/Language.h"
+#include "testhost/engine/Pictures.h"
+#include "testhost/engine/Scheduler.h"
 #include "testhost/engine/ScratchFolder.h"
+#include "testhost/engine/StructureResources.h"
 
 #include <array>
 #include <functional>
 #include <iterator>
 #include <list>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
+
+class Session;
 
 enum class Role { SingleUser, Client, Server };
 
@@ -36,24 +49,16 @@ struct HostOptions {
     short pluginResFile = 0;    ///< made current around the plug-in's start; 0 leaves it alone
     long freeStack = 64 * 1024; ///< bytes, as CheckFreeStack answers
     std::string structureName = "Demo.4DB";
+    std::string dataName = "Demo.4DD";
+    std::string currentUser = "Designer";
+    std::string machine = "Workstation";
+    std::string machineOwner = "Owner";
     // Folders in the system ANSI code page; where none is given the host makes one of its own.
     std::string structureFolder = {};
     std::string dataFolder = {};
     std::string prefsFolder = {};
-};
-
-namespace ProcessState {
-inline constexpr long Executing = 0;
-inline constexpr long Ended = -1; ///< every negative state means that the process is gone
-} // namespace ProcessState
-
-/// One of the host's processes. Its number is its place in Host::processes, from 1; a process
-/// that has ended stays there.
-struct HostProcess {
-    std::string name; ///< system ANSI code page
-    long state = ProcessState::Executing;
-    bool isUser = true;   ///< false for the host's own processes
-    bool isDying = false; ///< asked to end: what IsProcessDying answers in it
+    /// Where its processes run, together with those of other hosts; null for one of its own.
+    std::shared_ptr<Scheduler> scheduler = {};
 };
 
 namespace WindowKind {
@@ -77,6 +82,8 @@ class WindowList {
     HostWindow& AddInFront(long process, short kind, bool visible = true);
     /// Takes the window out of the list and frees its record.
     void Remove(const GrafPort* port);
+    /// Brings the windows of a process in front of all others, in their order.
+    void BringToFront(long process);
     void Clear();
     /// The window with this record; null when there is none.
     HostWindow* Find(const void* port);
@@ -103,11 +110,14 @@ class WindowList {
 class Host {
   public:
     explicit Host(HostOptions hostOptions = {});
+    ~Host();
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
     /// The host whose plug-in code is running; null outside every Scope.
     static Host* Current() { return current; }
+    /// For the scheduler, which has each process find its own.
+    static void SetCurrent(Host* host) { current = host; }
 
     /// Makes a host the current one, and puts the former one back at the end.
     class Scope {
@@ -121,11 +131,40 @@ class Host {
         Host* former;
     };
 
+    /// Makes a process the current one, and puts the former one back at the end.
+    class InProcess {
+      public:
+        InProcess(Host& itsHost, long process)
+            : host(itsHost), former(std::exchange(itsHost.currentProcess, process)) {}
+        ~InProcess() { host.currentProcess = former; }
+        InProcess(const InProcess&) = delete;
+        InProcess& operator=(const InProcess&) = delete;
+
+      private:
+        Host& host;
+        long former;
+    };
+
     /// Whether the host has the engine call-back (11.0 and later).
     bool HasEngine() const { return options.version >= 0x1100; }
 
     /// Starts a process in the model and answers its number. Tells no plug-in.
     long AddProcess(HostProcess process);
+    /// Starts a process that runs `body` on a stack of its own from its first turn on, and ends
+    /// with it; the plug-ins are told of both. 0 when there is no memory for the stack (in bytes).
+    long StartProcess(std::string name, long stackSize, std::function<void()> body);
+    /// Ends a process, wherever it stands, and tells the plug-ins. Does not come back when it is
+    /// the one that runs on its own stack.
+    void EndProcess(long number);
+    /// Ends the current process if it has asked for it.
+    void EndKilledProcess();
+    /// Asks all processes with a stack of their own to end and lets them; reports those that do
+    /// not, and drops them.
+    void EndOwnProcesses();
+    /// Tells the plug-ins that a process starts (-3) or ends (-4), in that process.
+    void TellPlugins(long selector, long number);
+    /// Puts an event into a living process's queue; false when there is none of this number.
+    bool PostEvent(long number, const EventRecord& event);
     /// The process of this number; null when there never was one.
     HostProcess* FindProcess(long number);
     /// Number of the first living process of this name; 0 when there is none.
@@ -133,6 +172,21 @@ class Host {
 
     /// Notes a misbehaviour of the plug-in, as a whole sentence.
     void Report(std::string problem);
+
+    /// Makes the next call of this service (a name from host/Selectors.h) answer `code` and do
+    /// nothing else; said several times, the calls after it, in turn. One that is never made is a
+    /// problem, see Session::ReportLeaks.
+    void FailNext(std::string_view service, short code);
+    /// The code that this call is to fail with, taken out of the account; nothing when it is not.
+    std::optional<short> TakeFailure(std::string_view service);
+    /// Reports the failures that are left over, and forgets them.
+    void ReportUnusedFailures();
+
+    /// Number that the command of this name answers: 0 single-user, 4 client, 5 server.
+    long ApplicationType() const;
+    /// Gives a command of the language another name, see Language::RenameCommand. Hosts up to 8.0
+    /// keep the names in string list 8 of the system file, too.
+    bool RenameCommand(long number, std::string name);
 
     /// Address of the host's globals record, an array of 32-bit words; null when
     /// options.hasGlobals is off.
@@ -143,6 +197,8 @@ class Host {
     // empty structure file in it.
     std::string StructureFolder();
     std::string DataFolder();
+    /// Path of the data file, which is made, empty, when it is missing.
+    std::string DataFile();
     std::string PrefsFolder();
     /// A folder for whatever a test or a session needs; it goes with the host.
     std::string ScratchPath() { return scratch.Path(); }
@@ -150,8 +206,27 @@ class Host {
     HostOptions options;
     std::vector<HostProcess> processes; ///< process 1 first
     long currentProcess = 1;            ///< the process in which plug-in code runs
+    long frontProcess = 1;
+    const std::shared_ptr<Scheduler> scheduler; ///< runs the processes; its own, or its options'
+    std::vector<Session*> sessions; ///< of its plug-ins; each enters and leaves by itself
     WindowList windows; ///< at first a regular window of process 1, with a floating one in front
+    HostStrings strings{*this};
+    HostPictures pictures{*this};
     CallLog log;
+    Database database; ///< at first without tables
+    Language language;
+    Boxes boxes{*this};
+    long printerProcess = 0; ///< the process that holds the printer; 0 when it is free
+    bool tipsEnabled = true;
+    std::vector<std::string> tips;          ///< those that plug-ins had shown, oldest first
+    std::optional<std::string> pictureEdit; ///< what the user makes of a picture; nothing: cancels
+    int aboutShown = 0;                     ///< how often the about box was shown
+    StructureResources structureResources;  ///< at first none
+    /// Background, white, grey and black, as on platform interface 2.
+    SysColors4D systemColors{{{0xC0C0, 0xC0C0, 0xC0C0},
+                              {0xFFFF, 0xFFFF, 0xFFFF},
+                              {0x4040, 0x4040, 0x4040},
+                              {0x0000, 0x0000, 0x0000}}};
     std::vector<std::string> problems; ///< oldest first; callers may clear it
     /// Runs for every problem that is reported; may be empty.
     std::function<void(const std::string&)> onProblem;
@@ -161,8 +236,13 @@ class Host {
     /// Runs whenever plug-in code lets other processes run; may be empty.
     std::function<void()> onYield;
 
+    HostVariables variables{*this}; // goes first: its values hold strings and pictures
+
   private:
+    void PublishCommandNames() const;
+
     static Host* current;
     std::array<void*, 32> globals{};
+    std::vector<std::pair<std::string, short>> failures; ///< FailNext's, oldest first
     ScratchFolder scratch;
 };

@@ -46,6 +46,8 @@ constexpr RecordFieldInfo fieldTable[] = {
      offsetof(ParameterBlock, value.small), 2},
     {RecordField::ValueText, "valueText", Type::PascalString, false,
      offsetof(ParameterBlock, valueText), 0},
+    {RecordField::VariableFlag, "variableFlag", Type::Number, false,
+     offsetof(ParameterBlock, valueText) + VariableFlagPlace, 1},
 };
 
 #pragma GCC diagnostic pop

@@ -34,6 +34,7 @@ enum Set : unsigned {
     Picture = 1U << 20,
     MainThreadProc = 1U << 21,
     MainThreadArg = 1U << 22,
+    VariableFlag = 1U << 23, ///< one byte of ValueText
 };
 constexpr Set operator|(Set a, Set b) {
     return static_cast<Set>(static_cast<unsigned>(a) | static_cast<unsigned>(b));

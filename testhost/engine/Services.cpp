@@ -37,7 +37,9 @@ const PreparedService& FindService(const SelectorPair& selector) {
     static const auto prepared = [] {
         std::map<std::string_view, const Service*> byName;
         for (auto part :
-             {EnvironmentServices(), MemoryServices(), ProcessServices(), WindowServices()}) {
+             {DatabaseServices(), EnvironmentServices(), FormatServices(), LanguageServices(),
+              MemoryServices(), PictureServices(), ProcessServices(), ResourceServices(),
+              TextServices(), UserServices(), VariableServices(), WindowServices()}) {
             for (const Service& service : part) {
                 byName[service.selector.name] = &service;
             }
@@ -48,7 +50,7 @@ const PreparedService& FindService(const SelectorPair& selector) {
             if (found != byName.end()) {
                 const Service& service = *found->second;
                 all[place] = {&service,
-                              {ForbiddenBytes(service.inputs, false),
+                              {ForbiddenBytes(service.inputs | service.classicInputs, false),
                                ForbiddenBytes(service.inputs | service.engineInputs, true)}};
             }
         }
@@ -98,7 +100,22 @@ void Serve(Host& host, long number, const SelectorPair* selector, Record record,
         return;
     }
     ReportStrayBytes(host, number, prepared, record, call.IsEngine());
+    if (prepared.service->receive != nullptr) {
+        prepared.service->receive(call);
+    }
+    if (const std::optional<short> failure = host.TakeFailure(selector->name)) {
+        call.fields.error = *failure;
+        return;
+    }
     prepared.service->serve(call);
+}
+
+// A process with a stack of its own that has just killed itself goes no further. The session's can
+// only end when its call into the plug-in is over.
+void LeaveIfKilled(Host& host) {
+    if (host.scheduler->InOwnProcess()) {
+        host.EndKilledProcess();
+    }
 }
 
 template <typename Block>
@@ -122,6 +139,7 @@ long Dispatch(long number, Block* block, EngineFields* engine) {
     if (!host->log.IsRecording()) {
         host->log.CountOnly();
         Serve(*host, number, selector, record, call);
+        LeaveIfKilled(*host);
         return block->error;
     }
 
@@ -136,6 +154,7 @@ long Dispatch(long number, Block* block, EngineFields* engine) {
     logged.after.assign(record.begin(), record.end());
     logged.returned = block->error;
     host->log.Add(std::move(logged));
+    LeaveIfKilled(*host);
     return block->error;
 }
 } // namespace

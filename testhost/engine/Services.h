@@ -28,13 +28,29 @@ struct Service {
     SelectorPair selector;
     RecordField::Set inputs = RecordField::None;
     void (*serve)(ServiceCall& call) = nullptr;
-    RecordField::Set engineInputs = RecordField::None; ///< further inputs of an engine call
+    RecordField::Set engineInputs = RecordField::None;  ///< further inputs of an engine call
+    RecordField::Set classicInputs = RecordField::None; ///< further inputs of a classic call
+    void (*receive)(ServiceCall& call) = nullptr;       ///< runs first, also when the call fails
 };
 
+std::span<const Service> DatabaseServices();
 std::span<const Service> EnvironmentServices();
+std::span<const Service> FormatServices();
+std::span<const Service> LanguageServices();
 std::span<const Service> MemoryServices();
+std::span<const Service> PictureServices();
 std::span<const Service> ProcessServices();
+std::span<const Service> TextServices();
+std::span<const Service> UserServices();
+std::span<const Service> ResourceServices();
+std::span<const Service> VariableServices();
 std::span<const Service> WindowServices();
+
+/// What the host answers about its printer.
+namespace PrinterError {
+inline constexpr short Busy = -20;    ///< another process holds it
+inline constexpr short NotHeld = -21; ///< the calling process does not hold it
+} // namespace PrinterError
 
 /// Copies a text as a Pascal string, cut to what fits.
 void StorePascal(std::span<unsigned char> target, std::string_view text);

@@ -42,12 +42,33 @@ std::string CommandText(long command, const Arguments& arguments) {
 }
 } // namespace
 
+long CallPlugin(Host& host, PluginEntry function, void* const words[4], long selector,
+                std::string what) {
+    LoggedCall entry;
+    entry.kind = LoggedCall::Kind::IntoPlugin;
+    entry.selector = selector;
+    entry.name = std::move(what);
+    entry.process = host.currentProcess;
+    entry.depth = host.log.depth;
+    host.log.Add(std::move(entry));
+
+    // 4, 8, 12, 4, ... with every call.
+    const unsigned long offset = 4 + 4 * (host.log.PluginCallCount() % 3);
+    const Host::Scope scope(host);
+    ++host.log.depth;
+    const long left = CallMisaligned(function, words, offset);
+    --host.log.depth;
+    return left;
+}
+
 Session::Session(Host& sessionHost, EntryPoints entryPoints)
     : host(sessionHost), entries(entryPoints), before(CountLiveBlocks()) {
     toolboxProblemsSeen = ToolboxProblemCount();
+    host.sessions.push_back(this);
 }
 
 Session::~Session() {
+    std::erase(host.sessions, this);
     if (resFile != 0) {
         ToolboxRemoveResFile(resFile);
     }
@@ -75,21 +96,19 @@ void Session::Start(long selector) {
 }
 
 void Session::Stop(long selector) {
+    host.EndOwnProcesses(); // no plug-in code runs in them once it has been de-initialised
     Enter(selector, nullptr, nullptr, nullptr, "stop");
     started = false;
 }
 
 long Session::ProcessStart(std::string_view name) {
     long number = host.AddProcess({.name = std::string(name)});
-    Enter(-3, Word(number), nullptr, nullptr, "process " + std::to_string(number) + " starts");
+    host.TellPlugins(-3, number);
     return number;
 }
 
 void Session::ProcessEnd(long number) {
-    if (HostProcess* process = host.FindProcess(number)) {
-        process->state = ProcessState::Ended;
-    }
-    Enter(-4, Word(number), nullptr, nullptr, "process " + std::to_string(number) + " ends");
+    host.EndProcess(number);
 }
 
 TypedValue Session::Call(long command, Arguments& arguments, ValueKind result) {
@@ -113,23 +132,15 @@ TypedValue Session::Call(long command, const std::vector<TypedValue>& values, Va
 
 void Session::Enter(long selector, void* params, void* data, void* result, std::string what) {
     bool extended = (selector == -200 || selector == -220) && entries.packEx != nullptr;
-    LoggedCall entry;
-    entry.kind = LoggedCall::Kind::IntoPlugin;
-    entry.selector = selector;
-    entry.name = std::move(what);
-    entry.process = host.currentProcess;
-    entry.depth = host.log.depth;
-    host.log.Add(std::move(entry));
-
     void* const words[4] = {Word(selector), params, data, result};
-    // 4, 8, 12, 4, ... with every call.
-    unsigned long offset = 4 + 4 * (host.log.PluginCallCount() % 3);
-    long left = 0;
-    {
-        Host::Scope scope(host);
-        ++host.log.depth;
-        left = CallMisaligned(extended ? entries.packEx : entries.pack, words, offset);
-        --host.log.depth;
+    const bool outermost = host.log.depth == 0 && !host.scheduler->InOwnProcess();
+    if (outermost) {
+        host.scheduler->BeginEntry();
+    }
+    const long left = CallPlugin(host, extended ? entries.packEx : entries.pack, words, selector,
+                                 std::move(what));
+    if (outermost) {
+        host.EndKilledProcess();
     }
     if (left != 0) {
         host.Report("The entry point left " + std::to_string(left) +
@@ -149,13 +160,24 @@ void Session::CollectToolboxProblems() {
 }
 
 void Session::ReportLeaks() {
+    host.variables.Clear(); // what they hold is not the plug-in's
     ToolboxCheckAll();
     CollectToolboxProblems();
+    host.strings.Check();
+    host.pictures.Check();
     const LiveBlocks now = CountLiveBlocks();
     ReportLeak(now.handles - before.handles, "handle", "made", "alive");
     ReportLeak(now.hostHandles - before.hostHandles, "host handle", "made", "alive");
     ReportLeak(now.pointers - before.pointers, "pointer", "made", "alive");
     ReportLeak(now.files - before.files, "file", "opened", "open");
+    ReportLeak(now.strings - before.strings, "host string", "taken", "alive");
+    ReportLeak(now.pictures - before.pictures, "picture", "taken", "alive");
+    ReportLeak(now.bitmaps - before.bitmaps, "native bitmap", "taken", "alive");
+    for (const std::string& path : host.structureResources.OpenPaths()) {
+        host.Report("The resource file \"" + path +
+                    "\" that the plug-in opened through the host is still open.");
+    }
+    host.ReportUnusedFailures();
 }
 
 void Session::ReportLeak(long leaked, const std::string& kind, const std::string& begun,
@@ -168,7 +190,8 @@ void Session::ReportLeak(long leaked, const std::string& kind, const std::string
     }
 }
 
-Session::LiveBlocks Session::CountLiveBlocks() {
-    return {ToolboxLiveHandles(), ToolboxLiveHostHandles(), ToolboxLivePointers(),
-            ToolboxOpenFiles()};
+Session::LiveBlocks Session::CountLiveBlocks() const {
+    return {ToolboxLiveHandles(),       ToolboxLiveHostHandles(), ToolboxLivePointers(),
+            ToolboxOpenFiles(),         host.strings.Live(),      host.pictures.Live(),
+            host.pictures.LiveBitmaps()};
 }

@@ -14,6 +14,12 @@ struct EntryPoints {
     PluginEntry packEx = nullptr; ///< FourDPackex; may be null
 };
 
+/// Calls a function of a plug-in with four words, as the host does: as the current host, logged
+/// under `selector` and `what`, on a stack that is aligned to 4 bytes only. Answers how many bytes
+/// of its arguments the function left on the stack.
+long CallPlugin(Host& host, PluginEntry function, void* const words[4], long selector,
+                std::string what);
+
 /// Binds a host to one plug-in and makes the host's calls into it: as the current host, with
 /// each crossing logged, on a stack that is aligned to 4 bytes only.
 class Session {
@@ -45,8 +51,9 @@ class Session {
     void Enter(long selector, void* params, void* data, void* result, std::string what);
 
     /// To be called when the plug-in has been stopped for good and nothing else that was made
-    /// since the session began is still needed: reports toolbox blocks that are alive
-    /// and files that are open nevertheless, and problems that the toolbox noticed in the meantime.
+    /// since the session began is still needed: frees the host's variables, reports toolbox blocks,
+    /// and strings and pictures of the host that are the plug-in's to release, which are alive and
+    /// files that are open nevertheless, and problems that the toolbox noticed in the meantime.
     void ReportLeaks();
 
     Host& host;
@@ -57,9 +64,12 @@ class Session {
         long hostHandles;
         long pointers;
         long files;
+        long strings;
+        long pictures;
+        long bitmaps;
     };
 
-    static LiveBlocks CountLiveBlocks();
+    LiveBlocks CountLiveBlocks() const;
     void ReportLeak(long leaked, const std::string& kind, const std::string& begun,
                     const std::string& state);
     void CollectToolboxProblems();

@@ -7,11 +7,15 @@
 namespace {
 // In the order of ValueKind.
 constexpr std::string_view kindNames[] = {
-    "none", "short",     "long",       "boolean",    "real",    "extended", "string",
-    "text", "date",      "rect",       "event",      "picture", "handle",   "time",
-    "blob", "undefined", "array long", "array text", "value",   "pointer",
+    "none",         "short",         "long",          "boolean",     "real",
+    "extended",     "string",        "text",          "date",        "rect",
+    "event",        "picture",       "handle",        "time",        "blob",
+    "undefined",    "array long",    "array text",    "value",       "pointer",
+    "unicode",      "array real",    "array integer", "array date",  "array picture",
+    "array string", "array boolean", "array unicode", "array array",
 };
-static_assert(std::size(kindNames) == static_cast<size_t>(ValueKind::Pointer) + 1);
+static_assert(std::size(kindNames) == static_cast<size_t>(ValueKind::ArrayOfArrays) + 1);
+constexpr std::string_view arrayWord = "array ";
 
 std::string RealText(double number) {
     char text[64];
@@ -43,6 +47,64 @@ TypedValue WithNumbers(ValueKind kind, std::vector<long> numbers) {
 
 TypedValue WithText(ValueKind kind, std::string_view text) {
     return {.kind = kind, .texts = {std::string(text)}};
+}
+
+std::string ContentsText(const TypedValue& value);
+
+std::string ElementsText(const TypedValue& array) {
+    std::string text;
+    for (const TypedValue& element : Elements(array)) {
+        text += ContentsText(element);
+    }
+    return text;
+}
+
+// "long / 1 2 / 3": the rows' kind, then the rows.
+std::string RowsText(const TypedValue& array) {
+    auto kind = static_cast<ValueKind>(array.numbers.at(0));
+    std::string text = " " + std::string(KindName(kind).substr(arrayWord.size()));
+    for (const TypedValue& row : array.inner) {
+        text += " /" + ContentsText(row);
+    }
+    return text;
+}
+
+// What stands behind the kind's name.
+std::string ContentsText(const TypedValue& value) {
+    switch (value.kind) {
+    case ValueKind::None:
+        return {};
+    case ValueKind::Boolean:
+        return BooleanText(value.numbers.at(0));
+    case ValueKind::Date:
+        return DateText(value.numbers);
+    case ValueKind::Short:
+    case ValueKind::Long:
+    case ValueKind::Time:
+    case ValueKind::Rect:
+    case ValueKind::Event:
+    case ValueKind::Undefined:
+        return Words(value.numbers);
+    case ValueKind::Real:
+    case ValueKind::Extended:
+        return " " + RealText(value.real);
+    case ValueKind::String:
+    case ValueKind::Text:
+    case ValueKind::Picture:
+    case ValueKind::HandleBytes:
+    case ValueKind::Blob:
+    case ValueKind::UnicodeText:
+        return value.texts.empty() ? " null" : " " + Quoted(value.texts[0]);
+    case ValueKind::Value:
+    case ValueKind::Pointer:
+        return value.inner.empty() ? " null" : " " + Describe(value.inner[0]);
+    case ValueKind::ArrayOfArrays:
+        return RowsText(value);
+    case ValueKind::StringArray:
+        return Words(value.numbers) + ElementsText(value);
+    default: // the other arrays
+        return ElementsText(value);
+    }
 }
 } // namespace
 
@@ -91,6 +153,93 @@ TypedValue LongArrayValue(std::vector<long> elements) {
 TypedValue TextArrayValue(std::vector<std::string> elements) {
     return {.kind = ValueKind::TextArray, .texts = std::move(elements)};
 }
+TypedValue UnicodeValue(std::string_view utf8) {
+    return WithText(ValueKind::UnicodeText, utf8);
+}
+
+TypedValue ArrayValue(ValueKind kind, std::vector<TypedValue> elements, long detail) {
+    TypedValue array{.kind = kind};
+    if (kind == ValueKind::LongArray) {
+        for (const TypedValue& element : elements) {
+            array.numbers.push_back(element.numbers.at(0));
+        }
+    } else if (kind == ValueKind::TextArray) {
+        for (TypedValue& element : elements) {
+            array.texts.push_back(std::move(element.texts.at(0)));
+        }
+    } else {
+        array.inner = std::move(elements);
+    }
+    if (kind == ValueKind::StringArray || kind == ValueKind::ArrayOfArrays) {
+        array.numbers = {detail};
+    }
+    return array;
+}
+
+std::vector<TypedValue> Elements(const TypedValue& array) {
+    std::vector<TypedValue> elements;
+    if (array.kind == ValueKind::LongArray) {
+        for (long number : array.numbers) {
+            elements.push_back(LongValue(number));
+        }
+        return elements;
+    }
+    if (array.kind == ValueKind::TextArray) {
+        for (const std::string& text : array.texts) {
+            elements.push_back(TextValue(text));
+        }
+        return elements;
+    }
+    return array.inner;
+}
+
+ValueKind ElementKind(ValueKind arrayKind) {
+    switch (arrayKind) {
+    case ValueKind::RealArray:
+        return ValueKind::Real;
+    case ValueKind::IntegerArray:
+        return ValueKind::Short;
+    case ValueKind::LongArray:
+        return ValueKind::Long;
+    case ValueKind::DateArray:
+        return ValueKind::Date;
+    case ValueKind::TextArray:
+        return ValueKind::Text;
+    case ValueKind::PictureArray:
+        return ValueKind::Picture;
+    case ValueKind::StringArray:
+        return ValueKind::String;
+    case ValueKind::BooleanArray:
+        return ValueKind::Boolean;
+    case ValueKind::UnicodeTextArray:
+        return ValueKind::UnicodeText;
+    default:
+        return ValueKind::None;
+    }
+}
+
+TypedValue EmptyValue(ValueKind kind) {
+    switch (kind) {
+    case ValueKind::Short:
+    case ValueKind::Long:
+    case ValueKind::Boolean:
+    case ValueKind::Time:
+        return WithNumbers(kind, {0});
+    case ValueKind::Date:
+        return DateValue(0, 0, 0);
+    case ValueKind::String:
+    case ValueKind::Text:
+    case ValueKind::UnicodeText:
+        return WithText(kind, "");
+    case ValueKind::StringArray:
+        return ArrayValue(kind, {}, 256);
+    case ValueKind::ArrayOfArrays:
+        return ArrayValue(kind, {}, static_cast<long>(ValueKind::LongArray));
+    default:
+        return {.kind = kind};
+    }
+}
+
 TypedValue Tagged(TypedValue inner) {
     return {.kind = ValueKind::Value, .inner = {std::move(inner)}};
 }
@@ -113,41 +262,7 @@ bool FindKind(std::string_view name, ValueKind& kind) {
 }
 
 std::string Describe(const TypedValue& value) {
-    std::string text(KindName(value.kind));
-    switch (value.kind) {
-    case ValueKind::None:
-        return text;
-    case ValueKind::Boolean:
-        return text + BooleanText(value.numbers.at(0));
-    case ValueKind::Date:
-        return text + DateText(value.numbers);
-    case ValueKind::Short:
-    case ValueKind::Long:
-    case ValueKind::Time:
-    case ValueKind::Rect:
-    case ValueKind::Event:
-    case ValueKind::LongArray:
-    case ValueKind::Undefined:
-        return text + Words(value.numbers);
-    case ValueKind::Real:
-    case ValueKind::Extended:
-        return text + " " + RealText(value.real);
-    case ValueKind::TextArray:
-        for (const std::string& element : value.texts) {
-            text += " " + Quoted(element);
-        }
-        return text;
-    case ValueKind::String:
-    case ValueKind::Text:
-    case ValueKind::Picture:
-    case ValueKind::HandleBytes:
-    case ValueKind::Blob:
-        return text + (value.texts.empty() ? " null" : " " + Quoted(value.texts[0]));
-    case ValueKind::Value:
-    case ValueKind::Pointer:
-        return text + (value.inner.empty() ? " null" : " " + Describe(value.inner[0]));
-    }
-    return text;
+    return std::string(KindName(value.kind)) + ContentsText(value);
 }
 
 std::ostream& operator<<(std::ostream& out, const TypedValue& value) {

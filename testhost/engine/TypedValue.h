@@ -25,8 +25,17 @@ enum class ValueKind {
     Undefined,   ///< only inside a value
     LongArray,
     TextArray,
-    Value,   ///< the host's tagged value of the kind `inner`
-    Pointer, ///< a pointer to a target of the kind `inner`
+    Value,       ///< the host's tagged value of the kind `inner`
+    Pointer,     ///< a pointer to a target of the kind `inner`
+    UnicodeText, ///< a text that the host owns; in UTF-8 here
+    RealArray,
+    IntegerArray,
+    DateArray,
+    PictureArray,
+    StringArray, ///< numbers: the slot size
+    BooleanArray,
+    UnicodeTextArray,
+    ArrayOfArrays, ///< numbers: the rows' ValueKind
 };
 
 /// A value of one of those kinds, away from the storage that the host keeps it in.
@@ -35,8 +44,10 @@ struct TypedValue {
     std::vector<long> numbers = {}; ///< integers, dates, rectangles, events, array elements
     double real = 0;                ///< real and extended
     std::vector<std::string> texts =
-        {};                             ///< bytes of strings, texts and handles (none: null handle)
-    std::vector<TypedValue> inner = {}; ///< of a value or a pointer: one; none: a null pointer
+        {}; ///< bytes of strings, texts and handles (none: null handle)
+    /// Of a value or a pointer: one; none: a null pointer. Of arrays other than long and text: the
+    /// elements from 1 on, each of the array's element kind.
+    std::vector<TypedValue> inner = {};
 
     bool operator==(const TypedValue&) const = default;
 };
@@ -57,6 +68,16 @@ TypedValue HandleValue(std::string_view bytes);
 TypedValue NullValue(ValueKind kind);
 TypedValue LongArrayValue(std::vector<long> elements);
 TypedValue TextArrayValue(std::vector<std::string> elements);
+TypedValue UnicodeValue(std::string_view utf8);
+/// An array of any kind with these elements. `detail` is the slot size of a string array, the
+/// rows' kind of an array of arrays.
+TypedValue ArrayValue(ValueKind kind, std::vector<TypedValue> elements, long detail = 0);
+/// The elements of an array, from 1 on.
+std::vector<TypedValue> Elements(const TypedValue& array);
+/// Kind of the elements of an array kind; none for any other kind and for arrays of arrays.
+ValueKind ElementKind(ValueKind arrayKind);
+/// 0, an empty text, the empty date, a null handle, an array without elements.
+TypedValue EmptyValue(ValueKind kind);
 /// The host's tagged value holding `inner`.
 TypedValue Tagged(TypedValue inner);
 /// A pointer to a target holding `target`.

@@ -1,10 +1,13 @@
 #include "testhost/engine/ValueStorage.h"
 
-#include "data/ValueBlock.h"
 #include "platform/Toolbox.h"
+#include "testhost/engine/Host.h"
 
 #include <algorithm>
 #include <cstring>
+#include <stdexcept>
+
+#include <windows.h>
 
 namespace {
 template <typename T>
@@ -21,20 +24,6 @@ void Save(const T& value, unsigned char* target) {
 
 const unsigned char* Bytes(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
-}
-
-// Copied out at once: any later memory call may move the block.
-std::string HandleContents(Handle handle) {
-    Size size = handle == nullptr ? 0 : GetHandleSize(handle);
-    return size > 0 ? std::string(*handle, static_cast<size_t>(size)) : std::string();
-}
-
-Handle NewHandleWith(std::string_view contents) {
-    Handle handle = NewHandle(static_cast<Size>(contents.size()));
-    if (handle != nullptr && !contents.empty()) {
-        std::memcpy(*handle, contents.data(), contents.size());
-    }
-    return handle;
 }
 
 void FreeHandle(Handle handle) {
@@ -84,177 +73,96 @@ TypedValue FetchDate(const DateBlock& date) {
     return DateValue(date.year, date.month, date.day);
 }
 
-// Contents of an array's storage: element 0, then the elements.
-template <typename Element, typename Source, typename Convert>
-ArrayBlock StoredArray(const std::vector<Source>& elements, Convert convert) {
-    std::string contents(sizeof(Element), '\0');
-    for (const Source& source : elements) {
-        Element element = convert(source);
-        contents.append(reinterpret_cast<const char*>(&element), sizeof element);
-    }
-    return {static_cast<long>(elements.size()), NewHandleWith(contents), 0};
+// A pointer in a block is laid out as in a compiled database.
+ValueLayout Compiled(const ValueLayout& layout) {
+    return {true, layout.host};
 }
 
-template <typename Element>
-std::vector<Element> FetchArray(const ArrayBlock& array) {
-    std::string contents = HandleContents(array.elements);
-    size_t held = contents.size() / sizeof(Element);
-    size_t count = array.count > 0 ? static_cast<size_t>(array.count) : 0;
-    std::vector<Element> elements;
-    for (size_t place = 1; place <= count && place < held; ++place) {
-        elements.push_back(Load<Element>(Bytes(contents) + place * sizeof(Element)));
-    }
-    return elements;
-}
-
-Handle StoredPointer(const TypedValue& pointer) {
+Handle StoredPointer(const TypedValue& pointer, const ValueLayout& layout) {
     if (pointer.inner.empty()) {
         return nullptr;
     }
-    std::string contents(StoredSize(pointer.inner[0], true), '\0');
-    Store(pointer.inner[0], true, reinterpret_cast<unsigned char*>(contents.data()));
+    std::string contents(StoredSize(pointer.inner[0], Compiled(layout)), '\0');
+    Store(pointer.inner[0], Compiled(layout), reinterpret_cast<unsigned char*>(contents.data()));
     Handle target = NewHandleWith(contents);
     // The plug-in works with the address of the target: it has to stay.
     HLock(target);
     return target;
 }
 
-TypedValue FetchPointer(const TypedValue& shape, Handle handle) {
+TypedValue FetchPointer(const TypedValue& shape, Handle handle, const ValueLayout& layout) {
     if (handle == nullptr || shape.inner.empty()) {
         return NullValue(ValueKind::Pointer);
     }
     std::string contents = HandleContents(handle);
-    contents.resize(StoredSize(shape.inner[0], true)); // whatever happened to the handle
-    return PointerTo(Fetch(shape.inner[0], true, Bytes(contents)));
+    // Whatever happened to the handle.
+    contents.resize(StoredSize(shape.inner[0], Compiled(layout)));
+    return PointerTo(Fetch(shape.inner[0], Compiled(layout), Bytes(contents)));
 }
 
-ValueBlock StoredBlock(const TypedValue& value) {
-    ValueBlock block{};
-    switch (value.kind) {
-    case ValueKind::Real:
-        block.type = ValueType::Real;
-        block.real.value = value.real;
-        break;
-    case ValueKind::Text:
-        block.type = ValueType::Text;
-        block.text = StoredText(value.texts.at(0));
-        break;
-    case ValueKind::Date:
-        block.type = ValueType::Date;
-        block.date = StoredDate(value);
-        break;
-    case ValueKind::Boolean:
-        block.type = ValueType::Boolean;
-        block.boolean = static_cast<unsigned char>(value.numbers.at(0));
-        break;
-    case ValueKind::Long:
-        block.type = ValueType::Long;
-        block.number = value.numbers.at(0);
-        break;
-    case ValueKind::Time:
-        block.type = ValueType::Time;
-        block.number = value.numbers.at(0);
-        break;
-    case ValueKind::String:
-        block.type = ValueType::String;
-        block.string.capacity = 255;
-        StorePascalText(value.texts.at(0), block.string.string);
-        break;
-    case ValueKind::Blob:
-        block.type = ValueType::Blob;
-        block.blob.size = value.texts.empty() ? 0 : static_cast<long>(value.texts[0].size());
-        block.blob.data = StoredHandle(value);
-        break;
-    case ValueKind::LongArray:
-        block.type = ValueType::LongArray;
-        block.array = StoredArray<long>(value.numbers, [](long number) { return number; });
-        break;
-    case ValueKind::TextArray:
-        block.type = ValueType::TextArray;
-        block.array = StoredArray<TextBlock>(value.texts, StoredText);
-        break;
-    case ValueKind::Pointer:
-        block.type = ValueType::Pointer;
-        block.pointer = StoredPointer(value);
-        break;
-    default:
-        block.type = ValueType::Undefined;
-    }
-    return block;
-}
-
-TypedValue FetchTextArray(const ArrayBlock& array) {
-    std::vector<std::string> texts;
-    for (const TextBlock& text : FetchArray<TextBlock>(array)) {
-        texts.push_back(FetchText(text));
-    }
-    return TextArrayValue(std::move(texts));
-}
-
-// What a block holds now, by its own type; `shape` tells what a pointer in it leads to.
-TypedValue FetchBlock(const TypedValue& shape, const ValueBlock& block) {
-    switch (block.type) {
-    case ValueType::Real:
-        return RealValue(block.real.value);
-    case ValueType::Text:
-        return TextValue(FetchText(block.text));
-    case ValueType::Date:
-        return FetchDate(block.date);
-    case ValueType::Boolean:
-        return {.kind = ValueKind::Boolean, .numbers = {block.boolean}};
-    case ValueType::Long:
-        return LongValue(block.number);
-    case ValueType::Time:
-        return {.kind = ValueKind::Time, .numbers = {block.number}};
-    case ValueType::String:
-        return StringValue(FetchPascalText(block.string.string));
-    case ValueType::Blob:
-        return {.kind = ValueKind::Blob, .texts = HandleTexts(block.blob.data)};
-    case ValueType::LongArray:
-        return LongArrayValue(FetchArray<long>(block.array));
-    case ValueType::TextArray:
-        return FetchTextArray(block.array);
-    case ValueType::Pointer:
-        return FetchPointer(shape, block.pointer);
-    case ValueType::Undefined:
-        return {.kind = ValueKind::Undefined};
-    default: // a type that no script value has: show its number
-        return {.kind = ValueKind::Undefined, .numbers = {block.type}};
-    }
-}
-
-void FreePointer(const TypedValue& shape, Handle handle) {
+void FreePointer(const TypedValue& shape, Handle handle, const ValueLayout& layout) {
     if (handle != nullptr && !shape.inner.empty()) {
         std::string contents = HandleContents(handle);
-        contents.resize(StoredSize(shape.inner[0], true));
-        Free(shape.inner[0], true, Bytes(contents));
+        contents.resize(StoredSize(shape.inner[0], Compiled(layout)));
+        Free(shape.inner[0], Compiled(layout), Bytes(contents));
     }
     FreeHandle(handle);
 }
 
-void FreeBlock(const TypedValue& shape, const ValueBlock& block) {
-    switch (block.type) {
-    case ValueType::Text:
-        FreeHandle(block.text.text);
-        break;
-    case ValueType::Blob:
-        FreeHandle(block.blob.data);
-        break;
-    case ValueType::TextArray:
-        for (const TextBlock& text : FetchArray<TextBlock>(block.array)) {
-            FreeHandle(text.text);
-        }
-        FreeHandle(block.array.elements);
-        break;
-    case ValueType::LongArray:
-        FreeHandle(block.array.elements);
-        break;
-    case ValueType::Pointer:
-        FreePointer(shape, block.pointer);
-        break;
-    default:
-        break;
+struct BlockTypeRow {
+    ValueKind kind;
+    unsigned char type;
+};
+
+constexpr BlockTypeRow blockTypes[] = {
+    {ValueKind::Real, ValueType::Real},
+    {ValueKind::Text, ValueType::Text},
+    {ValueKind::Date, ValueType::Date},
+    {ValueKind::Undefined, ValueType::Undefined},
+    {ValueKind::Boolean, ValueType::Boolean},
+    {ValueKind::Long, ValueType::Long},
+    {ValueKind::Picture, ValueType::Picture},
+    {ValueKind::Time, ValueType::Time},
+    {ValueKind::ArrayOfArrays, ValueType::ArrayOfArrays},
+    {ValueKind::RealArray, ValueType::RealArray},
+    {ValueKind::IntegerArray, ValueType::IntegerArray},
+    {ValueKind::LongArray, ValueType::LongArray},
+    {ValueKind::DateArray, ValueType::DateArray},
+    {ValueKind::TextArray, ValueType::TextArray},
+    {ValueKind::PictureArray, ValueType::PictureArray},
+    {ValueKind::StringArray, ValueType::StringArray},
+    {ValueKind::BooleanArray, ValueType::BooleanArray},
+    {ValueKind::Pointer, ValueType::Pointer},
+    {ValueKind::String, ValueType::String},
+    {ValueKind::Blob, ValueType::Blob},
+    {ValueKind::UnicodeText, ValueType::UnicodeText},
+    {ValueKind::UnicodeTextArray, ValueType::UnicodeTextArray},
+};
+
+bool HasPictureReferences(const ValueLayout& layout) {
+    return layout.host != nullptr && layout.host->HasEngine();
+}
+
+FDPictureBlock* StoredPicture(const TypedValue& value, Host& host) {
+    if (value.texts.empty()) {
+        return nullptr;
     }
+    return host.pictures.Add(
+        HostPicture{.representations = {{.information = "public.data", .data = value.texts[0]}}},
+        Owner::Host);
+}
+
+// The bytes of its first representation.
+TypedValue FetchPicture(const FDPictureBlock* block, Host& host) {
+    const HostPicture* picture = host.pictures.Find(block);
+    if (picture == nullptr) {
+        return NullValue(ValueKind::Picture);
+    }
+    return PictureValue(picture->representations.empty() ? "" : picture->representations[0].data);
+}
+
+bool IsArray(ValueKind kind) {
+    return kind == ValueKind::ArrayOfArrays || ElementKind(kind) != ValueKind::None;
 }
 
 // The value or array that a 260-byte block stands for.
@@ -267,7 +175,195 @@ bool IsPlainPointer(const TypedValue& value, bool compiled) {
 }
 } // namespace
 
-size_t StoredSize(const TypedValue& value, bool compiled) {
+std::string HandleContents(Handle handle) {
+    Size size = handle == nullptr ? 0 : GetHandleSize(handle);
+    return size > 0 ? std::string(*handle, static_cast<size_t>(size)) : std::string();
+}
+
+Handle NewHandleWith(std::string_view contents) {
+    Handle handle = NewHandle(static_cast<Size>(contents.size()));
+    if (handle != nullptr && !contents.empty()) {
+        std::memcpy(*handle, contents.data(), contents.size());
+    }
+    return handle;
+}
+
+unsigned char BlockType(ValueKind kind) {
+    for (const BlockTypeRow& row : blockTypes) {
+        if (row.kind == kind) {
+            return row.type;
+        }
+    }
+    return ValueType::Undefined;
+}
+
+ValueKind BlockKind(unsigned char type) {
+    for (const BlockTypeRow& row : blockTypes) {
+        if (row.type == type) {
+            return row.kind;
+        }
+    }
+    return ValueKind::None;
+}
+
+ValueBlock StoreBlock(const TypedValue& value, const ValueLayout& layout) {
+    ValueBlock block{};
+    block.type = BlockType(value.kind);
+    switch (value.kind) {
+    case ValueKind::Real:
+        block.real.value = value.real;
+        break;
+    case ValueKind::Text:
+        block.text = StoredText(value.texts.at(0));
+        break;
+    case ValueKind::Date:
+        block.date = StoredDate(value);
+        break;
+    case ValueKind::Boolean:
+        block.boolean = static_cast<unsigned char>(value.numbers.at(0));
+        break;
+    case ValueKind::Long:
+    case ValueKind::Time:
+        block.number = value.numbers.at(0);
+        break;
+    case ValueKind::String:
+        block.string.capacity = 255;
+        StorePascalText(value.texts.at(0), block.string.string);
+        break;
+    case ValueKind::Picture:
+        if (HasPictureReferences(layout)) {
+            block.picture = StoredPicture(value, *layout.host);
+            break;
+        }
+        [[fallthrough]]; // in older hosts a picture lies like a BLOB
+    case ValueKind::Blob:
+        block.blob.size = value.texts.empty() ? 0 : static_cast<long>(value.texts[0].size());
+        block.blob.data = StoredHandle(value);
+        break;
+    case ValueKind::Pointer:
+        block.pointer = StoredPointer(value, layout);
+        break;
+    case ValueKind::UnicodeText:
+        block.unicode = StoreUnicode(value.texts.at(0), layout);
+        break;
+    default:
+        if (IsArray(value.kind)) {
+            block.array = StoreArray(value, layout);
+        }
+    }
+    return block;
+}
+
+TypedValue FetchBlock(const TypedValue& shape, const ValueBlock& block, const ValueLayout& layout) {
+    const ValueKind kind = BlockKind(block.type);
+    switch (kind) {
+    case ValueKind::None: // a type that no value has: show its number
+        return {.kind = ValueKind::Undefined, .numbers = {block.type}};
+    case ValueKind::Real:
+        return RealValue(block.real.value);
+    case ValueKind::Text:
+        return TextValue(FetchText(block.text));
+    case ValueKind::Date:
+        return FetchDate(block.date);
+    case ValueKind::Boolean:
+        return {.kind = kind, .numbers = {block.boolean}};
+    case ValueKind::Long:
+    case ValueKind::Time:
+        return {.kind = kind, .numbers = {block.number}};
+    case ValueKind::String:
+        return StringValue(FetchPascalText(block.string.string));
+    case ValueKind::Picture:
+        if (HasPictureReferences(layout)) {
+            return FetchPicture(block.picture, *layout.host);
+        }
+        [[fallthrough]];
+    case ValueKind::Blob:
+        return {.kind = kind, .texts = HandleTexts(block.blob.data)};
+    case ValueKind::Pointer:
+        return FetchPointer(shape, block.pointer, layout);
+    case ValueKind::UnicodeText:
+        return UnicodeValue(FetchUnicode(block.unicode, layout));
+    default:
+        return IsArray(kind) ? FetchArray(kind, block.array, layout) : TypedValue{.kind = kind};
+    }
+}
+
+BlockParts PartsOf(const ValueBlock& block, const ValueLayout& layout) {
+    BlockParts parts;
+    const auto addHandle = [&parts](Handle handle) {
+        if (handle != nullptr) {
+            parts.handles.push_back(handle);
+        }
+    };
+    const ValueKind kind = BlockKind(block.type);
+    if (kind == ValueKind::Text) {
+        addHandle(block.text.text);
+    } else if (kind == ValueKind::Pointer) {
+        addHandle(block.pointer);
+    } else if (kind == ValueKind::Picture && HasPictureReferences(layout)) {
+        if (FDPictureBlock* picture = block.picture) {
+            parts.pictures.push_back(picture);
+        }
+    } else if (kind == ValueKind::Blob || kind == ValueKind::Picture) {
+        addHandle(block.blob.data);
+    } else if (kind == ValueKind::UnicodeText) {
+        if (block.unicode.units != nullptr) {
+            parts.strings.push_back(block.unicode);
+        }
+    } else if (IsArray(kind)) {
+        AddArrayParts(kind, block.array, parts);
+    }
+    return parts;
+}
+
+void FreeParts(const BlockParts& parts, const ValueLayout& layout) {
+    for (Handle handle : parts.handles) {
+        DisposeHandle(handle);
+    }
+    if (layout.host == nullptr) {
+        return;
+    }
+    for (FDStringBlock string : parts.strings) {
+        layout.host->strings.Dispose(string);
+    }
+    for (const FDPictureBlock* picture : parts.pictures) {
+        layout.host->pictures.Dispose(picture);
+    }
+}
+
+void FreeBlock(const TypedValue& shape, const ValueBlock& block, const ValueLayout& layout) {
+    if (block.type == ValueType::Pointer) {
+        return FreePointer(shape, block.pointer, layout);
+    }
+    FreeParts(PartsOf(block, layout), layout);
+}
+
+FDStringBlock StoreUnicode(std::string_view utf8, const ValueLayout& layout) {
+    if (layout.host == nullptr) {
+        throw std::invalid_argument("a Unicode text belongs to a host, and there is none");
+    }
+    std::vector<unsigned short> units(utf8.size());
+    const int count = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()),
+                                          reinterpret_cast<wchar_t*>(units.data()),
+                                          static_cast<int>(units.size()));
+    units.resize(static_cast<size_t>(count));
+    return layout.host->strings.Create(units, Owner::Host);
+}
+
+std::string FetchUnicode(const FDStringBlock& string, const ValueLayout& layout) {
+    if (layout.host == nullptr) {
+        return {};
+    }
+    const std::vector<unsigned short> units = layout.host->strings.Units(string);
+    std::string utf8(units.size() * 3, '\0');
+    const int count = WideCharToMultiByte(
+        CP_UTF8, 0, reinterpret_cast<const wchar_t*>(units.data()), static_cast<int>(units.size()),
+        utf8.data(), static_cast<int>(utf8.size()), nullptr, nullptr);
+    utf8.resize(static_cast<size_t>(count));
+    return utf8;
+}
+
+size_t StoredSize(const TypedValue& value, const ValueLayout& layout) {
     switch (value.kind) {
     case ValueKind::Short:
         return sizeof(short);
@@ -293,8 +389,8 @@ size_t StoredSize(const TypedValue& value, bool compiled) {
     case ValueKind::HandleBytes:
         return sizeof(Handle);
     case ValueKind::Pointer:
-        if (!compiled) {
-            return value.inner.empty() ? 0 : StoredSize(value.inner[0], false);
+        if (!layout.compiled) {
+            return value.inner.empty() ? 0 : StoredSize(value.inner[0], layout);
         }
         return sizeof(ValueBlock);
     default: // values, arrays, and what lies in a value block only
@@ -302,10 +398,10 @@ size_t StoredSize(const TypedValue& value, bool compiled) {
     }
 }
 
-void Store(const TypedValue& value, bool compiled, unsigned char* target) {
-    if (IsPlainPointer(value, compiled)) {
+void Store(const TypedValue& value, const ValueLayout& layout, unsigned char* target) {
+    if (IsPlainPointer(value, layout.compiled)) {
         if (!value.inner.empty()) {
-            Store(value.inner[0], false, target);
+            Store(value.inner[0], layout, target);
         }
         return;
     }
@@ -342,13 +438,13 @@ void Store(const TypedValue& value, bool compiled, unsigned char* target) {
     case ValueKind::HandleBytes:
         return Save(StoredHandle(value), target);
     default:
-        return Save(StoredBlock(BlockShape(value)), target);
+        return Save(StoreBlock(BlockShape(value), layout), target);
     }
 }
 
-TypedValue Fetch(const TypedValue& shape, bool compiled, const unsigned char* source) {
-    if (IsPlainPointer(shape, compiled)) {
-        return shape.inner.empty() ? shape : PointerTo(Fetch(shape.inner[0], false, source));
+TypedValue Fetch(const TypedValue& shape, const ValueLayout& layout, const unsigned char* source) {
+    if (IsPlainPointer(shape, layout.compiled)) {
+        return shape.inner.empty() ? shape : PointerTo(Fetch(shape.inner[0], layout, source));
     }
     switch (shape.kind) {
     case ValueKind::Short:
@@ -382,16 +478,16 @@ TypedValue Fetch(const TypedValue& shape, bool compiled, const unsigned char* so
     case ValueKind::HandleBytes:
         return {.kind = shape.kind, .texts = HandleTexts(Load<Handle>(source))};
     default: {
-        TypedValue held = FetchBlock(BlockShape(shape), Load<ValueBlock>(source));
+        TypedValue held = FetchBlock(BlockShape(shape), Load<ValueBlock>(source), layout);
         return shape.kind == ValueKind::Value || held.kind != shape.kind ? Tagged(held) : held;
     }
     }
 }
 
-void Free(const TypedValue& shape, bool compiled, const unsigned char* source) {
-    if (IsPlainPointer(shape, compiled)) {
+void Free(const TypedValue& shape, const ValueLayout& layout, const unsigned char* source) {
+    if (IsPlainPointer(shape, layout.compiled)) {
         if (!shape.inner.empty()) {
-            Free(shape.inner[0], false, source);
+            Free(shape.inner[0], layout, source);
         }
         return;
     }
@@ -401,13 +497,18 @@ void Free(const TypedValue& shape, bool compiled, const unsigned char* source) {
     case ValueKind::Picture:
     case ValueKind::HandleBytes:
         return FreeHandle(Load<Handle>(source));
-    case ValueKind::Value:
-    case ValueKind::Blob:
-    case ValueKind::Pointer:
-    case ValueKind::LongArray:
-    case ValueKind::TextArray:
-        return FreeBlock(BlockShape(shape), Load<ValueBlock>(source));
-    default:
+    case ValueKind::None:
+    case ValueKind::Short:
+    case ValueKind::Long:
+    case ValueKind::Boolean:
+    case ValueKind::Real:
+    case ValueKind::Extended:
+    case ValueKind::String:
+    case ValueKind::Date:
+    case ValueKind::Rect:
+    case ValueKind::Event:
         return;
+    default:
+        return FreeBlock(BlockShape(shape), Load<ValueBlock>(source), layout);
     }
 }

@@ -131,10 +131,41 @@ Size ToolboxHostHandleSize(Handle handle) {
     return TheHeap().FindHandle(call, handle, &entry) ? 0 : entry->block.Length();
 }
 
+OSErr ToolboxOpenResFile(const char* path, short* refNum) {
+    return TheResourceFiles().Open(path, refNum);
+}
+
+OSErr ToolboxCloseResFile(short refNum) {
+    return TheResourceFiles().Close(refNum);
+}
+
+OSErr ToolboxShareHostHandle(Handle handle) {
+    Heap::HandleEntry* entry = nullptr;
+    const OSErr error = TheHeap().FindHandle(HostCall("Share host handle"), handle, &entry);
+    if (error == ResultCode::NoError) {
+        entry->isShared = true;
+    }
+    return error;
+}
+
 void ToolboxAddResFile(short refNum) {
     TheResourceFiles().Add(refNum);
 }
 
 void ToolboxRemoveResFile(short refNum) {
-    TheResourceFiles().Remove(refNum);
+    if (refNum != ResourceFiles::systemFile) {
+        TheResourceFiles().Close(refNum);
+    }
+}
+
+OSErr ToolboxAddResource(short refNum, OSType type, short id, const char* name, const void* bytes,
+                         long size) {
+    const std::string_view title = name ? name : "";
+    if (size < 0 || (!bytes && size > 0) || title.size() > 255) {
+        return ResultCode::BadParameter;
+    }
+    return TheResourceFiles().AddResource(
+        refNum, type, id, std::string(title),
+        size > 0 ? std::string(static_cast<const char*>(bytes), static_cast<std::size_t>(size))
+                 : std::string());
 }

@@ -78,9 +78,30 @@ TOOLBOX_CALL OSErr ToolboxLockHostHandle(Handle handle);
 TOOLBOX_CALL OSErr ToolboxUnlockHostHandle(Handle handle);
 /// Bytes in a host handle; 0 when it is none.
 TOOLBOX_CALL Size ToolboxHostHandleSize(Handle handle);
+/// Lets toolbox calls, too, work on this one host handle from now on.
+TOOLBOX_CALL OSErr ToolboxShareHostHandle(Handle handle);
 
-/// Makes a resource file's reference number known to UseResFile. The current file stays.
+// Resource files. A handle of a resource counts among the live ones until it is released; to
+// dispose of it, or to release what is no resource's handle, is a problem.
+
+/// Opens a file whose bytes are a resource fork in the classic format; the current file stays.
+/// `path` is in the system ANSI code page. With `refNum` 0: -43 no such file, -36 it cannot be
+/// read, -39 it is shorter than a fork's header, -199 its map is malformed. A resource whose data
+/// alone lies outside the file only fails when it is asked for.
+TOOLBOX_CALL OSErr ToolboxOpenResFile(const char* path, short* refNum);
+/// Closes a file opened or added, and disposes of its resources' handles. If it was current, the
+/// one opened last becomes current, or the system file. The system file stays open, but loses its
+/// resources. -193 no such file.
+TOOLBOX_CALL OSErr ToolboxCloseResFile(short refNum);
+/// Opens an empty resource file of this reference number, unless there is one of that number. The
+/// current file stays.
 TOOLBOX_CALL void ToolboxAddResFile(short refNum);
-/// Forgets it. If it was current, the one added last becomes current, or the system file (0).
+/// Closes it; nothing for the system file or one that there is not.
 TOOLBOX_CALL void ToolboxRemoveResFile(short refNum);
+/// Puts a copy of `size` bytes into an open file, in memory only, as a resource of this type, id
+/// and name (zero-terminated, at most 255 characters; null or empty: none). One that was there is
+/// replaced; its handle keeps the old bytes until it is released. -193 no such file, -50 a negative
+/// size, no bytes or too long a name.
+TOOLBOX_CALL OSErr ToolboxAddResource(short refNum, OSType type, short id, const char* name,
+                                      const void* bytes, long size);
 }

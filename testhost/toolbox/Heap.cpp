@@ -36,7 +36,7 @@ OSErr Heap::NewHandle(const Call& call, long long size, Handle* handle) {
     }
     *handle = FreshMasterPointer();
     **handle = block.Bytes();
-    handles[*handle] = {std::move(block), call.owner, 0};
+    handles[*handle] = {std::move(block), call.owner, 0, false, false};
     return ResultCode::NoError;
 }
 
@@ -53,6 +53,11 @@ OSErr Heap::DisposeHandle(const Call& call, Handle handle) {
     HandleEntry* entry = nullptr;
     if (const OSErr error = FindHandle(call, handle, &entry)) {
         return error;
+    }
+    if (entry->isResource) {
+        problems.Add("%s: handle %p is a resource's, for ReleaseResource", call.name,
+                     static_cast<const void*>(handle));
+        return ResultCode::BadZone;
     }
     quarantine.Take(std::move(entry->block));
     *entry = {};
@@ -76,7 +81,7 @@ OSErr Heap::FindHandle(const Call& call, Handle handle, HandleEntry** entry) {
         problems.Add("%s: handle %p was already disposed", call.name, address);
         return ResultCode::BlockFreed;
     }
-    if (owner != call.owner && !mixingAllowed) {
+    if (owner != call.owner && !mixingAllowed && !found->second.isShared) {
         problems.Add("%s: handle %p is %s, not %s", call.name, address, Possessive(owner),
                      Possessive(call.owner));
         return ResultCode::BadZone;

@@ -28,6 +28,8 @@ class Heap {
         Block block;
         Owner owner = Owner::None; ///< None when disposed
         unsigned char state = 0;
+        bool isResource = false; ///< the resource files' own: only they dispose of it
+        bool isShared = false;   ///< either side may work on it
     };
 
     OSErr NewHandle(const Call& call, long long size, Handle* handle);
@@ -45,6 +47,8 @@ class Heap {
     long LiveHandles(Owner owner) const;
     long LivePointers() const { return static_cast<long>(pointers.size()); }
 
+    /// What every call that may move memory does first.
+    void MayMove();
     /// Moves every unlocked block with bytes in it; the old places are poisoned.
     void MoveAll();
     /// Checks every block, live or lately released.
@@ -59,8 +63,6 @@ class Heap {
 
   private:
     Handle FreshMasterPointer();
-    /// What every call that may move memory does first.
-    void MayMove();
     /// Counts an allocation or growth down; true when it has to fail.
     bool FailsNow();
     void CheckHandle(const char* callName, Handle handle, HandleEntry& entry);

@@ -1,0 +1,321 @@
+#include "host/FieldData.h"
+#include "host/FourD.h"
+#include "host/HostCall.h"
+#include "platform/ResultCodes.h"
+#include "platform/Toolbox.h"
+#include "shell/Strings.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+/// What a text value may hold.
+constexpr long LongestText = 32000;
+
+/// A call about a table, or a field of it.
+struct TableCall : HostCall {
+    TableCall(SelectorPair selector, short table, short field = 0) : HostCall(selector) {
+        (*this)->table = table;
+        (*this)->field = field;
+    }
+
+    OSErr SendForError() {
+        Send();
+        return (*this)->error;
+    }
+
+    /// param1, or `failed` when the host reports an error.
+    template <typename Number>
+    OSErr SendForNumber(Number* answer, Number failed) {
+        const OSErr error = SendForError();
+        *answer = error == ResultCode::NoError ? static_cast<Number>((*this)->param1) : failed;
+        return error;
+    }
+};
+
+OSErr SendRecordCall(SelectorPair selector, short table, long record, unsigned char a,
+                     unsigned char b) {
+    TableCall call(selector, table);
+    call->recordNumber = record;
+    call->flag1 = a;
+    call->flag2 = b;
+    return call.SendForError();
+}
+
+/// Copies a Pascal string into a field's text; false when it is too long for one.
+bool CopyToFieldText(const unsigned char* text, FieldData* data) {
+    if (text[0] > LongestAlpha) {
+        return false;
+    }
+    _CopyPStr(text, data->text);
+    return true;
+}
+
+/// A typed value as the field data to send; its handle stays the value's.
+OSErr FieldDataOf(const ValueBlock& value, FieldData* data) {
+    *data = {};
+    data->type = value.type;
+    switch (value.type) {
+    case ValueType::Real:
+        data->value.real = value.real;
+        break;
+    case ValueType::Date:
+        data->value.date = value.date;
+        break;
+    case ValueType::Boolean:
+        data->value.small = value.boolean;
+        break;
+    case ValueType::Long:
+    case ValueType::Time:
+        data->value.number = value.number;
+        break;
+    case ValueType::String:
+        return CopyToFieldText(value.string.string, data) ? ResultCode::NoError
+                                                          : ResultCode::BadParameter;
+    case ValueType::Text:
+        data->handle = value.text.text;
+        data->size = value.text.length;
+        break;
+    case ValueType::Picture:
+        if (gHost.HasEngine()) {
+            return ResultCode::UnsupportedConversion;
+        }
+        [[fallthrough]];
+    case ValueType::Blob:
+        data->handle = value.blob.data;
+        data->size = value.blob.size;
+        break;
+    default:
+        return ResultCode::UnsupportedConversion;
+    }
+    return ResultCode::NoError;
+}
+
+/// Field data as a typed value, which takes the handle over.
+OSErr ValueOf(const FieldData& data, ValueBlock* value) {
+    value->type = static_cast<unsigned char>(data.type);
+    switch (data.type) {
+    case FieldType::Real:
+        value->real = data.value.real;
+        break;
+    case FieldType::Date:
+        value->date = data.value.date;
+        break;
+    case FieldType::Boolean:
+        value->boolean = data.value.small != 0 ? 1 : 0;
+        break;
+    case FieldType::Integer:
+        value->type = ValueType::Long;
+        value->number = data.value.small;
+        break;
+    case FieldType::Long:
+    case FieldType::Time:
+        value->number = data.value.number;
+        break;
+    case FieldType::Alpha:
+        value->string.capacity = sizeof value->string.string - 1;
+        _CopyPStr(data.text, value->string.string);
+        break;
+    case FieldType::Text:
+        value->text = {static_cast<short>(std::clamp(data.size, 0L, LongestText)), data.handle};
+        break;
+    case FieldType::Picture:
+        if (gHost.HasEngine()) {
+            return ResultCode::UnsupportedConversion;
+        }
+        [[fallthrough]];
+    case FieldType::Blob:
+        value->blob = {data.size, data.handle};
+        break;
+    default:
+        return ResultCode::UnsupportedConversion;
+    }
+    return ResultCode::NoError;
+}
+
+} // namespace
+
+OSErr FourD::CountFiles(short* count) {
+    return TableCall(Select("CountFiles"), 0).SendForNumber(count, short{0});
+}
+
+OSErr FourD::CountFields(short table, short* count) {
+    return TableCall(Select("CountFields"), table).SendForNumber(count, short{0});
+}
+
+OSErr FourD::GetFieldType(short table, short field, short* type) {
+    return TableCall(Select("FieldType"), table, field).SendForNumber(type, short{-1});
+}
+
+OSErr FourD::GetFieldInfo(short table, short field, FieldInfo* info) {
+    *info = {};
+    TableCall properties(Select("FieldType"), table, field);
+    if (const OSErr error = properties.SendForError(); error != ResultCode::NoError) {
+        return error;
+    }
+    info->type = static_cast<short>(properties->param1);
+    info->length = static_cast<short>(properties->param2);
+    info->attributes = properties->param3;
+    TableCall relation(Select("FieldInfo"), table, field);
+    if (const OSErr error = relation.SendForError(); error != ResultCode::NoError) {
+        return error;
+    }
+    info->relatedTable = static_cast<short>(relation->param1);
+    info->relatedField = static_cast<short>(relation->param2);
+    return ResultCode::NoError;
+}
+
+OSErr FourD::GetFileName(short table, unsigned char* name) {
+    TableCall call(Select("FileName"), table);
+    const OSErr error = call.SendForError();
+    name[0] = 0;
+    if (error == ResultCode::NoError) {
+        _CopyPStr(call->name, name);
+    }
+    return error;
+}
+
+OSErr FourD::GetFileNameC(short table, char* name) {
+    Str255 pascalName;
+    const OSErr error = GetFileName(table, pascalName);
+    _CopyP2CStr(pascalName, name);
+    return error;
+}
+
+OSErr FourD::GetFileFieldNum(unsigned char* name, short* table, short* field) {
+    HostCall call(Select("FileFieldNumbers"));
+    _CopyPStr(name, call->name);
+    call.Send();
+    const bool found = call->error == ResultCode::NoError;
+    *table = found ? call->table : short{0};
+    *field = found ? call->field : short{0};
+    return call->error;
+}
+
+OSErr FourD::GetFieldData(short table, short field, FieldData* data) {
+    *data = {};
+    TableCall call(Select("GetFieldData"), table, field);
+    const OSErr error = call.SendForError();
+    if (error != ResultCode::NoError) {
+        return error;
+    }
+    data->type = static_cast<short>(call->param1);
+    data->value = call->value;
+    data->handle = call->handle;
+    const long held = data->handle != nullptr ? GetHandleSize(data->handle) : 0;
+    data->size = std::clamp(long{call->param2}, 0L, std::max(held, 0L));
+    std::memcpy(data->text, call.ValueText(), sizeof data->text);
+    data->text[0] = std::min<unsigned char>(data->text[0], LongestAlpha);
+    return ResultCode::NoError;
+}
+
+OSErr FourD::SetFieldData(short table, short field, FieldData* data) {
+    TableCall call(Select("SetFieldData"), table, field);
+    call->param1 = data->type;
+    switch (CarrierOf(data->type)) {
+    case FieldCarrier::Real:
+        call->value.real = data->value.real;
+        break;
+    case FieldCarrier::Date:
+        call->value.date = data->value.date;
+        break;
+    case FieldCarrier::Number:
+        call->value.number = data->value.number;
+        break;
+    case FieldCarrier::Small:
+        call->value.small = data->value.small;
+        break;
+    case FieldCarrier::ValueText:
+        if (data->text[0] > LongestAlpha) {
+            return ResultCode::BadParameter;
+        }
+        _CopyPStr(data->text, call.ValueText());
+        break;
+    case FieldCarrier::Bytes:
+        call->handle = data->handle;
+        call->param2 = data->size;
+        break;
+    case FieldCarrier::None:
+        return ResultCode::UnsupportedConversion;
+    }
+    return call.SendForError();
+}
+
+void FourD::DisposeFieldData(FieldData* data) {
+    if (data->handle != nullptr) {
+        DisposeHandle(data->handle);
+    }
+    *data = {};
+}
+
+OSErr FourD::GetFieldData(short table, short field, ValueBlock* value) {
+    *value = {};
+    FieldData data;
+    OSErr error = GetFieldData(table, field, &data);
+    if (error == ResultCode::NoError) {
+        error = ValueOf(data, value);
+        if (error != ResultCode::NoError) {
+            DisposeFieldData(&data);
+        }
+    }
+    if (error != ResultCode::NoError) {
+        value->type = ValueType::Undefined;
+    }
+    return error;
+}
+
+OSErr FourD::SetFieldData(short table, short field, ValueBlock* value) {
+    FieldData data;
+    const OSErr error = FieldDataOf(*value, &data);
+    return error == ResultCode::NoError ? SetFieldData(table, field, &data) : error;
+}
+
+OSErr FourD::RecordsInSelection(short table, long* count) {
+    return TableCall(Select("RecordsInSelection"), table).SendForNumber(count, 0L);
+}
+
+OSErr FourD::GotoSelectedRecord(short table, long n, unsigned char a, unsigned char b) {
+    // The host counts the places of a selection from 0.
+    const auto place = static_cast<long>(static_cast<unsigned long>(n) - 1);
+    return SendRecordCall(Select("GotoSelectedRecord"), table, place, a, b);
+}
+
+OSErr FourD::GotoRecord(short table, long record, unsigned char a, unsigned char b) {
+    return SendRecordCall(Select("GotoRecord"), table, record, a, b);
+}
+
+OSErr FourD::RecordNumber(short table, long* record) {
+    TableCall call(Select("RecordNumber"), table);
+    const OSErr error = call.SendForError();
+    *record = error == ResultCode::NoError ? call->recordNumber : -1;
+    return error;
+}
+
+OSErr FourD::SelectedRecordNumber(short table, long* n) {
+    TableCall call(Select("SelectedRecordNumber"), table);
+    const OSErr error = call.SendForError();
+    *n = call->param1;
+    return error;
+}
+
+OSErr FourD::NewRecord(short table) {
+    return TableCall(Select("NewRecord"), table).SendForError();
+}
+
+OSErr FourD::UpdateRecord(short table) {
+    return TableCall(Select("UpdateRecord"), table).SendForError();
+}
+
+OSErr FourD::GetPackedRecord(short table, char*** record) {
+    TableCall call(Select("GetPackedRecord"), table);
+    const OSErr error = call.SendForError();
+    *record = error == ResultCode::NoError ? call->handle : nullptr;
+    return error;
+}
+
+OSErr FourD::SetPackedRecord(short table, char** record) {
+    TableCall call(Select("SetPackedRecord"), table);
+    call->handle = record;
+    return call.SendForError();
+}

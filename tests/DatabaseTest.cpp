@@ -1,0 +1,144 @@
+// The stand-in host's database: its model, its text file, and the statements of a script about it.
+
+#include "testhost/app/DatabaseFile.h"
+#include "testhost/app/Player.h"
+#include "tests/Fixture.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+#include <sstream>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+constexpr auto Rows = "table \"T\"\nfield \"Key\" long unique\nfield \"Text\" text\nrecords\n"
+                      "10|a\n-\n20|b\n30|c\n";
+
+Database RowsDatabase() {
+    DatabaseFile file = ParseDatabase(Rows, "rows");
+    EXPECT_THAT(file.errors, ElementsAre());
+    return std::move(file.database);
+}
+
+TEST(DatabaseTest, ProcessesHaveTheirOwnRecordsAndSelections) {
+    Database database = RowsDatabase();
+    database.AllRecords(1, 1);
+    database.GotoRecord(2, 1, 3);
+    EXPECT_THAT(database.Selection(1, 1), ElementsAre(0, 2, 3));
+    EXPECT_THAT(database.Selection(2, 1), ElementsAre(3));
+    EXPECT_EQ(database.CurrentRecord(1, 1), 0);
+
+    // What one writes, the other sees when it was saved and read anew.
+    database.GotoRecord(1, 1, 3);
+    EXPECT_EQ(database.WriteField(1, 1, 2, TextValue("new")), 0);
+    TypedValue seen;
+    database.ReadField(2, 1, 2, seen);
+    EXPECT_EQ(seen, TextValue("c"));
+    EXPECT_EQ(database.SaveRecord(1, 1), 0);
+    database.GotoRecord(2, 1, 3);
+    database.ReadField(2, 1, 2, seen);
+    EXPECT_EQ(seen, TextValue("new"));
+}
+
+TEST(DatabaseTest, DeletedRecordsLeaveGapsAndEverySelection) {
+    Database database = RowsDatabase();
+    database.AllRecords(1, 1);
+    database.GotoRecord(2, 1, 2);
+    database.GotoRecord(1, 1, 2);
+    EXPECT_EQ(database.DeleteRecord(1, 1), 0);
+    EXPECT_EQ(database.DeleteRecord(1, 1), DatabaseError::NoCurrentRecord);
+    EXPECT_THAT(database.Selection(1, 1), ElementsAre(0, 3));
+    EXPECT_THAT(database.Selection(2, 1), ElementsAre());
+    EXPECT_EQ(database.SaveRecord(2, 1), DatabaseError::UnknownRecord);
+    EXPECT_EQ(database.RecordsInTable(1), 2);
+    EXPECT_EQ(database.SequenceNumber(1), 5);
+    database.NewRecord(1, 1);
+    EXPECT_EQ(database.SaveRecord(1, 1), 0);
+    EXPECT_EQ(database.CurrentRecord(1, 1), 4); // a number is never given twice
+    EXPECT_EQ(database.SequenceNumber(1), 6);
+    EXPECT_EQ(database.SetSelection(1, 1, {3, 2}), DatabaseError::UnknownRecord);
+}
+
+TEST(DatabaseTest, EveryWrongLineOfAFileIsTold) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"tables \"T\"", "'table', 'field' or 'records'"},
+        {"field \"F\" long", "beneath 'table'"},
+        {"records", "beneath its fields"},
+        {"table \"T\"", ""},
+        {"records", "beneath its fields"},
+        {"", ""},
+        {"table \"t\"", "already"},
+        {"table \"[T]\"", "1 to 31 characters"},
+        {"field \"Key\" integer unique", ""},
+        {"field \"KEY\" text", "already"},
+        {"field \"X\" number", "no fields of the type 'number'"},
+        {"field \"X\" alpha", "most characters"},
+        {"field \"X\" alpha 200", "from 1 to 141"},
+        {R"(field "A" alpha 3 related "T" "Nothing")", "no field [T]Nothing"},
+        {"field \"D\" date indexed", ""},
+        {"field \"W\" time", ""},
+        {"records", ""},
+        {"1|abc|2026-01-02|10:00:00", ""},
+        {"2|abcd||", "field \"A\": the value is too long"},
+        {"1|x||", "field \"Key\": another record has this value"},
+        {"3|x|", "expected 4 values, found 3"},
+        {"40000|x||", "field \"Key\": expected a short"},
+        {"5|x|2026-1|", "field \"D\": '2026-1' is no date"},
+        {"6|x||10:60:00", "field \"W\": '10:60:00' is no time"},
+        {"7|\\q||", "field \"A\": unknown escape"},
+    };
+    std::string text;
+    std::vector<testing::Matcher<std::string>> expected;
+    size_t line = 0;
+    for (const auto& [content, error] : rows) {
+        text += std::string(content) + "\r\n";
+        ++line;
+        if (*error != '\0') {
+            expected.push_back(
+                testing::AllOf(HasSubstr("f:" + std::to_string(line) + ": "), HasSubstr(error)));
+        }
+    }
+    EXPECT_THAT(ParseDatabase(text, "f").errors, testing::UnorderedElementsAreArray(expected));
+}
+
+TEST(DatabaseTest, ScriptsLoadADatabaseAndStateWhatIsInIt) {
+    Host host;
+    Session session(host, EntryPoints{FourDPack, FourDPackex});
+    const std::string folder = host.ScratchPath();
+    std::ofstream(folder + "rows.txt") << Rows;
+    std::ofstream(folder + "wrong.txt") << "table\nfield\n";
+    const auto play = [&](const std::string& lines) {
+        const Script script = ParseScript(lines, folder + "script");
+        EXPECT_THAT(script.errors, ElementsAre());
+        std::ostringstream out;
+        Player(session, out, false).Play(script);
+        return out.str();
+    };
+    EXPECT_THAT(play("database \"rows.txt\"\n"
+                     "expect records \"t\" 3\n"
+                     "expect field \"T\" 2 \"Text\" text \"b\"\n"
+                     "expect selection \"T\"\n"
+                     "expect record \"T\" none\n"),
+                HasSubstr("4 expectations held, 0 failed"));
+    host.database.AllRecords(host.currentProcess, 1);
+    EXPECT_THAT(play("expect selection \"T\" 0 2 3\nexpect record \"T\" 0\n"),
+                HasSubstr("2 expectations held, 0 failed"));
+    const std::pair<const char*, const char*> failures[] = {
+        {"expect records \"T\" 4", "expected 4 records, got 3"},
+        {"expect records \"U\" 4", "no table \"U\""},
+        {R"(expect field "T" 1 "Text" text "b")", "no record 1"},
+        {R"(expect field "T" 0 "Txt" text "b")", R"(no field "Txt")"},
+        {R"(expect field "T" 0 "Text" text "b")", R"(expected text "b", got text "a")"},
+        {"expect selection \"T\" 0", "expected 1 records: 0, got 3 records: 0 2 3"},
+        {"expect record \"T\" none", "expected record -1, got 0"},
+        {"database \"none.txt\"", "missing"},
+        {"database \"wrong.txt\"", "wrong.txt:2: "},
+    };
+    for (const auto& [line, said] : failures) {
+        EXPECT_THAT(play(line), HasSubstr(said));
+    }
+}
+
+} // namespace
