@@ -51,6 +51,35 @@ void DescribeValue(CXParam* params, CXResult* result);
 void SumLongs(CXParam* params, CXResult* result);
 void SwapLongs(CXParam* params, CXResult* result);
 
+// Values converted and formatted
+void FormatValue(CXParam* params, CXResult* result);
+void ValueToText(CXParam* params, CXResult* result);
+void ValueToLong(CXParam* params, CXResult* result);
+void ValueToReal(CXParam* params, CXResult* result);
+void ValueToDate(CXParam* params, CXResult* result);
+void ValueToBoolean(CXParam* params, CXResult* result);
+void CopyValue(CXParam* params, CXResult* result);
+void SetValue(CXParam* params, CXResult* result);
+void ToMacintosh(CXParam* params, CXResult* result);
+
+// Resources and what the host knows
+void Message(CXParam* params, CXResult* result);
+void WeekdayName(CXParam* params, CXResult* result);
+void ExpandReference(CXParam* params, CXResult* result);
+void ColourParts(CXParam* params, CXResult* result);
+void HeadingFont(CXParam* params, CXResult* result);
+void HostFolder(CXParam* params, CXResult* result);
+
+// Statements, records, processes and messages
+void Evaluate(CXParam* params, CXResult* result);
+void Execute(CXParam* params, CXResult* result);
+void SelectAll(CXParam* params, CXResult* result);
+void SumField(CXParam* params, CXResult* result);
+void ChangeField(CXParam* params, CXResult* result);
+void StartWorker(CXParam* params, CXResult* result);
+void Tell(CXParam* params, CXResult* result);
+void Ask(CXParam* params, CXResult* result);
+
 // Files
 void SaveValues(CXParam* params, CXResult* result);
 void LoadValues(CXParam* params, CXResult* result);

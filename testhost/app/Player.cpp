@@ -3,6 +3,10 @@
 Player::Player(Session& playedSession, std::ostream& output, bool quietly)
     : session(playedSession), host(playedSession.host), out(output), quiet(quietly) {
     host.log.onAdded = [this](const LoggedCall& call) { Print(call); };
+    host.boxes.onShown = [this](const HostBox& box) {
+        Note(std::string(box.kind == HostBox::Kind::Alert ? "alert" : "confirm") + ": " +
+             Quoted(box.text));
+    };
     host.onProblem = [this](const std::string& problem) {
         out << "PROBLEM " << place << ": " << problem << std::endl;
     };
@@ -10,6 +14,7 @@ Player::Player(Session& playedSession, std::ostream& output, bool quietly)
 
 Player::~Player() {
     host.log.onAdded = nullptr;
+    host.boxes.onShown = nullptr;
     host.onProblem = nullptr;
 }
 
@@ -17,13 +22,32 @@ void Player::Print(const LoggedCall& call) {
     if (quiet) {
         return;
     }
+    if (call.IsIntoPlugin()) {
+        TellSkipped();
+        callsPrinted = 0;
+    } else if (++callsPrinted > maxCallsPrinted) {
+        ++callsSkipped;
+        return;
+    }
     // Flushed line by line, so that a crash shows what led to it.
     std::string indent(static_cast<size_t>(call.depth) * 2, ' ');
+    if (!call.IsIntoPlugin() && call.process != lastProcess) {
+        out << "  (process " << call.process << ")" << std::endl;
+    }
+    lastProcess = call.process;
     out << indent << (call.IsIntoPlugin() ? "→ " : "← ") << call.Describe() << std::endl;
+}
+
+void Player::TellSkipped() {
+    if (callsSkipped > 0) {
+        out << "  … and " << callsSkipped << " more calls" << std::endl;
+        callsSkipped = 0;
+    }
 }
 
 void Player::Note(const std::string& text) {
     if (!quiet) {
+        TellSkipped();
         out << "  " << text << std::endl;
     }
 }
@@ -55,6 +79,7 @@ void Player::AcceptProblems() {
 }
 
 bool Player::Play(const Script& script) {
+    scriptFolder = script.name.substr(0, script.name.find_last_of("/\\") + 1);
     for (const Statement& statement : script.statements) {
         place = script.name + ":" + std::to_string(statement.line);
         try {

@@ -41,9 +41,11 @@ class Player {
     std::unique_ptr<Arguments> arguments; ///< of the last command called; null before one
     TypedValue result;                    ///< of the last command called
     std::string libraryFolder; ///< of the plug-in's DLL, with a backslash; what ${library} says
+    std::string scriptFolder;  ///< of the script, as its name was given, with the separator
 
   private:
     void Print(const LoggedCall& call);
+    void TellSkipped();
 
     std::ostream& out;
     bool quiet;
@@ -51,4 +53,10 @@ class Player {
     size_t held = 0;
     size_t failed = 0;
     size_t acceptedProblems = 0;
+
+    // Of the calls into the host that follow one into the plug-in, the first are printed.
+    static constexpr long maxCallsPrinted = 40;
+    long callsPrinted = 0;
+    long lastProcess = 0; ///< the one that the last line was about
+    long callsSkipped = 0;
 };
