@@ -8,10 +8,11 @@ function(nimbo_add_resources target text)
         set(arg_OUT ${target}.rsrc)
     endif()
     set(text ${CMAKE_CURRENT_SOURCE_DIR}/${text})
-    set(resources ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${arg_OUT})
+    get_target_property(folder ${target} RUNTIME_OUTPUT_DIRECTORY)
+    set(resources ${folder}/${arg_OUT})
     set(compiler testhost)
     if(CMAKE_CROSSCOMPILING AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
-        set(compiler ${PROJECT_SOURCE_DIR}/scripts/run-exe $<TARGET_FILE:testhost>)
+        set(compiler ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/../scripts/run-exe $<TARGET_FILE:testhost>)
     endif()
     add_custom_command(
         OUTPUT ${resources}

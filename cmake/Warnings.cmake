@@ -1,4 +1,5 @@
-# nimbo_warnings: link it privately to every target of our own; warnings are errors.
+# nimbo_warnings: link it privately to every target of our own. Warnings are errors, unless this is a
+# part of somebody else's build.
 
 add_library(nimbo_warnings INTERFACE)
 target_compile_options(
@@ -6,7 +7,7 @@ target_compile_options(
     INTERFACE -Wall
               -Wextra
               -Wpedantic
-              -Werror
+              $<$<BOOL:${PROJECT_IS_TOP_LEVEL}>:-Werror>
               -Wshadow
               -Wconversion
               -Wno-sign-conversion # sizes of the toolbox are signed, those of the library are not

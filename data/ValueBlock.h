@@ -98,13 +98,13 @@ struct ValueBlock {
     unsigned char type; ///< ValueType
     unsigned char filler;
     union {
+        StringBlock string; // the largest comes first, so that {} clears the whole record
         REAL_U real;
         TextBlock text;
         DateBlock date;
         unsigned char boolean; ///< 0 or non-zero
         long number;           ///< long integer, or time in seconds
         FDPictureBlock* picture;
-        StringBlock string;
         BlobBlock blob;
         FDStringBlock unicode;
         ArrayBlock array;

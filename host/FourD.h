@@ -3,6 +3,8 @@
 #include "host/HostState.h"
 #include "host/Styles.h"
 
+class CArray;
+class FourDDialog;
 struct FieldData;
 struct FieldInfo;
 
@@ -242,6 +244,9 @@ class FourD {
     static OSErr SetTextVar(unsigned char* name, char** text, unsigned char copy);
     /// A variable as a Pascal string of up to 255 characters; empty on error.
     static OSErr GetProcessVar(unsigned char* name, unsigned char* value);
+    /// A variable as an array, whatever type it has; the storage stays the host's, so
+    /// CArray::Forget it in the end.
+    static OSErr GetArrayVar(unsigned char* name, CArray* array);
     /// Has the host redraw variables.
     static OSErr UpdateVariables();
 
@@ -362,6 +367,16 @@ class FourD {
     /// Releases a picture; answers what the call returns.
     static long DisposePictureV11(FDPictureBlock* picture);
 
+    // --- Client and server ------------------------------------------------------------------
+    // From a client's copy of the plug-in to the server's: the call identifier travels in param1,
+    // the kind in param2, the data in `handle`. Results are the host's result codes.
+
+    /// What the server's copy answers, in a new handle that the caller owns; null when it answers
+    /// nothing.
+    static OSErr ReadOnServer(unsigned long id, short kind, char*** answer);
+    /// The handle stays the caller's.
+    static OSErr WriteOnServer(unsigned long id, short kind, char** data);
+
     // --- Plug-in resources, styles and colours ----------------------------------------------
     // Read from the plug-in's own resource file; the current file is put back afterwards.
 
@@ -470,19 +485,75 @@ class FourD {
 
     // --- Windows --------------------------------------------------------------------------
 
-    /// First window of the host's front-to-back list; null without host globals.
+    // The host's windows, in one front-to-back list. Null for no window; a null window has no kind,
+    // and nothing is true of it.
+
+    /// First window of the list; null without host globals. Both do the same.
     static GrafPort* LMGetWindowList();
+    static GrafPort* GetFrontmostWindow();
     /// The window behind `window`; null at the end and for null.
     static GrafPort* GetNextMacWindow(GrafPort* window);
-    /// Kind of a window; 0 for null.
+    /// Whether it is one in the list.
+    static unsigned char IsWindow(GrafPort* window);
+    /// Kind of a window, and whether it is of the host's documents (8), modal (9), a plug-in's (5),
+    /// floating (14).
     static short WindowKind(GrafPort* window);
+    static unsigned char IsRegularWindow(GrafPort* window);
+    static unsigned char IsModalDialog(GrafPort* window);
+    static unsigned char IsExternalWindow(GrafPort* window);
     static unsigned char IsFloatingWindow(GrafPort* window);
     /// Number of the process that owns `window`.
     static long GetWindowProcess(GrafPort* window);
     /// Native window (HWND) of a window; 0 for null.
     static unsigned long MacPortToHWND(GrafPort* window);
-    /// First window, front to back, that `process` owns and that does not float, visible or not.
+    /// Native drawing context (HDC) of the update that is under way; 0 for none.
+    static unsigned long GetUpdateHDC();
+    /// First visible window that does not float.
+    static GrafPort* GetFrontmostNonFloatingWindow();
+    /// First window that `process` owns and that does not float, visible or not.
     static GrafPort* GetFrontmostNonFloatingWindowOfProcess(long process);
+    /// First window that `process` owns.
+    static GrafPort* GetFrontmostWindowOfProcess(long process);
+    /// The host's floating window.
+    static GrafPort* FloatingWindow();
+    /// The window of a server's application: the frontmost regular one of process 1. Null on any
+    /// other host.
+    static GrafPort* Get4DServerMainWindow();
+    /// Content region of a window, in screen coordinates; it stays the window's.
+    static Region** GetWindowContentRegion(GrafPort* window);
+    /// Gives the window of an external area a title (Pascal string); the host's result code.
+    static OSErr SetExWindowTitle(long areaRef, unsigned char* title);
+    /// Colour of what is selected, as Windows is set.
+    static void LMGetHiliteColor(RGBColor* color);
+
+    /// Whether the window is of the host's debugger: its title begins with "Debugger". And whether
+    /// such a window is open and visible.
+    static unsigned char IsDebuggerWindow(GrafPort* window);
+    static unsigned char HasDebuggerWindowOpen();
+
+    /// Whether a window is one of the host's method editor; the frontmost non-floating window, if
+    /// it is. Its text stays the host's.
+    static unsigned char IsProcEditWindow(GrafPort* window);
+    static GrafPort* GetFrontmostProcEditWindow();
+    static TEHandle GetProcEditTE(GrafPort* window);
+    /// The same with the host's result code.
+    static OSErr GetProcEditTEHandle(GrafPort* window, TEHandle* te);
+    /// The line that the method editor's window shows as current (selector 133, error).
+    static short CalcProcEditLine(GrafPort* window);
+    /// The text that has the keyboard focus (selector -81, param1); it stays the host's.
+    static TEHandle GetCurrentTE();
+
+    /// The window with the keyboard focus, and whether one has it or can have it.
+    static GrafPort* GetFocusedWindow();
+    static unsigned char IsWindowFocused(GrafPort* window);
+    static unsigned char IsWindowFocusable(GrafPort* window);
+    /// Gives or takes the focus, or the right to it; the host's result code.
+    static OSErr SetWindowFocused(GrafPort* window, unsigned char on);
+    static OSErr SetWindowFocusable(GrafPort* window, unsigned char on);
+
+    /// The dialog that a window belongs to, and back.
+    static FourDDialog* GetFourDDialogFromWindow(GrafPort* window);
+    static GrafPort* GetWindowFromFourDDialog(FourDDialog* dialog);
 };
 
 /// The structure folder's path, and the structure file's: 261 bytes each, cut to what fits.

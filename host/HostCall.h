@@ -37,6 +37,9 @@ class HostCall {
     /// -50 when the service needs the engine call-back and the host has none.
     long Send();
 
+    /// The next call goes to another selector, with the record as it now is.
+    void GoOnWith(SelectorPair next) { number = engineCall ? next.engine : next.classic; }
+
   private:
     HostCall(SelectorPair selector, bool toEngine)
         : number(toEngine ? selector.engine : selector.classic), engineCall(toEngine) {

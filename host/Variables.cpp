@@ -1,3 +1,4 @@
+#include "data/Array.h"
 #include "data/TextBlock.h"
 #include "host/FourD.h"
 #include "host/HostCall.h"
@@ -146,6 +147,20 @@ OSErr FourD::GetProcessVar(unsigned char* name, unsigned char* value) {
         return error;
     }
     _CopyPStr(block.string.string, value);
+    return error;
+}
+
+OSErr FourD::GetArrayVar(unsigned char* name, CArray* array) {
+    ValueBlock value{};
+    const OSErr error = Exchange(Select("GetProcessVariable"), name, &value);
+    if (error != ResultCode::NoError) {
+        return error;
+    }
+    array->Forget();
+    array->Value().type = value.type;
+    if (array->IsArray()) { // the contents of another value are no storage to be disposed of
+        array->Value() = value;
+    }
     return error;
 }
 

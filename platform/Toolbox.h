@@ -163,6 +163,42 @@ TOOLBOX_CALL long ASI_AnsiToMacBuf(const void* source, void* destination, long l
 /// Disposes of a text-edit record and of its text. Null is ignored.
 TOOLBOX_CALL void TEDispose(TEHandle record);
 
+// Drawing. Coordinates are those of the port; `dh` and `dv` are pixels.
+
+/// The port that is drawn into, null for none; makes another one current.
+TOOLBOX_CALL void GetPort(GrafPort** port);
+TOOLBOX_CALL void SetPor(GrafPort* port);
+TOOLBOX_CALL void EraseRect(const Rect* rect);
+/// Moves the pen.
+TOOLBOX_CALL void MoveT(short h, short v);
+/// Draws a line from the pen to a point, where it then stands.
+TOOLBOX_CALL void LineT(short h, short v);
+/// Fills a rectangle, and draws the line around one, in the foreground colour.
+TOOLBOX_CALL void PaintRect(const Rect* rect);
+TOOLBOX_CALL void FrameRec(const Rect* rect);
+/// Colour of the current port that is drawn in, black at first, and that is erased to, white.
+TOOLBOX_CALL void RGBForeColor(const RGBColor* color);
+TOOLBOX_CALL void RGBBackColor(const RGBColor* color);
+/// Draws a Pascal string from the pen on, which then stands behind it.
+TOOLBOX_CALL void DrawString(const unsigned char* string);
+/// Has the rectangle of the current port's window drawn again with its next update.
+TOOLBOX_CALL void InvalRect(const Rect* rect);
+/// Moves all sides inwards, or outwards when negative; one with nothing left in it becomes zero.
+TOOLBOX_CALL void InsetRec(Rect* rect, short dh, short dv);
+TOOLBOX_CALL unsigned char EqualRec(const Rect* a, const Rect* b);
+/// Shows the standard arrow.
+TOOLBOX_CALL void InitCursor();
+/// Most ticks between the clicks of a double click.
+TOOLBOX_CALL unsigned long GetDblTime();
+/// Title of a window, into a buffer of 256 bytes.
+TOOLBOX_CALL void GetWTitle(GrafPort* window, unsigned char* title);
+/// Number of a font by its name, in which case does not count; 0, the system's, when it is unknown.
+TOOLBOX_CALL void GetFNum(const unsigned char* name, short* number);
+/// Begins to record what is drawn, as a picture with this frame, which the caller disposes of; null
+/// without memory and while another one is recorded.
+TOOLBOX_CALL Picture** OpenPicture(const Rect* frame);
+TOOLBOX_CALL void ClosePicture();
+
 // Dates. Seconds count from midnight, 1 January 1904.
 TOOLBOX_CALL void LongDateToSeconds(const LongDateRec* date, long long* seconds);
 TOOLBOX_CALL void LongSecondsToDate(const long long* seconds, LongDateRec* date);

@@ -134,6 +134,11 @@ inline constexpr unsigned char Locked = 0x01;
 inline constexpr unsigned char Folder = 0x10;
 } // namespace FileAttribute
 
+struct Region {
+    short rgnSize; ///< bytes; 10 for a rectangle
+    Rect rgnBBox;
+};
+
 /// Window record in the classic layout. Only the fields that the framework reads are named.
 struct GrafPort {
     unsigned char port[108]; ///< drawing port
@@ -142,9 +147,10 @@ struct GrafPort {
     unsigned char hilited;
     unsigned char goAwayFlag;
     unsigned char spareFlag;
-    unsigned char
-        regionsAndTitle[30]; ///< regions, definition, data and title handles, width, controls
-    GrafPort* nextWindow;    ///< next window behind; null at the end
+    Handle strucRgn;
+    Region** contRgn;                     ///< content, in screen coordinates
+    unsigned char definitionAndTitle[22]; ///< definition, data and title handles, width, controls
+    GrafPort* nextWindow;                 ///< next window behind; null at the end
     Handle windowPic;
     long refCon;
 };
@@ -207,7 +213,8 @@ static_assert(offsetof(DirInfo, ioResult) == 16 && offsetof(DirInfo, ioNamePtr) 
               offsetof(DirInfo, ioDrParID) == 100);
 static_assert(sizeof(GrafPort) == 156);
 static_assert(offsetof(GrafPort, windowKind) == 108 && offsetof(GrafPort, visible) == 110 &&
-              offsetof(GrafPort, nextWindow) == 144 && offsetof(GrafPort, refCon) == 152);
+              offsetof(GrafPort, contRgn) == 118 && offsetof(GrafPort, nextWindow) == 144 &&
+              offsetof(GrafPort, refCon) == 152);
 static_assert(sizeof(Picture) == 10);
 static_assert(sizeof(TERec) == 96 && offsetof(TERec, teLength) == 60 &&
               offsetof(TERec, hText) == 62);

@@ -114,6 +114,7 @@ void FourDPlug::HandleEvent(long selector, void* argument, std::uint32_t* result
         HandleProcessEnd(number());
         break;
     case PlugSelector::ClientConnect:
+        *result = 0; // without memory for the client, too
         *result = HandleClientConnectOnServer(request()) ? 1 : 0;
         break;
     case PlugSelector::ClientDisconnect:

@@ -14,6 +14,9 @@ void FourDPlug::Init(PackInitBlock*) {
     DestroyLists(); // a host that initialises twice gets fresh lists too
     _initialize_list(&serverCalls);
     _initialize_list(&clients);
+    if (TrackClientsOnServer() && FourD::Is4DServer() == 0 && FourD::Is4DClient() != 0) {
+        IdentifyToServer();
+    }
 }
 
 void FourDPlug::BigInit() {}

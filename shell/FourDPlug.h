@@ -129,11 +129,35 @@ class FourDPlug {
     static void InitDebugLog(long);
     static void DeinitDebugLog();
 
+    // --- Calls to the server's copy (ServerCalls.cpp) ---
+    // On a client, one call at a time: another process's call is waited for. Result codes are the
+    // host's, or -10003 and -10033 when the server answers no call identifier.
+
+    /// The next call identifier of the server; 0 on failure.
+    static OSErr GetNextCallIDFromServer(unsigned long* id);
+    /// Calls function number `kind` of the server's copy (DoFuncOnServer). `params` stays the
+    /// caller's; the answer is a new handle that the caller owns, null when there is none.
+    static OSErr CallFuncOnServer(short kind, char** params, char*** result);
+    /// The same with parameters given as bytes; null is none.
+    static OSErr CallFuncOnServer(short kind, void* data, long size, char*** result);
+    /// Calls procedure number `kind` (DoProcOnServer), which does not answer.
+    static OSErr CallProcOnServer(short kind, char** params);
+    static OSErr CallProcOnServer(short kind, void* data, long size);
+    /// On the server, the client of a connection; null when there is none.
+    FourDClient* GetClientWithCookie(unsigned long cookie);
+    /// The plug-in's version (8 characters) and full name as Pascal strings. With a version of the
+    /// form "<cookie>:key" (hexadecimal; user, mach or mach-user) it completes what the server
+    /// knows of a client by `name` instead, and writes nothing.
+    void GetVersion(unsigned char* version, unsigned char* name);
+
     /// The one dispatcher behind the entry points. Nothing thrown leaves it.
     static void PlugMain(long selector, CXParam* params, CXResult* result, long* data);
 
-    /// List comparison: a FourDClient with the process number that `key` (long*) points to.
+    /// List comparisons: a FourDClient with the cookie (unsigned long*) or the process number
+    /// (long*) that `key` points to, a ServerCall with the identifier of a ReadWriteBlock.
+    static bool CompareClient(void* client, void* key);
     static bool CompareClientProcess(void* client, void* key);
+    static bool CompareServerCall(void* call, void* key);
 
   protected:
     PlugInfo* info;
@@ -147,6 +171,9 @@ class FourDPlug {
     void DestroyLists();
     void DeleteTempFolder();
     void ForgetClient(FourDClient* client);
+    void IdentifyToServer();
+    char* HandOutCallID(ReadWriteBlock* block);
+    void TakeCall(FourDClient* client, const ReadWriteBlock* block, const char* data, long size);
 
     // Requests to the server's copy (-201 to -207).
     bool HandleClientConnectOnServer(ReadWriteBlock* block);

@@ -34,7 +34,8 @@ std::string Numbers(const std::vector<long>& numbers) {
 
 Action ParseDatabaseStatement(Words& words) {
     return [path = words.TakeString("the file's path")](Player& player) {
-        DatabaseFile file = ReadDatabaseFile(IsAbsolute(path) ? path : player.scriptFolder + path);
+        DatabaseFile file =
+            ReadDatabaseFile(IsAbsolute(path) ? path : player.stage.scriptFolder + path);
         for (const std::string& error : file.errors) {
             player.Fail(error);
         }

@@ -1,11 +1,35 @@
 #pragma once
 
+#include "testhost/app/AreaStatements.h"
 #include "testhost/app/Script.h"
+#include "testhost/engine/Network.h"
 #include "testhost/engine/Session.h"
 
+#include <map>
 #include <memory>
 #include <ostream>
 #include <string>
+#include <vector>
+
+class Player;
+
+/// What the players of one script, one for each host, have in common.
+struct Stage {
+    std::ostream& out;
+    bool quiet;
+    std::string place = {};        ///< where the script stands: "name:line"
+    std::string scriptFolder = {}; ///< of the script, as its name was given, with the separator
+    std::string plugin = {};       ///< the plug-in's DLL, and
+    std::string resources = {};    ///< its resource file: further hosts have copies; may be empty
+    std::string pictures = {};     ///< folder for pictures of windows; empty: none are made
+    size_t held = 0;
+    size_t failed = 0;
+    Network network = {};
+    std::vector<Player*> players = {}; ///< the script's own host first
+    Player* current = nullptr;         ///< whom the statements concern
+    std::vector<std::shared_ptr<void>> further =
+        {}; ///< all hosts but the first, with their players
+};
 
 /// Plays a script against a session and keeps the account: prints every crossing of the boundary
 /// and every problem, and counts the expectations that held and failed.
@@ -13,6 +37,8 @@ class Player {
   public:
     /// A quiet player prints expectations that failed, problems and what `echo` says.
     Player(Session& playedSession, std::ostream& output, bool quietly);
+    /// A further host of the same script; what is printed of it is headed with its name.
+    Player(Session& playedSession, Stage& sharedStage, std::string hostName);
     ~Player();
     Player(const Player&) = delete;
     Player& operator=(const Player&) = delete;
@@ -34,29 +60,28 @@ class Player {
     void AcceptProblems();
 
     /// Where the script stands: "name:line". For a report about a crash.
-    const std::string& Place() const { return place; }
-
-    Session& session;
-    Host& host;
-    std::unique_ptr<Arguments> arguments; ///< of the last command called; null before one
-    TypedValue result;                    ///< of the last command called
-    std::string libraryFolder; ///< of the plug-in's DLL, with a backslash; what ${library} says
-    std::string scriptFolder;  ///< of the script, as its name was given, with the separator
+    const std::string& Place() const { return stage.place; }
 
   private:
+    std::unique_ptr<Stage> ownStage; ///< the first player's
+
+  public:
+    Stage& stage;
+    Session& session;
+    Host& host;
+    const std::string name;                  ///< of a further host; empty for the script's own
+    std::unique_ptr<Arguments> arguments;    ///< of the last command called; null before one
+    TypedValue result;                       ///< of the last command called
+    std::map<std::string, PlayedArea> areas; ///< those that the script sent events, by their names
+    std::string libraryFolder; ///< of the plug-in's DLL, with a backslash; what ${library} says
+
+  private:
+    void Watch();
     void Print(const LoggedCall& call);
-    void TellSkipped();
+    void Stop();
+    void StopAll();
 
-    std::ostream& out;
-    bool quiet;
-    std::string place;
-    size_t held = 0;
-    size_t failed = 0;
+    std::string heading; ///< of each line; empty for the script's own host
     size_t acceptedProblems = 0;
-
-    // Of the calls into the host that follow one into the plug-in, the first are printed.
-    static constexpr long maxCallsPrinted = 40;
-    long callsPrinted = 0;
-    long lastProcess = 0; ///< the one that the last line was about
-    long callsSkipped = 0;
+    long lastProcess = 1; ///< in which the last crossing that was printed happened
 };

@@ -1,5 +1,7 @@
 #include "testhost/app/ResourceText.h"
 
+#include "testhost/app/FormText.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -268,7 +270,9 @@ void AddResourceLine(Words& words, ResourceBytes& resource) {
             return;
         }
     }
-    TakeFields(words, resource);
+    if (!TakeFormLine(words, resource)) {
+        TakeFields(words, resource);
+    }
 }
 
 unsigned long TakeResourceType(Words& words) {
@@ -301,4 +305,5 @@ void PrintResourceHelp(std::ostream& out) {
     for (const FieldKind& kind : fieldKinds) {
         PrintLine(out, kind.name, kind.usage, kind.help);
     }
+    PrintFormHelp(out);
 }

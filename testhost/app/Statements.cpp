@@ -1,6 +1,10 @@
 #include "host/Selectors.h"
+#include "testhost/app/AreaStatements.h"
 #include "testhost/app/DatabaseStatements.h"
+#include "testhost/app/DialogStatements.h"
 #include "testhost/app/LanguageStatements.h"
+#include "testhost/app/NetworkStatements.h"
+#include "testhost/app/Pictures.h"
 #include "testhost/app/Player.h"
 #include "testhost/app/Script.h"
 #include "testhost/app/Values.h"
@@ -139,31 +143,61 @@ struct CommandCall {
     bool checksResult; // false: any value of the kind will do
 };
 
-void PlayCall(Player& player, const CommandCall& call) {
-    if (!player.session.IsStarted()) {
-        return FailNotStarted(player);
-    }
-    const HostOptions& options = player.host.options;
-    player.arguments = std::make_unique<Arguments>(call.parameters,
-                                                   options.callerCompiled || options.hostCompiled);
-    player.result = player.session.Call(call.command, *player.arguments, call.result.kind);
-    if (player.result.kind != ValueKind::None) {
-        player.Note("result: " + Describe(player.result));
+// Says what became of a call, and whether it is what it had to be.
+void ReportCall(Player& player, const CommandCall& call, const Arguments& arguments,
+                const TypedValue& result) {
+    if (result.kind != ValueKind::None) {
+        player.Note("result: " + Describe(result));
     }
     for (size_t number = 1; number <= call.parameters.size(); ++number) {
-        TypedValue now = player.arguments->At(number);
+        TypedValue now = arguments.At(number);
         if (now != call.parameters[number - 1]) {
             player.Note("parameter " + std::to_string(number) + ": " + Describe(now));
         }
     }
     if (call.checksResult) {
-        player.Expect(player.result == call.result, Describe(call.result), Describe(player.result));
-    } else if (call.result.kind == ValueKind::None && player.result.kind != ValueKind::None) {
+        player.Expect(result == call.result, Describe(call.result), Describe(result));
+    } else if (call.result.kind == ValueKind::None && result.kind != ValueKind::None) {
         player.Fail("the command has a result; say of which kind with ->");
     }
 }
 
-Action ParseCall(Words& words) {
+bool HasCompiledPointers(const Player& player) {
+    return player.host.options.callerCompiled || player.host.options.hostCompiled;
+}
+
+void PlayCall(Player& player, const CommandCall& call) {
+    if (!player.session.IsStarted()) {
+        return FailNotStarted(player);
+    }
+    player.arguments = std::make_unique<Arguments>(call.parameters, HasCompiledPointers(player));
+    player.result = player.session.Call(call.command, *player.arguments, call.result.kind);
+    ReportCall(player, call, *player.arguments, player.result);
+}
+
+// The same in a process of its own: the script goes on, and the processes run when it lets them.
+void PlayInBackground(Player& player, const CommandCall& call) {
+    if (!player.session.IsStarted()) {
+        return FailNotStarted(player);
+    }
+    constexpr long stackSize = 256 * 1024;
+    const std::string place = player.stage.place;
+    const std::string name = "Command " + std::to_string(call.command);
+    const long number = player.host.StartProcess(name, stackSize, [&player, call, place] {
+        Arguments arguments(call.parameters, HasCompiledPointers(player));
+        const TypedValue result = player.session.Call(call.command, arguments, call.result.kind);
+        const std::string now = std::exchange(player.stage.place, place);
+        player.Note("command " + std::to_string(call.command) + " of process " +
+                    std::to_string(player.host.currentProcess) + " is done");
+        ReportCall(player, call, arguments, result);
+        player.stage.place = now;
+    });
+    if (number == 0) {
+        player.Fail("there is no memory for the process");
+    }
+}
+
+CommandCall TakeCall(Words& words) {
     CommandCall call{.command = words.TakeNumber("a command number", -0x8000, 0x7FFF),
                      .parameters = {},
                      .result = {},
@@ -187,7 +221,18 @@ Action ParseCall(Words& words) {
             call.result = TakeValueOf(call.result.kind, words);
         }
     }
-    return [call](Player& player) { PlayCall(player, call); };
+    return call;
+}
+
+Action ParseCall(Words& words) {
+    return [call = TakeCall(words)](Player& player) { PlayCall(player, call); };
+}
+
+Action ParseBackground(Words& words) {
+    if (!words.TakeIf("call")) {
+        throw ScriptError("expected 'call'");
+    }
+    return [call = TakeCall(words)](Player& player) { PlayInBackground(player, call); };
 }
 
 template <bool HostOptions::*Option>
@@ -422,7 +467,7 @@ Action ParseExpectField(Words& words, bool sent) {
         if (field->Size(call->IsEngine()) == 0) {
             return player.Expect(false, what, "a classic call, which has no such field");
         }
-        std::string got = field->Text(sent ? call->before : call->after, call->IsEngine());
+        std::string got = call->FieldText(*field, sent ? call->before : call->after);
         player.Expect(got == expected, what, got);
     };
 }
@@ -551,8 +596,40 @@ constexpr Choice expectations[] = {
     {"alert", "\"text\"", "the host has shown this alert since the plug-in was last entered",
      ParseExpectAlert},
     {"confirm", "\"text\"", "this confirmation box", ParseExpectConfirm},
+    {"dialog", "STATE", "the last dialog, after its last turn or when it closed",
+     ParseExpectDialog},
+    {"area", "\"Name\" ANSWER", "what an area made of its last event", ParseExpectArea},
     {"problems", "N", "so many since the last such line; they count no more", ParseExpectProblems},
 };
+
+constexpr Choice userChoices[] = {
+    {"type", R"("object" "text")", "into a field", ParseUserType},
+    {"click", "\"object\"", "a button, a check box or anything else", ParseUserClick},
+    {"choose", "\"list\" ROW", "a row of a list, from 1; 0 for none", ParseUserChoose},
+    {"check", "\"box\" on|off|mixed", "a check box", ParseUserCheck},
+    {"page", "N", "goes to a page", ParseUserPage},
+    {"drag", R"("object" "object")", "from the one to the other", ParseUserDrag},
+    {"validate", "", "presses Return", ParseUserValidate},
+    {"cancel", "", "presses Escape, as for want of actions", ParseUserCancel},
+    {"area", "\"object\" event EVENT", "is no turn: an area of the dialog gets an event",
+     ParseUserArea},
+    {"sees", "STATE", "is no turn: an expectation of what is there before the next one",
+     ParseUserSees},
+    {"picture", "\"name\"", "is no turn either: a picture of what is there, as below",
+     ParseUserPicture},
+};
+
+// Only explained here: the area's name stands in front of these words.
+constexpr Choice areaChoices[] = {
+    {"create", "command N [rect T L B R] [table N] [page N] [list] [printing]",
+     "its events go to this command", nullptr},
+    {"event", "EVENT", "an event, whose answer the transcript shows", nullptr},
+    {"delete", "", "its last event", nullptr},
+};
+
+Action ParseUser(Words& words) {
+    return ParseChoice(userChoices, words);
+}
 
 Action ParseAnswer(Words& words) {
     return ParseChoice(answerChoices, words);
@@ -591,12 +668,17 @@ const StatementRow statements[] = {
     {{"call", "N [KIND VALUE]... [-> KIND [VALUE]]",
       "calls command N; -> long takes any long for a result", ParseCall},
      {}},
+    {{"background", "call ...", "the same in a process of its own, which `run` lets run",
+      ParseBackground},
+     {}},
     {{"database", "\"FILE\"", "gives the host the tables of a file beside the script",
       ParseDatabaseStatement},
      {}},
     {{"method", R"("Name" "SOURCE")", "the database has a method; \\r ends its lines", ParseMethod},
      {}},
     {{"answer", "...", "what the user does next", ParseAnswer}, answerChoices},
+    {{"user", "...", "what the user does in the next turn of a dialog", ParseUser}, userChoices},
+    {{"area", "\"Name\" ...", "an area in a form of the host", ParseArea}, areaChoices},
     {{"process", "...", "starts and ends processes of the host", ParseProcess}, processChoices},
     {{"event", "process N|\"Name\" WHAT MESSAGE [WHEN V H MODIFIERS]",
       "puts an event into a process's queue; it happens now unless WHEN says otherwise",
@@ -605,12 +687,27 @@ const StatementRow statements[] = {
     {{"run", "[ticks N]",
       "lets the processes run until they have come to rest, or for N ticks (1/60 s)", ParseRun},
      {}},
+    {{"host", "\"Name\" role server|client [version V]",
+      "a further host with a copy of the plug-in; what follows concerns it", ParseHostStatement},
+     {}},
+    {{"on", "\"Name\"", "what follows concerns this host", ParseOn}, {}},
+    {{"connect", "\"Name\" [refused]", "a client comes to the server, which lets it in or not",
+      ParseConnect},
+     {}},
+    {{"disconnect", "\"Name\"", "a client leaves the server", ParseDisconnect}, {}},
+    {{"network", "pass|delay TICKS|drop CODE|cut BYTES|corrupt SEED",
+      "what happens to the next request of a client; said several times, to those after it",
+      ParseNetwork},
+     {}},
     {{"window", "...", "opens and closes windows of the host", ParseWindow}, windowChoices},
     {{"set", "...", "changes the host", ParseSet}, settings},
     {{"fail", "NAME CODE", "the next such call into the host only answers this result code",
       ParseFail},
      {}},
     {{"expect", "...", "states what has to be so", ParseExpect}, expectations},
+    {{"picture", "\"name\"", "saves the frontmost window as name.png where --pictures says",
+      ParsePicture},
+     {}},
     {{"echo", "\"text\"", "prints the text", ParseEcho}, {}},
     {{"show", "\"PATH\"", "prints a text file", ParseShow}, {}},
 };
@@ -683,5 +780,15 @@ void PrintLanguageHelp(std::ostream& out) {
         PrintLine(out, 2, std::string(kind.usage), kind.help);
     }
     out << "\nNAME is the name of a host call and FIELD a field of its record, both as the\n"
-           "transcript shows them. A field's value is a number or a string.\n";
+           "transcript shows them. A field's value is a number or a string.\n"
+           "STATE of a dialog: validated, cancelled, page N, title \"...\"; or an object's name "
+           "and\n"
+           "value KIND VALUE, title \"...\", rows \"...\"..., chosen ROW, enabled, disabled, "
+           "visible,\n"
+           "invisible, editable or locked.\n"
+           "EVENT of an area: a code, or one of\n"
+        << DescribeAreaWords()
+        << ";\nbehind it message N, at V H, time N, modifiers N, rect TOP LEFT BOTTOM RIGHT.\n"
+           "ANSWER: message N, time N, modifiers N, draws \"...\" (as the transcript says), draws "
+           "nothing.\n";
 }

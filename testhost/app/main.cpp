@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <io.h>
 #include <iostream>
@@ -30,6 +31,7 @@ constexpr std::string_view usage =
     "    --version V              host version, 6.0 to 12.x (11.3 when not given)\n"
     "    --role single|client|server\n"
     "    --database FILE          tables and records that the host has from the start\n"
+    "    --pictures DIR           where the script's pictures of windows go, as PNG files\n"
     "    --strict                 unlocked handles move with every memory call\n"
     "    --quiet                  prints failed expectations and problems only\n"
     "    --resources FILE         the plug-in's resource file; when not given, PLUGIN.rsrc beside\n"
@@ -48,6 +50,7 @@ struct Options {
     std::string script;
     std::string resources; ///< empty: those beside the plug-in
     std::string database;  ///< empty: none
+    std::string pictures;  ///< folder; empty: none are made
     HostOptions host;
     bool strict = false;
     bool quiet = false;
@@ -93,6 +96,8 @@ Options ParseOptions(const std::vector<std::string>& words) {
             options.resources = argument();
         } else if (word == "--database") {
             options.database = argument();
+        } else if (word == "--pictures") {
+            options.pictures = argument();
         } else if (word == "--strict") {
             options.strict = true;
         } else if (word == "--quiet") {
@@ -135,10 +140,14 @@ std::string ResourcesBeside(const std::string& plugin) {
     return plugin.substr(0, hasExtension ? dot : plugin.size()) + ".rsrc";
 }
 
+std::string ResourcesOf(const Options& options) {
+    return options.resources.empty() ? ResourcesBeside(options.plugin) : options.resources;
+}
+
 // Opens the plug-in's resources and answers their reference number; 0 when it has none.
 short OpenResources(const Options& options) {
     const bool asked = !options.resources.empty();
-    const std::string file = asked ? options.resources : ResourcesBeside(options.plugin);
+    const std::string file = ResourcesOf(options);
     short refNum = 0;
     const OSErr error = ToolboxOpenResFile(file.c_str(), &refNum);
     if (error == ResultCode::FileNotFound && !asked) {
@@ -204,6 +213,14 @@ NIMBO_REALIGN void OnAbort(int) {
     ReportCrash("the plug-in ended the program (abort, or an exception that nobody caught)");
 }
 
+void MakePictureFolder(const std::string& folder) {
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (!folder.empty() && !std::filesystem::is_directory(folder, error)) {
+        throw ScriptError("the folder " + folder + " for pictures cannot be made");
+    }
+}
+
 int Run(const std::vector<std::string>& words) {
     Options options = ParseOptions(words);
     Script script = ReadScript(options.script);
@@ -219,6 +236,7 @@ int Run(const std::vector<std::string>& words) {
     if (!script.errors.empty() || !database.errors.empty()) {
         return wrongUse;
     }
+    MakePictureFolder(options.pictures);
     ToolboxSetStrict(options.strict ? 1 : 0);
     PluginLibrary library(options.plugin);
     options.host.pluginResFile = OpenResources(options);
@@ -227,6 +245,9 @@ int Run(const std::vector<std::string>& words) {
     Session session(host, library.Entries());
     Player player(session, std::cout, options.quiet);
     player.libraryFolder = library.Folder();
+    player.stage.plugin = options.plugin;
+    player.stage.resources = options.host.pluginResFile != 0 ? ResourcesOf(options) : "";
+    player.stage.pictures = options.pictures;
     playing = &player;
     bool good = player.Play(script);
     playing = nullptr;

@@ -197,3 +197,58 @@ void AddArrayParts(ValueKind kind, const ArrayBlock& array, BlockParts& parts) {
 long ElementsHeld(ValueKind kind, Handle storage) {
     return static_cast<long>(Places(kind, LiveContents(storage)).count) - 1;
 }
+
+std::optional<TypedValue> FetchElement(ValueKind kind, const ArrayBlock& array, long index,
+                                       const ValueLayout& layout) {
+    const std::string contents = HandleContents(array.elements);
+    const ElementPlaces places = Places(kind, contents);
+    if (index < 0 || static_cast<size_t>(index) >= LivingElements(places, array)) {
+        return std::nullopt;
+    }
+    return FetchElement(kind, places.At(contents, static_cast<size_t>(index)), layout);
+}
+
+bool ReplaceElement(ValueKind kind, ArrayBlock& array, long index, const TypedValue& element,
+                    const ValueLayout& layout) {
+    std::string contents = HandleContents(array.elements);
+    ElementPlaces places = Places(kind, contents);
+    const auto place = static_cast<size_t>(index);
+    BlockParts former;
+    if (place < places.count) {
+        AddElementParts(kind, places.At(contents, place), former);
+    } else {
+        contents.resize(places.start + (place + 1) * places.size);
+        SetHandleSize(array.elements, static_cast<Size>(contents.size()));
+        if (MemError() != 0) {
+            return false;
+        }
+    }
+    std::string bytes(places.size, '\0');
+    StoreElement(element, layout, {reinterpret_cast<unsigned char*>(bytes.data()), bytes.size()});
+    contents.replace(places.start + place * places.size, places.size, bytes);
+    BlockMove(contents.data(), *array.elements, static_cast<Size>(contents.size()));
+    array.count = std::max(array.count, index);
+    FreeParts(former, layout);
+    return true;
+}
+
+void RemoveElements(ValueKind kind, ArrayBlock& array, long from, long count,
+                    const ValueLayout& layout) {
+    std::string contents = HandleContents(array.elements);
+    const ElementPlaces places = Places(kind, contents);
+    const auto living = static_cast<long>(LivingElements(places, array));
+    if (from < 1 || count < 1 || from >= living) {
+        return;
+    }
+    count = std::min(count, living - from);
+    BlockParts removed;
+    for (long place = from; place < from + count; ++place) {
+        AddElementParts(kind, places.At(contents, static_cast<size_t>(place)), removed);
+    }
+    contents.erase(places.start + static_cast<size_t>(from) * places.size,
+                   static_cast<size_t>(count) * places.size);
+    BlockMove(contents.data(), *array.elements, static_cast<Size>(contents.size()));
+    SetHandleSize(array.elements, static_cast<Size>(contents.size()));
+    array.count -= count;
+    FreeParts(removed, layout);
+}

@@ -1,8 +1,11 @@
 #include "testhost/engine/CallLog.h"
 
 #include "testhost/engine/RecordFields.h"
+#include "testhost/engine/TypedValue.h"
+#include "ui/DialogOperations.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 bool IsZero(std::span<const unsigned char> bytes) {
@@ -26,19 +29,42 @@ size_t BytesInUse(const RecordFieldInfo& field, std::span<const unsigned char> r
 
 // "name = value" for every field that `picked` accepts.
 template <typename Picked>
-std::string FieldList(std::span<const unsigned char> record, bool engine, Picked picked) {
+std::string FieldList(const LoggedCall& call, std::span<const unsigned char> record,
+                      Picked picked) {
+    const bool engine = call.IsEngine();
     std::string list;
     for (const RecordFieldInfo& field : RecordFields()) {
         size_t offset = field.Offset(engine);
         size_t size = BytesInUse(field, record, engine);
         if (size > 0 && picked(offset, size)) {
             list += list.empty() ? "" : ", ";
-            list += std::string(field.name) + " = " + field.Text(record, engine);
+            list += std::string(field.name) + " = " + call.FieldText(field, record);
         }
     }
     return list;
 }
 } // namespace
+
+// Classic dialog operations have names that end with a zero byte, and 80-bit reals.
+std::string LoggedCall::FieldText(const RecordFieldInfo& field,
+                                  std::span<const unsigned char> record) const {
+    const bool special =
+        kind == Kind::Classic && std::ranges::any_of(DialogOperations, [&](const auto& operation) {
+            return operation.selector.name == name;
+        });
+    const std::span<const unsigned char> bytes =
+        record.subspan(field.Offset(IsEngine()), field.Size(IsEngine()));
+    if (special && field.bit == RecordField::Name) {
+        const auto* text = reinterpret_cast<const char*>(bytes.data());
+        return Quoted({text, strnlen(text, bytes.size())});
+    }
+    if (special && field.bit == RecordField::ValueReal) {
+        long double real = 0;
+        std::memcpy(&real, bytes.data(), bytes.size());
+        return ::Describe(RealValue(static_cast<double>(real)));
+    }
+    return field.Text(record, IsEngine());
+}
 
 const CallFields& LoggedCall::Shared(const std::vector<unsigned char>& record) const {
     if (IsEngine()) {
@@ -65,10 +91,10 @@ std::string LoggedCall::Describe() const {
     std::span answered(after);
     std::string text =
         name + " (" + std::to_string(selector) + (IsEngine() ? ", engine)" : ", classic)");
-    std::string inputs = FieldList(sent, IsEngine(), [&](size_t offset, size_t size) {
+    std::string inputs = FieldList(*this, sent, [&](size_t offset, size_t size) {
         return !IsZero(sent.subspan(offset, size));
     });
-    std::string outputs = FieldList(answered, IsEngine(), [&](size_t offset, size_t size) {
+    std::string outputs = FieldList(*this, answered, [&](size_t offset, size_t size) {
         return !std::ranges::equal(sent.subspan(offset, size), answered.subspan(offset, size));
     });
     if (!inputs.empty()) {

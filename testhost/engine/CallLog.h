@@ -4,9 +4,12 @@
 
 #include <deque>
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
+
+struct RecordFieldInfo;
 
 /// One crossing of the boundary between host and plug-in.
 struct LoggedCall {
@@ -38,6 +41,9 @@ struct LoggedCall {
     const unsigned char* ValueTextSent() const { return ValueText(before); }
     const unsigned char* ValueTextAnswered() const { return ValueText(after); }
 
+    /// A field of the record `before` or `after` for a person to read.
+    std::string FieldText(const RecordFieldInfo& field,
+                          std::span<const unsigned char> record) const;
     /// One line: selector, non-zero fields as sent, then the fields that the host changed.
     /// "CurrentProcess (-91, engine)  → param1 = 1"
     std::string Describe() const;

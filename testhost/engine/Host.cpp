@@ -1,10 +1,13 @@
 #include "testhost/engine/Host.h"
 
+#include "platform/Toolbox.h"
+#include "testhost/engine/Network.h"
 #include "testhost/toolbox/Control.h"
 
 #include <cctype>
 #include <cstring>
 #include <fstream>
+#include <span>
 
 #include <windows.h>
 
@@ -37,14 +40,16 @@ constexpr const char* ownProcessNames[] = {
     "User/Custom Menus process", "Plug-in process", "Design process", "Cache manager",
     "Web server process",        "Client manager"};
 
-void AddProcessNames() {
+// Windows of the host's own that show one area have a title that begins with the second.
+constexpr const char* windowTitles[] = {"Design", "Plug-in area"};
+
+void AddStringList(short number, std::span<const char* const> strings) {
     constexpr OSType stringList = 0x53545223; // STR#
-    constexpr short processNames = 170;
-    std::string bytes{0, static_cast<char>(std::size(ownProcessNames))};
-    for (const std::string name : ownProcessNames) {
-        bytes += static_cast<char>(name.size()) + name;
+    std::string bytes{0, static_cast<char>(strings.size())};
+    for (const std::string string : strings) {
+        bytes += static_cast<char>(string.size()) + string;
     }
-    ToolboxAddResource(0, stringList, processNames, nullptr, bytes.data(),
+    ToolboxAddResource(0, stringList, number, nullptr, bytes.data(),
                        static_cast<long>(bytes.size()));
 }
 
@@ -95,17 +100,25 @@ std::string HostVersionText(unsigned short version) {
 
 HostWindow& WindowList::AddInFront(long process, short kind, bool visible) {
     HostWindow& window = windows.emplace_front();
-    // Plug-ins read three fields only: the rest holds rubbish, so that reading more shows.
+    // Plug-ins read few fields only: the rest holds rubbish, so that reading more shows.
     std::memset(&window.port, 0xA5, sizeof window.port);
     window.port.windowKind = kind;
     window.port.visible = visible ? 1 : 0;
     window.process = process;
     window.nativeWindow = FreshNativeWindow();
+    window.focusable = kind != WindowKind::Floating;
+    window.content = {sizeof(Region), {40, 8, 480, 640}};
+    window.contentMaster = &window.content;
+    window.port.contRgn = &window.contentMaster;
+    ToolboxForgetPort(&window.port); // of a window that was here before
     Chain();
     return window;
 }
 
 void WindowList::Remove(const GrafPort* port) {
+    if (HostWindow* const window = Find(port)) {
+        TEDispose(window->text);
+    }
     windows.remove_if([port](const HostWindow& window) { return &window.port == port; });
     Chain();
 }
@@ -124,8 +137,25 @@ void WindowList::BringToFront(long process) {
 }
 
 void WindowList::Clear() {
+    DisposeMethodTexts();
     windows.clear();
     Chain();
+}
+
+void WindowList::SetMethodText(HostWindow& window, std::string_view text) {
+    TEDispose(std::exchange(window.text, nullptr));
+    auto* const record = reinterpret_cast<TEHandle>(NewHandleClear(sizeof(TERec)));
+    Handle characters = nullptr;
+    PtrToHand(text.data(), &characters, static_cast<long>(text.size()));
+    (*record)->teLength = static_cast<short>(text.size());
+    (*record)->hText = characters;
+    window.text = record;
+}
+
+void WindowList::DisposeMethodTexts() {
+    for (HostWindow& window : windows) {
+        TEDispose(std::exchange(window.text, nullptr));
+    }
 }
 
 HostWindow* WindowList::Find(const void* port) {
@@ -153,7 +183,8 @@ Host::Host(HostOptions hostOptions)
     : options(std::move(hostOptions)),
       scheduler(options.scheduler != nullptr ? options.scheduler : std::make_shared<Scheduler>()) {
     scheduler->Join(*this);
-    AddProcessNames();
+    AddStringList(170, ownProcessNames);
+    AddStringList(163, windowTitles);
     // As with window records: words that nobody may rely on are rubbish.
     globals.fill(reinterpret_cast<void*>(0xA5A5A5A5));
     globals[windowListWord] = windows.Head();
@@ -167,6 +198,9 @@ Host::Host(HostOptions hostOptions)
 }
 
 Host::~Host() {
+    if (network != nullptr) {
+        network->Leave(*this);
+    }
     scheduler->Leave(*this);
 }
 

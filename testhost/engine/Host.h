@@ -2,8 +2,10 @@
 
 #include "host/Styles.h"
 #include "platform/Types.h"
+#include "testhost/engine/Areas.h"
 #include "testhost/engine/CallLog.h"
 #include "testhost/engine/Database.h"
+#include "testhost/engine/Dialogs.h"
 #include "testhost/engine/HostProcess.h"
 #include "testhost/engine/HostStrings.h"
 #include "testhost/engine/HostVariables.h"
@@ -24,6 +26,7 @@
 #include <utility>
 #include <vector>
 
+class Network;
 class Session;
 
 enum class Role { SingleUser, Client, Server };
@@ -69,9 +72,14 @@ inline constexpr short Floating = 14;
 } // namespace WindowKind
 
 struct HostWindow {
-    GrafPort port;     ///< the record that plug-ins see
-    long process;      ///< number of the process that owns it
-    long nativeWindow; ///< stands for the handle of a window of Windows; never 0, never twice
+    GrafPort port;           ///< the record that plug-ins see
+    long process;            ///< number of the process that owns it
+    long nativeWindow;       ///< stands for the handle of a window of Windows; never 0, never twice
+    bool focusable = true;   ///< floating windows are not, at first
+    TEHandle text = nullptr; ///< of a window of the method editor; platform handles
+    short currentLine = 0;   ///< in that text
+    Region content{};        ///< the region that the record refers to
+    Region* contentMaster = nullptr;
 };
 
 /// The host's windows, front to back, with the chain of records that plug-ins walk.
@@ -85,6 +93,10 @@ class WindowList {
     /// Brings the windows of a process in front of all others, in their order.
     void BringToFront(long process);
     void Clear();
+    /// Makes the window one of the method editor, with this text.
+    static void SetMethodText(HostWindow& window, std::string_view text);
+    /// Takes the texts of all windows away.
+    void DisposeMethodTexts();
     /// The window with this record; null when there is none.
     HostWindow* Find(const void* port);
     /// Front to back, from 0.
@@ -208,13 +220,17 @@ class Host {
     long currentProcess = 1;            ///< the process in which plug-in code runs
     long frontProcess = 1;
     const std::shared_ptr<Scheduler> scheduler; ///< runs the processes; its own, or its options'
+    Network* network = nullptr;     ///< that it serves or is connected to; null when there is none
     std::vector<Session*> sessions; ///< of its plug-ins; each enters and leaves by itself
     WindowList windows; ///< at first a regular window of process 1, with a floating one in front
+    const void* focusedWindow = nullptr; ///< record of the window with the keyboard focus
+    long updateContext = 0;              ///< drawing context of the update under way
     HostStrings strings{*this};
     HostPictures pictures{*this};
     CallLog log;
     Database database; ///< at first without tables
     Language language;
+    Areas areas{*this}; ///< of plug-ins, in dialogs
     Boxes boxes{*this};
     long printerProcess = 0; ///< the process that holds the printer; 0 when it is free
     bool tipsEnabled = true;
@@ -237,6 +253,7 @@ class Host {
     std::function<void()> onYield;
 
     HostVariables variables{*this}; // goes first: its values hold strings and pictures
+    Dialogs dialogs{*this};         // but after the dialogs, which hold variables and windows
 
   private:
     void PublishCommandNames() const;

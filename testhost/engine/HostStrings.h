@@ -48,7 +48,7 @@ class HostStrings {
 
     /// How many strings the plug-in, how many the host has to release.
     long Live() const { return Count(Owner::Plugin); }
-    long LiveOfHost() const { return Count(Owner::Host); }
+    long LiveOfHost() const { return Count(Owner::Host) + Count(Owner::Element); }
     /// Reports every string, living or lately released, whose units were written over.
     void Check();
 

@@ -67,6 +67,11 @@ size_t Count(const BlockParts& parts) {
     return parts.handles.size() + parts.strings.size() + parts.pictures.size();
 }
 
+bool IsArrayType(const ValueBlock& value) {
+    const ValueKind kind = BlockKind(value.type);
+    return kind == ValueKind::ArrayOfArrays || ElementKind(kind) != ValueKind::None;
+}
+
 bool SamePointer(const ValueBlock& a, const ValueBlock& b) {
     return a.type == ValueType::Pointer && b.type == ValueType::Pointer &&
            Handle{a.pointer} == Handle{b.pointer};
@@ -86,8 +91,7 @@ std::optional<std::string> LengthFault(const ValueBlock& value, bool hasEngine) 
         beyond(value.blob.size, size(value.blob.data))) {
         return "a BLOB or picture whose size is not in its handle";
     }
-    if ((kind == ValueKind::ArrayOfArrays || ElementKind(kind) != ValueKind::None) &&
-        beyond(value.array.count, ElementsHeld(kind, value.array.elements))) {
+    if (IsArrayType(value) && beyond(value.array.count, ElementsHeld(kind, value.array.elements))) {
         return "an array whose elements are not in its handle";
     }
     return std::nullopt;
@@ -141,7 +145,7 @@ void HostVariables::Set(long process, std::string_view name, const ValueBlock& v
     }
     variable->value = value;
     for (const FDStringBlock& string : parts.strings) {
-        host.strings.SetOwner(string, Owner::Host);
+        host.strings.SetOwner(string, IsArrayType(value) ? Owner::Element : Owner::Host);
     }
     for (const FDPictureBlock* picture : parts.pictures) {
         host.pictures.SetOwner(picture, Owner::Host);
@@ -160,6 +164,16 @@ void HostVariables::Set(long process, std::string_view name, const TypedValue& v
     if (HostVariable* variable = FindVariable(process, name)) {
         variable->shape = value;
     }
+}
+
+void HostVariables::Adopt(long process, std::string_view name, const ValueBlock& value) {
+    if (HostVariable* variable = FindVariable(process, name)) {
+        const std::vector<Handle> held = PartsOf(variable->value, Layout()).handles;
+        if (!held.empty() && ToolboxHandleOwner(held.front()) != 1) {
+            variable->value = {.type = variable->value.type, .filler = 0, .array = {}};
+        }
+    }
+    Set(process, name, value);
 }
 
 ValueBlock& HostVariables::Declare(long process, std::string_view name, ValueKind kind) {

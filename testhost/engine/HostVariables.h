@@ -49,6 +49,10 @@ class HostVariables {
     void Set(long process, std::string_view name, const ValueBlock& value);
     /// The same, from a value of any kind that lies in a value block.
     void Set(long process, std::string_view name, const TypedValue& value);
+    /// Sets a variable to what a plug-in hands over. Plug-ins work on the variable's own handles in
+    /// place: when one has disposed of the text, BLOB or storage that the variable had, that is
+    /// simply gone. What it disposed of without setting the variable anew shows at the next use.
+    void Adopt(long process, std::string_view name, const ValueBlock& value);
     /// The variable's value, an empty one of this kind unless it is of it already.
     ValueBlock& Declare(long process, std::string_view name, ValueKind kind);
     void Remove(long process, std::string_view name);

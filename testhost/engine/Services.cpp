@@ -37,9 +37,10 @@ const PreparedService& FindService(const SelectorPair& selector) {
     static const auto prepared = [] {
         std::map<std::string_view, const Service*> byName;
         for (auto part :
-             {DatabaseServices(), EnvironmentServices(), FormatServices(), LanguageServices(),
-              MemoryServices(), PictureServices(), ProcessServices(), ResourceServices(),
-              TextServices(), UserServices(), VariableServices(), WindowServices()}) {
+             {AreaServices(), DatabaseServices(), DialogServices(), EnvironmentServices(),
+              FormatServices(), LanguageServices(), MemoryServices(), PictureServices(),
+              ProcessServices(), ResourceServices(), ServerServices(), TextServices(),
+              UserServices(), VariableServices(), WindowServices()}) {
             for (const Service& service : part) {
                 byName[service.selector.name] = &service;
             }

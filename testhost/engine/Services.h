@@ -33,13 +33,16 @@ struct Service {
     void (*receive)(ServiceCall& call) = nullptr;       ///< runs first, also when the call fails
 };
 
+std::span<const Service> AreaServices();
 std::span<const Service> DatabaseServices();
+std::span<const Service> DialogServices();
 std::span<const Service> EnvironmentServices();
 std::span<const Service> FormatServices();
 std::span<const Service> LanguageServices();
 std::span<const Service> MemoryServices();
 std::span<const Service> PictureServices();
 std::span<const Service> ProcessServices();
+std::span<const Service> ServerServices();
 std::span<const Service> TextServices();
 std::span<const Service> UserServices();
 std::span<const Service> ResourceServices();

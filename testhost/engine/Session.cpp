@@ -160,16 +160,23 @@ void Session::CollectToolboxProblems() {
 }
 
 void Session::ReportLeaks() {
-    host.variables.Clear(); // what they hold is not the plug-in's
+    ReportHostLeaks();
     ToolboxCheckAll();
     CollectToolboxProblems();
-    host.strings.Check();
-    host.pictures.Check();
     const LiveBlocks now = CountLiveBlocks();
     ReportLeak(now.handles - before.handles, "handle", "made", "alive");
     ReportLeak(now.hostHandles - before.hostHandles, "host handle", "made", "alive");
     ReportLeak(now.pointers - before.pointers, "pointer", "made", "alive");
     ReportLeak(now.files - before.files, "file", "opened", "open");
+}
+
+void Session::ReportHostLeaks() {
+    host.dialogs.ReportLeaks();
+    host.variables.Clear(); // what they hold is not the plug-in's
+    host.windows.DisposeMethodTexts();
+    host.strings.Check();
+    host.pictures.Check();
+    const LiveBlocks now = CountLiveBlocks();
     ReportLeak(now.strings - before.strings, "host string", "taken", "alive");
     ReportLeak(now.pictures - before.pictures, "picture", "taken", "alive");
     ReportLeak(now.bitmaps - before.bitmaps, "native bitmap", "taken", "alive");

@@ -55,6 +55,9 @@ class Session {
     /// and strings and pictures of the host that are the plug-in's to release, which are alive and
     /// files that are open nevertheless, and problems that the toolbox noticed in the meantime.
     void ReportLeaks();
+    /// The part of that which concerns the host alone, not the toolbox that all hosts share: what
+    /// is left to report of a further host.
+    void ReportHostLeaks();
 
     Host& host;
 

@@ -4,6 +4,7 @@
 #include "testhost/engine/TypedValue.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -61,6 +62,17 @@ TypedValue FetchArray(ValueKind kind, const ArrayBlock& array, const ValueLayout
 void AddArrayParts(ValueKind kind, const ArrayBlock& array, BlockParts& parts);
 /// How many elements the storage holds besides element 0; -1 when not even that.
 long ElementsHeld(ValueKind kind, Handle storage);
+
+/// Element `index`, from 0; nothing when the array does not have it.
+std::optional<TypedValue> FetchElement(ValueKind kind, const ArrayBlock& array, long index,
+                                       const ValueLayout& layout);
+/// Replaces element `index` and frees what the former one owned; the array grows so that it has the
+/// element. `element` is to be of the array's element kind. False without memory.
+bool ReplaceElement(ValueKind kind, ArrayBlock& array, long index, const TypedValue& element,
+                    const ValueLayout& layout);
+/// Takes `count` elements out of an array, from `from` (1 or above) on, as far as there are any.
+void RemoveElements(ValueKind kind, ArrayBlock& array, long from, long count,
+                    const ValueLayout& layout);
 
 // --- Handles and host strings ----------------------------------------------------------------
 

@@ -5,6 +5,11 @@
 #include <cstring>
 
 namespace {
+// In place of a process: while a dialog runs its variables come first.
+long CurrentVariables(Host& host) {
+    return host.dialogs.VariablesOf(host.currentProcess);
+}
+
 std::string NameOf(const ServiceCall& call) {
     return {reinterpret_cast<const char*>(call.fields.name) + 1, call.fields.name[0]};
 }
@@ -78,7 +83,7 @@ void SetVariable(ServiceCall& call, long process, const char* service) {
         (options.callerCompiled || options.hostCompiled)) {
         return;
     }
-    variables.Set(process, name, value);
+    variables.Adopt(process, name, value);
     call.fields.error = ResultCode::NoError;
 }
 
@@ -88,11 +93,11 @@ constexpr auto writeInputs = readInputs | RecordField::VariableFlag;
 constexpr Service services[] = {
     {Select("GetProcessVariable"), readInputs,
      [](ServiceCall& call) {
-         GetVariable(call, call.host.currentProcess, "selector 19 (GetProcessVariable)", true);
+         GetVariable(call, CurrentVariables(call.host), "selector 19 (GetProcessVariable)", true);
      }},
     {Select("GetVariable"), readInputs,
      [](ServiceCall& call) {
-         GetVariable(call, call.host.currentProcess, "selector -19 (GetVariable)", false);
+         GetVariable(call, CurrentVariables(call.host), "selector -19 (GetVariable)", false);
      }},
     {Select("GetVariableIP"), readInputs,
      [](ServiceCall& call) {
@@ -104,11 +109,11 @@ constexpr Service services[] = {
      }},
     {Select("SetProcessVariable"), writeInputs,
      [](ServiceCall& call) {
-         SetVariable(call, call.host.currentProcess, "selector 20 (SetProcessVariable)");
+         SetVariable(call, CurrentVariables(call.host), "selector 20 (SetProcessVariable)");
      }},
     {Select("SetVariable"), writeInputs,
      [](ServiceCall& call) {
-         SetVariable(call, call.host.currentProcess, "selector -20 (SetVariable)");
+         SetVariable(call, CurrentVariables(call.host), "selector -20 (SetVariable)");
      }},
     {Select("SetVariableIP"), writeInputs,
      [](ServiceCall& call) {

@@ -2,6 +2,7 @@
 
 #include "platform/ResultCodes.h"
 #include "testhost/toolbox/Catalog.h"
+#include "testhost/toolbox/Drawing.h"
 #include "testhost/toolbox/Heap.h"
 #include "testhost/toolbox/OpenFiles.h"
 #include "testhost/toolbox/ResourceFiles.h"
@@ -34,6 +35,7 @@ void ToolboxReset() {
     TheOpenFiles().Reset();
     TheFinderInfos().Reset();
     TheResourceFiles().Reset();
+    TheDrawing().Reset();
 }
 
 void ToolboxSetStrict(unsigned char strict) {

@@ -3,6 +3,24 @@
 #include "platform/CallingConvention.h"
 #include "platform/Types.h"
 
+/// What was drawn.
+namespace DrawnKind {
+inline constexpr short Erase = 0;
+inline constexpr short Text = 1;
+inline constexpr short ArrowCursor = 2; ///< the arrow was shown
+inline constexpr short Paint = 3;       ///< a rectangle was filled
+inline constexpr short Frame = 4;       ///< a line was drawn around it
+inline constexpr short Line = 5;        ///< from the pen to the rectangle's bottom right
+} // namespace DrawnKind
+
+struct DrawnOperation {
+    short kind;
+    Rect rect;      ///< what was erased, filled or framed
+    Point pen;      ///< where a text or a line begins
+    Str255 text;    ///< Pascal string
+    RGBColor color; ///< in which, that of the background for what was erased
+};
+
 // How tests and the stand-in host steer and question the stand-in toolbox library. Plug-ins do
 // not see these calls: they are missing from the list of names that plug-ins import.
 //
@@ -104,4 +122,23 @@ TOOLBOX_CALL void ToolboxRemoveResFile(short refNum);
 /// size, no bytes or too long a name.
 TOOLBOX_CALL OSErr ToolboxAddResource(short refNum, OSType type, short id, const char* name,
                                       const void* bytes, long size);
+
+// Drawing. Nothing is painted: what was drawn in a port is kept, the last 10,000 operations, and so
+// are the rectangles that are to be drawn again. A port is known by its address, and nothing in it
+// is looked at. Characters are 6 pixels wide. Fonts have their classic numbers, others get some
+// from 256 on.
+
+TOOLBOX_CALL long ToolboxDrawnCount(const GrafPort* port);
+/// Copies operation `index` (from 0, oldest first) of a port; 0 when there is none.
+TOOLBOX_CALL unsigned char ToolboxDrawn(const GrafPort* port, long index,
+                                        DrawnOperation* operation);
+/// The same for the invalid rectangles.
+TOOLBOX_CALL long ToolboxInvalidCount(const GrafPort* port);
+TOOLBOX_CALL unsigned char ToolboxInvalidRect(const GrafPort* port, long index, Rect* rect);
+/// Forgets all of this, the title too, as when a window is closed or was drawn anew.
+TOOLBOX_CALL void ToolboxForgetPort(const GrafPort* port);
+/// What GetWTitle answers; at first no window has a title.
+TOOLBOX_CALL void ToolboxSetWindowTitle(const GrafPort* window, const unsigned char* title);
+/// What GetDblTime answers; 30 when nothing is said.
+TOOLBOX_CALL void ToolboxSetDoubleClickTime(unsigned long ticks);
 }

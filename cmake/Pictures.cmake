@@ -1,0 +1,24 @@
+# What the stand-in host makes pictures of windows with, from the distribution: `stb`, header-only
+# libraries that write PNG files and rasterise letters, and NIMBO_FONT_OBJECT, an object file with
+# the bytes of a font, so that the program needs no file when it runs. No plug-in has either.
+
+find_path(NIMBO_STB_DIR stb_truetype.h PATHS /usr/include/stb NO_DEFAULT_PATH
+          NO_CMAKE_FIND_ROOT_PATH)
+find_path(NIMBO_FONT_DIR DejaVuSans.ttf PATHS /usr/share/fonts/truetype/dejavu NO_DEFAULT_PATH
+          NO_CMAKE_FIND_ROOT_PATH)
+if(NOT NIMBO_STB_DIR OR NOT NIMBO_FONT_DIR)
+    message(FATAL_ERROR "The stb libraries or the DejaVu fonts are missing; run scripts/setup")
+endif()
+
+add_library(stb INTERFACE)
+target_include_directories(stb SYSTEM INTERFACE ${NIMBO_STB_DIR})
+
+# The linker names the symbols after the file: binary_DejaVuSans_ttf_start.
+set(NIMBO_FONT_OBJECT ${CMAKE_BINARY_DIR}/DejaVuSans${CMAKE_CXX_OUTPUT_EXTENSION})
+add_custom_command(
+    OUTPUT ${NIMBO_FONT_OBJECT}
+    COMMAND ${CMAKE_LINKER} -r -b binary -o ${NIMBO_FONT_OBJECT} DejaVuSans.ttf
+    WORKING_DIRECTORY ${NIMBO_FONT_DIR}
+    DEPENDS ${NIMBO_FONT_DIR}/DejaVuSans.ttf
+    COMMENT "Putting the font into an object file"
+    VERBATIM)

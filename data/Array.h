@@ -1,0 +1,192 @@
+#pragma once
+
+#include "data/TextBlock.h"
+#include "data/ValueBlock.h"
+#include "platform/Types.h"
+
+#include <span>
+
+#pragma pack(push, 2)
+
+/// One row of a two-dimensional array, as its storage holds it.
+struct ArrayRow {
+    unsigned char type; ///< ValueType of a one-dimensional array
+    unsigned char filler;
+    ArrayBlock array;
+};
+
+/// A host array in place: it has the layout of the host's typed value, so that a value read from a
+/// variable is worked on as it is (Of) and written back.
+///
+/// The storage holds the elements 0 to the count. A wrong index, or a type other than the one that
+/// an element call is for, is no error: reads leave the output zero, writes do nothing. The count
+/// comes from the host and is not trusted: nothing outside the storage is touched.
+class CArray {
+  public:
+    /// No array.
+    CArray() = default;
+    /// A new array of this type, with element 0 only. String arrays get slots for 255 characters.
+    explicit CArray(long type);
+    /// Disposes of the storage, but not of what its elements own: SetArraySize(0) does that, and
+    /// leaves element 0.
+    ~CArray();
+    CArray(const CArray&) = delete;
+    CArray& operator=(const CArray&) = delete;
+
+    /// A value read from the host seen as an array. The value keeps its storage.
+    static CArray& Of(ValueBlock& value) { return reinterpret_cast<CArray&>(value); }
+    /// The whole record, to be filled from or written back to the host.
+    ValueBlock& Value() { return fValue; }
+    /// Leaves the storage to its owner, the host: the record is zeroed, nothing is disposed of.
+    void Forget();
+
+    short GetType() const { return fValue.type; }
+    bool IsUndefined() const { return fValue.type == ValueType::Undefined; }
+    bool IsArrayInteger() const { return fValue.type == ValueType::IntegerArray; }
+    bool IsArrayLongint() const { return fValue.type == ValueType::LongArray; }
+    bool IsArrayReal() const { return fValue.type == ValueType::RealArray; }
+    bool IsArrayText() const { return fValue.type == ValueType::TextArray; }
+    bool IsArrayPicture() const { return fValue.type == ValueType::PictureArray; }
+    bool IsArrayDate() const { return fValue.type == ValueType::DateArray; }
+    bool IsArrayBoolean() const { return fValue.type == ValueType::BooleanArray; }
+    bool IsArrayArray() const { return fValue.type == ValueType::ArrayOfArrays; }
+    bool IsArrayString() const { return fValue.type == ValueType::StringArray; }
+    bool IsArrayUnicode() const { return fValue.type == ValueType::UnicodeTextArray; }
+    bool IsArray() const { return IsArrayType(fValue.type); }
+
+    /// Type of the rows of a two-dimensional array, which is that of row 0; 0 for other arrays.
+    short Get2DType() const;
+    bool Is2DArrayInteger() const { return Get2DType() == ValueType::IntegerArray; }
+    bool Is2DArrayLongint() const { return Get2DType() == ValueType::LongArray; }
+    bool Is2DArrayReal() const { return Get2DType() == ValueType::RealArray; }
+    bool Is2DArrayText() const { return Get2DType() == ValueType::TextArray; }
+    bool Is2DArrayPicture() const { return Get2DType() == ValueType::PictureArray; }
+    bool Is2DArrayDate() const { return Get2DType() == ValueType::DateArray; }
+    bool Is2DArrayBoolean() const { return Get2DType() == ValueType::BooleanArray; }
+    bool Is2DArrayArray() const { return Get2DType() == ValueType::ArrayOfArrays; }
+    bool Is2DArrayString() const { return Get2DType() == ValueType::StringArray; }
+    /// Whether this is a two-dimensional array whose rows are arrays.
+    bool Is2DArray() const { return IsArrayType(Get2DType()); }
+
+    /// Bytes of one element; 0 for no array. That of a string array is the size of its slots.
+    long GetElementSize() const { return ElementSize(Block(), fValue.type); }
+    /// Number of elements, without element 0; 0 for no array.
+    long GetArraySize() const { return IsArray() ? fValue.array.count : 0; }
+    /// Makes room for `size` elements. New ones are empty; what removed ones own is released. The
+    /// current index becomes 0 when it lies beyond the end. -50 for a negative size, or the
+    /// platform's memory error, and then the count is as it was.
+    long SetArraySize(long size) { return _SetArraySize(Block(), fValue.type, size); }
+    /// The selected element, kept in 16 bits.
+    long GetCurrentIndex() const { return fValue.array.currentIndex; }
+    void SetCurrentIndex(long index) { fValue.array.currentIndex = static_cast<short>(index); }
+
+    /// Address of an element in the storage, valid until memory moves; null outside the array.
+    void* ComputeAddress(long index) const;
+
+    void At(long index, short& value) const;
+    void At(long index, long& value) const;
+    void At(long index, double& value) const;
+    void At(long index, unsigned char& value) const; ///< Boolean
+    void At(long index, DateBlock& value) const;
+    /// The element's own text record; lock the array while it is used. Null outside the array.
+    void At(long index, CTextBlock** text) const;
+    void At(long index, Picture*** picture) const;
+    /// A string array's element as a Pascal string.
+    void At(long index, unsigned char* string) const;
+
+    void AtPut(long index, short value);
+    void AtPut(long index, long value);
+    void AtPut(long index, const double& value);
+    void AtPut(long index, unsigned char value);
+    void AtPut(long index, const DateBlock& value);
+    /// The array takes the picture; the former one is left to the caller.
+    void AtPut(long index, Picture** picture);
+    /// Into a string array, cut to its slots, or a Unicode array.
+    void AtPut(long index, const unsigned char* string);
+    /// Zero-terminated UTF-16 into a Unicode array.
+    void AtPut(long index, const unsigned short* text);
+    /// The Unicode array takes the host string.
+    void AtPut(long index, const FDStringBlock& text);
+
+    /// First element, from 1 on, of a long array that has this value; -1 when there is none.
+    long Find(long value) const;
+    /// Elements 0 to the count of a long array in place, as far as the storage holds them, for
+    /// loops over many; valid until memory moves. Empty for any other array.
+    std::span<long> Longs() const;
+
+    // Lock state of the storage. Nothing happens where there is none.
+    void Lock();
+    void Unlock();
+    bool IsLocked() const;
+
+    // Rows of a two-dimensional array, from 0 to the count. Nothing happens for any other.
+    void LockRow(long row);
+    void UnlockRow(long row);
+    bool IsRowLocked(long row) const;
+    long GetRowSize(long row) const;
+    /// Results as with SetArraySize; 0, and no change, where there is no such row.
+    long SetRowSize(long row, long size);
+
+    void At(long row, long column, short& value) const;
+    void At(long row, long column, long& value) const;
+    void At(long row, long column, double& value) const;
+    void At(long row, long column, CTextBlock** text) const;
+    void At(long row, long column, DateBlock& value) const;
+    void At(long row, long column, unsigned char& value) const;
+    void At(long row, long column, unsigned char* string) const;
+    void AtPut(long row, long column, long value);
+    void AtPut(long row, long column, double value);
+
+    /// The same size change on a bare array block; `type` tells what it holds.
+    static long _SetArraySize(ArrayBlock& block, short type, long size);
+    /// Bytes of an element of such an array.
+    static long _GetElementSize(short type, Handle storage);
+
+  private:
+    static bool IsArrayType(short type);
+    static long ElementSize(const ArrayBlock& block, short type) {
+        return _GetElementSize(type, block.elements);
+    }
+    ArrayBlock& Block() { return fValue.array; }
+    const ArrayBlock& Block() const { return fValue.array; }
+    /// The array block when the array is of this type, otherwise null.
+    const ArrayBlock* IfType(short type) const;
+    /// A row, which the next memory call may move; null outside the array.
+    ArrayRow* Row(long row) const;
+    /// The array block of a row whose elements have this type; null where there is none.
+    const ArrayBlock* RowOf(long row, short type) const;
+
+    ValueBlock fValue{};
+};
+
+#pragma pack(pop)
+
+static_assert(sizeof(ArrayRow) == 12 && offsetof(ArrayRow, array) == 2);
+static_assert(sizeof(CArray) == sizeof(ValueBlock));
+
+/// Keeps an array locked while it lives, and then puts back the lock state that it came with.
+class SArrayLocker {
+  public:
+    explicit SArrayLocker(CArray* array);
+    ~SArrayLocker();
+    SArrayLocker(const SArrayLocker&) = delete;
+    SArrayLocker& operator=(const SArrayLocker&) = delete;
+
+  private:
+    CArray* fArray;
+    bool fWasLocked;
+};
+
+/// The same for one row of a two-dimensional array. Row 0 is left alone.
+class SArrayRowLocker {
+  public:
+    SArrayRowLocker(CArray* array, long row);
+    ~SArrayRowLocker();
+    SArrayRowLocker(const SArrayRowLocker&) = delete;
+    SArrayRowLocker& operator=(const SArrayRowLocker&) = delete;
+
+  private:
+    CArray* fArray;
+    long fRow;
+    bool fWasLocked;
+};

@@ -1,0 +1,344 @@
+// The host's arrays in place: elements of every type, sizes and what elements own, rows, locks, and
+// counts that the storage does not hold.
+
+#include "data/Array.h"
+
+#include "host/FourD.h"
+#include "platform/ResultCodes.h"
+#include "platform/Toolbox.h"
+#include "tests/Fixture.h"
+
+#include <array>
+#include <cstring>
+
+namespace {
+
+/// The host is an engine host: Unicode arrays need one.
+using ArrayTest = MemoryTest;
+
+INSTANTIATE_TEST_SUITE_P(Memory, ArrayTest, OrdinaryAndStrict, MemoryName);
+
+constexpr short Types[] = {13, 14, 15, 16, 17, 18, 19, 21, 22, 34};
+
+/// Disposes of everything at the end, also of what element 0 owns.
+struct OwnedArray : CArray {
+    using CArray::CArray;
+    ~OwnedArray() {
+        SetArraySize(0);
+        PutText(0, "");
+        if (IsArrayUnicode()) {
+            AtPut(0, PascalString(""));
+        }
+    }
+    void PutText(long index, const char* text) {
+        const SArrayLocker locked(this);
+        CTextBlock* element = nullptr;
+        At(index, &element);
+        if (element != nullptr) {
+            element->SetTo(text);
+        }
+    }
+    void PutRowText(long row, long column, const char* text) {
+        const SArrayLocker locked(this);
+        const bool wasLocked = IsRowLocked(row);
+        LockRow(row);
+        CTextBlock* element = nullptr;
+        At(row, column, &element);
+        if (element != nullptr) {
+            element->SetTo(text);
+        }
+        if (!wasLocked) {
+            UnlockRow(row);
+        }
+    }
+    /// The type of the rows of a new two-dimensional array, with the storage of row 0.
+    void MakeRows(short type) {
+        const SArrayLocker locked(this);
+        auto* row = static_cast<ArrayRow*>(ComputeAddress(0));
+        row->type = static_cast<unsigned char>(type);
+    }
+};
+
+TEST_P(ArrayTest, NewArraysHaveElement0Only) {
+    constexpr long Sizes[] = {12, 8, 2, 4, 6, 6, 4, 256, 1, 16};
+    for (size_t place = 0; place < std::size(Types); ++place) {
+        OwnedArray array(Types[place]);
+        EXPECT_TRUE(array.IsArray());
+        EXPECT_EQ(array.GetElementSize(), Sizes[place]) << Types[place];
+        EXPECT_EQ(array.GetArraySize(), 0);
+        EXPECT_NE(array.ComputeAddress(0), nullptr);
+        EXPECT_EQ(array.ComputeAddress(1), nullptr);
+        EXPECT_EQ(array.ComputeAddress(-1), nullptr);
+    }
+    for (const long type : {0, 5, 12, 20, 23, 33, 35}) {
+        CArray none(type);
+        EXPECT_FALSE(none.IsArray()) << type;
+        EXPECT_EQ(none.GetElementSize(), 0);
+        EXPECT_EQ(none.SetArraySize(3), 0);
+        EXPECT_EQ(none.SetArraySize(-1), ResultCode::BadParameter);
+        EXPECT_EQ(none.GetArraySize(), 0);
+    }
+}
+
+/// Writes and reads element 2 of 3, and no other type's element, nor one outside.
+template <typename Value>
+void CheckElements(short type, const Value& value, const Value& zero) {
+    for (const short each : Types) {
+        OwnedArray array(each);
+        ASSERT_EQ(array.SetArraySize(3), 0);
+        for (const long index : {2L, 4L, -1L}) {
+            array.AtPut(index, value);
+            Value read = value;
+            array.At(index, read);
+            EXPECT_EQ(read, each == type && index == 2 ? value : zero) << each << " " << index;
+        }
+        Value neighbour = value;
+        array.At(3, neighbour);
+        EXPECT_EQ(neighbour, zero);
+    }
+}
+
+TEST_P(ArrayTest, ScalarsGoInAndOut) {
+    CheckElements<short>(15, -2, 0);
+    CheckElements<long>(16, -70000, 0);
+    CheckElements<double>(14, 0.5, 0);
+    CheckElements<unsigned char>(22, 1, 0);
+
+    OwnedArray dates(17);
+    dates.SetArraySize(1);
+    dates.AtPut(1, DateBlock{21, 11, 2026});
+    DateBlock date{};
+    dates.At(1, date);
+    EXPECT_EQ(date.day * 10000 + date.month * 100 + date.year % 100, 211126);
+    dates.At(2, date);
+    EXPECT_EQ(date.day, 0);
+
+    OwnedArray longs(16);
+    EXPECT_EQ(longs.Find(0), -1); // element 0 does not count
+    longs.SetArraySize(4);
+    longs.AtPut(3, 7L);
+    longs.AtPut(4, 7L);
+    EXPECT_EQ(longs.Find(7), 3);
+    EXPECT_EQ(longs.Find(8), -1);
+    EXPECT_EQ(longs.Longs().size(), 5U);
+}
+
+TEST_P(ArrayTest, StringsAreCutToTheirSlots) {
+    OwnedArray array(21);
+    const short slotSize = 5;
+    std::memcpy(*array.Value().array.elements, &slotSize, sizeof slotSize);
+    ASSERT_EQ(array.SetArraySize(2), 0);
+    EXPECT_EQ(GetHandleSize(array.Value().array.elements), 2 + 3 * 5);
+    PascalString read("before");
+    array.AtPut(1, PascalString("abcdef"));
+    array.At(1, read);
+    EXPECT_EQ(read.Text(), "abcd");
+    array.At(2, read); // cleared, and not written over
+    EXPECT_EQ(read.Text(), "");
+    *static_cast<unsigned char*>(array.ComputeAddress(2)) = 255; // a broken length
+    array.At(2, read);
+    EXPECT_EQ(read.Text().size(), 4U);
+    array.At(3, read);
+    EXPECT_EQ(read.Text(), "");
+}
+
+/// Fills elements 1 to 5, so that each owns something where the type allows it.
+void FillOwners(OwnedArray& array) {
+    for (long index = 1; index <= 5; ++index) {
+        array.PutText(index, "text");
+        array.AtPut(index, PascalString("unicode"));
+        if (array.IsArrayPicture() && array.ComputeAddress(index) != nullptr) {
+            array.AtPut(index, reinterpret_cast<Picture**>(NewHandle(4)));
+        }
+        array.SetRowSize(index, 2);
+        array.PutRowText(index, 1, "row");
+        array.PutRowText(index, 0, "row");
+    }
+}
+
+TEST_P(ArrayTest, RemovedElementsReleaseWhatTheyOwn) {
+    struct Row {
+        short type;
+        long handles; ///< per element
+        long strings;
+    };
+    for (const Row& row :
+         {Row{16, 0, 0}, {18, 1, 0}, {19, 1, 0}, {21, 0, 0}, {34, 0, 1}, {13, 3, 0}}) {
+        const long before = ToolboxLiveHandles();
+        {
+            OwnedArray array(row.type);
+            array.MakeRows(row.type == 13 ? 18 : 0);
+            for (const long removed : {3L, 1L}) { // again: grown elements are clear
+                ASSERT_EQ(array.SetArraySize(5), 0);
+                FillOwners(array);
+                array.SetCurrentIndex(4);
+                array.SetArraySize(5 - removed);
+                EXPECT_EQ(array.GetCurrentIndex(), removed == 3 ? 0 : 4);
+                EXPECT_EQ(ToolboxLiveHandles(), before + 1 + row.handles * (5 - removed))
+                    << row.type;
+                EXPECT_EQ(host.strings.Live(), row.strings * (5 - removed));
+                array.SetArraySize(0);
+            }
+            array.SetArraySize(1);
+            const auto* first = static_cast<const char*>(array.ComputeAddress(1));
+            const std::string bytes(first, static_cast<size_t>(array.GetElementSize()));
+            if (row.type != 13 && row.type != 21) {
+                EXPECT_EQ(bytes, std::string(bytes.size(), '\0'));
+            }
+        }
+        EXPECT_EQ(ToolboxLiveHandles(), before);
+    }
+}
+
+TEST_P(ArrayTest, FullMemoryLeavesTheCount) {
+    for (const short type : Types) {
+        OwnedArray array(type);
+        if (type == 13) {
+            array.MakeRows(16);
+        }
+        array.SetArraySize(2);
+        const long before = ToolboxLiveHandles();
+        for (const long allocations : {1L, 2L, 3L}) { // the storage, the first row, the next one
+            ToolboxFailAllocation(allocations);
+            const long result = array.SetArraySize(5);
+            const bool failed = ToolboxFailAllocation(0) == 0;
+            EXPECT_EQ(result, failed ? ResultCode::MemoryFull : 0) << type << " " << allocations;
+            EXPECT_EQ(array.GetArraySize(), failed ? 2 : 5);
+            array.SetArraySize(2);
+            EXPECT_EQ(ToolboxLiveHandles(), before);
+        }
+        EXPECT_EQ(array.SetArraySize(0x7FFFFFFF), ResultCode::MemoryFull);
+        EXPECT_EQ(array.GetArraySize(), 2);
+    }
+}
+
+TEST_P(ArrayTest, CountsBeyondTheStorageLeadNowhere) {
+    for (const short type : Types) {
+        for (const long count : {1000000L, 0x7FFFFFFFL, -1L, static_cast<long>(0x80000000)}) {
+            OwnedArray array(type);
+            if (type == 13) {
+                array.MakeRows(16);
+            }
+            array.SetArraySize(2);
+            array.Value().array.count = count;
+            FillOwners(array);
+            for (const long index : {2L, 3L, 999999L, 0x7FFFFFFEL}) {
+                EXPECT_EQ(array.ComputeAddress(index) != nullptr, index == 2 && count > 0);
+                array.AtPut(index, 1L);
+                array.AtPut(index, 1.0);
+                array.AtPut(index, PascalString("string"));
+                array.AtPut(index, index, 1L);
+            }
+            EXPECT_EQ(array.Find(77), -1);
+            EXPECT_LE(array.Longs().size(), 3U);
+            if (count < 0) {
+                EXPECT_EQ(array.SetArraySize(1), ResultCode::BadParameter);
+                array.Value().array.count = 2;
+                continue;
+            }
+            EXPECT_EQ(array.SetArraySize(4), 0); // what was not in the storage is empty
+            CTextBlock* text = nullptr;
+            array.At(4, &text);
+            EXPECT_TRUE(text == nullptr || text->GetLength() == 0);
+        }
+    }
+}
+
+TEST_P(ArrayTest, OtherValuesAreNoArrays) {
+    for (const unsigned char type : {ValueType::Real, ValueType::String, ValueType::Pointer}) {
+        ValueBlock value;
+        std::memset(static_cast<void*>(&value), 0x55, sizeof value);
+        value.type = type;
+        CArray& array = CArray::Of(value);
+        array.AtPut(1, PascalString("x"));
+        array.AtPut(1, 1L);
+        CTextBlock* text = nullptr;
+        array.At(1, &text);
+        EXPECT_EQ(text, nullptr);
+        EXPECT_EQ(array.ComputeAddress(1), nullptr);
+        EXPECT_EQ(array.Find(0x55555555), -1);
+        EXPECT_EQ(array.Get2DType(), 0);
+        EXPECT_EQ(array.GetArraySize() + array.GetRowSize(1) + array.SetArraySize(9), 0);
+        EXPECT_EQ(value.array.count, 0x55555555);
+    }
+    CArray none;
+    none.Lock();
+    EXPECT_FALSE(none.IsLocked());
+}
+
+TEST_P(ArrayTest, RowsAreArraysOfTheTypeOfRow0) {
+    OwnedArray array(13);
+    array.MakeRows(16);
+    ASSERT_EQ(array.SetArraySize(3), 0);
+    EXPECT_TRUE(array.Is2DArrayLongint());
+    EXPECT_TRUE(array.Is2DArray());
+    EXPECT_FALSE(array.Is2DArrayText());
+    EXPECT_EQ(array.SetRowSize(3, 2), 0);
+    EXPECT_EQ(array.SetRowSize(4, 2), 0);
+    EXPECT_EQ(array.SetRowSize(2, -1), ResultCode::BadParameter);
+    EXPECT_EQ(array.GetRowSize(3) * 10 + array.GetRowSize(2) + array.GetRowSize(4), 20);
+    array.AtPut(3, 2, 99L);
+    array.AtPut(3, 1, 0.5); // of another type
+    for (const auto& [row, column, expected] :
+         {std::array{3L, 2L, 99L}, {3L, 1L, 0L}, {3L, 3L, 0L}, {4L, 1L, 0L}, {-1L, 0L, 0L}}) {
+        long value = -1;
+        array.At(row, column, value);
+        EXPECT_EQ(value, expected) << row << " " << column;
+    }
+    short other = -1;
+    array.At(3, 2, other);
+    EXPECT_EQ(other, 0);
+}
+
+TEST_P(ArrayTest, GuardsPutBackTheStateThatTheyFound) {
+    OwnedArray array(13);
+    array.MakeRows(16);
+    array.SetArraySize(2);
+    for (const bool before : {false, true}) {
+        before ? array.Lock() : array.Unlock();
+        before ? array.LockRow(1) : array.UnlockRow(1);
+        {
+            const SArrayLocker locked(&array);
+            const SArrayRowLocker rowLocked(&array, 1);
+            EXPECT_TRUE(array.IsLocked() && array.IsRowLocked(1));
+            before ? array.Unlock() : array.Lock();
+            before ? array.UnlockRow(1) : array.LockRow(1);
+        }
+        EXPECT_EQ(array.IsLocked(), before);
+        EXPECT_EQ(array.IsRowLocked(1), before);
+        EXPECT_FALSE(array.IsRowLocked(2) || array.IsRowLocked(3));
+        { const SArrayRowLocker none(nullptr, 1), row0(&array, 0); }
+        EXPECT_EQ(array.SetRowSize(1, before ? 1 : 3), 0);
+        EXPECT_EQ(array.IsLocked(), before);
+    }
+    array.Unlock();
+    array.UnlockRow(1);
+}
+
+TEST_P(ArrayTest, UnicodeElementsAreTheHosts) {
+    OwnedArray array(34);
+    array.SetArraySize(2);
+    const auto textOf = [&](long index) {
+        FDStringBlock element{};
+        std::memcpy(&element, array.ComputeAddress(index), sizeof element);
+        return host.strings.Text(element);
+    };
+    array.AtPut(1, PascalString("one"));
+    const unsigned short two[] = {'t', 'w', 'o', 0};
+    array.AtPut(1, two); // the former goes
+    EXPECT_EQ(textOf(1), "two");
+    EXPECT_EQ(host.strings.Live(), 1);
+    array.AtPut(1, host.strings.Create("three"));
+    array.AtPut(2, PascalString("gone"));
+    array.AtPut(2, PascalString("")); // an empty text needs no string
+    EXPECT_EQ(host.strings.Live(), 1);
+    EXPECT_EQ(textOf(1) + textOf(2), "three");
+    host.FailNext("SetFDString", -1234);
+    array.AtPut(1, two);
+    EXPECT_EQ(textOf(1), "");
+    EXPECT_EQ(host.strings.Live(), 0);
+    array.AtPut(3, two);
+    EXPECT_EQ(host.strings.Live(), 0);
+}
+
+} // namespace

@@ -1,0 +1,265 @@
+#pragma once
+
+#include "platform/CallingConvention.h"
+#include "platform/Types.h"
+
+#include <cstddef>
+
+class FourDDialog;
+// Records of the host, handed on to a plug-in's own area as they come.
+struct MenuInfo;
+struct PA_DragAndDropInfo;
+
+#pragma pack(push, 2)
+
+/// Description of an area, made by its manager.
+struct AreaParams {
+    Str255 name = {}; ///< of the form's object
+    long process = 0; ///< the host process that owns the area
+    short font = 3;
+    unsigned char size = 9;
+    unsigned char style = 0;
+    short spare = 0;     ///< of the init block
+    long foreground = 0; ///< host colours, see FourD::GetRGBColor
+    long background = 0x00FFFFFF;
+    unsigned char formKind = 0;       ///< 0 list form, 1 or 2 input form
+    unsigned char printing = 0;       ///< non-zero while the area is printed
+    short page = 0;                   ///< of the form; 0 all pages
+    short table = 0;                  ///< of the form; above 0 the area may be bound to a field
+    unsigned char externalWindow = 0; ///< the area fills a window of its own
+    unsigned char filler = 0;
+    long further[2] = {0, 0}; ///< of the init block
+    unsigned char draggable = 0;
+    unsigned char droppable = 0;
+    GrafPort* port = nullptr; ///< current when the record was made; areas do not copy it
+};
+
+#pragma pack(pop)
+
+/// What an area copies of its parameters.
+inline constexpr size_t CopiedAreaParams = 292;
+
+static_assert(offsetof(AreaParams, process) == 256 && offsetof(AreaParams, font) == 260 &&
+              offsetof(AreaParams, size) == 262 && offsetof(AreaParams, style) == 263 &&
+              offsetof(AreaParams, spare) == 264 && offsetof(AreaParams, foreground) == 266 &&
+              offsetof(AreaParams, background) == 270 && offsetof(AreaParams, formKind) == 274 &&
+              offsetof(AreaParams, printing) == 275 && offsetof(AreaParams, page) == 276 &&
+              offsetof(AreaParams, table) == 278 && offsetof(AreaParams, externalWindow) == 280 &&
+              offsetof(AreaParams, further) == 282 && offsetof(AreaParams, draggable) == 290 &&
+              offsetof(AreaParams, droppable) == 291 &&
+              offsetof(AreaParams, port) == CopiedAreaParams && sizeof(AreaParams) == 296);
+
+/// Codes of the host's area events, in EventRecord::what.
+namespace AreaEvent {
+enum Code : unsigned short {
+    Idle = 0,
+    MouseDown = 1,
+    KeyDown = 3,
+    AutoKey = 5,
+    Update = 6,
+    Create = 16, ///< in a simple form
+    Delete = 17,
+    Cursor = 18,
+    Test = 20, ///< whether the area can be selected
+    Select = 21,
+    Deselect = 22,
+    Scroll = 25,
+    DrawStructure = 26, ///< its outline in the form editor
+    PrintVariableFrame = 27,
+    PrintSize = 28,
+    PrintBand = 29,
+    Undo = 30,
+    Cut = 31,
+    Copy = 32,
+    Paste = 33,
+    Clear = 34,
+    SelectAll = 35,
+    ScrollWheel = 39,
+    InstallMenus = 40,
+    DeInstallMenus = 41,
+    MenuCommand = 42,
+    SetupMenus = 43,
+    SaveField = 70,
+    Page = 71,
+    CanAcceptDrag = 80,
+    Drop = 82,
+    Nothing84 = 84,
+    ShowProperties = 600,
+    DisposeProperties = 601,
+    CreateWithBlock = 602,
+    HasProperties = 603,
+    MenuIcon = 604,
+    DesignInit = 605,
+};
+} // namespace AreaEvent
+
+/// What an area answers in EventRecord::message; 0 is no.
+namespace AreaAnswer {
+inline constexpr unsigned long CanBeSelected = 101;
+inline constexpr unsigned long StructureDrawn = 102;
+inline constexpr unsigned long StaySelected = 103;
+inline constexpr unsigned long VariableFrame = 104;
+inline constexpr unsigned long NotHandled = 112;
+inline constexpr unsigned long Consumed = 301;
+} // namespace AreaAnswer
+
+/// Makes a port current while it lives, and then the former one again.
+class PortSetter {
+  public:
+    explicit PortSetter(GrafPort* port);
+    ~PortSetter();
+    PortSetter(const PortSetter&) = delete;
+    PortSetter& operator=(const PortSetter&) = delete;
+
+  private:
+    GrafPort* former = nullptr;
+};
+
+/// An external area: a rectangle of a host form that the plug-in draws and whose events it handles.
+/// Derive a class and a manager (ui/AreaManager.h) that makes it. Where nothing else is said, an
+/// operation does nothing here.
+///
+/// An area that is deleted while it handles an event (in a handler that lets the host close the
+/// form) lives until the outermost of its events has been handled.
+class CXArea {
+  public:
+    CXArea() = default;
+    CXArea(const CXArea&) = delete;
+    CXArea& operator=(const CXArea&) = delete;
+
+    virtual ~CXArea();
+
+    /// Takes the parameters over and looks for the field that the area is bound to: X on a form of
+    /// table T to the field X_ of T.
+    virtual void InitArea(AreaParams* params);
+    /// With the first event: port, window and dialog, rectangle, and whether this is a window of
+    /// its own that only shows the area.
+    virtual void InitAreaPort(GrafPort* port, Rect* rect);
+    /// Before the area is deleted.
+    virtual void CloseArea();
+    /// Loads the bound field when the table's current record is another one, or a new one (-3).
+    virtual void HandleDataFromField();
+    /// Has the bound field written.
+    virtual void HandleDataToField();
+    virtual void LoadDataFromField();
+    virtual void UnloadDataToField();
+    virtual long GetTable();
+    virtual long GetField();
+    /// The record last loaded; -1 at first.
+    virtual long GetRecordNum();
+    virtual void DoIdle();
+    /// The pointer is over the area: shows the arrow.
+    virtual void DoCursor(Point* where);
+    // False says that the event was not handled.
+    virtual bool DoMouseDown(EventRecord* event);
+    virtual bool DoKeyEvent(EventRecord* event);
+    virtual bool DoScrollWheelEvent(Point where, long delta, unsigned short modifiers);
+    virtual void DoSwitchPageIn();
+    virtual void DoSwitchPageOut();
+    virtual void DoSelect();
+    virtual void DoDeSelect();
+    /// Takes the rectangle over.
+    virtual void DoScroll(Rect* rect);
+    /// Derived ones draw and call this one, which notes that nothing is invalid any more.
+    virtual void DoDraw();
+    /// Has the area, or a part of it (null: all), drawn again with one pixel around, when it is on
+    /// its page.
+    virtual void DoInvalidate();
+    virtual void DoInvalAreaRect(Rect* rect);
+    virtual void DoUndo();
+    virtual void DoCut();
+    virtual void DoCopy();
+    virtual void DoPaste();
+    virtual void DoClear();
+    virtual void DoSelectAll();
+    virtual void InstallMenus();
+    virtual void DeInstallMenus();
+    virtual void DoMenuCommand(short menu, short item);
+    virtual void DoSetupMenus(MenuInfo** menus);
+    virtual bool CanBeSelected();      ///< false
+    virtual bool CanDeSelect();        ///< true
+    virtual bool PrintVariableFrame(); ///< false
+    virtual long GetPrintSize();       ///< 0
+    virtual void PrintBand(Rect* rect);
+    /// In place of DoDraw while the area is printed.
+    virtual void DoPrint();
+    /// As the form's object says; never in a window of its own.
+    virtual bool IsDraggable();
+    virtual bool IsDroppable();
+    virtual bool CanAcceptDrag(PA_DragAndDropInfo* drag); ///< false
+    virtual void DoDragOver(PA_DragAndDropInfo* drag, Point where, Rect* rect, long* answer);
+    virtual void DoDrop(PA_DragAndDropInfo* drag);
+    /// Whether a mouse-down is close enough, in place and time, to the one before.
+    virtual bool IsDoubleClick(EventRecord* event);
+    virtual void SetupAreaRect(Rect* rect);
+    /// Answers whether the area can be selected.
+    virtual void TestArea(EventRecord* event);
+
+    /// Handles an event of the host, other than those that its manager does, and stores the answer
+    /// in it.
+    void HandleEvent(EventRecord* event, Rect* rect);
+    void GetAreaRect(Rect* rect) const { *rect = areaRect; }
+    /// Pascal string; 256 bytes.
+    void GetAreaName(unsigned char* name) const;
+    /// The process that owns the area.
+    long GetAreaProcess() const { return params.process; }
+    bool InExternalWindow() const { return params.externalWindow != 0; }
+    bool InStandaloneWindow() const { return standalone; }
+    bool InInputForm() const { return params.formKind == 1 || params.formKind == 2; }
+    bool InListForm() const { return params.formKind == 0; }
+    static bool IsCompositingMode() { return false; }
+    /// The host's colour number.
+    long GetBackColor() const { return params.background; }
+    void SetBackColor(long color) { params.background = color; }
+    /// Moves an area of a plug-in's dialog to another page; ignored elsewhere.
+    void _SetAreaPage(long page);
+
+  protected:
+    AreaParams params = {};   ///< the port apart, which stays null
+    bool initialised = false; ///< by the first event
+    GrafPort* port = nullptr;
+    GrafPort* window = nullptr;     ///< the same
+    unsigned long windowHandle = 0; ///< of Windows; 0 while printing
+    FourDDialog* dialog = nullptr;  ///< of the window, when it is a plug-in's dialog
+    Rect areaRect = {};
+    RGBColor backgroundRGB = {0xFFFF, 0xFFFF, 0xFFFF};
+    RGBColor foregroundRGB = {0, 0, 0};
+    long table = 0; ///< bound field; 0 when there is none
+    long field = 0;
+    long fieldType = 0;
+    Str31 tableName = {};
+    Str31 fieldName = {};
+    long recordNumber = -1;
+    bool standalone = false;
+    bool selected = false;
+    bool onPage = false;
+    bool eventConsumed = false; ///< set by a handler that answers for itself
+    Point lastClick = {0, 0};
+    unsigned long lastClickTime = 0; ///< ticks
+    long process = 0;                ///< the one that was current at InitArea
+    long eventDepth = 0;             ///< events being handled within one another
+    long invalidationCount = 0;      ///< since the last DoDraw
+
+  private:
+    friend class CXAreaManager;
+    struct EventRow;
+    class EventScope;
+    static const EventRow Events[];
+
+    /// Deletes the area, now or when its events have been handled.
+    void Delete();
+    void HandleFirstEvent(Rect* rect);
+    void SwitchPage(bool in);
+    void TellPage(bool in);
+    void Invalidate(const Rect& rect);
+    void Answer(EventRecord* event, bool handled) const;
+    void Update(const EventRecord* event, Rect* rect);
+    bool DecideStandalone() const;
+
+    bool doomed = false;
+};
+
+/// The field of `table` that an area of this name (Pascal) is bound to: its names (Str31), number
+/// and type. Empty names, 0 and 65535 when there is none.
+void CheckDatabaseFieldForArea(short table, const unsigned char* areaName, unsigned char* tableName,
+                               unsigned char* fieldName, long* fieldNumber, long* fieldType);

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "platform/CallingConvention.h"
+#include "platform/Types.h"
+#include "ui/Area.h"
+
+#include <vector>
+
+class CXParam;
+/// What the form editor's advanced properties of an area are; the host's.
+struct InitXStruct;
+
+#pragma pack(push, 2)
+
+/// What an area is created with by the event 602, whose message is its address.
+struct AreaInitBlock {
+    short reserved0;
+    short font;
+    short spare;
+    unsigned char size;
+    unsigned char style;
+    long foreground; ///< host colours
+    long background;
+    long further[2];
+    unsigned char formKind;
+    unsigned char printing;
+    short page;
+    short table;
+    long reserved30;
+    unsigned char draggable; ///< and droppable, from host version 8.0.1 on
+    unsigned char reserved35;
+};
+
+class CXAreaManager;
+
+/// What the host keeps for an area in a plug-in's dialog: a block of NewPtr's.
+struct DialogAreaRecord {
+    CXArea* area;
+    CXAreaManager* manager;
+};
+
+#pragma pack(pop)
+
+static_assert(offsetof(AreaInitBlock, font) == 2 && offsetof(AreaInitBlock, spare) == 4 &&
+              offsetof(AreaInitBlock, size) == 6 && offsetof(AreaInitBlock, style) == 7 &&
+              offsetof(AreaInitBlock, foreground) == 8 &&
+              offsetof(AreaInitBlock, background) == 12 && offsetof(AreaInitBlock, further) == 16 &&
+              offsetof(AreaInitBlock, formKind) == 24 && offsetof(AreaInitBlock, printing) == 25 &&
+              offsetof(AreaInitBlock, page) == 26 && offsetof(AreaInitBlock, table) == 28 &&
+              offsetof(AreaInitBlock, draggable) == 34 && sizeof(AreaInitBlock) == 36);
+static_assert(sizeof(DialogAreaRecord) == 8 && offsetof(DialogAreaRecord, manager) == 4);
+
+/// Makes the areas of one kind, hands the host's events on to them, and answers the form editor.
+/// Derive one that makes the plug-in's own areas. It owns them: those that are alive in the end are
+/// deleted with it.
+class CXAreaManager {
+  public:
+    CXAreaManager() = default;
+    CXAreaManager(const CXAreaManager&) = delete;
+    CXAreaManager& operator=(const CXAreaManager&) = delete;
+
+    virtual ~CXAreaManager();
+
+    /// Takes an area into the list of those alive, and out of it.
+    virtual void LinkArea(CXArea* area);
+    virtual void UnlinkArea(CXArea* area);
+    /// Whether this is one of them.
+    virtual bool IsAnArea(CXArea* area);
+    /// A new area, from `new`; null: there will be none.
+    virtual CXArea* CreateArea();
+    /// Makes, links and initialises an area and stores it in `*area`, or null.
+    virtual void HandleNewArea(AreaParams* params, CXArea** area);
+    /// Every event of an area. `areaName` is a Pascal string, `area` where the host keeps the area:
+    /// null before the first event and after the last.
+    virtual void DispatchEvent(EventRecord* event, Rect* rect, unsigned char* areaName,
+                               CXArea** area);
+    /// Draws the area in the form editor: its name in an erased rectangle.
+    virtual void DoDrawStructure(Rect* rect, unsigned char* name, long modifiers);
+    /// Whether the form editor offers advanced properties, and what it is answered about them.
+    virtual bool SupportsAdvancedProperties();
+    virtual long DoAdvancedProperties(InitXStruct* properties, unsigned char* name, Rect* rect);
+    virtual long DisposeAdvancedProperties(void* properties);
+    /// Number of the icon in the form editor's menu; 0 is none.
+    virtual long GetMenuIconID();
+    virtual void DoDesignInit();
+
+    /// Calls a procedure for each living area; it may delete any of them.
+    void DoToAllAreas(void (*procedure)(CXArea* area, void* data), void* data);
+
+  private:
+    static void DestroyAnArea(CXArea* area);
+    void DeleteArea(CXArea** area);
+    void AnswerEditor(EventRecord* event, Rect* rect, unsigned char* name);
+
+    std::vector<CXArea*> areas;
+};
+
+/// The host's call for an area in a plug-in's dialog. `*areaData` is the address of the area's
+/// DialogAreaRecord; with the last event, 17, the record is freed and 0 put there.
+HOST_CALL void FourDDialogAreaHandler(long* areaData, unsigned char* objectName, Rect* rect,
+                                      EventRecord* event);
+
+/// Hands on an area event of a host form. The host sends them to a command of the plug-in that is
+/// named as the area's in the form: its handler calls this with the parameters (event, rectangle,
+/// area name, and the 4 bytes that the host keeps for the area, zero at first).
+void DispatchAreaCall(CXAreaManager& manager, CXParam* params);

@@ -1,0 +1,115 @@
+#include "ui/FormResource.h"
+
+#include "data/Handles.h"
+#include "host/FourD.h"
+#include "platform/ResultCodes.h"
+#include "platform/Toolbox.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr unsigned long FormTag = 0x464F524D;   // 'FORM'
+constexpr unsigned long LayoutTag = 0x4C41594F; // 'LAYO'
+constexpr unsigned long FontAtom = 0x464F4E54;  // 'FONT'
+constexpr unsigned long FlagAtom = 0x464C4147;  // 'FLAG'
+
+constexpr long AtomHeaderSize = 8; // also that of the form, before the layout tag
+constexpr long FirstAtom = 12;
+
+constexpr long FontPlace = 0;
+constexpr long FontSizePlace = 2;
+constexpr long StyleIndexPlace = 8;
+constexpr long FontAtomSize = 10;
+// Deliberate: odd offsets.
+constexpr long Flag1Place = 13;
+constexpr long Flag2Place = 15;
+constexpr long FlagAtomSize = 17;
+
+unsigned long LongAt(const char* bytes) {
+    unsigned long value = 0;
+    std::memcpy(&value, bytes, sizeof value);
+    return __builtin_bswap32(value);
+}
+
+short ShortAt(const char* bytes) {
+    unsigned short value = 0;
+    std::memcpy(&value, bytes, sizeof value);
+    return static_cast<short>(__builtin_bswap16(value));
+}
+
+void StoreShort(short value, char* bytes) {
+    const unsigned short swapped = __builtin_bswap16(static_cast<unsigned short>(value));
+    std::memcpy(bytes, &swapped, sizeof swapped);
+}
+
+/// The entry for this platform of a style in one of the plug-in's style sets.
+bool FindStyle(short styleSet, short index, FourDPlatformStyle* style) {
+    const Handle list = FourD::GetPluginResource(StyleSetType, styleSet);
+    if (list == nullptr) {
+        return false;
+    }
+    const OSErr error = FourD::GetPlatformStyleByID(list, index, style);
+    ReleaseResource(list);
+    return error == ResultCode::NoError && style->font[0] != 0;
+}
+
+} // namespace
+
+void ScanFormAtoms(Handle form, FO4DAtomProc callback, void* context) {
+    if (form == nullptr) {
+        return;
+    }
+    const SHandleLocker locked(form);
+    const Size size = GetHandleSize(form);
+    if (size < FirstAtom) {
+        return;
+    }
+    char* bytes = *form;
+    const auto length = static_cast<long>(LongAt(bytes + 4));
+    if (LongAt(bytes) != FormTag || length < 0 || length > size ||
+        LongAt(bytes + AtomHeaderSize) != LayoutTag) {
+        return;
+    }
+    // The length may count up to eight bytes more than there are.
+    const long end = std::min(length, size - AtomHeaderSize) + AtomHeaderSize;
+    long data = FirstAtom + AtomHeaderSize;
+    while (data < end) {
+        char* atom = bytes + data - AtomHeaderSize;
+        const auto atomLength = static_cast<long>(LongAt(atom + 4));
+        if (atomLength < 0 || atomLength > end - data ||
+            callback(LongAt(atom), bytes + data, atomLength, context) != 0) {
+            return;
+        }
+        data += atomLength + (atomLength & 1) + AtomHeaderSize;
+    }
+}
+
+void PatchFontAtom(unsigned long type, char* data, long length, short styleSet) {
+    if (type != FontAtom || length < FontAtomSize) {
+        return;
+    }
+    const short index = ShortAt(data + StyleIndexPlace);
+    if (index < 0) {
+        return;
+    }
+    short font = ShortAt(data + FontPlace);
+    short size = ShortAt(data + FontSizePlace);
+    FourDPlatformStyle style;
+    if (FindStyle(styleSet, index, &style)) {
+        GetFNum(style.font, &font);
+        size = style.size;
+    }
+    StoreShort(font, data + FontPlace);
+    StoreShort(size, data + FontSizePlace);
+    StoreShort(-1, data + StyleIndexPlace); // so that it is not patched twice
+}
+
+void ReadFlagAtom(unsigned long type, const char* data, long length, short* flag1, short* flag2) {
+    if (type != FlagAtom || length < FlagAtomSize) {
+        return;
+    }
+    *flag1 = ShortAt(data + Flag1Place);
+    *flag2 = ShortAt(data + Flag2Place);
+}

@@ -1,0 +1,213 @@
+#pragma once
+
+#include "data/ValueBlock.h"
+#include "platform/CallingConvention.h"
+#include "platform/Types.h"
+
+class CXArea;
+class CXAreaManager;
+class FourDDialog;
+
+/// Called by the host for the events of a modal dialog; declare it HOST_CALL.
+using DialogFilter = void*;
+
+/// A dialog that the host runs from a form in the plug-in's resources. A `FourDDialog*` is the
+/// host's reference to a dialog or dialog context, never looked into; null is no dialog. Each
+/// operation is one host call, except where it says otherwise; ui/DialogOperations.h lists their
+/// selectors and where their values travel.
+///
+/// Variables and objects have names, zero-terminated and cut to 255 characters. Pascal strings are
+/// cut to 141 characters on hosts before 11.0. Nothing is reported but what is answered: a getter
+/// of an unknown name answers 0, an empty string or null.
+class FourDDialog {
+  public:
+    // --- Life -----------------------------------------------------------------------------
+
+    /// New dialog context, in which a dialog is then created.
+    static FourDDialog* CreateFourDDialogContext();
+    /// New dialog from a form in the plug-in's resource file, which is current during the call;
+    /// `rect` may be null. Null on failure. Goes with Close.
+    static FourDDialog* CreateFourDDialog(const unsigned char* formName,
+                                          const unsigned char* windowTitle, short windowType,
+                                          long windowOptions, unsigned char flag, const Rect* rect,
+                                          FourDDialog* context);
+    /// Releases the dialog.
+    static void Close(FourDDialog* dialog);
+    /// Waits for the next thing that the user does. `objectName` takes 256 bytes and gets the
+    /// object hit; `done` and `cancelled`, which may be null like it, tell whether the dialog has
+    /// ended. The filter is sent to hosts before 11.0 only.
+    static void ModalDialog(FourDDialog* dialog, DialogFilter filter, char* objectName,
+                            unsigned char* done, unsigned char* cancelled);
+    /// Ends the dialog, as its Cancel or OK button does.
+    static void Cancel(FourDDialog* dialog);
+    static void Validate(FourDDialog* dialog);
+
+    // --- The dialog as a whole --------------------------------------------------------------
+
+    /// Makes the calling process's variables current, and answers the context that was; then the
+    /// dialog's again, given that.
+    static long SwitchTo4DContext(FourDDialog* dialog);
+    static void SwitchToDlogContext(FourDDialog* dialog, long saved);
+    /// Around a batch of changes to variables; in pairs.
+    static void BeginUpdateVars(FourDDialog* dialog);
+    static void EndUpdateVars(FourDDialog* dialog);
+    static void GotoPage(FourDDialog* dialog, long page);
+    static long CurrentPage(FourDDialog* dialog);
+    /// Name of the last object, 256 bytes; goes to a variable. Classic on every host.
+    static void GetLastObject(FourDDialog* dialog, char* name);
+    static void GotoVariable(FourDDialog* dialog, const char* name);
+
+    // --- Variables --------------------------------------------------------------------------
+
+    /// A variable as a typed value; the host's result code. Handles in a value that was read belong
+    /// to the host; those in a value that is written become the host's.
+    static OSErr GetVar(FourDDialog* dialog, const char* name, ValueBlock* value);
+    static OSErr SetVar(FourDDialog* dialog, const char* name, ValueBlock* value);
+    /// False when the variable cannot be read or converted.
+    static unsigned char GetBooleanVar(FourDDialog* dialog, const char* name);
+    static void SetBooleanVar(FourDDialog* dialog, const char* name, unsigned char on);
+    static long GetLongVar(FourDDialog* dialog, const char* name);
+    static void SetLongVar(FourDDialog* dialog, const char* name, long value);
+    static double GetNativeRealVar(FourDDialog* dialog, const char* name);
+    static void SetNativeRealVar(FourDDialog* dialog, const char* name, double value);
+    /// A string; from the plug-in's string list; printed into at most 255 characters.
+    static void GetStringVar(FourDDialog* dialog, const char* name, unsigned char* value);
+    static void SetStringVar(FourDDialog* dialog, const char* name, const unsigned char* value);
+    static void SetStringVar(FourDDialog* dialog, const char* name, short listID, short index);
+    static void SetStringVar(FourDDialog* dialog, const char* name, const char* format, ...)
+        __attribute__((format(printf, 3, 4)));
+    /// A text as a new handle of its characters, which the caller disposes of.
+    static Handle GetTextVar(FourDDialog* dialog, const char* name);
+    /// The handle stays the caller's; null stands for an empty text, in every form. Hosts from 12.0
+    /// on get a host string made of it.
+    static void SetTextVar(FourDDialog* dialog, const char* name, Handle text);
+    static void SetTextVar(FourDDialog* dialog, const char* name, const unsigned char* text);
+    static void SetTextVar(FourDDialog* dialog, const char* name, const char* text);
+    /// Pictures can be set but not read: always null.
+    static Picture** GetPictureVar(FourDDialog* dialog, const char* name);
+    /// The handle stays the caller's; null stands for an empty picture. Classic on every host.
+    static void SetPictureVar(FourDDialog* dialog, const char* name, Picture** picture);
+    /// Answers the year.
+    static short GetDateVar(FourDDialog* dialog, const char* name, DateBlock* date);
+    static void SetDateVar(FourDDialog* dialog, const char* name, DateBlock date);
+    /// Seconds.
+    static long GetTimeVar(FourDDialog* dialog, const char* name);
+    static void SetTimeVar(FourDDialog* dialog, const char* name, long seconds);
+
+    // --- Objects ----------------------------------------------------------------------------
+
+    static void SetVarEnabled(FourDDialog* dialog, const char* name, unsigned char on);
+    static void SetVarVisible(FourDDialog* dialog, const char* name, unsigned char on);
+    static void SetObjVisible(FourDDialog* dialog, const char* name, unsigned char on);
+    static void SetEditable(FourDDialog* dialog, const char* name, unsigned char on);
+    static void SetThreeStateCheckBox(FourDDialog* dialog, const char* name, unsigned char on);
+    /// Bounds of what may be entered; two host calls.
+    static void SetNumVarMinMax(FourDDialog* dialog, const char* name, double min, double max);
+    /// Classic on every host.
+    static void SetEntryFilter(FourDDialog* dialog, const char* name, const unsigned char* filter);
+    static void SetEntryFormat(FourDDialog* dialog, const char* name, const unsigned char* format);
+    /// Title of a variable's object, from a string, text or the plug-in's string list; and of an
+    /// object by its own name, which is classic on every host, as is its update.
+    static void SetVarTitle(FourDDialog* dialog, const char* name, const unsigned char* title);
+    static void SetVarTitle(FourDDialog* dialog, const char* name, const char* title);
+    static void SetVarTitle(FourDDialog* dialog, const char* name, short listID, short index);
+    static void SetObjTitle(FourDDialog* dialog, const char* name, const unsigned char* title);
+    static void SetObjTitle(FourDDialog* dialog, const char* name, const char* title);
+    static void SetObjTitle(FourDDialog* dialog, const char* name, short listID, short index);
+    static void UpdateObjTitle(FourDDialog* dialog, const char* name);
+    static void GetRect(FourDDialog* dialog, const char* name, Rect* rect);
+    static void Redraw(FourDDialog* dialog, const char* name);
+
+    // --- Arrays -----------------------------------------------------------------------------
+    // Elements have numbers from 1; element 0 is there as well.
+
+    static void NewArrayLong(FourDDialog* dialog, const char* name);
+    static void NewArrayReal(FourDDialog* dialog, const char* name);
+    static void NewArrayString(FourDDialog* dialog, const char* name);
+    static void NewArrayText(FourDDialog* dialog, const char* name);
+    static void NewArrayPicture(FourDDialog* dialog, const char* name);
+    /// Handles stay the caller's.
+    static void SetArrayElement(FourDDialog* dialog, const char* name, long index, long value);
+    static void SetArrayElement(FourDDialog* dialog, const char* name, long index, double value);
+    static void SetArrayElement(FourDDialog* dialog, const char* name, long index,
+                                const unsigned char* value);
+    /// As a string; of more than 255 characters as a text.
+    static void SetArrayElement(FourDDialog* dialog, const char* name, long index,
+                                const char* value);
+    /// Classic on every host. A `Picture**` is told apart from a text by its type.
+    static void SetArrayElement(FourDDialog* dialog, const char* name, long index, Handle text);
+    static void SetArrayElement(FourDDialog* dialog, const char* name, long index,
+                                Picture** picture);
+    static void GetArrayElement(FourDDialog* dialog, const char* name, long index, long* value);
+    static void GetArrayElement(FourDDialog* dialog, const char* name, long index, double* value);
+    /// 256 bytes each.
+    static void GetArrayElement(FourDDialog* dialog, const char* name, long index,
+                                unsigned char* value);
+    static void GetArrayElement(FourDDialog* dialog, const char* name, long index, char* value);
+    /// A new handle, which the caller disposes of. Classic on every host.
+    static void GetArrayElement(FourDDialog* dialog, const char* name, long index, Handle* text);
+    /// Pictures can be set but not read: does nothing.
+    static void GetArrayElement(FourDDialog* dialog, const char* name, long index,
+                                Picture*** picture);
+    /// Number of the last element; below 0 when there is no such array.
+    static long GetArraySize(FourDDialog* dialog, const char* name);
+    static void DeleteArrayElements(FourDDialog* dialog, const char* name, long from, long count);
+    /// First element, from 0, that equals the value; -1 when none does. Reads element by element.
+    static long FindInArray(FourDDialog* dialog, const char* name, long value);
+    static long FindInArray(FourDDialog* dialog, const char* name, double value);
+    static long FindInArray(FourDDialog* dialog, const char* name, const unsigned char* value);
+    /// First element that begins with the text; null finds the first there is.
+    static long FindInArray(FourDDialog* dialog, const char* name, Handle text);
+
+    // --- Arrays from resources and structure --------------------------------------------------
+
+    /// A string list of the plug-in, whose resource file is current during the call.
+    static void LoadTextArrayFromResource(FourDDialog* dialog, const char* name, short id);
+    /// Names of the tables, and of a table's fields; `restrict` leaves out some field types.
+    static void LoadTextArrayFromTableNames(FourDDialog* dialog, const char* name,
+                                            unsigned char restrict);
+    static void LoadTextArrayFromFieldNames(FourDDialog* dialog, const char* name, short table,
+                                            unsigned char restrict);
+    /// Classic on every host.
+    static void LoadTextArrayFromTTR(FourDDialog* dialog, const char* name, Handle text, short id);
+    /// New array with the numbers, or strings, of a string list of the plug-in; empty without one.
+    static void LoadLongArrayFromResource(FourDDialog* dialog, const char* name, short id);
+    static void LoadStringArrayFromResource(FourDDialog* dialog, const char* name, short id);
+    /// New arrays with the values and strings of a 'TKPL' resource of the plug-in. Either name may
+    /// be null or empty, and then there is no such array.
+    static void LoadLongAndStringArraysFromTKPLResource(FourDDialog* dialog, const char* longName,
+                                                        const char* stringName, short id);
+
+    // --- Hierarchical lists of tables and fields, and dragging --------------------------------
+    // Classic on every host, except ClearHList.
+
+    /// `a`, `b`, `d` and `e` are passed on to the host in this order.
+    static void NewTableFieldHList(FourDDialog* dialog, const char* name, short table,
+                                   unsigned char a, unsigned char b, unsigned char restrict,
+                                   unsigned char d, unsigned char e);
+    static void ClearHList(FourDDialog* dialog, const char* name);
+    /// The selected table and field; either output may be null.
+    static void GetTableFieldFromHList(FourDDialog* dialog, const char* name, short* table,
+                                       short* field, unsigned char restrict);
+    static void SetTableFieldInHList(FourDDialog* dialog, const char* name, short table,
+                                     short field, unsigned char restrict);
+    /// Objects and points of the last drag; each output may be null, names take 256 bytes.
+    static void GetDragInfo(FourDDialog* dialog, char* sourceName, Point* sourcePoint,
+                            char* targetName, Point* targetPoint);
+
+    // --- External areas (AreaManager.cpp) -----------------------------------------------------
+
+    /// Puts an area of the plug-in, which its manager makes, into an object; null when there is no
+    /// such window, no memory, or the manager makes none. The area goes with the dialog. The number
+    /// is not used.
+    static CXArea* SetupPluginArea(FourDDialog* dialog, const char* objectName,
+                                   CXAreaManager* manager, short number);
+    /// Has the host send an object's area events to `handler` (a FourDDialogAreaHandler), with the
+    /// address of where it keeps `data`. Classic on every host.
+    static void SetAreaHandler(FourDDialog* dialog, const char* objectName, void* handler,
+                               void* data);
+};
+
+/// One address that the host keeps with each dialog for the plug-in.
+void FourDDialog_SetUserData(FourDDialog* dialog, void* data);
+void* FourDDialog_GetUserData(FourDDialog* dialog);
