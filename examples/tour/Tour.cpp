@@ -66,6 +66,12 @@ constexpr CommandEntry Commands[] = {
     {"Start worker", "(string name; long rounds) -> long process", Tour::StartWorker},
     {"Tell", "(string)", Tour::Tell},
     {"Ask", "(string) -> boolean", Tour::Ask},
+    {"Who am I", "() -> text", Tour::WhoAmI},
+    {"Server sum", "(string [Table]Field; &real) -> short error", Tour::ServerSum},
+    {"Log on server", "(string) -> short error", Tour::LogOnServer},
+    {"Ask for total", "(&string [Table]Field) -> extended", Tour::AskForTotal},
+    {"Chart", "(&event; rect; string area; &long kept) of a host's form", Tour::Chart},
+    {"Show chart", "(string title) -> boolean validated", Tour::ShowChart},
 };
 
 constexpr OSType Creator = 0x546F7572; // 'Tour'

@@ -11,6 +11,9 @@ class TourPlug : public FourDPlug {
     void BigInit() override;
     void HandleCommand(long command, CXParam* params, CXResult* result) override;
     bool CommandNeedsBigInit(long command, CXParam* params, CXResult* result) override;
+    // The server's copy at the service of the clients' (ServerCommands.cpp).
+    void DoProcOnServer(FourDClient* client, short kind, char** data) override;
+    void DoFuncOnServer(FourDClient* client, short kind, char** data, char*** result) override;
     bool TrackClientsOnServer() override;
 };
 
@@ -87,10 +90,22 @@ void LoadValues(CXParam* params, CXResult* result);
 void WriteTextSafely(CXParam* params, CXResult* result);
 void LongPath(CXParam* params, CXResult* result);
 
+// Carried out by the server's copy
+void WhoAmI(CXParam* params, CXResult* result);
+void ServerSum(CXParam* params, CXResult* result);
+void LogOnServer(CXParam* params, CXResult* result);
+
 // The plug-in itself
 void ListFolders(CXParam* params, CXResult* result);
 void ListVersions(CXParam* params, CXResult* result);
 void StartTrace(CXParam* params, CXResult* result);
 void StopTrace(CXParam* params, CXResult* result);
+
+// Dialogs
+void AskForTotal(CXParam* params, CXResult* result);
+
+// An external area: its events, and a dialog with one
+void Chart(CXParam* params, CXResult* result);
+void ShowChart(CXParam* params, CXResult* result);
 
 } // namespace Tour

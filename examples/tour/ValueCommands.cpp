@@ -1,5 +1,5 @@
+#include "data/Array.h"
 #include "examples/tour/Tour.h"
-#include "platform/Toolbox.h"
 #include "shell/Strings.h"
 
 #include <cstdio>
@@ -53,15 +53,11 @@ void DescribeValue(CXParam* params, CXResult* result) {
 }
 
 void SumLongs(CXParam* params, CXResult* result) {
-    const auto& array = *reinterpret_cast<const ValueBlock*>(params[0].GetArrayPtr());
+    const CArray& array = *params[0].GetArrayPtr();
     unsigned long sum = 0; // wraps around, as the host's longs do
-    if (array.type == ValueType::LongArray && array.array.elements != nullptr) {
-        const auto* elements = reinterpret_cast<const long*>(*array.array.elements);
-        // The count is the host's word; the storage's size is a fact.
-        const long stored = GetHandleSize(array.array.elements) / long{sizeof(long)};
-        for (long i = 1; i <= array.array.count && i < stored; ++i) {
-            sum += static_cast<unsigned long>(elements[i]);
-        }
+    const std::span<const long> elements = array.Longs();
+    for (size_t index = 1; index < elements.size(); ++index) { // 0 is no element of the developer's
+        sum += static_cast<unsigned long>(elements[index]);
     }
     result->SetLong(static_cast<long>(sum));
 }
