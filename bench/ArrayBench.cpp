@@ -24,7 +24,7 @@ long* PlainElements() {
 }
 
 template <typename Work>
-void AddRow(const char* name, Work work, const char* versus = nullptr) {
+void AddRow(const char* name, const Work& work, const char* versus = nullptr) {
     const auto measure = [=](benchmark::State& state) {
         for (auto _ : state) {
             benchmark::DoNotOptimize(work());

@@ -44,9 +44,7 @@ short CommandFor(const TypeCommand (&commands)[count], short type) {
 
 /// Keeps a name of up to 31 characters as a Pascal string.
 void KeepName(unsigned char* kept, const char* name) {
-    const size_t length = std::min<size_t>(std::strlen(name), 31);
-    kept[0] = static_cast<unsigned char>(length);
-    std::memcpy(kept + 1, name, length);
+    _CopyC2PStrN(name, kept, 31);
 }
 
 /// The same, without the interprocess prefix; answers whether there was one.
@@ -705,10 +703,10 @@ bool WithTextElement(CArray* array, long row, long column, Work work) {
 /// Replaces an element's text, or leaves it as it is when memory is full.
 template <typename Source>
 void ReplaceText(CTextBlock& text, Source source) {
-    TextBlock former{};
-    std::memcpy(&former, &text, sizeof former);
+    auto& record = reinterpret_cast<TextBlock&>(text);
+    const TextBlock former = record;
     if (text.SetTo(source) != ResultCode::NoError) {
-        std::memcpy(static_cast<void*>(&text), &former, sizeof former);
+        record = former;
     }
 }
 

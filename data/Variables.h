@@ -97,7 +97,7 @@ class CFourDLongVar : public CFourDBaseVar {
     CFourDLongVar(const char* name, unsigned char isInterprocess);
 
     long GetLongValue();
-    void SetLongValue(long value);
+    void SetLongValue(long number);
 };
 
 class CFourDTextVar : public CFourDBaseVar {
@@ -139,7 +139,7 @@ class CFourDBooleanVar : public CFourDBaseVar {
     CFourDBooleanVar(const char* name, unsigned char isInterprocess);
 
     unsigned char GetBooleanValue();
-    void SetBooleanValue(unsigned char value);
+    void SetBooleanValue(unsigned char boolean);
 };
 
 class CFourDRealVar : public CFourDBaseVar {
@@ -148,7 +148,7 @@ class CFourDRealVar : public CFourDBaseVar {
     CFourDRealVar(const char* name, unsigned char isInterprocess);
 
     double GetRealValue();
-    void SetRealValue(double value);
+    void SetRealValue(double real);
 };
 
 /// A string variable, always declared for 255 characters.
@@ -210,7 +210,7 @@ class CFourDLongArrayVar : public CFourDBaseArrayVar {
     CFourDLongArrayVar(const char* name, unsigned char isInterprocess);
 
     long GetLongElementValue(long index);
-    void SetLongElementValue(long index, long value);
+    void SetLongElementValue(long index, long element);
 };
 
 class CFourDTextArrayVar : public CFourDBaseArrayVar {
@@ -220,10 +220,10 @@ class CFourDTextArrayVar : public CFourDBaseArrayVar {
 
     // As with CFourDTextVar.
     long GetTextElementLength(long index);
-    void GetTextElementValue(long index, char*** text);
-    void SetTextElementValue(long index, char** text);
-    void GetTextElementValue(long index, char* text);
-    void SetTextElementValue(long index, char* text);
+    void GetTextElementValue(long index, char*** out);
+    void SetTextElementValue(long index, char** source);
+    void GetTextElementValue(long index, char* out);
+    void SetTextElementValue(long index, char* source);
 };
 
 class CFourDRealArrayVar : public CFourDBaseArrayVar {
@@ -232,7 +232,7 @@ class CFourDRealArrayVar : public CFourDBaseArrayVar {
     CFourDRealArrayVar(const char* name, unsigned char isInterprocess);
 
     double GetRealElementValue(long index);
-    void SetRealElementValue(long index, double value);
+    void SetRealElementValue(long index, double element);
 };
 
 /// Base of the two-dimensional array variables.
@@ -255,7 +255,7 @@ class CFourDLong2DArrayVar : public CFourDBase2DArrayVar {
     CFourDLong2DArrayVar(const char* name, unsigned char isInterprocess);
 
     long GetLongElementValue(long row, long column);
-    void SetLongElementValue(long row, long column, long value);
+    void SetLongElementValue(long row, long column, long element);
 };
 
 class CFourDText2DArrayVar : public CFourDBase2DArrayVar {
@@ -265,10 +265,10 @@ class CFourDText2DArrayVar : public CFourDBase2DArrayVar {
 
     // As with CFourDTextVar.
     long GetTextElementLength(long row, long column);
-    void GetTextElementValue(long row, long column, char*** text);
-    void SetTextElementValue(long row, long column, char** text);
-    void GetTextElementValue(long row, long column, char* text);
-    void SetTextElementValue(long row, long column, char* text);
+    void GetTextElementValue(long row, long column, char*** out);
+    void SetTextElementValue(long row, long column, char** source);
+    void GetTextElementValue(long row, long column, char* out);
+    void SetTextElementValue(long row, long column, char* source);
 };
 
 #pragma GCC diagnostic pop

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -263,7 +262,7 @@ char* FourDPlug::HandleReadOnServer(ReadWriteBlock* block) {
 /// The next identifier, big-endian, in a buffer that the clean-up frees.
 char* FourDPlug::HandOutCallID(ReadWriteBlock* block) {
     lastCallID = lastCallID == std::numeric_limits<long>::max() ? 1 : lastCallID + 1;
-    auto* answer = static_cast<char*>(std::malloc(IdentifierSize));
+    auto* answer = new (std::nothrow) char[IdentifierSize];
     if (answer == nullptr) {
         return nullptr;
     }
@@ -319,7 +318,7 @@ void FourDPlug::TakeCall(FourDClient* client, const ReadWriteBlock* block, const
 
 void FourDPlug::HandleCleanupOnServer(ReadWriteBlock* block, char* data) {
     if (block->callID == 0) {
-        std::free(data);
+        delete[] data; // what HandOutCallID made; a null pointer is nothing
         return;
     }
     auto* call = Find<ServerCall>(serverCalls, CompareServerCall, block);

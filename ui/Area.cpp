@@ -328,7 +328,7 @@ void CheckDatabaseFieldForArea(short table, const unsigned char* areaName, unsig
     }
     *fieldNumber = found;
     *fieldType = type;
-    CopyShortName(boundField, fieldName);
+    CopyShortName(boundField, fieldName); // NOLINT(readability-suspicious-call-argument)
 }
 
 void CXArea::HandleDataFromField() {

@@ -17,6 +17,7 @@ SXDialog::SXDialog(const char* itsFormName, short itsWindowType, long itsWindowO
       styleSet(itsStyleSet),
       nextObject(std::exchange(lastObject, this)) {
     _CopyC2PStr(itsFormName, formName);
+    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): needs the name
     formResource = FourD::GetPluginResourceByName(FormResourceType, formName);
     if (styleSet > 0) {
         ScanFO4DAtoms(PatchFONTAtoms, this);

@@ -131,9 +131,9 @@ Action ParseProcessDying(Words& words) {
 }
 
 constexpr Choice processChoices[] = {
-    {"start", "\"Name\"", "a process starts, and the plug-in is told", ParseProcessStart},
-    {"end", "N|\"Name\"", "a process ends, and the plug-in is told", ParseProcessEnd},
-    {"dying", "N|\"Name\"", "a process is asked to end", ParseProcessDying},
+    {"start", R"("Name")", "a process starts, and the plug-in is told", ParseProcessStart},
+    {"end", R"(N|"Name")", "a process ends, and the plug-in is told", ParseProcessEnd},
+    {"dying", R"(N|"Name")", "a process is asked to end", ParseProcessDying},
 };
 
 struct CommandCall {
@@ -316,16 +316,16 @@ constexpr Choice settings[] = {
     {"globals", "on|off", "the host has a globals record", ParseOption<&HostOptions::hasGlobals>},
     {"platform", "N", "the platform interface", ParseOption<&HostOptions::platformInterface>},
     {"free-stack", "N", "bytes of free stack", ParseOption<&HostOptions::freeStack>},
-    {"process", "N|\"Name\"", "the process in which the plug-in is called", ParseCurrentProcess},
-    {"variable", "\"Name\" KIND VALUE", "a variable of that process; \"<>Name\" one of all",
+    {"process", R"(N|"Name")", "the process in which the plug-in is called", ParseCurrentProcess},
+    {"variable", R"("Name" KIND VALUE)", "a variable of that process; \"<>Name\" one of all",
      ParseSetVariable},
     {"picture", R"("Name" ["INFORMATION" "DATA"]...)",
      "a picture variable with these representations", ParseSetPicture},
-    {"command", "N \"Name\"", "a command of the host's language goes by this name",
+    {"command", R"(N "Name")", "a command of the host's language goes by this name",
      ParseSetCommand},
-    {"user", "\"Name\"", "the current user", ParseSetText<&HostOptions::currentUser>},
-    {"machine", "\"Name\"", "the name of the machine", ParseSetText<&HostOptions::machine>},
-    {"owner", "\"Name\"", "the name of its owner", ParseSetText<&HostOptions::machineOwner>},
+    {"user", R"("Name")", "the current user", ParseSetText<&HostOptions::currentUser>},
+    {"machine", R"("Name")", "the name of the machine", ParseSetText<&HostOptions::machine>},
+    {"owner", R"("Name")", "the name of its owner", ParseSetText<&HostOptions::machineOwner>},
 };
 
 Action ParseWindowAdd(Words& words) {
@@ -350,12 +350,12 @@ Action ParseWindowClear(Words&) {
 constexpr Choice answerChoices[] = {
     {"confirm", "ok|cancel", "presses this in the next confirmation box (else OK)",
      ParseAnswerConfirm},
-    {"formula", "\"text\"|cancel", "enters this when a formula is edited (else cancels)",
+    {"formula", R"("text"|cancel)", "enters this when a formula is edited (else cancels)",
      ParseAnswerFormula},
 };
 
 constexpr Choice windowChoices[] = {
-    {"add", "process N|\"Name\" kind K [invisible]", "a window opens in front of all others",
+    {"add", R"(process N|"Name" kind K [invisible])", "a window opens in front of all others",
      ParseWindowAdd},
     {"clear", "", "every window closes", ParseWindowClear},
 };
@@ -557,7 +557,7 @@ Action ParseExpectNoFile(Words& words) {
 
 constexpr Choice absences[] = {
     {"call", "NAME", "the host was not called so", ParseExpectNoCall},
-    {"file", "\"PATH\"", "nothing is at this path", ParseExpectNoFile},
+    {"file", R"("PATH")", "nothing is at this path", ParseExpectNoFile},
 };
 
 Action ParseExpectNo(Words& words) {
@@ -576,46 +576,46 @@ constexpr Choice expectations[] = {
     {"param", "N KIND VALUE", "parameter N of the last command, as it is now",
      ParseExpectParameter},
     {"result", "KIND VALUE", "the result of the last command", ParseExpectResult},
-    {"variable", "\"Name\" KIND VALUE", "a variable; undefined when nobody set it",
+    {"variable", R"("Name" KIND VALUE)", "a variable; undefined when nobody set it",
      ParseExpectVariable},
     {"call", "NAME [times N]", "the host was called so since the plug-in was last entered",
      ParseExpectCall},
-    {"no", "call NAME|file \"PATH\"", "it was not called so; nothing is at this path",
+    {"no", R"(call NAME|file "PATH")", "it was not called so; nothing is at this path",
      ParseExpectNo},
     {"sent", "NAME FIELD VALUE", "a field of the last such call, as the plug-in sent it",
      ParseExpectSent},
     {"answered", "NAME FIELD VALUE", "the same, as the host answered it", ParseExpectAnswered},
     {"file", R"("PATH" ["CONTENTS"])", "a file is at this path, with these bytes", ParseExpectFile},
-    {"folder", "\"PATH\"", "a folder is there", ParseExpectFolder},
-    {"field", "\"Table\" RECORD \"Field\" KIND VALUE", "a saved record's value",
+    {"folder", R"("PATH")", "a folder is there", ParseExpectFolder},
+    {"field", R"("Table" RECORD "Field" KIND VALUE)", "a saved record's value",
      ParseExpectFieldValue},
-    {"records", "\"Table\" N", "so many records are in the table", ParseExpectRecords},
-    {"selection", "\"Table\" N...", "numbers of the records selected in the current process",
+    {"records", R"("Table" N)", "so many records are in the table", ParseExpectRecords},
+    {"selection", R"("Table" N...)", "numbers of the records selected in the current process",
      ParseExpectSelection},
-    {"record", "\"Table\" N|none", "number of its current record", ParseExpectRecord},
-    {"alert", "\"text\"", "the host has shown this alert since the plug-in was last entered",
+    {"record", R"("Table" N|none)", "number of its current record", ParseExpectRecord},
+    {"alert", R"("text")", "the host has shown this alert since the plug-in was last entered",
      ParseExpectAlert},
-    {"confirm", "\"text\"", "this confirmation box", ParseExpectConfirm},
+    {"confirm", R"("text")", "this confirmation box", ParseExpectConfirm},
     {"dialog", "STATE", "the last dialog, after its last turn or when it closed",
      ParseExpectDialog},
-    {"area", "\"Name\" ANSWER", "what an area made of its last event", ParseExpectArea},
+    {"area", R"("Name" ANSWER)", "what an area made of its last event", ParseExpectArea},
     {"problems", "N", "so many since the last such line; they count no more", ParseExpectProblems},
 };
 
 constexpr Choice userChoices[] = {
     {"type", R"("object" "text")", "into a field", ParseUserType},
-    {"click", "\"object\"", "a button, a check box or anything else", ParseUserClick},
-    {"choose", "\"list\" ROW", "a row of a list, from 1; 0 for none", ParseUserChoose},
-    {"check", "\"box\" on|off|mixed", "a check box", ParseUserCheck},
+    {"click", R"("object")", "a button, a check box or anything else", ParseUserClick},
+    {"choose", R"("list" ROW)", "a row of a list, from 1; 0 for none", ParseUserChoose},
+    {"check", R"("box" on|off|mixed)", "a check box", ParseUserCheck},
     {"page", "N", "goes to a page", ParseUserPage},
     {"drag", R"("object" "object")", "from the one to the other", ParseUserDrag},
     {"validate", "", "presses Return", ParseUserValidate},
     {"cancel", "", "presses Escape, as for want of actions", ParseUserCancel},
-    {"area", "\"object\" event EVENT", "is no turn: an area of the dialog gets an event",
+    {"area", R"("object" event EVENT)", "is no turn: an area of the dialog gets an event",
      ParseUserArea},
     {"sees", "STATE", "is no turn: an expectation of what is there before the next one",
      ParseUserSees},
-    {"picture", "\"name\"", "is no turn either: a picture of what is there, as below",
+    {"picture", R"("name")", "is no turn either: a picture of what is there, as below",
      ParseUserPicture},
 };
 
@@ -721,21 +721,21 @@ constexpr KindHelp kindHelp[] = {
     {"short N, long N", "16 and 32 bits; decimal, or hexadecimal with 0x"},
     {"boolean true|false|N", "one byte"},
     {"real X, extended X", "64-bit, and the host's 10 bytes"},
-    {"string \"...\"", "Pascal string of at most 255 bytes"},
-    {"text \"...\"", "text block of at most 32000 bytes"},
+    {R"(string "...")", "Pascal string of at most 255 bytes"},
+    {R"(text "...")", "text block of at most 32000 bytes"},
     {"date YYYY-MM-DD", "0000-00-00 is the empty date"},
     {"rect TOP LEFT BOTTOM RIGHT", "16 bits each"},
     {"event WHAT MESSAGE WHEN V H MODIFIERS", "toolbox event; WHEN in ticks"},
     {R"(picture "..."|null, handle "..."|null)", "handle with these bytes"},
     {R"(array long N..., array text "..."...)", "whole arrays, elements 1 and on; so are"},
     {"", "real, integer, boolean, date and picture arrays"},
-    {"array string SIZE \"...\"...", "the strings lie in slots of so many bytes"},
+    {R"(array string SIZE "..."...)", "the strings lie in slots of so many bytes"},
     {"array array KIND / ELEMENT... / ...", "rows of arrays of this kind"},
     {"value KIND VALUE", "the host's tagged value of any kind above but short, extended,"},
     {"", "rect, event, picture, handle and arrays; besides these:"},
-    {"  time SECONDS, blob \"...\"|null, undefined", ""},
+    {R"(  time SECONDS, blob "..."|null, undefined)", ""},
     {"pointer KIND VALUE|null", "laid out as the host's compiled flags say"},
-    {"unicode \"...\", array unicode \"...\"...", "UTF-8; only in variables, from 11.0 on"},
+    {R"(unicode "...", array unicode "..."...)", "UTF-8; only in variables, from 11.0 on"},
     {"none", "only as a result: the command must leave the result alone"},
 };
 

@@ -109,7 +109,7 @@ void Dialog::NewFieldList(const std::string& name, short table, long mask) {
 bool FieldAllowed(const DatabaseField& field, long mask) {
     constexpr unsigned alphaBit = 0;
     constexpr unsigned pictureBit = 3;
-    unsigned bit = static_cast<unsigned>(field.type);
+    auto bit = static_cast<unsigned>(field.type);
     if (field.type == FieldType::Alpha) {
         bit = alphaBit;
     } else if (field.type == FieldType::Picture) {

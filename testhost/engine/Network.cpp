@@ -75,7 +75,8 @@ void Damage(std::string& bytes, const NetworkFault& fault) {
     std::minstd_rand random(static_cast<unsigned>(fault.amount) + 1);
     for (size_t change = random() % 4 + 1; change > 0; --change) {
         const auto bits = static_cast<char>(random() % 255 + 1);
-        bytes[random() % bytes.size()] ^= bits;
+        char& byte = bytes[random() % bytes.size()];
+        byte = static_cast<char>(byte ^ bits);
     }
 }
 
