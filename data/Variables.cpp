@@ -618,26 +618,37 @@ short CFourDBaseArrayVar::ElementTypeToVarType(short elementType) {
     }
 }
 
+template <typename Element, typename... Index>
+Element CFourDBaseArrayVar::ReadElement(bool (CArray::*isExpected)() const, Index... index) {
+    ValueBlock value{};
+    Element element = 0;
+    if (const CArray* array = ReadArray(value, isExpected); array != nullptr) {
+        array->At(index..., element);
+    }
+    return element;
+}
+
+template <typename Element, typename... Index>
+void CFourDBaseArrayVar::WriteElement(bool (CArray::*isExpected)() const, Element element,
+                                      Index... index) {
+    ValueBlock value{};
+    if (CArray* array = ReadArray(value, isExpected); array != nullptr) {
+        array->AtPut(index..., element);
+        SetValue(&value, 0);
+    }
+}
+
 CFourDLongArrayVar::CFourDLongArrayVar(const char* name)
     : CFourDBaseArrayVar(name, ValueType::Long) {}
 CFourDLongArrayVar::CFourDLongArrayVar(const char* name, unsigned char isInterprocess)
     : CFourDBaseArrayVar(name, ValueType::Long, isInterprocess) {}
 
 long CFourDLongArrayVar::GetLongElementValue(long index) {
-    ValueBlock value{};
-    long element = 0;
-    if (const CArray* array = ReadArray(value, &CArray::IsArrayLongint); array != nullptr) {
-        array->At(index, element);
-    }
-    return element;
+    return ReadElement<long>(&CArray::IsArrayLongint, index);
 }
 
 void CFourDLongArrayVar::SetLongElementValue(long index, long element) {
-    ValueBlock value{};
-    if (CArray* array = ReadArray(value, &CArray::IsArrayLongint); array != nullptr) {
-        array->AtPut(index, element);
-        SetValue(&value, 0);
-    }
+    WriteElement(&CArray::IsArrayLongint, element, index);
 }
 
 CFourDRealArrayVar::CFourDRealArrayVar(const char* name)
@@ -646,20 +657,11 @@ CFourDRealArrayVar::CFourDRealArrayVar(const char* name, unsigned char isInterpr
     : CFourDBaseArrayVar(name, ValueType::Real, isInterprocess) {}
 
 double CFourDRealArrayVar::GetRealElementValue(long index) {
-    ValueBlock value{};
-    double element = 0;
-    if (const CArray* array = ReadArray(value, &CArray::IsArrayReal); array != nullptr) {
-        array->At(index, element);
-    }
-    return element;
+    return ReadElement<double>(&CArray::IsArrayReal, index);
 }
 
 void CFourDRealArrayVar::SetRealElementValue(long index, double element) {
-    ValueBlock value{};
-    if (CArray* array = ReadArray(value, &CArray::IsArrayReal); array != nullptr) {
-        array->AtPut(index, element);
-        SetValue(&value, 0);
-    }
+    WriteElement(&CArray::IsArrayReal, element, index);
 }
 
 // Text elements are worked on in place while their array is locked; afterwards it is locked or not
@@ -806,20 +808,11 @@ CFourDLong2DArrayVar::CFourDLong2DArrayVar(const char* name, unsigned char isInt
     : CFourDBase2DArrayVar(name, ValueType::Long, isInterprocess) {}
 
 long CFourDLong2DArrayVar::GetLongElementValue(long row, long column) {
-    ValueBlock value{};
-    long element = 0;
-    if (const CArray* array = ReadArray(value, &CArray::Is2DArrayLongint); array != nullptr) {
-        array->At(row, column, element);
-    }
-    return element;
+    return ReadElement<long>(&CArray::Is2DArrayLongint, row, column);
 }
 
 void CFourDLong2DArrayVar::SetLongElementValue(long row, long column, long element) {
-    ValueBlock value{};
-    if (CArray* array = ReadArray(value, &CArray::Is2DArrayLongint); array != nullptr) {
-        array->AtPut(row, column, element);
-        SetValue(&value, 0);
-    }
+    WriteElement(&CArray::Is2DArrayLongint, element, row, column);
 }
 
 CFourDText2DArrayVar::CFourDText2DArrayVar(const char* name)

@@ -200,6 +200,11 @@ class CFourDBaseArrayVar : public CFourDBaseVar {
     short DeclaringCommand() const;
     /// Reads the variable as an array that lives in `value`; null when it is of another type.
     CArray* ReadArray(ValueBlock& value, bool (CArray::*isExpected)() const);
+    /// An element by index, or row and column, of an array that passes the test; else 0.
+    template <typename Element, typename... Index>
+    Element ReadElement(bool (CArray::*isExpected)() const, Index... index);
+    template <typename Element, typename... Index>
+    void WriteElement(bool (CArray::*isExpected)() const, Element element, Index... index);
 
     short fElementType;
 };

@@ -31,7 +31,8 @@ static_assert(offsetof(ReadWriteBlock, callID) == 0 && offsetof(ReadWriteBlock, 
 static_assert(offsetof(LateConnectBlock, cookie) == 12 &&
               offsetof(LateConnectBlock, process) == 16);
 
-/// The server's record of a connected client.
+/// The server's record of a connected client. The names' length bytes are as the client sent them:
+/// do not believe one beyond its field.
 struct FourDClient {
     unsigned long cookie; ///< the host's identifier of the connection
     long process;         ///< process that serves the client on the server

@@ -260,6 +260,6 @@ class CXArea {
 };
 
 /// The field of `table` that an area of this name (Pascal) is bound to: its names (Str31), number
-/// and type. Empty names, 0 and 65535 when there is none.
+/// and type. 0, 65535 and an empty field name when there is none.
 void CheckDatabaseFieldForArea(short table, const unsigned char* areaName, unsigned char* tableName,
                                unsigned char* fieldName, long* fieldNumber, long* fieldType);
