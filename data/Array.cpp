@@ -199,7 +199,7 @@ long LastStored(const ArrayBlock& block, short type) {
         return -1;
     }
     const long room = GetHandleSize(block.elements) - HeaderSize(type);
-    return std::min(block.count, room / size - 1);
+    return std::min(long{block.count}, room / size - 1);
 }
 
 /// Sets the count and the storage's size. Elements that were not in the storage are empty.

@@ -13,9 +13,9 @@ struct ParameterBlock;
 struct FDEngineBlock;
 
 /// The host's call-back for ParameterBlock: selector, record.
-using ClassicCallBack = long(__attribute__((cdecl)) *)(long selector, ParameterBlock* block);
+using ClassicCallBack = long(__attribute__((__cdecl__)) *)(long selector, ParameterBlock* block);
 /// The host's call-back for FDEngineBlock: selector, record.
-using EngineCallBack = long(__attribute__((cdecl)) *)(long selector, FDEngineBlock* block);
+using EngineCallBack = long(__attribute__((__cdecl__)) *)(long selector, FDEngineBlock* block);
 
 /// The host's initialisation record, handed over with the selectors -1 and -200.
 struct PackInitBlock {

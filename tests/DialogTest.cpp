@@ -39,9 +39,9 @@ std::string Form(const std::string& atoms) {
 
 std::string Object(FormObjectKind kind, const std::string& name) {
     const char type = kind == FormObjectKind::Button ? 9 : 0;
-    const std::string pascal = static_cast<char>(name.size()) + name;
+    const std::string counted = static_cast<char>(name.size()) + name;
     return Atom("OBJT", std::string{static_cast<char>(kind), type, 0, 0} + Number(10, 2) +
-                            Number(20, 2) + Number(30, 2) + Number(120, 2) + pascal + pascal +
+                            Number(20, 2) + Number(30, 2) + Number(120, 2) + counted + counted +
                             '\0');
 }
 

@@ -161,10 +161,10 @@ TEST_P(ProcessesTest, NamesAreCutToWhatTheRecordHolds) {
     char text[256];
     FourD::GetProcessCName(number, text);
     EXPECT_EQ(text, name.substr(0, room));
-    PascalString pascal("L\xE4ufer"); // in the ANSI code page
+    PascalString counted("L\xE4ufer"); // in the ANSI code page
     long second = 0;
     EXPECT_EQ(
-        FourD::NewXProcess(static_cast<char*>(AddressOf<DoNothing>()), pascal.bytes, 0, &second),
+        FourD::NewXProcess(static_cast<char*>(AddressOf<DoNothing>()), counted.bytes, 0, &second),
         0);
     Str255 found;
     FourD::GetProcessName(second, found);

@@ -304,8 +304,8 @@ TEST(ServerCallsTest, WhateverComesFromTheNetworkTheServerServesOn) {
 std::vector<std::string> written;
 std::string identifierAnswer;
 
-NIMBO_REALIGN __attribute__((stdcall)) void MadeUpServer(long selector, void* params, void*,
-                                                         void* result) {
+NIMBO_REALIGN __attribute__((__stdcall__)) void MadeUpServer(long selector, void* params, void*,
+                                                             void* result) {
     if (selector == -1) {
         static_cast<PackInitBlock*>(params)->acceptedVersion =
             static_cast<PackInitBlock*>(params)->hostVersion;

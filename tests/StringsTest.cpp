@@ -35,11 +35,11 @@ TEST(Strings, PascalStringsEndAt255Characters) {
     const string source = "0123456789";
     for (const std::size_t length : {0, 3, 245, 246, 250, 255}) {
         const string start(length, 'x'), joined = (start + source).substr(0, 255);
-        Buffer pascal(Pascal(start)), zero(Pascal(start)), back(Zero("ab"));
-        _CatPStr(Buffer(Pascal(source)).P(), pascal.P());
+        Buffer counted(Pascal(start)), zero(Pascal(start)), back(Zero("ab"));
+        _CatPStr(Buffer(Pascal(source)).P(), counted.P());
         _CatC2PStr(source.c_str(), zero.P());
-        _CatP2CStr(pascal.P(), back.C());
-        ExpectWritten(pascal, Pascal(joined));
+        _CatP2CStr(counted.P(), back.C());
+        ExpectWritten(counted, Pascal(joined));
         ExpectWritten(zero, Pascal(joined));
         ExpectWritten(back, Zero("ab" + joined));
     }
@@ -70,19 +70,19 @@ TEST(Strings, BoundedCopyWritesOneZeroBeyondWhatItCopies) {
 }
 
 TEST(Strings, SourceAndDestinationMayOverlap) {
-    const string text = "overlapping", zero = Zero(text), pascal = Pascal(text);
+    const string text = "overlapping", zero = Zero(text), counted = Pascal(text);
     const struct {
         const char* name;
         string start;
         void (*run)(Buffer&);
         string result;
     } cases[] = {
-        {"C to Pascal", zero, [](Buffer& b) { _CopyC2PStr(b.C(), b.P()); }, pascal},
-        {"Pascal to C", pascal, [](Buffer& b) { _CopyP2CStr(b.P(), b.C()); }, zero},
+        {"C to Pascal", zero, [](Buffer& b) { _CopyC2PStr(b.C(), b.P()); }, counted},
+        {"Pascal to C", counted, [](Buffer& b) { _CopyP2CStr(b.P(), b.C()); }, zero},
         {"C up", zero, [](Buffer& b) { _CopyCStr(b.C(), b.C(1)); }, "o" + zero},
         {"bounded up", zero, [](Buffer& b) { _CopyCStrN(b.C(), b.C(1), 7); },
          "o" + Zero("overlap")},
-        {"Pascal up", pascal, [](Buffer& b) { _CopyPStr(b.P(), b.P(1)); }, pascal[0] + pascal},
+        {"Pascal up", counted, [](Buffer& b) { _CopyPStr(b.P(), b.P(1)); }, counted[0] + counted},
         {"C onto itself", zero, [](Buffer& b) { _CatCStr(b.C(), b.C()); }, Zero(text + text)},
         {"Pascal onto itself", Pascal(string(200, 'x')), [](Buffer& b) { _CatPStr(b.P(), b.P()); },
          Pascal(string(255, 'x'))},

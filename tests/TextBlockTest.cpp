@@ -39,7 +39,7 @@ TEST_P(TextBlockTest, DoesWhatAStringDoes) {
         }
         const std::string cut = source.substr(0, 32000);
         const std::string shortSource = source.substr(0, 255);
-        PascalString pascal(shortSource);
+        PascalString counted(shortSource);
         OwnedHandle handle(source);
         ASSERT_EQ(other.SetTo(cut.c_str()), 0);
         const auto append = [&model](const std::string& added) {
@@ -50,7 +50,7 @@ TEST_P(TextBlockTest, DoesWhatAStringDoes) {
             text.SetTo(other), model = cut;
             break;
         case 1:
-            text.SetTo(pascal.bytes), model = shortSource;
+            text.SetTo(counted.bytes), model = shortSource;
             break;
         case 2:
             text.SetTo(source.c_str()), model = cut;
@@ -65,7 +65,7 @@ TEST_P(TextBlockTest, DoesWhatAStringDoes) {
             text.Append(other), append(cut);
             break;
         case 6:
-            text.Append(pascal.bytes), append(shortSource);
+            text.Append(counted.bytes), append(shortSource);
             break;
         case 7:
             text.Append(source.c_str()), append(source);
@@ -101,12 +101,12 @@ TEST_P(TextBlockTest, DoesWhatAStringDoes) {
 }
 
 TEST_P(TextBlockTest, ConstructorsCopyTheirSource) {
-    PascalString pascal("pascal");
+    PascalString counted("pascal");
     const OwnedHandle handle("handle");
     CTextBlock first("first");
-    CTextBlock copies[] = {CTextBlock(first),        CTextBlock(&first),
-                           CTextBlock(pascal.bytes), CTextBlock("zero-terminated"),
-                           CTextBlock("counted", 5), CTextBlock("negative", -1),
+    CTextBlock copies[] = {CTextBlock(first),         CTextBlock(&first),
+                           CTextBlock(counted.bytes), CTextBlock("zero-terminated"),
+                           CTextBlock("counted", 5),  CTextBlock("negative", -1),
                            CTextBlock(handle.handle)};
     const char* const expected[] = {"first", "first", "pascal", "zero-terminated",
                                     "count", "",      "handle"};
@@ -151,9 +151,9 @@ TEST_P(TextBlockTest, GivesBytesAndCopies) {
     EXPECT_EQ(text.GetChar(1), '1');
     EXPECT_EQ(TextOf(text), '1' + std::string(298, 'x') + '3');
 
-    PascalString pascal("");
-    text.CopyTo(pascal.bytes);
-    EXPECT_EQ(pascal.Text(), '1' + std::string(254, 'x'));
+    PascalString counted("");
+    text.CopyTo(counted.bytes);
+    EXPECT_EQ(counted.Text(), '1' + std::string(254, 'x'));
     char bounded[8] = {'#', '#', '#', '#', '#', '#', '#', '#'};
     text.CopyTo(bounded, 5);
     EXPECT_EQ(std::string(bounded, 8), std::string("1xxxx\0##", 8));
@@ -168,7 +168,7 @@ TEST_P(TextBlockTest, GivesBytesAndCopies) {
 
 TEST_P(TextBlockTest, ReplacesWithEveryForm) {
     PascalString search("cat");
-    PascalString pascal("dog");
+    PascalString counted("dog");
     CTextBlock block("dog");
     const OwnedHandle handle("dog");
     const auto check = [&](const std::function<long()>& replace) {
@@ -178,7 +178,7 @@ TEST_P(TextBlockTest, ReplacesWithEveryForm) {
     };
     check([&] { return text.Replace(search, block); });
     check([&] { return text.Replace(search, &block); });
-    check([&] { return text.Replace(search, pascal.bytes); });
+    check([&] { return text.Replace(search, counted.bytes); });
     check([&] { return text.Replace(search, "dog"); });
     check([&] { return text.Replace(search, "doggy", 3); });
     check([&] { return text.Replace(search, handle.handle); });
@@ -202,9 +202,9 @@ TEST_P(TextBlockTest, ReadsNothingThatIsNotThere) {
         const std::string expected = length < 0 ? "" : "ab";
         const OwnedHandle two("ab");
         record.text = two;
-        PascalString pascal("?");
-        view.CopyTo(pascal.bytes);
-        EXPECT_EQ(pascal.Text(), expected);
+        PascalString counted("?");
+        view.CopyTo(counted.bytes);
+        EXPECT_EQ(counted.Text(), expected);
         EXPECT_EQ(text.SetTo(view), 0);
         EXPECT_EQ(TextOf(text), expected);
         EXPECT_EQ(view.GetChar(3), 0);

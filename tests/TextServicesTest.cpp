@@ -20,14 +20,14 @@ TEST(TextServicesTest, CodesBecomeTextsAndBack) {
          {Row{0x54455854, "TEXT", "TEXT"}, Row{0, "", ""}, Row{0x61620963, "ab\tc", R"(ab\x09c)"},
           Row{0x00000001, "\0\0\0\1"s, R"(\x00\x00\x00\x01)"},
           Row{0xFF7F7E20, "\xFF\x7F~ ", R"(\xFF\x7F~ )"}}) {
-        PascalString pascal("");
-        _OSTypeToString(row.code, pascal);
-        EXPECT_EQ(pascal.Text(), row.plain);
+        PascalString counted("");
+        _OSTypeToString(row.code, counted);
+        EXPECT_EQ(counted.Text(), row.plain);
         if (row.code != 0) {
-            EXPECT_EQ(_StringToOSType(pascal), row.code);
+            EXPECT_EQ(_StringToOSType(counted), row.code);
         }
-        _OSTypeToDisplayString(row.code, pascal);
-        EXPECT_EQ(pascal.Text(), row.display);
+        _OSTypeToDisplayString(row.code, counted);
+        EXPECT_EQ(counted.Text(), row.display);
         char text[17];
         _OSTypeToCString(row.code, text);
         EXPECT_STREQ(text, row.plain.c_str());
@@ -60,11 +60,11 @@ TEST(TextServicesTest, ChangesCase) {
     EXPECT_STREQ(text, "MIXED 1\xE9");
     _LowerCStr(text);
     EXPECT_STREQ(text, "mixed 1\xE9");
-    PascalString pascal("MiXed");
-    _UpperPStr(pascal);
-    EXPECT_EQ(pascal.Text(), "MIXED");
-    _LowerPStr(pascal);
-    EXPECT_EQ(pascal.Text(), "mixed");
+    PascalString counted("MiXed");
+    _UpperPStr(counted);
+    EXPECT_EQ(counted.Text(), "MIXED");
+    _LowerPStr(counted);
+    EXPECT_EQ(counted.Text(), "mixed");
     _UpperCStr(nullptr);
     _LowerPStr(nullptr);
 }

@@ -227,7 +227,7 @@ bool ReplaceElement(ValueKind kind, ArrayBlock& array, long index, const TypedVa
     StoreElement(element, layout, {reinterpret_cast<unsigned char*>(bytes.data()), bytes.size()});
     contents.replace(places.start + place * places.size, places.size, bytes);
     BlockMove(contents.data(), *array.elements, static_cast<Size>(contents.size()));
-    array.count = std::max(array.count, index);
+    array.count = std::max(long{array.count}, index);
     FreeParts(former, layout);
     return true;
 }

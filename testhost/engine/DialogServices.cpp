@@ -11,10 +11,10 @@
 
 namespace {
 using Request = DialogRequest;
-using FilterProcedure = void(__attribute__((cdecl)) *)(void* dialog, EventRecord* event,
-                                                       unsigned char* objectName,
-                                                       unsigned char enabled,
-                                                       unsigned char editable);
+using FilterProcedure = void(__attribute__((__cdecl__)) *)(void* dialog, EventRecord* event,
+                                                           unsigned char* objectName,
+                                                           unsigned char enabled,
+                                                           unsigned char editable);
 
 // --- Where values lie ----------------------------------------------------------------------------
 

@@ -20,6 +20,11 @@ bool IsZero(const FDStringBlock& block) {
     return std::memcmp(&block, &zero, sizeof block) == 0;
 }
 
+// A copy: a reference to a field of a packed record may be misaligned.
+unsigned long NumberOf(const FDStringBlock& block) {
+    return block.hostPrivate[0];
+}
+
 // Never twice in all hosts, and nothing that a plug-in could mistake for a count or an address.
 unsigned long FreshNumber() {
     static unsigned long count = 0x5A000000;
@@ -92,7 +97,7 @@ short HostStrings::Dispose(FDStringBlock& block, Owner by) {
         return ResultCode::BadParameter;
     }
     Release(std::move(string->memory));
-    strings.erase(block.hostPrivate[0]);
+    strings.erase(NumberOf(block));
     block = {};
     return ResultCode::NoError;
 }
@@ -110,7 +115,7 @@ short HostStrings::SetOwner(const FDStringBlock& block, Owner owner) {
 }
 
 bool HostStrings::IsLive(const FDStringBlock& block) const {
-    auto found = strings.find(block.hostPrivate[0]);
+    auto found = strings.find(NumberOf(block));
     return found != strings.end() && std::memcmp(&found->second.block, &block, sizeof block) == 0;
 }
 
@@ -138,7 +143,7 @@ long HostStrings::Count(Owner owner) const {
 
 // The string of a block that is not zero; null, with a report, for a bad one.
 HostStrings::String* HostStrings::Find(const FDStringBlock& block) {
-    auto found = strings.find(block.hostPrivate[0]);
+    auto found = strings.find(NumberOf(block));
     if (found == strings.end()) {
         host.Report("A host string that was disposed of, or never was one, came to the host.");
         return nullptr;

@@ -69,7 +69,7 @@ void Scheduler::Leave(Host& host) {
     std::erase(hosts, &host);
 }
 
-NIMBO_REALIGN __attribute__((stdcall)) void Scheduler::Body(void* task) {
+NIMBO_REALIGN __attribute__((__stdcall__)) void Scheduler::Body(void* task) {
     auto& self = *static_cast<Task*>(task);
     self.stackTop = static_cast<char*>(__builtin_frame_address(0));
     self.scheduler->ended.reset();

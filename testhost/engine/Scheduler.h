@@ -81,7 +81,7 @@ class Scheduler {
         const std::function<void()>* work;
     };
 
-    static __attribute__((stdcall)) void Body(void* task);
+    static __attribute__((__stdcall__)) void Body(void* task);
     size_t RunningPlace() const;
     bool CanRun(const Task& task) const;
     bool IsIdle(const Task& task) const;

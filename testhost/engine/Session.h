@@ -6,8 +6,8 @@
 #include <string_view>
 
 /// An entry point of a plug-in: selector, parameters, data, result. It removes its arguments.
-using PluginEntry = void(__attribute__((stdcall)) *)(long selector, void* params, void* data,
-                                                     void* result);
+using PluginEntry = void(__attribute__((__stdcall__)) *)(long selector, void* params, void* data,
+                                                         void* result);
 
 struct EntryPoints {
     PluginEntry pack = nullptr;   ///< FourDPack
