@@ -8,7 +8,7 @@
 #include "shell/Strings.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -318,7 +318,7 @@ void FourDPlug::TakeCall(FourDClient* client, const ReadWriteBlock* block, const
 
 void FourDPlug::HandleCleanupOnServer(ReadWriteBlock* block, char* data) {
     if (block->callID == 0) {
-        delete[] data; // what HandOutCallID made; a null pointer is nothing
+        const std::unique_ptr<char[]> freed(data); // what HandOutCallID made, or nothing
         return;
     }
     auto* call = Find<ServerCall>(serverCalls, CompareServerCall, block);
@@ -363,14 +363,32 @@ void CompleteClient(FourDClient& client, const char* key, const unsigned char* n
     }
 }
 
+constexpr char Blanks[] = " \t\n\v\f\r";
+
+/// Reads "<%X>:%s", a cookie and the key behind it, which it ends where a blank follows; null when
+/// the text does not have that form. The C runtime's own reader of formats would make every
+/// plug-in a tenth larger.
+const char* ReadClientQuery(char* text, unsigned long* cookie) {
+    if (text[0] != '<') {
+        return nullptr;
+    }
+    char* end = text + 1;
+    *cookie = std::strtoul(text + 1, &end, 16);
+    if (end == text + 1 || end[0] != '>' || end[1] != ':') {
+        return nullptr;
+    }
+    char* key = end + 2 + std::strspn(end + 2, Blanks);
+    key[std::strcspn(key, Blanks)] = '\0';
+    return key[0] != '\0' ? key : nullptr;
+}
+
 } // namespace
 
 void FourDPlug::GetVersion(unsigned char* version, unsigned char* name) {
     char text[256];
     _CopyP2CStr(version, text);
-    unsigned cookie = 0;
-    char key[256] = {};
-    if (std::sscanf(text, "<%X>:%255s", &cookie, key) == 2 && cookie != 0) {
+    unsigned long cookie = 0;
+    if (const char* key = ReadClientQuery(text, &cookie); key != nullptr && cookie != 0) {
         if (FourDClient* client = GetClientWithCookie(cookie); client != nullptr) {
             CompleteClient(*client, key, name);
         }

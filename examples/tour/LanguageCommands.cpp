@@ -29,9 +29,8 @@ struct OwnedValue {
 
 /// A field, by the name that the host's language gives it: "[Table]Field".
 struct FieldReference {
-    explicit FieldReference(unsigned char* name) {
-        error = FourD::GetFileFieldNum(name, &table, &field);
-    }
+    explicit FieldReference(unsigned char* name)
+        : error(FourD::GetFileFieldNum(name, &table, &field)) {}
 
     short table = 0;
     short field = 0;
