@@ -6,12 +6,9 @@
 
 #include <iterator>
 
-// The plug-in that docs/plug-in-guide.md builds step by step.
-
 namespace {
 
 constexpr long MostStars = 5;
-constexpr long StarWidth = 10; // pixels
 
 /// "***--" for 3, as a Pascal string.
 void WriteStars(long rating, unsigned char* text) {
@@ -27,10 +24,8 @@ void Stars(CXParam* params, CXResult* result) {
     result->SetString(text);
 }
 
-// --- The dialog -------------------------------------------------------------------------------
-
-constexpr short messages = 15000; // the number of the string list
-constexpr short atLeastOneStar = 1;
+constexpr short Messages = 15000; // the number of the string list
+constexpr short AtLeastOneStar = 1;
 
 class RatingDialog : public SXDialog {
   public:
@@ -42,7 +37,7 @@ class RatingDialog : public SXDialog {
     }
     void HandleItemHit(char*, unsigned char* done, unsigned char* cancelled) override {
         if (*done != 0 && *cancelled == 0 && FourDDialog::GetLongVar(dialog, "rating") == 0) {
-            FourD::AlertV6(messages, atLeastOneStar);
+            FourD::AlertV6(Messages, AtLeastOneStar);
             *done = 0;
         }
     }
@@ -60,7 +55,7 @@ void AskForRating(CXParam* params, CXResult* result) {
     result->SetBoolean(accepted ? 1 : 0);
 }
 
-// --- The area ---------------------------------------------------------------------------------
+constexpr long StarWidth = 10; // pixels
 
 /// Shows a rating as stars; a click on one of them changes it.
 class StarsArea : public CXArea {
@@ -71,7 +66,7 @@ class StarsArea : public CXArea {
         EraseRect(&areaRect);
         MoveT(areaRect.left, static_cast<short>(areaRect.bottom - 4));
         DrawString(text);
-        CXArea::DoDraw();
+        CXArea::DoDraw(); // notes that it is drawn
     }
 
     bool DoMouseDown(EventRecord* event) override {
@@ -94,8 +89,6 @@ StarsManager starsManager;
 void StarsAreaEvent(CXParam* params, CXResult*) {
     DispatchAreaCall(starsManager, params);
 }
-
-// --- The plug-in ------------------------------------------------------------------------------
 
 constexpr CommandEntry Commands[] = {
     {"Stars", "(long rating) -> string", Stars},
