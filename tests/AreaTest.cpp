@@ -29,6 +29,7 @@ class TestArea : public CXArea {
     static inline bool consume; ///< handlers answer for themselves
     static inline std::set<TestArea*> living;
     static inline void (*inHandler)(); ///< runs within mouse-down and key handlers
+    static inline std::string hook;    ///< in this call it runs, too
 
     TestArea() { living.insert(this); }
     ~TestArea() override { living.erase(this); }
@@ -36,8 +37,12 @@ class TestArea : public CXArea {
     template <typename... Numbers>
     static bool Note(std::string call, Numbers... numbers) {
         ((call += " " + std::to_string(numbers)), ...);
+        const bool acts = call == hook;
         if (calls.size() < 100) {
             calls.push_back(std::move(call));
+        }
+        if (acts) {
+            inHandler();
         }
         return yes;
     }
@@ -52,6 +57,12 @@ class TestArea : public CXArea {
     }
     static long Number(const void* address) { return reinterpret_cast<long>(address); }
 
+    void InitAreaPort(GrafPort* itsPort, Rect* rect) override {
+        CXArea::InitAreaPort(itsPort, rect);
+        if (hook == "port") {
+            Note("port");
+        }
+    }
     void CloseArea() override { Note("close"); }
     void LoadDataFromField() override { Note("load"); }
     void UnloadDataToField() override { Note("unload"); }
@@ -121,6 +132,7 @@ class AreaTest : public HostTest {
         TestArea::calls.clear();
         TestArea::yes = TestArea::consume = false;
         TestArea::inHandler = nullptr;
+        TestArea::hook.clear();
         SetPor(&host.windows.At(1).port);
     }
     ~AreaTest() override { SetPor(nullptr); }
@@ -140,6 +152,14 @@ class AreaTest : public HostTest {
         TestArea::calls.clear();
     }
     void Delete() { Send(17); }
+    /// With a table whose second field is bound to the area.
+    void OpenDatabase() {
+        DatabaseFile file = ParseDatabase("table \"T\"\nfield \"A\" text\nfield \"Map_\" picture\n"
+                                          "records\nx|y\nx|z\n",
+                                          "tables");
+        ASSERT_THAT(file.errors, IsEmpty());
+        host.database = std::move(file.database);
+    }
 
     TestPlug plug;
     TestManager manager;
@@ -378,11 +398,7 @@ TEST_F(AreaTest, DrawsAndInvalidatesInItsOwnPort) {
 }
 
 TEST_F(AreaTest, ABoundFieldIsLoadedWithEachRecord) {
-    DatabaseFile file = ParseDatabase("table \"T\"\nfield \"A\" text\nfield \"Map_\" picture\n"
-                                      "records\nx|y\nx|z\n",
-                                      "tables");
-    ASSERT_THAT(file.errors, IsEmpty());
-    host.database = std::move(file.database);
+    OpenDatabase();
     AreaInitBlock block = {};
     block.table = 1;
     Create(block);
@@ -432,6 +448,39 @@ TEST_F(AreaTest, AnAreaDeletedWithinItsEventsLivesUntilTheirEnd) {
     EXPECT_EQ(Long{Send(1, 5).message}, 112U);
     EXPECT_THAT(TestArea::calls, ElementsAre("close", "key", "mouse"));
     EXPECT_THAT(TestArea::living, IsEmpty());
+}
+
+TEST_F(AreaTest, AnAreaDeletedByAHookOfAnEventIsAskedNothingMore) {
+    static AreaTest* self;
+    self = this;
+    OpenDatabase();
+    TestArea::inHandler = [] { self->Delete(); };
+    AreaInitBlock block = {};
+    block.table = 1;
+    for (const auto& [hook, page, code] : {std::tuple{"port", short{1}, Word{1}},
+                                           {"load", 1, 1},
+                                           {"in", 1, 1},
+                                           {"out", 2, 1},
+                                           {"load", 1, 6},
+                                           {"load", 1, 27}}) {
+        SCOPED_TRACE(testing::Message() << hook << " in event " << code);
+        block.page = page;
+        TestArea::hook.clear();
+        FourD::GotoRecord(1, 0, 0, 0);
+        Send(602, reinterpret_cast<unsigned long>(&block));
+        if (code != 1) {
+            Send(84); // the first event
+        }
+        FourD::GotoRecord(1, 1, 0, 0);
+        TestArea::hook = hook;
+        TestArea::calls.clear();
+        Send(code, 0, 2);
+        EXPECT_EQ(slot, nullptr);
+        EXPECT_THAT(TestArea::living, IsEmpty());
+        ASSERT_GE(TestArea::calls.size(), 2);
+        EXPECT_EQ(*(TestArea::calls.end() - 2), hook);
+        EXPECT_EQ(TestArea::calls.back(), "close");
+    }
 }
 
 TEST_F(AreaTest, CallsOfHostFormsAndTheManagersEnd) {

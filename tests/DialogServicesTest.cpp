@@ -49,7 +49,9 @@ class DialogTest : public HostTest {
     DialogTest(unsigned short version = 0x1130)
         : HostTest({.version = version, .pluginResFile = pluginFile}) {
         ToolboxAddResFile(pluginFile);
-        host.dialogs.onFailure = [this](const std::string& text) { failures.push_back(text); };
+        host.dialogs.onFailure = [this](const UserAction&, const std::string& text) {
+            failures.push_back(text);
+        };
         Start();
         UseResFile(pluginFile);
     }

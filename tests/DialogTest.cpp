@@ -4,7 +4,9 @@
 #include "ui/Dialog.h"
 
 #include "host/FourD.h"
+#include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
+#include "testhost/app/DatabaseFile.h"
 #include "testhost/engine/Form.h"
 #include "tests/Fixture.h"
 #include "ui/AreaManager.h"
@@ -37,11 +39,11 @@ std::string Form(const std::string& atoms) {
     return "FORM" + Number(4 + atoms.size(), 4) + "LAYO" + atoms;
 }
 
-std::string Object(FormObjectKind kind, const std::string& name) {
+std::string Object(FormObjectKind kind, const std::string& name, unsigned long top = 10) {
     const char type = kind == FormObjectKind::Button ? 9 : 0;
     const std::string counted = static_cast<char>(name.size()) + name;
-    return Atom("OBJT", std::string{static_cast<char>(kind), type, 0, 0} + Number(10, 2) +
-                            Number(20, 2) + Number(30, 2) + Number(120, 2) + counted + counted +
+    return Atom("OBJT", std::string{static_cast<char>(kind), type, 0, 0} + Number(top, 2) +
+                            Number(20, 2) + Number(top + 20, 2) + Number(120, 2) + counted + counted +
                             '\0');
 }
 
@@ -90,7 +92,7 @@ class TestDialog : public SXDialog {
     std::string closesOn;
 
     using SXDialog::dialog, SXDialog::formFlag1, SXDialog::formFlag2, SXDialog::formResource,
-        SXDialog::process, SXDialog::window;
+        SXDialog::process, SXDialog::styleSet, SXDialog::window;
 };
 
 class DialogTest : public HostTest, public testing::WithParamInterface<unsigned short> {
@@ -175,6 +177,16 @@ TEST_P(DialogTest, PatchesFontsAndReadsFlags) {
         EXPECT_EQ(atoms[4], Font(1, 10, 3));
         EXPECT_EQ(atoms[5], Font(1, 10, 3).substr(0, 9));
     }
+    SetForm(form);
+    TestDialog later(0);
+    later.PatchFO4DFONTAtoms(); // without a set
+    EXPECT_EQ(later.Atoms()[0], Font(1, 10, 3));
+    later.styleSet = StyleSet;
+    later.PatchFO4DFONTAtoms();
+    EXPECT_EQ(later.Atoms()[0], Font(4, 11, -1));
+    EXPECT_EQ(later.Atoms()[4], Font(1, 10, 3));
+    later.Close();
+    later.PatchFO4DFONTAtoms(); // without a form
 }
 
 TEST_P(DialogTest, SpoiledFormsHarmNothing) {
@@ -233,6 +245,78 @@ TEST_P(DialogTest, RunsItsHooksInOrder) {
     EXPECT_THAT(ended.calls, ElementsAre("pre", "post", "hit go", "unload", "hit go"));
 }
 
+Calls ownFiltered;
+
+HOST_CALL void OwnFilter(void* dialog, EventRecord* event, unsigned char* name, unsigned char,
+                         unsigned char) {
+    EXPECT_NE(SXDialog::GetSXDialogFromContext(dialog), nullptr);
+    ownFiltered.push_back(std::to_string(event->what) + " " + PascalString::TextOf(name));
+}
+
+TEST_P(DialogTest, TakesARectangleAndAFilterOfItsOwn) {
+    SetForm(SampleForm());
+    TestDialog dialog;
+    Rect rect = {40, 50, 240, 350};
+    ASSERT_TRUE(dialog.Open(&rect, PascalString("Title").bytes, 1));
+    const CallFields& sent = host.log.Last("DialogCreate")->Sent();
+    EXPECT_EQ(static_cast<void*>(Handle{sent.handle}), &rect);
+    EXPECT_EQ(sent.flag1, 1);
+    EXPECT_EQ(host.log.Last("DialogCreate")->IsEngine(), host.HasEngine());
+    ownFiltered.clear();
+    Act(UserAction::Kind::Click, "go");
+    Act(UserAction::Kind::Validate);
+    EXPECT_TRUE(dialog.EventLoop(OwnFilter));
+    EXPECT_THAT(dialog.filtered, IsEmpty());
+    if (host.HasEngine()) { // which gets no filter
+        EXPECT_THAT(ownFiltered, IsEmpty());
+    } else {
+        EXPECT_THAT(ownFiltered, ElementsAre("1 go", "3 "));
+    }
+}
+
+TEST_P(DialogTest, TellsWhatWasDraggedChosenAndHitLast) {
+    DatabaseFile file = ParseDatabase("table \"T\"\nfield \"A\" text\n"
+                                      "table \"U\"\nfield \"B\" picture\nfield \"C\" text\n",
+                                      "tables");
+    ASSERT_THAT(file.errors, IsEmpty());
+    host.database = std::move(file.database);
+    SetForm(Form(Object(FormObjectKind::Button, "go") + Object(FormObjectKind::Area, "map", 50) +
+                 Object(FormObjectKind::ListBox, "fields", 100)));
+    TestDialog dialog;
+    ASSERT_TRUE(dialog.Open(nullptr, nullptr, 0));
+    FourDDialog* const d = dialog.dialog;
+    char source[256] = "before", target[256] = "before";
+    Point from = {1, 1}, to = {1, 1};
+    FourDDialog::GetDragInfo(d, source, &from, target, &to);
+    EXPECT_EQ(std::string(source) + target, ""); // nothing yet
+    EXPECT_EQ(from.v + from.h + to.v + to.h, 0);
+    FourDDialog::NewTableFieldHList(d, "fields", 2, 0, 0, 0, 0, 0);
+    short table = 9, field = 9;
+    FourDDialog::GetTableFieldFromHList(d, "fields", &table, &field, 0);
+    EXPECT_EQ(table + field, 0);
+
+    host.dialogs.actions.push_back(
+        {.kind = UserAction::Kind::Drag, .object = "go", .text = "map"});
+    host.dialogs.actions.push_back(
+        {.kind = UserAction::Kind::Choose, .object = "fields", .number = 2});
+    Act(UserAction::Kind::Click, "go");
+    dialog.endsOn = "go";
+    EXPECT_TRUE(dialog.EventLoop(nullptr));
+    FourDDialog::GetDragInfo(d, source, &from, target, &to);
+    EXPECT_STREQ(source, "go");
+    EXPECT_STREQ(target, "map");
+    EXPECT_EQ((std::vector<int>{from.v, from.h, to.v, to.h}), (std::vector<int>{20, 70, 60, 70}));
+    FourDDialog::GetDragInfo(d, nullptr, nullptr, nullptr, nullptr);
+    FourDDialog::GetTableFieldFromHList(d, "fields", &table, &field, 0);
+    EXPECT_EQ(table * 10 + field, 22);
+    FourDDialog::SetTableFieldInHList(d, "fields", 2, 1, 0);
+    FourDDialog::GetTableFieldFromHList(d, "fields", nullptr, &field, 0);
+    EXPECT_EQ(field, 1);
+    char last[256] = "before";
+    FourDDialog::GetLastObject(d, last);
+    EXPECT_STREQ(last, "go");
+}
+
 TEST_P(DialogTest, TheDefaultFilterFindsTheObject) {
     SetForm(SampleForm());
     TestDialog dialog;
@@ -282,6 +366,8 @@ TEST_P(DialogTest, HoldsAreasOfThePlugIn) {
         TestDialog dialog;
         EXPECT_EQ(FourDDialog::SetupPluginArea(dialog.dialog, "map", &manager, 0), nullptr);
         ASSERT_TRUE(dialog.Open(nullptr, nullptr, 0));
+        host.FailNext("DialogSetAreaHandler", ResultCode::BadParameter);
+        EXPECT_EQ(FourDDialog::SetupPluginArea(dialog.dialog, "map", &manager, 0), nullptr);
         area = FourDDialog::SetupPluginArea(dialog.dialog, "map", &manager, 0);
         ASSERT_NE(area, nullptr);
         Rect rect;

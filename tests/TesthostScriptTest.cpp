@@ -55,6 +55,13 @@ HOST_ENTRY void FakePlugin(long selector, void* params, void*, void* result) {
     case 7: // (string): writes a file of this path
         std::ofstream(PascalString::TextOf(static_cast<unsigned char*>(parameters[0]))) << "made";
         break;
+    case 8: // (event of an area): counts in the host's record, and writes behind that of a drag
+        if (auto* event = static_cast<EventRecord*>(parameters[0]); event->message != 0) {
+            auto* bytes = reinterpret_cast<unsigned char*>(event->message);
+            bytes = event->what == 43 ? *reinterpret_cast<unsigned char**>(bytes) : bytes;
+            event->modifiers = ++bytes[event->what == 80 ? 256 : 255];
+        }
+        break;
     default:
         break;
     }
@@ -123,6 +130,8 @@ TEST(TesthostScriptTest, EveryWrongLineIsToldAtOnceWithItsNumber) {
         {"fail Nobody -1", "the host has no call 'Nobody'"},
         {"fail ProgramInfo 32768", "the result code from -32768 to 32767"},
         {"expect variable \"a\" rect 1 2 3 4", "cannot be of the kind rect"},
+        {"set chosen \"\" 1", "no variable has the name"},
+        {"expect chosen \"a\" 32768", "an element from -32768 to 32767"},
         {R"(echo "${nothing}")", "unknown variable '${nothing}'"},
         {R"(echo "${temp")", "does not end"},
         {"expect no file", "the file's path in quotation marks"},
@@ -273,6 +282,27 @@ TEST(TesthostScriptTest, FailuresAndPicturesOfAHost) {
         call 6 -> long 8
         set picture "Logo" "public.jpeg; JPG" "bytes" "PICT" "more"
         expect variable "Logo" picture "bytes"
+    )");
+    EXPECT_TRUE(played.good) << played.output;
+}
+
+TEST(TesthostScriptTest, EventsOfAreasThatComeWithARecord) {
+    Played played = Play(R"(
+        start
+        area "A" create command 8 title "Form" rect 5 5 50 100
+        area "A" event menus
+        expect area "A" modifiers 1
+        area "A" event drop
+        expect area "A" modifiers 1
+        area "A" event show-properties
+        expect area "A" modifiers 1
+        area "A" event dispose-properties
+        expect area "A" modifiers 2
+        expect area "A" message 0
+        expect problems 0
+        area "A" event drag
+        expect problems 1
+        area "A" delete
     )");
     EXPECT_TRUE(played.good) << played.output;
 }

@@ -110,6 +110,9 @@ const CXArea::EventRow CXArea::Events[] = {
     {AreaEvent::PrintVariableFrame,
      [](CXArea& area, EventRecord* event, Rect*) {
          area.HandleDataFromField();
+         if (area.doomed) {
+             return;
+         }
          event->message = area.PrintVariableFrame() ? AreaAnswer::VariableFrame : 0;
      }},
     {AreaEvent::PrintSize,
@@ -177,9 +180,15 @@ class CXArea::EventScope {
 };
 
 void CXArea::HandleEvent(EventRecord* event, Rect* rect) {
+    if (doomed) {
+        return;
+    }
     const EventScope scope(*this);
     if (!initialised && eventDepth == 1) { // not once more for events within the first one
         HandleFirstEvent(rect);
+        if (doomed) {
+            return;
+        }
     }
     eventConsumed = false;
     const auto* row = std::find_if(std::begin(Events), std::end(Events),
@@ -191,13 +200,20 @@ void CXArea::HandleEvent(EventRecord* event, Rect* rect) {
     row->act(*this, event, rect);
 }
 
+/// Any of the hooks may have the area deleted: then it is asked nothing more.
 void CXArea::HandleFirstEvent(Rect* rect) {
     GrafPort* current = nullptr;
     GetPort(&current);
     const bool shown = InExternalWindow() || InStandaloneWindow() || params.page <= 1;
     onPage = shown;
     InitAreaPort(current, rect);
+    if (doomed) {
+        return;
+    }
     HandleDataFromField();
+    if (doomed) {
+        return;
+    }
     TellPage(shown); // a hook may have changed the page meanwhile: the flag stays as it is
     initialised = true;
 }
@@ -235,6 +251,9 @@ void CXArea::Update(const EventRecord* event, Rect* rect) {
     }
     if (event->when == RecordChanged) {
         HandleDataFromField();
+        if (doomed) {
+            return;
+        }
     }
     if (params.printing != 0) {
         DoPrint();

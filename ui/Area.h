@@ -120,7 +120,7 @@ class PortSetter {
 /// operation does nothing here.
 ///
 /// An area that is deleted while it handles an event (in a handler that lets the host close the
-/// form) lives until the outermost of its events has been handled.
+/// form) lives until the outermost of its events has been handled, and gets no further ones.
 class CXArea {
   public:
     CXArea() = default;
@@ -256,7 +256,7 @@ class CXArea {
     void Update(const EventRecord* event, Rect* rect);
     bool DecideStandalone() const;
 
-    bool doomed = false;
+    bool doomed = false; ///< deleted within one of its events
 };
 
 /// The field of `table` that an area of this name (Pascal) is bound to: its names (Str31), number

@@ -1,6 +1,7 @@
 #include "ui/AreaManager.h"
 
 #include "host/FourD.h"
+#include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "shell/Commands.h"
 #include "shell/Entry.h"
@@ -263,15 +264,25 @@ void FourDDialogAreaHandler(long* areaData, unsigned char* objectName, Rect* rec
     });
 }
 
+namespace {
+
+/// Answers the host's error: one that takes no areas in dialogs says so.
+OSErr InstallAreaHandler(FourDDialog* dialog, const char* objectName, void* handler, void* data) {
+    const auto address = reinterpret_cast<long>(handler);
+    return Perform(Operation("SetAreaHandler"), {.dialog = dialog,
+                                                 .name = objectName,
+                                                 .address = data,
+                                                 .param2 = AreaHandlerConstant,
+                                                 .param3 = address,
+                                                 .param4 = address})
+        .error;
+}
+
+} // namespace
+
 void FourDDialog::SetAreaHandler(FourDDialog* dialog, const char* objectName, void* handler,
                                  void* data) {
-    const auto address = reinterpret_cast<long>(handler);
-    Perform(Operation("SetAreaHandler"), {.dialog = dialog,
-                                          .name = objectName,
-                                          .address = data,
-                                          .param2 = AreaHandlerConstant,
-                                          .param3 = address,
-                                          .param4 = address});
+    InstallAreaHandler(dialog, objectName, handler, data);
 }
 
 CXArea* FourDDialog::SetupPluginArea(FourDDialog* dialog, const char* objectName,
@@ -301,11 +312,21 @@ CXArea* FourDDialog::SetupPluginArea(FourDDialog* dialog, const char* objectName
     if (record->area == nullptr) {
         return nullptr;
     }
+    CXArea* const area = record->area;
     event = {};
     manager->DispatchEvent(&event, &rect, name, &record->area);
+    if (record->area != area || !manager->IsAnArea(area)) { // deleted in its first event
+        return nullptr;
+    }
     record->manager = manager;
-    CXArea* area = record->area;
-    SetAreaHandler(dialog, objectName, reinterpret_cast<void*>(FourDDialogAreaHandler),
-                   record.release());
+    if (InstallAreaHandler(dialog, objectName, reinterpret_cast<void*>(FourDDialogAreaHandler),
+                           record.get()) != ResultCode::NoError) {
+        // The host keeps nothing and will never send the last event.
+        event = {};
+        event.what = AreaEvent::Delete;
+        manager->DispatchEvent(&event, &rect, name, &record->area);
+        return nullptr;
+    }
+    static_cast<void>(record.release()); // freed with the last event
     return area;
 }

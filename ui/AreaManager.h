@@ -52,7 +52,9 @@ static_assert(sizeof(DialogAreaRecord) == 8 && offsetof(DialogAreaRecord, manage
 
 /// Makes the areas of one kind, hands the host's events on to them, and answers the form editor.
 /// Derive one that makes the plug-in's own areas. It owns them: those that are alive in the end are
-/// deleted with it.
+/// deleted with it. The host knows nothing of it: a manager has to outlive the forms and dialogs
+/// that its areas stand in, which send it their events until they have closed; best it lives as
+/// long as the plug-in.
 class CXAreaManager {
   public:
     CXAreaManager() = default;

@@ -198,8 +198,8 @@ class FourDDialog {
     // --- External areas (AreaManager.cpp) -----------------------------------------------------
 
     /// Puts an area of the plug-in, which its manager makes, into an object; null when there is no
-    /// such window, no memory, or the manager makes none. The area goes with the dialog. The number
-    /// is not used.
+    /// such window, no memory, the manager makes none, or the host does not take it. The area goes
+    /// with the dialog, and the manager has to outlive both. The number is not used.
     static CXArea* SetupPluginArea(FourDDialog* dialog, const char* objectName,
                                    CXAreaManager* manager, short number);
     /// Has the host send an object's area events to `handler` (a FourDDialogAreaHandler), with the

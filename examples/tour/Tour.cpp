@@ -72,6 +72,8 @@ constexpr CommandEntry Commands[] = {
     {"Ask for total", "(&string [Table]Field) -> extended", Tour::AskForTotal},
     {"Chart", "(&event; rect; string area; &long kept) of a host's form", Tour::Chart},
     {"Show chart", "(string title) -> boolean validated", Tour::ShowChart},
+    {"Sort array", "(string array variable) -> short error", Tour::SortArray},
+    {"Times table", "(string variable; long rows; long columns) -> short error", Tour::TimesTable},
 };
 
 constexpr OSType Creator = 0x546F7572; // 'Tour'

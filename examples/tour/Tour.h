@@ -54,6 +54,10 @@ void DescribeValue(CXParam* params, CXResult* result);
 void SumLongs(CXParam* params, CXResult* result);
 void SwapLongs(CXParam* params, CXResult* result);
 
+// Arrays of the host's, by name
+void SortArray(CXParam* params, CXResult* result);
+void TimesTable(CXParam* params, CXResult* result);
+
 // Values converted and formatted
 void FormatValue(CXParam* params, CXResult* result);
 void ValueToText(CXParam* params, CXResult* result);

@@ -1,7 +1,9 @@
 #include "testhost/app/AreaStatements.h"
 
 #include "platform/Toolbox.h"
+#include "testhost/app/DialogStatements.h"
 #include "testhost/app/Player.h"
+#include "testhost/engine/Services.h"
 #include "testhost/toolbox/Control.h"
 #include "ui/AreaManager.h"
 
@@ -24,6 +26,7 @@ constexpr EventWord eventWords[] = {
     {"idle", AreaEvent::Idle},
     {"click", AreaEvent::MouseDown},
     {"key", AreaEvent::KeyDown},
+    {"auto-key", AreaEvent::AutoKey},
     {"update", AreaEvent::Update},
     {"created", AreaEvent::Create},
     {"deleted", AreaEvent::Delete},
@@ -36,9 +39,23 @@ constexpr EventWord eventWords[] = {
     {"print-frame", AreaEvent::PrintVariableFrame},
     {"print-size", AreaEvent::PrintSize},
     {"print-band", AreaEvent::PrintBand},
+    {"undo", AreaEvent::Undo},
+    {"cut", AreaEvent::Cut},
+    {"copy", AreaEvent::Copy},
+    {"paste", AreaEvent::Paste},
+    {"clear", AreaEvent::Clear},
+    {"select-all", AreaEvent::SelectAll},
     {"wheel", AreaEvent::ScrollWheel},
+    {"install-menus", AreaEvent::InstallMenus},
+    {"remove-menus", AreaEvent::DeInstallMenus},
+    {"menu", AreaEvent::MenuCommand},
+    {"menus", AreaEvent::SetupMenus},
     {"save-field", AreaEvent::SaveField},
     {"page", AreaEvent::Page},
+    {"drag", AreaEvent::CanAcceptDrag},
+    {"drop", AreaEvent::Drop},
+    {"show-properties", AreaEvent::ShowProperties},
+    {"dispose-properties", AreaEvent::DisposeProperties},
     {"properties", AreaEvent::HasProperties},
     {"menu-icon", AreaEvent::MenuIcon},
     {"design", AreaEvent::DesignInit},
@@ -51,8 +68,10 @@ struct Event {
 
 struct Creation {
     PlayedArea area;
+    std::optional<std::string> title; ///< of the form's window; the area's name when not given
     short table = 0;
-    std::optional<short> page; ///< makes the host send an init block
+    std::optional<short> page; ///< makes the host send an init block, and so does
+    bool droppable = false;
     bool inputForm = true;
     bool printing = false;
 };
@@ -84,23 +103,51 @@ unsigned short TakeEventCode(Words& words) {
     return found->code;
 }
 
-// The messages of some events are addresses in the host's memory, which a script has none of.
-void RefuseAddresses(const EventRecord& event) {
-    constexpr std::array<unsigned short, 6> withAddresses = {
-        AreaEvent::CreateWithBlock, AreaEvent::ShowProperties, AreaEvent::DisposeProperties,
-        AreaEvent::SetupMenus,      AreaEvent::CanAcceptDrag,  AreaEvent::Drop};
-    if (std::ranges::find(withAddresses, event.what) != withAddresses.end()) {
-        throw ScriptError("the message of event " + std::to_string(event.what) +
-                          " is an address, which a script cannot give");
+// Whether the message leads to a record of the host.
+bool HasBlock(unsigned short code) {
+    constexpr std::array<unsigned short, 5> withBlock = {
+        AreaEvent::ShowProperties, AreaEvent::DisposeProperties, AreaEvent::SetupMenus,
+        AreaEvent::CanAcceptDrag, AreaEvent::Drop};
+    return std::ranges::find(withBlock, code) != withBlock.end();
+}
+
+// Lends the event the area's block, all zeros; event 601 gets what 600 left in it. Menus come as a
+// handle. Answers the message.
+unsigned long LendBlock(EventBlock& block, unsigned short code) {
+    if (code != AreaEvent::DisposeProperties) {
+        block.bytes.fill(0);
+    }
+    block.guard.fill(EventBlock::guardByte);
+    block.handle = block.bytes.data();
+    return code == AreaEvent::SetupMenus ? reinterpret_cast<unsigned long>(&block.handle)
+                                         : reinterpret_cast<unsigned long>(block.bytes.data());
+}
+
+// The script sees 0 where the message is as it was.
+void TakeBlockBack(Host& host, const EventBlock& block, unsigned long lent, EventRecord& answer) {
+    const bool intact = std::ranges::all_of(
+        block.guard, [](unsigned char byte) { return byte == EventBlock::guardByte; });
+    if (!intact || block.handle != block.bytes.data()) {
+        host.Report("The plug-in wrote beyond the record that came with event " +
+                    std::to_string(answer.what) + " of an area.");
+    }
+    if (answer.message == lent) {
+        answer.message = 0;
     }
 }
 
 Event TakeEvent(Words& words) {
     Event event;
     event.record.what = TakeEventCode(words);
-    RefuseAddresses(event.record);
+    if (event.record.what == AreaEvent::CreateWithBlock) {
+        throw ScriptError("event 602 has an init block: write area \"Name\" create ... page N");
+    }
     while (!words.AtEnd()) {
         if (words.TakeIf("message")) {
+            if (HasBlock(event.record.what)) {
+                throw ScriptError("the message of event " + std::to_string(event.record.what) +
+                                  " is the address of a record, which the host has");
+            }
             event.record.message = static_cast<unsigned long>(words.TakeNumber("the message"));
         } else if (words.TakeIf("time")) {
             event.record.when = static_cast<unsigned long>(words.TakeNumber("the time"));
@@ -151,7 +198,14 @@ void Record(Player& player, PlayedArea& area, const GrafPort* window,
             const std::function<void(EventRecord&)>& send, const EventRecord& event) {
     const long before = ToolboxDrawnCount(window);
     EventRecord answer = event;
-    send(answer);
+    if (HasBlock(event.what)) {
+        const unsigned long lent = LendBlock(area.block, event.what);
+        answer.message = lent;
+        send(answer);
+        TakeBlockBack(player.host, area.block, lent, answer);
+    } else {
+        send(answer);
+    }
     area.answer = answer;
     area.drawn.clear();
     DrawnOperation drawn;
@@ -214,18 +268,23 @@ Creation TakeCreation(Words& words) {
     while (!words.AtEnd()) {
         if (words.TakeIf("command")) {
             creation.area.command = words.TakeNumber("the number of the area's command", 1, 0x7FFF);
+        } else if (words.TakeIf("title")) {
+            creation.title = words.TakeString("the window's title");
         } else if (words.TakeIf("rect")) {
             creation.area.rect = TakeRect(words);
         } else if (words.TakeIf("table")) {
             creation.table = TakeShort(words, "the number of the form's table");
         } else if (words.TakeIf("page")) {
             creation.page = TakeShort(words, "the area's page");
+        } else if (words.TakeIf("droppable")) {
+            creation.droppable = true;
         } else if (words.TakeIf("list")) {
             creation.inputForm = false;
         } else if (words.TakeIf("printing")) {
             creation.printing = true;
         } else {
-            throw ScriptError("expected command, rect, table, page, list or printing");
+            throw ScriptError(
+                "expected command, title, rect, table, page, droppable, list or printing");
         }
     }
     if (creation.area.command == 0) {
@@ -234,22 +293,51 @@ Creation TakeCreation(Words& words) {
     return creation;
 }
 
+// Enlarges the content of a form's window until the area and a margin have room.
+void MakeRoom(HostWindow& window, int width, int height) {
+    constexpr int greatest = 0x7FFF;
+    Rect& content = window.content.rgnBBox;
+    content.right =
+        static_cast<short>(std::clamp<int>(content.left + width, content.right, greatest));
+    content.bottom =
+        static_cast<short>(std::clamp<int>(content.top + height, content.bottom, greatest));
+}
+
+void MakeRoom(HostWindow& window, const Rect& area) {
+    constexpr int margin = 10;
+    MakeRoom(window, area.right + margin, area.bottom + margin);
+}
+
+HostWindow& OpenForm(Host& host, const Rect& area, const std::string& title) {
+    constexpr int characterWidth = 8; // at most
+    HostWindow& window = host.windows.AddInFront(host.currentProcess, WindowKind::Regular);
+    Rect& content = window.content.rgnBBox;
+    content.right = content.left;
+    content.bottom = content.top;
+    Str255 string;
+    StorePascal(string, title);
+    MakeRoom(window, characterWidth * string[0], 0);
+    MakeRoom(window, area);
+    ToolboxSetWindowTitle(&window.port, string);
+    return window;
+}
+
 void Create(Player& player, const std::string& name, const Creation& creation) {
-    constexpr short formWindow = 8;
     if (IsInForm(player, name)) {
         return player.Fail("there already is an area " + Quoted(name));
     }
     PlayedArea& area = player.areas[name] = creation.area;
-    area.window = &player.host.windows.AddInFront(player.host.currentProcess, formWindow).port;
+    area.window = &OpenForm(player.host, area.rect, creation.title.value_or(name)).port;
     AreaInitBlock block{};
     EventRecord event{};
-    if (creation.page) {
+    if (creation.page || creation.droppable) {
         block.size = 9;
         block.background = 0x00FFFFFF;
         block.formKind = creation.inputForm ? 1 : 0;
         block.printing = creation.printing ? 1 : 0;
-        block.page = *creation.page;
+        block.page = creation.page.value_or(0);
         block.table = creation.table;
+        block.draggable = creation.droppable ? 1 : 0;
         event.what = AreaEvent::CreateWithBlock;
         event.message = reinterpret_cast<unsigned long>(&block);
     } else {
@@ -259,6 +347,13 @@ void Create(Player& player, const std::string& name, const Creation& creation) {
         event.modifiers = creation.inputForm ? 1 : 0;
     }
     SendToForm(player, name, event);
+}
+
+void Move(Player& player, PlayedArea& area, const Rect& rect) {
+    area.rect = rect;
+    if (HostWindow* const window = player.host.windows.Find(area.window)) {
+        MakeRoom(*window, rect);
+    }
 }
 
 void Delete(Player& player, const std::string& name) {
@@ -366,7 +461,7 @@ Action ParseArea(Words& words) {
         const Event event = TakeEvent(words);
         return WithFormArea(std::move(name), [event](Player& player, const std::string& area) {
             if (event.rect) {
-                player.areas[area].rect = *event.rect;
+                Move(player, player.areas[area], *event.rect);
             }
             SendToForm(player, area, event.record);
         });
@@ -383,15 +478,9 @@ Action ParseUserArea(Words& words) {
     if (event.rect) {
         throw ScriptError("the form says where an area of a dialog is");
     }
-    return [object, event](Player& player) {
-        player.host.dialogs.actions.push_back(
-            {.kind = UserAction::Kind::Look,
-             .look = [&player, object, event, place = player.Place()](const DialogState&) {
-                 const std::string now = std::exchange(player.stage.place, place);
-                 SendToDialog(player, object, event.record);
-                 player.stage.place = now;
-             }});
-    };
+    return Look([object, event](Player& player, const DialogState&) {
+        SendToDialog(player, object, event.record);
+    });
 }
 
 Action ParseExpectArea(Words& words) {

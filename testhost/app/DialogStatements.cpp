@@ -13,6 +13,7 @@ using ObjectCheck = std::function<void(Player&, const ObjectState&)>;
 Action Queue(UserAction action) {
     return [action = std::move(action)](Player& player) {
         player.host.dialogs.actions.push_back(action);
+        player.host.dialogs.actions.back().place = player.Place();
     };
 }
 
@@ -173,17 +174,18 @@ Action ParseUserCancel(Words&) {
     return Queue({.kind = UserAction::Kind::Cancel});
 }
 
-Action ParseUserSees(Words& words) {
-    return [check = TakeCheck(words)](Player& player) {
-        // Failures are told with the line of the expectation, not with that of the call.
-        player.host.dialogs.actions.push_back(
-            {.kind = UserAction::Kind::Look,
-             .look = [&player, check, place = player.Place()](const DialogState& state) {
-                 const std::string now = std::exchange(player.stage.place, place);
-                 check(player, state);
-                 player.stage.place = now;
-             }});
+Action Look(std::function<void(Player&, const DialogState&)> look) {
+    return [look = std::move(look)](Player& player) {
+        const std::string place = player.Place();
+        Queue({.kind = UserAction::Kind::Look,
+               .look = [&player, look, place](const DialogState& state) {
+                   player.At(place, [&] { look(player, state); });
+               }})(player);
     };
+}
+
+Action ParseUserSees(Words& words) {
+    return Look(TakeCheck(words));
 }
 
 Action ParseExpectDialog(Words& words) {

@@ -5,6 +5,7 @@
 #include <functional>
 
 class Player;
+struct DialogState;
 
 // The statements of a script that concern dialogs; each reads what follows the words that it begins
 // with.
@@ -24,6 +25,9 @@ std::function<void(Player&)> ParseUserDrag(Words& words);
 /// `user validate`, `user cancel`.
 std::function<void(Player&)> ParseUserValidate(Words& words);
 std::function<void(Player&)> ParseUserCancel(Words& words);
+/// What the user does with the dialog when all before it is done; takes no turn. What it says has
+/// the place of its own line, not that of the call that shows the dialog.
+std::function<void(Player&)> Look(std::function<void(Player&, const DialogState&)> look);
 /// `user sees ...`: an expectation, as `expect dialog` states it, that is looked at when all before
 /// it is done. It takes no turn.
 std::function<void(Player&)> ParseUserSees(Words& words);

@@ -1,6 +1,7 @@
 #include "testhost/app/Pictures.h"
 
 #include "platform/Toolbox.h"
+#include "testhost/app/DialogStatements.h"
 #include "testhost/app/Player.h"
 #include "testhost/toolbox/Control.h"
 
@@ -124,7 +125,8 @@ void PaintField(Canvas& canvas, const Box& box, const ObjectState& state) {
 
 // The rows from the top, or those that end with the chosen one when it would not be seen.
 void PaintList(Canvas& canvas, const Box& box, const ObjectState& state) {
-    canvas.Fill(box, white);
+    const Colour paper = state.object.enabled ? white : face;
+    canvas.Fill(box, paper);
     canvas.Frame(box, edge);
     const Box inside = box.Inset(1);
     const int visible = std::max(1, inside.Height() / lineHeight);
@@ -134,7 +136,7 @@ void PaintList(Canvas& canvas, const Box& box, const ObjectState& state) {
         const int top = inside.top + (row - first) * lineHeight;
         const Box line{inside.left, top, inside.right, std::min(top + lineHeight, inside.bottom)};
         const bool chosen = row + 1 == state.chosen;
-        canvas.Fill(line, chosen ? chosenRow : white);
+        canvas.Fill(line, chosen ? chosenRow : paper);
         const Colour ink = state.object.enabled ? black : dimmed;
         canvas.TextIn({line.left + margin, line.top, line.right, line.bottom},
                       Wide(state.rows[static_cast<size_t>(row)]), chosen ? white : ink);
@@ -290,9 +292,7 @@ Action ParsePicture(Words& words) {
 }
 
 Action ParseUserPicture(Words& words) {
-    return [name = TakePictureName(words)](Player& player) {
-        player.host.dialogs.actions.push_back(
-            {.kind = UserAction::Kind::Look,
-             .look = [&player, name](const DialogState&) { SavePicture(player, name); }});
-    };
+    return Look([name = TakePictureName(words)](Player& player, const DialogState&) {
+        SavePicture(player, name);
+    });
 }

@@ -1,6 +1,7 @@
 #include "testhost/app/Player.h"
 
 #include <numeric>
+#include <utility>
 
 namespace {
 // The total of what `count` says of each host.
@@ -45,7 +46,9 @@ void Player::Watch() {
              Quoted(box.text));
     };
     host.dialogs.onNote = [this](const std::string& text) { Note(text); };
-    host.dialogs.onFailure = [this](const std::string& reason) { Fail(reason); };
+    host.dialogs.onFailure = [this](const UserAction& action, const std::string& reason) {
+        At(action.place, [&] { Fail(reason); });
+    };
     host.onProblem = [this](const std::string& problem) {
         stage.out << "PROBLEM " << stage.place << ": " << heading << problem << std::endl;
     };
@@ -88,6 +91,20 @@ void Player::Fail(const std::string& reason) {
     stage.out << "FAILED " << stage.place << ": " << heading << reason << std::endl;
 }
 
+void Player::At(const std::string& place, const std::function<void()>& act) {
+    const std::string now = std::exchange(stage.place, place);
+    act();
+    stage.place = now;
+}
+
+// What the script says of the user has to be reached: a dialog that never opens would make its
+// expectations pass.
+void Player::FailUnusedActions() {
+    for (const UserAction& action : std::exchange(host.dialogs.actions, {})) {
+        At(action.place, [this] { Fail("no dialog asked the user for this"); });
+    }
+}
+
 size_t Player::OpenProblems() const {
     return host.problems.size() - acceptedProblems;
 }
@@ -97,6 +114,7 @@ void Player::AcceptProblems() {
 }
 
 void Player::Stop() {
+    FailUnusedActions();
     if (session.IsStarted()) {
         Note("(the script did not stop the plug-in)");
         session.Stop();

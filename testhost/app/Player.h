@@ -5,6 +5,7 @@
 #include "testhost/engine/Network.h"
 #include "testhost/engine/Session.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <ostream>
@@ -59,6 +60,9 @@ class Player {
     size_t OpenProblems() const;
     void AcceptProblems();
 
+    /// Does something that another line of the script asked for: what it says has that place.
+    void At(const std::string& place, const std::function<void()>& act);
+
     /// Where the script stands: "name:line". For a report about a crash.
     const std::string& Place() const { return stage.place; }
 
@@ -80,6 +84,7 @@ class Player {
     void Print(const LoggedCall& call);
     void Stop();
     void StopAll();
+    void FailUnusedActions();
 
     std::string heading; ///< of each line; empty for the script's own host
     size_t acceptedProblems = 0;

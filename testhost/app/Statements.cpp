@@ -10,6 +10,7 @@
 #include "testhost/app/Values.h"
 #include "testhost/app/Variables.h"
 #include "testhost/engine/RecordFields.h"
+#include "testhost/engine/ValueStorage.h"
 
 #include <algorithm>
 #include <fstream>
@@ -306,6 +307,34 @@ Action ParseExpectVariable(Words& words) {
     };
 }
 
+// Does something with an array variable of the current process, or fails when it is none.
+template <typename Act>
+Action WithArray(std::string name, Act act) {
+    return [name = std::move(name), act](Player& player) {
+        ValueBlock* value = player.host.variables.Find(player.host.currentProcess, name);
+        if (value == nullptr || !IsArray(BlockKind(value->type))) {
+            return player.Fail(Quoted(name) + " is no array");
+        }
+        act(player, value->array);
+    };
+}
+
+Action ParseSetChosen(Words& words) {
+    std::string name = TakeVariableName(words);
+    const auto index = static_cast<short>(words.TakeNumber("an element", -0x8000, 0x7FFF));
+    return WithArray(name, [index](Player&, ArrayBlock& array) { array.currentIndex = index; });
+}
+
+Action ParseExpectChosen(Words& words) {
+    std::string name = TakeVariableName(words);
+    const long index = words.TakeNumber("an element", -0x8000, 0x7FFF);
+    return WithArray(name, [name, index](Player& player, ArrayBlock& array) {
+        player.Expect(array.currentIndex == index,
+                      "element " + std::to_string(index) + " of " + Quoted(name),
+                      "element " + std::to_string(array.currentIndex));
+    });
+}
+
 constexpr Choice settings[] = {
     {"compiled", "on|off", "the calling database runs compiled",
      ParseOption<&HostOptions::callerCompiled>},
@@ -319,6 +348,8 @@ constexpr Choice settings[] = {
     {"process", R"(N|"Name")", "the process in which the plug-in is called", ParseCurrentProcess},
     {"variable", R"("Name" KIND VALUE)", "a variable of that process; \"<>Name\" one of all",
      ParseSetVariable},
+    {"chosen", R"("Name" N)", "the current element of an array variable; 0 for none",
+     ParseSetChosen},
     {"picture", R"("Name" ["INFORMATION" "DATA"]...)",
      "a picture variable with these representations", ParseSetPicture},
     {"command", R"(N "Name")", "a command of the host's language goes by this name",
@@ -578,6 +609,7 @@ constexpr Choice expectations[] = {
     {"result", "KIND VALUE", "the result of the last command", ParseExpectResult},
     {"variable", R"("Name" KIND VALUE)", "a variable; undefined when nobody set it",
      ParseExpectVariable},
+    {"chosen", R"("Name" N)", "the current element of an array variable", ParseExpectChosen},
     {"call", "NAME [times N]", "the host was called so since the plug-in was last entered",
      ParseExpectCall},
     {"no", R"(call NAME|file "PATH")", "it was not called so; nothing is at this path",
@@ -621,7 +653,8 @@ constexpr Choice userChoices[] = {
 
 // Only explained here: the area's name stands in front of these words.
 constexpr Choice areaChoices[] = {
-    {"create", "command N [rect T L B R] [table N] [page N] [list] [printing]",
+    {"create",
+     "command N [title \"...\"] [rect T L B R] [table N] [page N] [droppable] [list] [printing]",
      "its events go to this command", nullptr},
     {"event", "EVENT", "an event, whose answer the transcript shows", nullptr},
     {"delete", "", "its last event", nullptr},
@@ -788,7 +821,9 @@ void PrintLanguageHelp(std::ostream& out) {
            "invisible, editable or locked.\n"
            "EVENT of an area: a code, or one of\n"
         << DescribeAreaWords()
-        << ";\nbehind it message N, at V H, time N, modifiers N, rect TOP LEFT BOTTOM RIGHT.\n"
+        << ";\nbehind it message N, at V H, time N, modifiers N, rect TOP LEFT BOTTOM RIGHT. The\n"
+           "message of drag, drop, menus, show-properties and dispose-properties is the address\n"
+           "of a record of the host; 602 is sent by create.\n"
            "ANSWER: message N, time N, modifiers N, draws \"...\" (as the transcript says), draws "
            "nothing.\n";
 }

@@ -107,10 +107,6 @@ TypedValue TakeArray(ValueKind kind, Words& words) {
     return ArrayValue(kind, std::move(elements), detail);
 }
 
-bool IsArray(ValueKind kind) {
-    return kind == ValueKind::ArrayOfArrays || ElementKind(kind) != ValueKind::None;
-}
-
 // Whether a tagged value can be a command's parameter; arrays are parameters themselves.
 bool IsTaggedKind(ValueKind kind) {
     switch (kind) {
@@ -235,6 +231,10 @@ TypedValue TakeVariableValue(Words& words) {
         throw ScriptError("a variable cannot be of the kind " + std::string(KindName(kind)));
     }
     return TakeValueOf(kind, words);
+}
+
+bool IsArray(ValueKind kind) {
+    return kind == ValueKind::ArrayOfArrays || ElementKind(kind) != ValueKind::None;
 }
 
 bool IsUnicode(const TypedValue& value) {

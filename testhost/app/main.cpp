@@ -202,10 +202,14 @@ NIMBO_REALIGN LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* pointers) {
         std::snprintf(detail, sizeof detail, " (%s address 0x%08lX)",
                       record.ExceptionInformation[0] == 0 ? "reading" : "writing",
                       static_cast<unsigned long>(record.ExceptionInformation[1]));
+        what += detail;
+        what += ". A plug-in takes the kinds of its parameters on trust: a call that leaves out a "
+                "parameter or the result, or gives another kind, ends like this.";
     } else {
         std::snprintf(detail, sizeof detail, " (exception 0x%08lX)", record.ExceptionCode);
+        what += detail;
     }
-    ReportCrash(what + detail);
+    ReportCrash(what);
 }
 
 // Also where an exception ends that the plug-in let cross the boundary.

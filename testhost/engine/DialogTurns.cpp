@@ -325,7 +325,7 @@ DialogTurn Dialogs::Play(Dialog& dialog, const Filter& filter) {
                     turn = {.object = {}, .done = true, .cancelled = true};
                     acted = true;
                 } else if (onFailure) {
-                    onFailure("the user cannot: " + std::string(reason.what()));
+                    onFailure(action, "the user cannot: " + std::string(reason.what()));
                 }
             }
         }

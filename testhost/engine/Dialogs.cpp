@@ -175,7 +175,9 @@ long Dialogs::Open(long reference, const std::string& form, const std::string& t
     std::string fault;
     const std::optional<Form> parsed = ParseForm(bytes, fault);
     if (!parsed) {
-        Note("the form " + Quoted(form) + " is refused: " + fault);
+        Note(bytes.empty() ? "no form came with the name " + Quoted(form) +
+                                 ": is it among the plug-in's resources?"
+                           : "the form " + Quoted(form) + " is refused: " + fault);
         dialogs.erase(place);
         return 0;
     }

@@ -74,6 +74,7 @@ struct UserAction {
     long number = 0;       ///< a row, a page, the state of a check box
     /// The user only looks at the dialog, which takes no turn.
     std::function<void(const DialogState&)> look = {};
+    std::string place = {}; ///< of the script that says so; empty elsewhere
 
     std::string Describe() const;
 };
@@ -224,7 +225,8 @@ class Dialogs {
     std::deque<UserAction> actions;                 ///< what the user is going to do
     std::optional<DialogState> lastState;           ///< after the last turn, or when it was closed
     std::function<void(const std::string&)> onNote; ///< lines of a transcript; may be empty
-    std::function<void(const std::string&)> onFailure; ///< actions that cannot be; may be empty
+    /// Told of each action that cannot be, and why; may be empty.
+    std::function<void(const UserAction&, const std::string&)> onFailure;
 
   private:
     void Note(const std::string& text) const;
