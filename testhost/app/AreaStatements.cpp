@@ -247,7 +247,7 @@ void CallArea(Player& player, const std::string& name, PlayedArea& area, EventRe
 void SendToForm(Player& player, const std::string& name, const EventRecord& event) {
     PlayedArea& area = player.areas[name];
     if (!player.session.IsStarted()) {
-        return player.Fail("the plug-in is not started");
+        return player.FailNotStarted();
     }
     if (player.host.windows.Find(area.window) == nullptr) {
         return player.Fail("the window of the area " + Quoted(name) + " is closed");

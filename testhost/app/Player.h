@@ -52,6 +52,7 @@ class Player {
     void Expect(bool held, const std::string& expected, const std::string& got);
     /// A statement that cannot be played as things stand: counts as a failed expectation.
     void Fail(const std::string& reason);
+    void FailNotStarted() { Fail("the plug-in is not started"); }
     /// A line of the transcript, beneath the crossing it belongs to.
     void Note(const std::string& text);
     void Echo(const std::string& text);

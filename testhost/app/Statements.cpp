@@ -1,7 +1,9 @@
 #include "host/Selectors.h"
 #include "testhost/app/AreaStatements.h"
+#include "testhost/app/CallStatements.h"
 #include "testhost/app/DatabaseStatements.h"
 #include "testhost/app/DialogStatements.h"
+#include "testhost/app/FileStatements.h"
 #include "testhost/app/LanguageStatements.h"
 #include "testhost/app/NetworkStatements.h"
 #include "testhost/app/Pictures.h"
@@ -9,15 +11,11 @@
 #include "testhost/app/Script.h"
 #include "testhost/app/Values.h"
 #include "testhost/app/Variables.h"
+#include "testhost/app/VariableStatements.h"
 #include "testhost/engine/RecordFields.h"
-#include "testhost/engine/ValueStorage.h"
 
 #include <algorithm>
-#include <fstream>
 #include <span>
-#include <sstream>
-
-#include <windows.h>
 
 namespace {
 using Action = std::function<void(Player&)>;
@@ -42,10 +40,6 @@ Action ParseChoice(std::span<const Choice> choices, Words& words) {
     throw ScriptError("expected one of " + names);
 }
 
-void FailNotStarted(Player& player) {
-    player.Fail("the plug-in is not started");
-}
-
 // The selectors with which a host starts and stops a plug-in, the usual one first.
 Action ParseStart(Words& words) {
     long selector = words.IsNumber() ? words.TakeNumber("-1 or -200") : -1;
@@ -67,7 +61,7 @@ Action ParseStop(Words& words) {
     }
     return [selector](Player& player) {
         if (!player.session.IsStarted()) {
-            return FailNotStarted(player);
+            return player.FailNotStarted();
         }
         player.session.Stop(selector);
     };
@@ -110,7 +104,7 @@ Action WithProcess(ProcessName process, Act act) {
 Action ParseProcessStart(Words& words) {
     return [name = words.TakeString("the process's name")](Player& player) {
         if (!player.session.IsStarted()) {
-            return FailNotStarted(player);
+            return player.FailNotStarted();
         }
         player.session.ProcessStart(name);
     };
@@ -119,7 +113,7 @@ Action ParseProcessStart(Words& words) {
 Action ParseProcessEnd(Words& words) {
     return WithProcess(TakeProcess(words), [](Player& player, long number) {
         if (!player.session.IsStarted()) {
-            return FailNotStarted(player);
+            return player.FailNotStarted();
         }
         player.session.ProcessEnd(number);
     });
@@ -136,105 +130,6 @@ constexpr Choice processChoices[] = {
     {"end", R"(N|"Name")", "a process ends, and the plug-in is told", ParseProcessEnd},
     {"dying", R"(N|"Name")", "a process is asked to end", ParseProcessDying},
 };
-
-struct CommandCall {
-    long command;
-    std::vector<TypedValue> parameters;
-    TypedValue result; // what it has to be, or only its kind
-    bool checksResult; // false: any value of the kind will do
-};
-
-// Says what became of a call, and whether it is what it had to be.
-void ReportCall(Player& player, const CommandCall& call, const Arguments& arguments,
-                const TypedValue& result) {
-    if (result.kind != ValueKind::None) {
-        player.Note("result: " + Describe(result));
-    }
-    for (size_t number = 1; number <= call.parameters.size(); ++number) {
-        TypedValue now = arguments.At(number);
-        if (now != call.parameters[number - 1]) {
-            player.Note("parameter " + std::to_string(number) + ": " + Describe(now));
-        }
-    }
-    if (call.checksResult) {
-        player.Expect(result == call.result, Describe(call.result), Describe(result));
-    } else if (call.result.kind == ValueKind::None && result.kind != ValueKind::None) {
-        player.Fail("the command has a result; say of which kind with ->");
-    }
-}
-
-bool HasCompiledPointers(const Player& player) {
-    return player.host.options.callerCompiled || player.host.options.hostCompiled;
-}
-
-void PlayCall(Player& player, const CommandCall& call) {
-    if (!player.session.IsStarted()) {
-        return FailNotStarted(player);
-    }
-    player.arguments = std::make_unique<Arguments>(call.parameters, HasCompiledPointers(player));
-    player.result = player.session.Call(call.command, *player.arguments, call.result.kind);
-    ReportCall(player, call, *player.arguments, player.result);
-}
-
-// The same in a process of its own: the script goes on, and the processes run when it lets them.
-void PlayInBackground(Player& player, const CommandCall& call) {
-    if (!player.session.IsStarted()) {
-        return FailNotStarted(player);
-    }
-    constexpr long stackSize = 256 * 1024;
-    const std::string place = player.stage.place;
-    const std::string name = "Command " + std::to_string(call.command);
-    const long number = player.host.StartProcess(name, stackSize, [&player, call, place] {
-        Arguments arguments(call.parameters, HasCompiledPointers(player));
-        const TypedValue result = player.session.Call(call.command, arguments, call.result.kind);
-        const std::string now = std::exchange(player.stage.place, place);
-        player.Note("command " + std::to_string(call.command) + " of process " +
-                    std::to_string(player.host.currentProcess) + " is done");
-        ReportCall(player, call, arguments, result);
-        player.stage.place = now;
-    });
-    if (number == 0) {
-        player.Fail("there is no memory for the process");
-    }
-}
-
-CommandCall TakeCall(Words& words) {
-    CommandCall call{.command = words.TakeNumber("a command number", -0x8000, 0x7FFF),
-                     .parameters = {},
-                     .result = {},
-                     .checksResult = false};
-    bool hasResult = words.TakeIf("->");
-    while (!hasResult && !words.AtEnd()) {
-        call.parameters.push_back(TakeValue(words));
-        if (call.parameters.back().kind == ValueKind::None) {
-            throw ScriptError("a parameter cannot be of the kind none");
-        }
-        hasResult = words.TakeIf("->");
-    }
-    if (hasResult) {
-        call.result.kind = TakeKind(words);
-        if (!ResultCell::Accepts(call.result.kind)) {
-            throw ScriptError("a command cannot have a result of the kind " +
-                              std::string(KindName(call.result.kind)));
-        }
-        call.checksResult = call.result.kind == ValueKind::None || !words.AtEnd();
-        if (call.checksResult) {
-            call.result = TakeValueOf(call.result.kind, words);
-        }
-    }
-    return call;
-}
-
-Action ParseCall(Words& words) {
-    return [call = TakeCall(words)](Player& player) { PlayCall(player, call); };
-}
-
-Action ParseBackground(Words& words) {
-    if (!words.TakeIf("call")) {
-        throw ScriptError("expected 'call'");
-    }
-    return [call = TakeCall(words)](Player& player) { PlayInBackground(player, call); };
-}
 
 template <bool HostOptions::*Option>
 Action ParseOption(Words& words) {
@@ -261,77 +156,6 @@ Action ParseCurrentProcess(Words& words) {
                                " runs a function of the plug-in");
         }
         player.host.currentProcess = number;
-    });
-}
-
-std::string TakeVariableName(Words& words) {
-    std::string name = words.TakeString("the variable's name");
-    if (!HostVariables::IsName(name)) {
-        throw ScriptError("no variable has the name " + Quoted(name));
-    }
-    return name;
-}
-
-Action ParseSetVariable(Words& words) {
-    return [name = TakeVariableName(words), value = TakeVariableValue(words)](Player& player) {
-        if (IsUnicode(value) && !player.host.HasEngine()) {
-            return player.Fail("a host before 11.0 has no Unicode texts");
-        }
-        player.host.variables.Set(player.host.currentProcess, name, value);
-    };
-}
-
-Action ParseSetPicture(Words& words) {
-    std::string name = TakeVariableName(words);
-    HostPicture picture;
-    while (!words.AtEnd()) {
-        std::string information = words.TakeString("a representation's information");
-        picture.representations.push_back({information, words.TakeString("its data")});
-    }
-    return [name, picture](Player& player) {
-        Host& host = player.host;
-        if (!host.HasEngine()) {
-            return player.Fail("a host before 11.0 has no pictures with representations");
-        }
-        ValueBlock value{};
-        value.type = ValueType::Picture;
-        value.picture = host.pictures.Add(picture);
-        host.variables.Set(host.currentProcess, name, value);
-    };
-}
-
-Action ParseExpectVariable(Words& words) {
-    return [name = TakeVariableName(words), expected = TakeVariableValue(words)](Player& player) {
-        TypedValue got = player.host.variables.Read(player.host.currentProcess, name);
-        player.Expect(got == expected, Quoted(name) + " " + Describe(expected), Describe(got));
-    };
-}
-
-// Does something with an array variable of the current process, or fails when it is none.
-template <typename Act>
-Action WithArray(std::string name, Act act) {
-    return [name = std::move(name), act](Player& player) {
-        ValueBlock* value = player.host.variables.Find(player.host.currentProcess, name);
-        if (value == nullptr || !IsArray(BlockKind(value->type))) {
-            return player.Fail(Quoted(name) + " is no array");
-        }
-        act(player, value->array);
-    };
-}
-
-Action ParseSetChosen(Words& words) {
-    std::string name = TakeVariableName(words);
-    const auto index = static_cast<short>(words.TakeNumber("an element", -0x8000, 0x7FFF));
-    return WithArray(name, [index](Player&, ArrayBlock& array) { array.currentIndex = index; });
-}
-
-Action ParseExpectChosen(Words& words) {
-    std::string name = TakeVariableName(words);
-    const long index = words.TakeNumber("an element", -0x8000, 0x7FFF);
-    return WithArray(name, [name, index](Player& player, ArrayBlock& array) {
-        player.Expect(array.currentIndex == index,
-                      "element " + std::to_string(index) + " of " + Quoted(name),
-                      "element " + std::to_string(array.currentIndex));
     });
 }
 
@@ -503,86 +327,11 @@ Action ParseExpectField(Words& words, bool sent) {
     };
 }
 
-Action ParseExpectParameter(Words& words) {
-    auto number = static_cast<size_t>(words.TakeNumber("a parameter's number", 1, 255));
-    return [number, expected = TakeValue(words)](Player& player) {
-        if (player.arguments == nullptr || number > player.arguments->Count()) {
-            return player.Fail("the last command called has no parameter " +
-                               std::to_string(number));
-        }
-        TypedValue got = player.arguments->At(number);
-        player.Expect(got == expected, Describe(expected), Describe(got));
-    };
-}
-
-Action ParseExpectResult(Words& words) {
-    return [expected = TakeValue(words)](Player& player) {
-        player.Expect(player.result == expected, Describe(expected), Describe(player.result));
-    };
-}
-
 Action ParseExpectProblems(Words& words) {
     return [count = static_cast<size_t>(words.TakeNumber("a count", 0))](Player& player) {
         player.Expect(player.OpenProblems() == count, std::to_string(count) + " problems",
                       std::to_string(player.OpenProblems()));
         player.AcceptProblems();
-    };
-}
-
-std::string ContentsOf(std::istream& file) {
-    std::ostringstream contents;
-    contents << file.rdbuf();
-    return contents.str();
-}
-
-// What is at a path of Windows: a file with its contents, a folder, or nothing.
-std::string DescribeFile(const std::string& path) {
-    const DWORD attributes = GetFileAttributesA(path.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES) {
-        return "nothing there";
-    }
-    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-        return "a folder";
-    }
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        return "a file that cannot be read";
-    }
-    return "a file with " + Quoted(ContentsOf(file));
-}
-
-Action ParseExpectFile(Words& words) {
-    std::string path = words.TakeString("the file's path");
-    std::string expected =
-        "a file" + (words.IsString() ? " with " + Quoted(words.TakeString("its contents")) : "");
-    return [path, expected](Player& player) {
-        std::string got = DescribeFile(path);
-        bool held = expected == "a file" ? got.starts_with(expected) : got == expected;
-        player.Expect(held, path + ": " + expected, got);
-    };
-}
-
-Action ParseShow(Words& words) {
-    return [path = words.TakeString("the file's path")](Player& player) {
-        std::ifstream file(path);
-        if (!file) {
-            return player.Fail(path + " cannot be read");
-        }
-        player.Echo("=== " + path + "\n" + ContentsOf(file) + "===");
-    };
-}
-
-Action ParseExpectFolder(Words& words) {
-    return [path = words.TakeString("the folder's path")](Player& player) {
-        std::string got = DescribeFile(path);
-        player.Expect(got == "a folder", path + ": a folder", got);
-    };
-}
-
-Action ParseExpectNoFile(Words& words) {
-    return [path = words.TakeString("the file's path")](Player& player) {
-        std::string got = DescribeFile(path);
-        player.Expect(got == "nothing there", path + ": nothing there", got);
     };
 }
 
