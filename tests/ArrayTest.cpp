@@ -51,6 +51,16 @@ struct OwnedArray : CArray {
             UnlockRow(row);
         }
     }
+    /// Through the row seen as an array of its own.
+    template <typename Value>
+    void PutInRow(long row, long column, const Value& value) {
+        const SArrayLocker locked(this);
+        const auto* itsRow = static_cast<ArrayRow*>(ComputeAddress(row));
+        ValueBlock alone{};
+        alone.type = itsRow->type;
+        alone.array = itsRow->array;
+        CArray::Of(alone).AtPut(column, value);
+    }
     /// The type of the rows of a new two-dimensional array, with the storage of row 0.
     void MakeRows(short type) {
         const SArrayLocker locked(this);
@@ -77,6 +87,92 @@ TEST_P(ArrayTest, NewArraysHaveElement0Only) {
         EXPECT_EQ(none.SetArraySize(3), 0);
         EXPECT_EQ(none.SetArraySize(-1), ResultCode::BadParameter);
         EXPECT_EQ(none.GetArraySize(), 0);
+    }
+}
+
+TEST_P(ArrayTest, EachTestKnowsItsTypeOnly) {
+    struct Row {
+        short type;
+        bool (CArray::*isType)() const;
+        bool (CArray::*isTypeOfRows)() const;
+    };
+    constexpr bool (CArray::*None)() const = nullptr;
+    const Row rows[] = {{5, &CArray::IsUndefined, None},
+                        {13, &CArray::IsArrayArray, &CArray::Is2DArrayArray},
+                        {14, &CArray::IsArrayReal, &CArray::Is2DArrayReal},
+                        {15, &CArray::IsArrayInteger, &CArray::Is2DArrayInteger},
+                        {16, &CArray::IsArrayLongint, &CArray::Is2DArrayLongint},
+                        {17, &CArray::IsArrayDate, &CArray::Is2DArrayDate},
+                        {18, &CArray::IsArrayText, &CArray::Is2DArrayText},
+                        {19, &CArray::IsArrayPicture, &CArray::Is2DArrayPicture},
+                        {21, &CArray::IsArrayString, &CArray::Is2DArrayString},
+                        {22, &CArray::IsArrayBoolean, &CArray::Is2DArrayBoolean},
+                        {34, &CArray::IsArrayUnicode, None}};
+    for (const Row& row : rows) {
+        const CArray array(row.type);
+        OwnedArray twoDimensional(13);
+        twoDimensional.MakeRows(row.type);
+        EXPECT_EQ(twoDimensional.Is2DArray(), row.type != 5) << row.type;
+        EXPECT_FALSE(array.Is2DArray() && row.type != 13);
+        for (const Row& other : rows) {
+            const bool same = row.type == other.type;
+            EXPECT_EQ((array.*other.isType)(), same) << row.type << " " << other.type;
+            if (other.isTypeOfRows != None) {
+                EXPECT_EQ((twoDimensional.*other.isTypeOfRows)(), same) << row.type;
+                EXPECT_FALSE((array.*other.isTypeOfRows)());
+            }
+        }
+    }
+}
+
+/// Reads element 2 of 3 in row 2 of 2, and no other type's element, nor one outside.
+template <typename Value>
+void CheckRowElements(short type, const Value& value) {
+    for (const short each : Types) {
+        OwnedArray array(13);
+        array.MakeRows(each == 13 ? short{5} : each); // there are no rows of rows
+        array.SetArraySize(2);
+        array.SetRowSize(2, 3);
+        array.PutInRow(2, 2, value);
+        for (const auto& [row, column] :
+             {std::pair{2L, 2L}, {2, 3}, {2, 4}, {2, -1}, {1, 0}, {1, 2}, {3, 2}, {-1, 2}}) {
+            Value read = value;
+            array.At(row, column, read);
+            const bool there = each == type && row == 2 && column == 2;
+            const Value expected = there ? value : Value{};
+            EXPECT_EQ(std::memcmp(&read, &expected, sizeof read), 0)
+                << each << ": " << row << " " << column;
+        }
+    }
+}
+
+TEST_P(ArrayTest, ElementsOfRowsAreReadAndWritten) {
+    CheckRowElements<short>(15, -2);
+    CheckRowElements<long>(16, -70000);
+    CheckRowElements<double>(14, -0.5);
+    CheckRowElements<unsigned char>(22, 1);
+    CheckRowElements<DateBlock>(17, {21, 11, 2026});
+
+    OwnedArray strings(13);
+    strings.MakeRows(21);
+    strings.SetArraySize(2);
+    strings.SetRowSize(2, 2);
+    strings.PutInRow(2, 1, static_cast<const unsigned char*>(PascalString("string")));
+    OwnedArray reals(13);
+    reals.MakeRows(14);
+    reals.SetArraySize(2);
+    reals.SetRowSize(2, 2);
+    reals.AtPut(2, 1, 0.5);
+    reals.AtPut(2, 2, 7L); // of another type
+    reals.AtPut(2, 3, 9.0);
+    for (const auto& [row, column, text, real] :
+         {std::tuple{2L, 1L, "string", 0.5}, {2, 2, "", 0}, {2, 3, "", 0}, {1, 1, "", 0}}) {
+        PascalString string("before");
+        strings.At(row, column, string);
+        EXPECT_EQ(string.Text(), text) << row << " " << column;
+        double read = 9;
+        reals.At(row, column, read);
+        EXPECT_EQ(read, real) << row << " " << column;
     }
 }
 
@@ -112,6 +208,16 @@ TEST_P(ArrayTest, ScalarsGoInAndOut) {
     EXPECT_EQ(date.day * 10000 + date.month * 100 + date.year % 100, 211126);
     dates.At(2, date);
     EXPECT_EQ(date.day, 0);
+
+    OwnedArray pictures(19);
+    pictures.SetArraySize(2);
+    auto** const picture = reinterpret_cast<Picture**>(NewHandle(12)); // goes with the array
+    pictures.AtPut(2, picture);
+    for (const long index : {-1, 1, 2, 3}) {
+        Picture** read = picture;
+        pictures.At(index, &read);
+        EXPECT_EQ(read, index == 2 ? picture : nullptr) << index;
+    }
 
     OwnedArray longs(16);
     EXPECT_EQ(longs.Find(0), -1); // element 0 does not count

@@ -80,8 +80,9 @@ TEST_P(CommandsTest, GettersReadTheWholeOfEachKindAndNoMore) {
          LongValue(-65536)},
         {LongValue(0x7FFFFFFE), ValueKind::Long,
          [](CXParam* p, CXResult* r) { r->SetLong(p[0].GetLong() - 1); }, LongValue(0x7FFFFFFD)},
-        {BooleanValue(true), ValueKind::Boolean,
-         [](CXParam* p, CXResult* r) { r->SetBoolean(p[0].GetBoolean()); }, BooleanValue(true)},
+        {BooleanValue(true), ValueKind::Short,
+         [](CXParam* p, CXResult* r) { r->SetShort(p[0].GetBoolean() + *p[0].GetBooleanPtr()); },
+         ShortValue(2)},
         {RealValue(0.1), ValueKind::Extended,
          [](CXParam* p, CXResult* r) {
              const REAL_U real = {p[0].GetNativeReal() + *p[0].GetNativeRealPtr(), {}};
@@ -95,6 +96,8 @@ TEST_P(CommandsTest, GettersReadTheWholeOfEachKindAndNoMore) {
              r->SetExtended(&real);
          },
          ExtendedValue(1e300)},
+        {ExtendedValue(-0.75), ValueKind::Extended,
+         [](CXParam* p, CXResult* r) { r->SetExtended(p[0].GetREALPtr()); }, ExtendedValue(-0.75)},
         {DateValue(1904, 2, 29), ValueKind::Date,
          [](CXParam* p, CXResult* r) {
              DateBlock date;
@@ -130,7 +133,10 @@ TEST_P(CommandsTest, GettersReadTheWholeOfEachKindAndNoMore) {
          [](CXParam* p, CXResult* r) { r->SetLong(std::memcmp(*p[0].GetHandle(), "four", 4)); },
          LongValue(0)},
         {PictureValue(std::string("\x2A\0\0\0\0\0\0\0\0\0", 10)), ValueKind::Short,
-         [](CXParam* p, CXResult* r) { r->SetShort((*p[0].GetPicHandle())->picSize); },
+         [](CXParam* p, CXResult* r) {
+             Picture** const picture = *p[0].GetPicHandlePtr();
+             r->SetShort(picture == p[0].GetPicHandle() ? (*picture)->picSize : short{-1});
+         },
          ShortValue(42)},
         {Tagged(DateValue(2000, 1, 31)), ValueKind::Date,
          [](CXParam* p, CXResult* r) {
@@ -199,6 +205,14 @@ TEST_P(CommandsTest, PointersLeadToTheirTarget) {
     EXPECT_EQ(Call(target, {TypedValue{.kind = ValueKind::Pointer}}, ValueKind::Long),
               LongValue(-1));
     EXPECT_EQ(Call(target, {Tagged(LongValue(7))}, ValueKind::Long), LongValue(-1)); // no pointer
+    const CommandHandler nowhere = [](CXParam*, CXResult* result) {
+        const CXParam none{};
+        result->SetBoolean(none.GetPointerPtr() == nullptr ? 1 : 0);
+    };
+    for (const bool compiled : {true, false}) {
+        host.options.callerCompiled = compiled;
+        EXPECT_EQ(Call(nowhere, {}, ValueKind::Boolean), BooleanValue(true));
+    }
 }
 
 } // namespace

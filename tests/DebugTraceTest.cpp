@@ -2,7 +2,9 @@
 
 #include "shell/DebugTrace.h"
 
+#include "shell/FourDPlug.h"
 #include "shell/TextServices.h"
+#include "testhost/engine/ScratchFolder.h"
 
 #include <filesystem>
 #include <fstream>
@@ -100,7 +102,9 @@ TEST_F(DebugTraceTest, FormatsTwiceAndCuts) {
 
 TEST_F(DebugTraceTest, KeepsTheOutputForAnUnknownOneAndOpensTheFileAgain) {
     Start(5);
-    _DbgInit(1, 99, nullptr); // still the file of before
+    _DbgInit(1, 99, nullptr);   // still the file of before
+    FourDPlug::InitDebugLog(9); // these two do nothing
+    FourDPlug::DeinitDebugLog();
     EXPECT_EQ(gDebugSettings.level, 1);
     EXPECT_STREQ(gDebugSettings.fileName, path.c_str());
     _DbgDeinit();
@@ -112,6 +116,40 @@ TEST_F(DebugTraceTest, KeepsTheOutputForAnUnknownOneAndOpensTheFileAgain) {
     EXPECT_STREQ(gDebugSettings.fileName, "debug.log");
     _DbgInit(0, DebugOutput::Console, std::string(5000, 'n').c_str());
     EXPECT_EQ(std::string(gDebugSettings.fileName), std::string(512, 'n'));
+}
+
+TEST_F(DebugTraceTest, HasANameWhereNoneIsGiven) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    for (const auto& [given, name] :
+         {std::pair{static_cast<const char*>(nullptr), "Debug.log"}, {"", "debug.log"}}) {
+        ScratchFolder scratch;
+        std::filesystem::current_path(scratch.Path());
+        gDebugSettings.fileName = "";
+        _DbgInit(0, DebugOutput::File, given);
+        _DbgDeinit();
+        const std::filesystem::directory_iterator files(".");
+        EXPECT_EQ(files->path().filename().string(), name); // its case, too
+        EXPECT_GT(files->file_size(), 2 * 60U);
+        std::filesystem::current_path(before);
+    }
+    gDebugSettings.fileName = path.c_str();
+}
+
+TEST_F(DebugTraceTest, LosesWhatItCannotWriteAndTriesAgain) {
+    ScratchFolder scratch;
+    const std::string folder = scratch.Path() + "later";
+    const std::string file = folder + "\\trace";
+    _DbgInit(0, DebugOutput::File, file.c_str());
+    _DbgTraceV("lost ");
+    std::filesystem::create_directory(folder);
+    _DbgTraceV("kept");
+    _DbgInit(0, DebugOutput::Console, nullptr); // the banner of the end goes elsewhere
+    _DbgDeinit();
+    std::ifstream stream(file);
+    std::string text;
+    std::getline(stream, text);
+    EXPECT_EQ(text, "kept");
+    gDebugSettings.fileName = path.c_str();
 }
 
 } // namespace

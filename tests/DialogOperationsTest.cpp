@@ -289,6 +289,11 @@ TEST_P(DialogOperationsTest, SendsTextsAsHostStringsFrom12On) {
         const TemporaryHandle text(D::GetTextVar(dialog, "v"));
         EXPECT_EQ(OwnedHandle::BytesOf(text.Get()), long300);
     }
+    D::SetTextVar(dialog, "v", PascalString("as a string"));
+    {
+        const TemporaryHandle text(D::GetTextVar(dialog, "v"));
+        EXPECT_EQ(OwnedHandle::BytesOf(text.Get()), "as a string");
+    }
     for (const char* empty : {"", static_cast<const char*>(nullptr)}) {
         D::SetTextVar(dialog, "v", "full");
         D::SetTextVar(dialog, "v", empty);
@@ -384,6 +389,15 @@ TEST_P(DialogOperationsTest, LoadsArraysFromResources) {
     EXPECT_STREQ(text, "41"); // through its reference to the string list
     EXPECT_EQ((std::vector<long>{size("numbers"), size("texts"), size("alone"), size("none")}),
               (std::vector<long>{1, 1, 1, 0}));
+    // Strings out of a list where one is expected.
+    D::SetStringVar(dialog, "v", short{1}, short{2});
+    ExpectSent("DialogSetStringVar", 212, -212, {.string = "41"});
+    D::SetVarTitle(dialog, "v", 1, 1);
+    ExpectSent("DialogSetTitle", 340, -340, {.string = "3x", .param2 = 1});
+    D::SetObjTitle(dialog, "v", 1, 2);
+    ExpectSent("DialogSetTitle", 340, 0, {.string = "41"});
+    D::SetVarTitle(dialog, "v", 3, 1); // there is no such list
+    ExpectSent("DialogSetTitle", 340, -340, {.param2 = 1});
 }
 
 TEST_P(DialogOperationsTest, CreatesDialogsWithThePlugInsResources) {

@@ -43,8 +43,8 @@ std::string Object(FormObjectKind kind, const std::string& name, unsigned long t
     const char type = kind == FormObjectKind::Button ? 9 : 0;
     const std::string counted = static_cast<char>(name.size()) + name;
     return Atom("OBJT", std::string{static_cast<char>(kind), type, 0, 0} + Number(top, 2) +
-                            Number(20, 2) + Number(top + 20, 2) + Number(120, 2) + counted + counted +
-                            '\0');
+                            Number(20, 2) + Number(top + 20, 2) + Number(120, 2) + counted +
+                            counted + '\0');
 }
 
 std::string Font(short font, short size, short style) {
@@ -262,6 +262,10 @@ TEST_P(DialogTest, TakesARectangleAndAFilterOfItsOwn) {
     EXPECT_EQ(static_cast<void*>(Handle{sent.handle}), &rect);
     EXPECT_EQ(sent.flag1, 1);
     EXPECT_EQ(host.log.Last("DialogCreate")->IsEngine(), host.HasEngine());
+    TestDialog anywhere;
+    ASSERT_TRUE(anywhere.Open(nullptr, nullptr, 0)); // the host gets a rectangle all the same
+    EXPECT_NE(Handle{host.log.Last("DialogCreate")->Sent().handle}, nullptr);
+    anywhere.Close();
     ownFiltered.clear();
     Act(UserAction::Kind::Click, "go");
     Act(UserAction::Kind::Validate);
@@ -295,8 +299,7 @@ TEST_P(DialogTest, TellsWhatWasDraggedChosenAndHitLast) {
     FourDDialog::GetTableFieldFromHList(d, "fields", &table, &field, 0);
     EXPECT_EQ(table + field, 0);
 
-    host.dialogs.actions.push_back(
-        {.kind = UserAction::Kind::Drag, .object = "go", .text = "map"});
+    host.dialogs.actions.push_back({.kind = UserAction::Kind::Drag, .object = "go", .text = "map"});
     host.dialogs.actions.push_back(
         {.kind = UserAction::Kind::Choose, .object = "fields", .number = 2});
     Act(UserAction::Kind::Click, "go");

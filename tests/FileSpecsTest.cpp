@@ -117,6 +117,10 @@ TEST_F(FileSpecsTest, PathsSurviveTheRoundTrip) {
         const FSSpec spec = Spec(name);
         EXPECT_EQ(PathOf(spec), root + name);
         EXPECT_EQ(FileSpecToCTextBlock(&spec, &text), NoError);
+        const OwnedHandle characters(string(*text.GetHandle(), std::size_t(text.GetLength())));
+        text.SetLength(0);
+        EXPECT_EQ(XFileSpecToCTextBlock(&spec, &text), NoError);
+        EXPECT_EQ(OwnedHandle::BytesOf(text.GetHandle()), characters.Bytes());
         EXPECT_EQ(CTextBlockToFileSpec(&text, &again), Exists(root + name) ? 0 : -43);
         EXPECT_EQ(std::memcmp(&spec, &again, 7u + spec.name[0]), 0) << name;
     }
@@ -132,6 +136,16 @@ TEST_F(FileSpecsTest, PathsSurviveTheRoundTrip) {
     FSSpec drive{};
     EXPECT_EQ(NativePathToFileSpec("C:", 2, &drive), NoError);
     EXPECT_EQ(PathOf(drive), "C:\\");
+}
+
+TEST_F(FileSpecsTest, ErrorsOfTheSystemHaveCodesOfTheToolbox) {
+    const std::pair<unsigned long, OSErr> rows[] = {
+        {0, 0},    {2, -43},  {3, -43}, {5, -54}, {32, -54},  {15, -35},
+        {39, -34}, {80, -48}, {1, -36}, {4, -36}, {112, -36}, {0x10005, -36}};
+    for (const auto& [system, code] : rows) {
+        SetLastError(system);
+        EXPECT_EQ(GetLastOSErr(), code) << system;
+    }
 }
 
 TEST_F(FileSpecsTest, PathsAreGivenAsFarAsThereIsRoom) {

@@ -37,7 +37,10 @@ TEST(VersionsTest, AreWrittenForPeople) {
     EXPECT_STREQ(text, "F0000110");
     plug.GetProductVersionCString(text);
     EXPECT_STREQ(text, "1.1");
+    plug.info->version = 0x02006003;
     PascalString name("");
+    plug.GetProductVersionString(name);
+    EXPECT_EQ(name.Text(), "2.0b3");
     plug.zGetProductName(name);
     EXPECT_EQ(name.Text(), "Test");
 }

@@ -36,7 +36,8 @@ std::string Content(List list) {
     for (ListNode* node = list->tail.previous; node != &list->head; node = node->previous) {
         backward.insert(backward.begin(), Letter(node->object));
     }
-    const bool sound = forward == backward && _num_of_objects(list) == long(forward.size());
+    const bool sound = forward == backward && _num_of_objects(list) == long(forward.size()) &&
+                       (_is_empty(list) != 0) == forward.empty();
     return sound ? forward : "inconsistent: " + forward + "/" + backward;
 }
 

@@ -124,6 +124,22 @@ TEST_P(HandlesTest, HostHandlesGrowByAppending) {
     FourDDisposeHandle(handle);
 }
 
+TEST_P(HandlesTest, HostHandlesStayWhereTheyAreWhileLocked) {
+    Handle const handle = FourDNewHandle(8);
+    FourDGetHandleSize(nullptr);
+    FourDHLock(handle);
+    EXPECT_EQ(FourDMemError(), 0); // the former error is forgotten
+    char* const place = *handle;
+    ToolboxMoveMemory();
+    EXPECT_EQ(*handle, place);
+    FourDGetHandleSize(nullptr);
+    FourDHUnlock(handle);
+    EXPECT_EQ(FourDMemError(), 0);
+    ToolboxMoveMemory();
+    EXPECT_NE(*handle, place);
+    FourDDisposeHandle(handle);
+}
+
 TEST(HostHandlesOnOldHostsTest, CannotBeHad) {
     Host host({.version = 0x0800});
     Session session(host, EntryPoints{FourDPack, FourDPackex});

@@ -191,4 +191,22 @@ TEST_P(StructureResourcesTest, KeepsWhatWasPutIntoAFile) {
     EXPECT_EQ(FourD::Open4DResFile(PascalString("C:\\Missing"), &file), ResultCode::FileNotFound);
 }
 
+TEST_P(StructureResourcesTest, TheStructuresFileIsAlwaysOpen) {
+    const OwnedHandle icon("icon");
+    long file = 0;
+    EXPECT_EQ(FourD::GetStruct4DResFileRef(&file), 0);
+    EXPECT_EQ(FourD::Add4DRes(file, IconType, 130, PascalString("Arrow"), icon), 0);
+    ResourceFileContents* structure =
+        host.structureResources.File(StructureResources::structureFile);
+    EXPECT_NE(structure->Find(IconType, 130), nullptr);
+    EXPECT_EQ(Resource(file, 130), "icon");
+    const size_t calls = host.log.HostCallCount();
+    EXPECT_EQ(FourD::Lock4DRes(file, IconType, 130), 0);
+    EXPECT_EQ(FourD::Unlock4DRes(99, IconType, 1), 0); // of no file: nobody is asked
+    EXPECT_EQ(host.log.HostCallCount(), calls);
+    host.FailNext("StructResFileRef", -1234);
+    EXPECT_EQ(FourD::GetStruct4DResFileRef(&file), -1234);
+    EXPECT_EQ(file, 0);
+}
+
 } // namespace

@@ -221,6 +221,7 @@ TEST(ServerCallsTest, TheVersionQueryCompletesAClient) {
     Server server;
     server.Connect(0xC0DE, 4);
     server.Write(0, -2, "\1o", 0xC0DE);
+    server.Connect(0xBEEF, 5);
     const auto ask = [&](const char* version, const std::string& name) {
         PascalString text(version);
         PascalString out(name);
@@ -233,6 +234,10 @@ TEST(ServerCallsTest, TheVersionQueryCompletesAClient) {
     EXPECT_TRUE(ask("<C0DE>:mach-user", "known already"));
     EXPECT_TRUE(ask("<C0DE>:User", "unknown key"));
     EXPECT_TRUE(ask("<C0DF>:user", "unknown client"));
+    EXPECT_TRUE(ask("<BEEF>:mach-user", std::string(40, 'p')));
+    const FourDClient* other = server.plug.GetClientWithCookie(0xBEEF);
+    EXPECT_EQ(PascalString::TextOf(other->owner), std::string(31, 'p'));
+    EXPECT_EQ(other->machine[0] + other->user[0], 0);
     const FourDClient* client = server.plug.GetClientWithCookie(0xC0DE);
     EXPECT_EQ(PascalString::TextOf(client->user), std::string(31, 'u'));
     EXPECT_EQ(PascalString::TextOf(client->machine), std::string(200, 'm'));
@@ -240,7 +245,16 @@ TEST(ServerCallsTest, TheVersionQueryCompletesAClient) {
     for (const char* version : {"", "<0>:user", "<C0DE>", "C0DE:user", "<C0DE>:"}) {
         EXPECT_FALSE(ask(version, "")) << version;
     }
+    server.plug.info->version = 0x01234012;
+    for (const char* version : {"", "<0>:user"}) {
+        PascalString text(version);
+        PascalString fullName("before");
+        server.plug.GetVersion(text, fullName);
+        EXPECT_EQ(text.Text(), "A0120123"); // the host's style
+        EXPECT_EQ(fullName.Text(), "Test v.1.2.3a18");
+    }
     server.Disconnect(0xC0DE);
+    server.Disconnect(0xBEEF);
 }
 
 TEST(ServerCallsTest, WhateverComesFromTheNetworkTheServerServesOn) {

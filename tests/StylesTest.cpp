@@ -132,6 +132,9 @@ TEST_P(StylesTest, TakesStylesOutOfTheirResources) {
         FourDPlatformStyle spec;
         EXPECT_EQ(FourD::GetPlatformStyleSpecByName(name, &spec), error);
         EXPECT_EQ(short{spec.size}, error == 0 ? 12 : 0);
+        FourDPlatformStyle byID = {{1, 'x'}, 1, 1};
+        EXPECT_EQ(FourD::GetPlatformStyleSpecByID(id, &byID), error);
+        EXPECT_EQ(BytesOf(byID), BytesOf(spec));
     }
 }
 

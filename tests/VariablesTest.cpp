@@ -3,6 +3,7 @@
 
 #include "data/Variables.h"
 
+#include "data/Handles.h"
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
@@ -81,6 +82,53 @@ TEST_P(VariablesTest, DeclarationsAreBuiltFromTheHostsNames) {
     EXPECT_EQ(Declaration(CFourDLongVar("<>v", 0)), "ENTIER LONG(<>v)"); // kept as it is
 }
 
+TEST_P(VariablesTest, ArrayTypesFollowFromThoseOfTheElements) {
+    const std::pair<short, short> rows[] = {{1, 14},  {2, 18}, {4, 17}, {6, 22}, {9, 16}, {10, 19},
+                                            {24, 21}, {0, 5},  {3, 5},  {11, 5}, {16, 5}, {30, 5}};
+    for (const auto& [element, array] : rows) {
+        EXPECT_EQ(CFourDBaseArrayVar::ElementTypeToVarType(element), array) << element;
+    }
+}
+
+/// Declares "v" and answers the type that it then has.
+template <typename Variable, short... type>
+short Declared(unsigned char isInterprocess) {
+    Variable variable("v", type..., isInterprocess);
+    variable.Declare();
+    return variable.DefinedType();
+}
+
+TEST_P(VariablesTest, TheFlagTellsWhoseVariableIsMeant) {
+    const std::pair<short (*)(unsigned char isInterprocess), short> rows[] = {
+        {Declared<CFourDBaseVar, 4>, 4},
+        {Declared<CFourDLongVar>, 9},
+        {Declared<CFourDTextVar>, 2},
+        {Declared<CFourDBlobVar>, 30},
+        {Declared<CFourDBooleanVar>, 6},
+        {Declared<CFourDRealVar>, 1},
+        {Declared<CFourDStringVar>, 24},
+        {Declared<CFourDPointerVar>, 23},
+        {Declared<CFourDBaseArrayVar, 6>, 22},
+        {Declared<CFourDLongArrayVar>, 16},
+        {Declared<CFourDTextArrayVar>, 18},
+        {Declared<CFourDRealArrayVar>, 14},
+        {Declared<CFourDBase2DArrayVar, 1>, 13},
+        {Declared<CFourDLong2DArrayVar>, 13},
+        {Declared<CFourDText2DArrayVar>, 13}};
+    for (const auto& [declared, type] : rows) {
+        for (const unsigned char isInterprocess : std::initializer_list<unsigned char>{0, 1}) {
+            EXPECT_EQ(declared(isInterprocess), type);
+            const TypedValue none = NullValue(ValueKind::Undefined);
+            EXPECT_EQ(Value("<>v") == none, isInterprocess == 0) << type;
+            EXPECT_EQ(Value("v") == none, isInterprocess != 0) << type;
+            host.variables.Clear();
+        }
+    }
+    EXPECT_EQ(CFourDVar("v", 9, 1).SetValue(7L), 0);
+    EXPECT_EQ(Value("<>v"), LongValue(7));
+    EXPECT_TRUE(host.variables.Of(1).empty());
+}
+
 TEST_P(VariablesTest, DeclareGivesTheTypeUnlessItIsThere) {
     for (const bool compiled : {false, true}) {
         host.options.callerCompiled = compiled;
@@ -134,6 +182,17 @@ TEST_P(VariablesTest, PlainVariablesConvert) {
     EXPECT_EQ(variable.GetValue(&text), -1234);
     EXPECT_EQ(Handle{text.text}, nullptr);
     EXPECT_EQ(CFourDVar("p", 23).SetValue(1L), ResultCode::UnsupportedConversion);
+    unsigned char boolean = 9;
+    EXPECT_EQ(CFourDVar("b", 6).SetValue(static_cast<unsigned char>(1)), 0);
+    EXPECT_EQ(Value("b"), BooleanValue(true));
+    for (const auto& [name, truth, whole, result] :
+         {std::tuple{"b", 1, 1L, 0}, {"v", 1, 42L, 0}, {"t", 1, 42L, 0}, {"none", 0, 0L, -1999}}) {
+        long number = -1;
+        EXPECT_EQ(CFourDVar(name, 9).GetValue(&boolean), result) << name;
+        EXPECT_EQ(boolean, truth) << name;
+        EXPECT_EQ(CFourDVar(name, 9).GetValue(&number), result) << name;
+        EXPECT_EQ(number, whole) << name;
+    }
 
     Set("a", LongArrayValue({5, 6}));
     CArray array;
@@ -148,6 +207,40 @@ TEST_P(VariablesTest, PlainVariablesConvert) {
     EXPECT_EQ(FourD::GetArrayVar(names[0], &array), 0);
     EXPECT_EQ(array.GetArraySize(), 2);
     array.Forget();
+}
+
+TEST_P(VariablesTest, ArraysOfEachTypeAreHandedOutWhole) {
+    const auto array = [](ValueKind kind, const TypedValue& element, long detail = 0) {
+        return ArrayValue(kind, {element, element}, detail);
+    };
+    std::vector<std::pair<TypedValue, short>> rows = {
+        {array(ValueKind::ArrayOfArrays, LongArrayValue({1, 2, 3}),
+               static_cast<long>(ValueKind::LongArray)),
+         13},
+        {array(ValueKind::RealArray, RealValue(0.5)), 14},
+        {array(ValueKind::IntegerArray, ShortValue(-2)), 15},
+        {LongArrayValue({5, 6}), 16},
+        {array(ValueKind::DateArray, DateValue(2026, 11, 21)), 17},
+        {TextArrayValue({"one", "two"}), 18},
+        {array(ValueKind::PictureArray, NullValue(ValueKind::Picture)), 19},
+        {array(ValueKind::StringArray, StringValue("abcd"), 9), 21},
+        {array(ValueKind::BooleanArray, BooleanValue(true)), 22}};
+    if (host.HasEngine()) {
+        rows.emplace_back(array(ValueKind::UnicodeTextArray, UnicodeValue("u")), 34);
+    }
+    for (const auto& [value, type] : rows) {
+        Set("a", value);
+        CArray original;
+        EXPECT_EQ(CFourDVar("a", 5).GetOriginalArray(&original), type);
+        EXPECT_EQ(original.GetType(), type == 34 ? 0 : type);
+        EXPECT_EQ(original.ComputeAddress(2) != nullptr, type != 34);
+        EXPECT_EQ(original.ComputeAddress(3), nullptr);
+        original.Forget();
+    }
+    CArray untouched;
+    host.FailNext("GetVariable", -1234);
+    EXPECT_EQ(CFourDVar("a", 5).GetOriginalArray(&untouched), -1234);
+    EXPECT_EQ(untouched.GetType(), 0);
 }
 
 TEST_P(VariablesTest, ScalarsAreOfTheirTypeOrLeftAlone) {
@@ -204,6 +297,21 @@ TEST_P(VariablesTest, TextsAndBlobsAreChangedInPlace) {
         EXPECT_EQ(read, text);
     }
     EXPECT_EQ(ToolboxLiveHandles(), before - 1);
+    CTextBlock block("a block");
+    variable.SetTextValue(&block);
+    EXPECT_EQ(Value("t"), TextValue("a block"));
+    block.SetTo("before");
+    variable.GetTextValue(&block);
+    EXPECT_EQ(OwnedHandle::BytesOf(block.GetHandle()), "a block");
+    Handle text = nullptr;
+    variable.GetTextValue(&text);
+    EXPECT_EQ(OwnedHandle::BytesOf(text), "a block");
+    EXPECT_NE(text, Handle{host.variables.Find(1, "t")->text.text});
+    DisposeHandle(text);
+    CFourDTextVar("missing").GetTextValue(&text);
+    EXPECT_EQ(text, nullptr);
+    CFourDTextVar("missing").GetTextValue(&block);
+    EXPECT_EQ(block.GetLength(), 0);
     char kept[] = "kept";
     variable.SetTextValue(kept);
     const OwnedHandle tooLong(std::string(1000, 'x'));
@@ -272,6 +380,16 @@ TEST_P(VariablesTest, ArraysAreChangedInPlace) {
     texts.GetTextElementValue(3, &copy.handle);
     EXPECT_EQ(copy.Bytes(), text);
     EXPECT_EQ(HGetState(storage) & 0x80, 0);
+    const OwnedHandle other("out of a handle");
+    texts.SetTextElementValue(2, other);
+    EXPECT_EQ(Value("t"), TextArrayValue({"a new text", "out of a handle", "a new text"}));
+    for (const auto& [index, expected] :
+         {std::pair{2L, "out of a handle"}, {3, "a new text"}, {4, ""}, {-1, ""}}) {
+        char read[32] = "before";
+        texts.GetTextElementValue(index, read);
+        EXPECT_STREQ(read, expected);
+        EXPECT_EQ(texts.GetTextElementLength(index), static_cast<long>(std::strlen(expected)));
+    }
     const long before = ToolboxLiveHandles();
     texts.SetNumElements(1);
     EXPECT_EQ(ToolboxLiveHandles(), before - 2);
@@ -301,6 +419,19 @@ TEST_P(VariablesTest, TwoDimensionalArraysAreChangedInPlace) {
     texts.SetTextElementValue(1, 1, text);
     EXPECT_EQ(texts.GetNumRows() * 10 + texts.GetNumColumns(2), 23);
     EXPECT_EQ(texts.GetTextElementLength(2, 3) * 10 + texts.GetTextElementLength(1, 1), 40);
+    const OwnedHandle other("out of a handle");
+    texts.SetTextElementValue(2, 2, other);
+    for (const auto& [row, column, expected] :
+         {std::tuple{2L, 2L, "out of a handle"}, {2, 3, "cell"}, {2, 4, ""}, {1, 2, ""}}) {
+        char read[32] = "before";
+        texts.GetTextElementValue(row, column, read);
+        EXPECT_STREQ(read, expected) << row << " " << column;
+        TemporaryHandle copy;
+        texts.GetTextElementValue(row, column, copy.Address());
+        EXPECT_EQ(copy.Get() != nullptr ? OwnedHandle::BytesOf(copy.Get()) : "", expected);
+    }
+    char none[] = "";
+    texts.SetTextElementValue(2, 2, none);
     Set("n", LongValue(1));
     CFourDLong2DArrayVar longs("n");
     longs.Declare();
@@ -347,6 +478,22 @@ TEST_P(VariablesTest, PointersAreSetAndCleared) {
     pointer.SetNil();
     EXPECT_TRUE(pointer.IsNil());
     EXPECT_EQ(Handle{host.variables.Find(1, "p")->pointer}, nullptr);
+    CFourDPointerVar copy("copy");
+    host.options.callerCompiled = false;
+    copy.Declare();
+    value = {};
+    value.type = ValueType::Pointer;
+    OwnedHandle target(std::string_view("\1\0\2\0\0\0\3\0\4\0", 10)); // field 3 of table 4
+    value.pointer = target;
+    copy.SetPointerValue(&value);
+    target.handle = nullptr; // it is the host's now
+    EXPECT_EQ(host.log.Last("SetVariable")->before[398], 1);
+    EXPECT_EQ(Handle{host.variables.Find(1, "copy")->pointer}, Handle{value.pointer});
+    EXPECT_FALSE(copy.IsNil());
+    ValueBlock read{};
+    EXPECT_EQ(copy.GetPointerValue(&read), 0);
+    EXPECT_EQ(long{reinterpret_cast<PointerRecord*>(*read.pointer)->field}, 0x40003);
+    host.options.callerCompiled = true;
     value = {};
     pointer.SetPointerValue(&value); // no pointer
     pointer.SetPointerToVariable("\"");

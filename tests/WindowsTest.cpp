@@ -3,6 +3,8 @@
 #include "tests/Fixture.h"
 #include "ui/FourDDialog.h"
 
+#include <windows.h>
+
 namespace {
 
 class WindowsTest : public DualHostTest {
@@ -115,6 +117,33 @@ TEST_P(WindowsTest, AsksTheHostForTheRest) {
     FourDDialog::Close(context);
 }
 
+TEST_P(WindowsTest, TheHighlightIsThatOfWindows) {
+    RGBColor color = {};
+    FourD::LMGetHiliteColor(&color);
+    const COLORREF highlight = GetSysColor(COLOR_HIGHLIGHT);
+    EXPECT_EQ(color.red, GetRValue(highlight) * 0x101);
+    EXPECT_EQ(color.green, GetGValue(highlight) * 0x101);
+    EXPECT_EQ(color.blue, GetBValue(highlight) * 0x101);
+}
+
 INSTANTIATE_TEST_SUITE_P(Hosts, WindowsTest, ClassicAndEngine, HostName);
+
+class ServerWindowsTest : public HostTest, public testing::WithParamInterface<unsigned short> {
+  protected:
+    ServerWindowsTest() : HostTest({.version = GetParam(), .role = Role::Server}) { Start(); }
+    TestPlug plug;
+};
+
+INSTANTIATE_TEST_SUITE_P(Hosts, ServerWindowsTest, ClassicAndEngine, HostName);
+
+TEST_P(ServerWindowsTest, TheMainOneIsTheRegularOneOfTheFirstProcess) {
+    const long other = host.AddProcess({.name = "Other"});
+    host.windows.Clear();
+    EXPECT_EQ(FourD::Get4DServerMainWindow(), nullptr);
+    GrafPort* const main = &host.windows.AddInFront(1, WindowKind::Regular).port;
+    host.windows.AddInFront(other, WindowKind::Regular);
+    host.windows.AddInFront(1, WindowKind::External);
+    EXPECT_EQ(FourD::Get4DServerMainWindow(), main);
+}
 
 } // namespace
