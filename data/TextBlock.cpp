@@ -1,5 +1,6 @@
 #include "data/TextBlock.h"
 
+#include "data/Handles.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 
@@ -25,21 +26,6 @@ long SizeOf(Handle handle) {
 const char* Characters(const unsigned char* string) {
     return reinterpret_cast<const char*>(string + 1);
 }
-
-/// A platform handle that is disposed of at the end of the scope.
-class TemporaryHandle {
-  public:
-    explicit TemporaryHandle(Handle ownedHandle) : handle(ownedHandle) {}
-    ~TemporaryHandle() {
-        if (handle != nullptr) {
-            DisposeHandle(handle);
-        }
-    }
-    TemporaryHandle(const TemporaryHandle&) = delete;
-    TemporaryHandle& operator=(const TemporaryHandle&) = delete;
-
-    Handle const handle;
-};
 
 } // namespace
 
@@ -253,11 +239,11 @@ long CTextBlock::ReplaceWithBytes(unsigned char* search, const char* bytes, long
         return ResultCode::BadParameter;
     }
     const TemporaryHandle copy(NewHandle(length)); // a negative length cannot be had
-    if (copy.handle == nullptr) {
+    if (copy.Get() == nullptr) {
         return MemError();
     }
-    BlockMove(bytes, *copy.handle, length);
-    return Replace(search, copy.handle);
+    BlockMove(bytes, *copy.Get(), length);
+    return Replace(search, copy.Get());
 }
 
 long CTextBlock::Replace(unsigned char* search, char** replacement) {

@@ -9,14 +9,12 @@
 #include <windows.h>
 
 namespace {
-constexpr size_t longestName = 31;
-
 bool IsLetter(char character) {
     return IsCharAlphaA(character) != 0;
 }
 
 bool IsName(std::string_view name) {
-    return !name.empty() && name.size() <= longestName && IsLetter(name.front()) &&
+    return !name.empty() && name.size() <= longestLanguageName && IsLetter(name.front()) &&
            name.back() != ' ' && std::ranges::all_of(name, [](char character) {
                return IsCharAlphaNumericA(character) != 0 || character == ' ' || character == '_' ||
                       character == '\'';

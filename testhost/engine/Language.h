@@ -33,6 +33,17 @@ class LanguageFailure : public std::runtime_error {
     short code;
 };
 
+[[noreturn]] inline void FailSyntax(const std::string& reason) {
+    throw LanguageFailure(LanguageError::SyntaxError, reason);
+}
+/// `what`: "command 12", "method Total".
+[[noreturn]] inline void FailUnknown(const std::string& what) {
+    throw LanguageFailure(LanguageError::UnknownName, "there is no " + what);
+}
+
+/// Characters of a name in the language.
+constexpr size_t longestLanguageName = 31;
+
 /// Names as they are compared: in lower case, accents kept.
 std::string FoldCase(std::string_view name);
 

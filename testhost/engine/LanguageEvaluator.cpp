@@ -10,10 +10,6 @@
 namespace {
 constexpr int deepestMethod = 30;
 
-[[noreturn]] void FailUnknown(const std::string& what) {
-    throw LanguageFailure(LanguageError::UnknownName, "there is no " + what);
-}
-
 void ExpectVariable(const Expression& expression) {
     if (expression.kind != Expression::Kind::Variable) {
         throw LanguageFailure(LanguageError::TypeMismatch, "only variables can be declared");

@@ -12,8 +12,6 @@
 #include <windows.h>
 
 namespace {
-constexpr size_t longestName = 31;
-
 struct Escape {
     char written;
     char meant;
@@ -28,13 +26,6 @@ bool BeginsName(char character) {
 }
 bool ContinuesName(char character) {
     return BeginsName(character) || IsDigit(character);
-}
-
-[[noreturn]] void FailSyntax(const std::string& reason) {
-    throw LanguageFailure(LanguageError::SyntaxError, reason);
-}
-[[noreturn]] void FailUnknown(const std::string& what) {
-    throw LanguageFailure(LanguageError::UnknownName, "there is no " + what);
 }
 
 // Length of the name that a text begins with: spaces belong to it when it goes on behind them.
@@ -211,7 +202,7 @@ class Lexer {
     void TakeVariable(TokenKind kind, size_t prefix) {
         rest.remove_prefix(prefix);
         const size_t length = NameLength(rest);
-        if (length > longestName) {
+        if (length > longestLanguageName) {
             FailSyntax("a name is longer than 31 characters");
         }
         tokens.push_back({.kind = kind, .text = std::string(rest.substr(0, length))});

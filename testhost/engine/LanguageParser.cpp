@@ -5,10 +5,6 @@
 namespace {
 constexpr int deepestNesting = 50;
 
-[[noreturn]] void FailSyntax(const std::string& reason) {
-    throw LanguageFailure(LanguageError::SyntaxError, reason);
-}
-
 class Parser {
   public:
     explicit Parser(const std::vector<Token>& parsed) : tokens(parsed) {}

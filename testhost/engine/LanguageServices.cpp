@@ -181,7 +181,7 @@ void MethodID(ServiceCall& call) {
     const std::string name = PascalText(call.fields.name);
     call.fields.param1 = call.host.language.FindMethod(name);
     if (call.fields.param1 == 0) {
-        throw LanguageFailure(LanguageError::UnknownName, "there is no method " + name);
+        FailUnknown("method " + name);
     }
 }
 
