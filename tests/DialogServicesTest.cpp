@@ -44,9 +44,9 @@ std::string ValueListBytes() {
     return std::string("\0\2\0\0\0\7\10Saturday\0\0\0\1\6Sunday", 26);
 }
 
-class DialogTest : public HostTest {
+class DialogServicesTest : public HostTest {
   protected:
-    DialogTest(unsigned short version = 0x1130)
+    DialogServicesTest(unsigned short version = 0x1130)
         : HostTest({.version = version, .pluginResFile = pluginFile}) {
         ToolboxAddResFile(pluginFile);
         host.dialogs.onFailure = [this](const UserAction&, const std::string& text) {
@@ -55,7 +55,7 @@ class DialogTest : public HostTest {
         Start();
         UseResFile(pluginFile);
     }
-    ~DialogTest() override { ToolboxRemoveResFile(pluginFile); }
+    ~DialogServicesTest() override { ToolboxRemoveResFile(pluginFile); }
 
     static void PutForm(std::string_view bytes) {
         ToolboxAddResource(pluginFile, FormResourceType, 128, "Form", bytes.data(),
@@ -71,9 +71,10 @@ class DialogTest : public HostTest {
     std::vector<std::string> failures;
 };
 
-class DialogDualTest : public DialogTest, public testing::WithParamInterface<unsigned short> {
+class DialogDualTest : public DialogServicesTest,
+                       public testing::WithParamInterface<unsigned short> {
   protected:
-    DialogDualTest() : DialogTest(GetParam()) {}
+    DialogDualTest() : DialogServicesTest(GetParam()) {}
 };
 
 // A dialog that refuses to end until a customer is named.
@@ -154,7 +155,7 @@ TEST_P(DialogDualTest, NamesMeanTheDialogsVariablesUntilItIsLeft) {
 
 INSTANTIATE_TEST_SUITE_P(Hosts, DialogDualTest, ClassicAndEngine, HostName);
 
-TEST_F(DialogTest, WhatIsNeverClosedIsReported) {
+TEST_F(DialogServicesTest, WhatIsNeverClosedIsReported) {
     PutForm(FormBytes());
     FourDDialog::CreateFourDDialogContext();
     FourDDialog::CreateFourDDialog(PascalString("Form"), PascalString("Left open"), 1, 5, 0,
@@ -167,7 +168,7 @@ TEST_F(DialogTest, WhatIsNeverClosedIsReported) {
 }
 
 // Whatever a resource holds: no fault, no leak, and a dialog only of a form that is whole.
-TEST_F(DialogTest, MutatedResources) {
+TEST_F(DialogServicesTest, MutatedResources) {
     ToolboxSetStrict(1);
     const std::string form = FormBytes();
     const std::string list = ValueListBytes();

@@ -198,18 +198,17 @@ NIMBO_REALIGN LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* pointers) {
     const EXCEPTION_RECORD& record = *pointers->ExceptionRecord;
     std::string what = "the plug-in crashed at " + AddressText(record.ExceptionAddress);
     char detail[64];
+    std::string hint;
     if (record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION && record.NumberParameters >= 2) {
         std::snprintf(detail, sizeof detail, " (%s address 0x%08lX)",
                       record.ExceptionInformation[0] == 0 ? "reading" : "writing",
                       static_cast<unsigned long>(record.ExceptionInformation[1]));
-        what += detail;
-        what += ". A plug-in takes the kinds of its parameters on trust: a call that leaves out a "
-                "parameter or the result, or gives another kind, ends like this.";
+        hint = ". A plug-in takes the kinds of its parameters on trust: a call that leaves out a "
+               "parameter or the result, or gives another kind, ends like this.";
     } else {
         std::snprintf(detail, sizeof detail, " (exception 0x%08lX)", record.ExceptionCode);
-        what += detail;
     }
-    ReportCrash(what);
+    ReportCrash(what + detail + hint);
 }
 
 // Also where an exception ends that the plug-in let cross the boundary.
