@@ -3,9 +3,11 @@
 #include "platform/CallingConvention.h"
 #include "platform/Types.h"
 
-// The calls imported from the toolbox library that the host ships (ASINTPPC.dll), by the
-// names in ASINTPPC.def. Result codes are signed 16-bit; memory calls leave theirs in
-// MemError().
+#include <cstring>
+
+// The calls of the toolbox library that the host ships (ASINTPPC.dll): those that are imported, by
+// the names in ASINTPPC.def, and at the end those that are looked up, because a release may lack
+// them. Result codes are signed 16-bit; memory calls leave theirs in MemError().
 extern "C" {
 
 // Memory: relocatable blocks. Sizes are bytes; a failed call answers null.
@@ -19,7 +21,6 @@ TOOLBOX_CALL void HUnlock(Handle handle);
 /// Bit 7 (0x80) locked, bit 6 (0x40) purgeable, bit 5 (0x20) resource.
 TOOLBOX_CALL char HGetState(Handle handle);
 TOOLBOX_CALL void HSetState(Handle handle, char state);
-TOOLBOX_CALL void HPurge(Handle handle);
 TOOLBOX_CALL void HNoPurge(Handle handle);
 /// Replaces the handle by one to a copy of its bytes; the original stays alive.
 TOOLBOX_CALL OSErr HandToHand(Handle* handle);
@@ -27,35 +28,25 @@ TOOLBOX_CALL OSErr HandToHand(Handle* handle);
 TOOLBOX_CALL OSErr PtrToHand(const void* source, Handle* handle, long size);
 /// Appends `size` bytes to the target.
 TOOLBOX_CALL OSErr PtrAndHand(const void* source, Handle target, long size);
-/// Appends the bytes of `source` to the target.
-TOOLBOX_CALL OSErr HandAndHand(Handle source, Handle target);
 /// Result code of the last memory call.
 TOOLBOX_CALL OSErr MemError();
 TOOLBOX_CALL void BlockMove(const void* source, void* target, Size count);
 
 // Memory: blocks that never move.
 TOOLBOX_CALL Ptr NewPtr(Size size);
-TOOLBOX_CALL Ptr NewPtrClear(Size size);
 TOOLBOX_CALL void DisposePtr(Ptr block);
-TOOLBOX_CALL Size GetPtrSize(Ptr block);
-TOOLBOX_CALL void SetPtrSize(Ptr block, Size size);
 
 // Resources. Calls search from the current file back through those opened before it; the system
-// file, 0, comes last. They leave their result code in ResError(), and the ones that look for a
-// resource may move memory.
+// file, 0, comes last. The ones that look for a resource may move memory.
 
 /// Reference number of the current resource file.
 TOOLBOX_CALL short CurResFile();
 /// -193, and no change, when there is no such file.
 TOOLBOX_CALL void UseResFile(short resFile);
-/// Result code of the last resource call.
-TOOLBOX_CALL OSErr ResError();
 /// The resource's handle, the same until it is released: it belongs to the resource file, so
 /// release it with ReleaseResource, never with DisposeHandle. Null with -192 when there is none,
 /// -199 when its data lies outside the file, -108 when memory is full.
 TOOLBOX_CALL Handle GetResource(OSType type, short id);
-/// The same by name, in which case does not count. A null or empty name finds nothing.
-TOOLBOX_CALL Handle GetNamedResource(OSType type, const unsigned char* name);
 /// String `index`, from 1, of the string list ('STR#') `listID`, into a buffer of 256 bytes; empty
 /// when there is none or the list ends within it. Leaves no resource behind.
 TOOLBOX_CALL void GetIndString(unsigned char* string, short listID, short index);
@@ -92,8 +83,6 @@ inline constexpr short FromMark = 3;
 TOOLBOX_CALL OSErr FSMakeFSSpec(short vRefNum, long dirID, const unsigned char* name, FSSpec* spec);
 /// New empty file; -48 when the name is taken. Creator and type are what FSpGetFInfo answers.
 TOOLBOX_CALL OSErr FSpCreate(const FSSpec* spec, OSType creator, OSType type, short scriptTag);
-/// New folder, and its identifier in `createdDirID` (0 on failure); -48 when the name is taken.
-TOOLBOX_CALL OSErr FSpDirCreate(const FSSpec* spec, short scriptTag, long* createdDirID);
 /// Removes a file or an empty folder. -43 nothing there, -47 an open file or a folder with
 /// something in it, -45 a locked file.
 TOOLBOX_CALL OSErr FSpDelete(const FSSpec* spec);
@@ -103,8 +92,6 @@ TOOLBOX_CALL OSErr FSpRename(const FSSpec* spec, const unsigned char* newName);
 /// Type, creator and the like of a file; -43 for a folder, too. Zeros for a file that nobody gave
 /// any.
 TOOLBOX_CALL OSErr FSpGetFInfo(const FSSpec* spec, FInfo* info);
-/// -43 for a folder, too; -45 a locked file.
-TOOLBOX_CALL OSErr FSpSetFInfo(const FSSpec* spec, const FInfo* info);
 /// Fills in the catalogue entry of the file or folder `ioNamePtr`, a name or path as FSMakeFSSpec
 /// takes it, in the folder (`ioVRefNum`, `ioDirID`) when `ioFDirIndex` is 0; of the item of that
 /// number in the folder when it is above 0; of the folder itself when it is below 0, or when there
@@ -171,18 +158,8 @@ TOOLBOX_CALL void SetPor(GrafPort* port);
 TOOLBOX_CALL void EraseRect(const Rect* rect);
 /// Moves the pen.
 TOOLBOX_CALL void MoveT(short h, short v);
-/// Draws a line from the pen to a point, where it then stands.
-TOOLBOX_CALL void LineT(short h, short v);
-/// Fills a rectangle, and draws the line around one, in the foreground colour.
-TOOLBOX_CALL void PaintRect(const Rect* rect);
-TOOLBOX_CALL void FrameRec(const Rect* rect);
-/// Colour of the current port that is drawn in, black at first, and that is erased to, white.
-TOOLBOX_CALL void RGBForeColor(const RGBColor* color);
-TOOLBOX_CALL void RGBBackColor(const RGBColor* color);
 /// Draws a Pascal string from the pen on, which then stands behind it.
 TOOLBOX_CALL void DrawString(const unsigned char* string);
-/// Has the rectangle of the current port's window drawn again with its next update.
-TOOLBOX_CALL void InvalRect(const Rect* rect);
 /// Moves all sides inwards, or outwards when negative; one with nothing left in it becomes zero.
 TOOLBOX_CALL void InsetRec(Rect* rect, short dh, short dv);
 TOOLBOX_CALL unsigned char EqualRec(const Rect* a, const Rect* b);
@@ -192,8 +169,6 @@ TOOLBOX_CALL void InitCursor();
 TOOLBOX_CALL unsigned long GetDblTime();
 /// Title of a window, into a buffer of 256 bytes.
 TOOLBOX_CALL void GetWTitle(GrafPort* window, unsigned char* title);
-/// Number of a font by its name, in which case does not count; 0, the system's, when it is unknown.
-TOOLBOX_CALL void GetFNum(const unsigned char* name, short* number);
 /// Begins to record what is drawn, as a picture with this frame, which the caller disposes of; null
 /// without memory and while another one is recorded.
 TOOLBOX_CALL Picture** OpenPicture(const Rect* frame);
@@ -202,4 +177,50 @@ TOOLBOX_CALL void ClosePicture();
 // Dates. Seconds count from midnight, 1 January 1904.
 TOOLBOX_CALL void LongDateToSeconds(const LongDateRec* date, long long* seconds);
 TOOLBOX_CALL void LongSecondsToDate(const long long* seconds, LongDateRec* date);
+
+// --- What a release of the library may lack ---------------------------------------------------
+// Each is looked up when it is first used, in the library that is loaded. One that is missing says
+// so in the debug trace, once, and does nothing: -50, null or 0.
+
+// Memory
+TOOLBOX_CALL void HPurge(Handle handle);
+/// Appends the bytes of `source` to the target.
+TOOLBOX_CALL OSErr HandAndHand(Handle source, Handle target);
+TOOLBOX_CALL Size GetPtrSize(Ptr block);
+TOOLBOX_CALL void SetPtrSize(Ptr block, Size size);
+
+// Resources
+/// Result code of the last resource call.
+TOOLBOX_CALL OSErr ResError();
+/// As GetResource, by name, in which case does not count. A null or empty name finds nothing.
+TOOLBOX_CALL Handle GetNamedResource(OSType type, const unsigned char* name);
+
+// Files
+/// New folder, and its identifier in `createdDirID` (0 on failure); -48 when the name is taken.
+TOOLBOX_CALL OSErr FSpDirCreate(const FSSpec* spec, short scriptTag, long* createdDirID);
+/// -43 for a folder, too; -45 a locked file.
+TOOLBOX_CALL OSErr FSpSetFInfo(const FSSpec* spec, const FInfo* info);
+
+// Drawing
+/// Draws a line from the pen to a point, where it then stands.
+TOOLBOX_CALL void LineT(short h, short v);
+/// Fills a rectangle, and draws the line around one, in the foreground colour.
+TOOLBOX_CALL void PaintRect(const Rect* rect);
+TOOLBOX_CALL void FrameRec(const Rect* rect);
+/// Colour of the current port that is drawn in, black at first, and that is erased to, white.
+TOOLBOX_CALL void RGBForeColor(const RGBColor* color);
+TOOLBOX_CALL void RGBBackColor(const RGBColor* color);
+/// Has the rectangle of the current port's window drawn again with its next update.
+TOOLBOX_CALL void InvalRect(const Rect* rect);
+/// Number of a font by its name, in which case does not count; 0, the system's, when it is unknown.
+TOOLBOX_CALL void GetFNum(const unsigned char* name, short* number);
+}
+
+/// A block of zeros that never moves; null when memory is full.
+inline Ptr NewPtrClear(Size size) {
+    const Ptr block = NewPtr(size);
+    if (block != nullptr) {
+        std::memset(block, 0, static_cast<std::size_t>(size));
+    }
+    return block;
 }

@@ -97,7 +97,7 @@ void Create(Request& request) {
     const std::string form = request.Name();
     const std::string name = Pascal(form);
     const auto bytes = ResourceContents([&] {
-        return GetNamedResource(formType, reinterpret_cast<const unsigned char*>(name.data()));
+        return ToolboxNamedResource(formType, reinterpret_cast<const unsigned char*>(name.data()));
     });
     call.fields.param1 =
         call.host.dialogs.Open(reference, form, request.String(), bytes.value_or(""));

@@ -1,6 +1,7 @@
 #include "testhost/toolbox/Control.h"
 
 #include "platform/ResultCodes.h"
+#include "platform/Toolbox.h"
 #include "testhost/toolbox/Catalog.h"
 #include "testhost/toolbox/Drawing.h"
 #include "testhost/toolbox/Heap.h"
@@ -170,4 +171,8 @@ OSErr ToolboxAddResource(short refNum, OSType type, short id, const char* name, 
         refNum, type, id, std::string(title),
         size > 0 ? std::string(static_cast<const char*>(bytes), static_cast<std::size_t>(size))
                  : std::string());
+}
+
+Handle ToolboxNamedResource(OSType type, const unsigned char* name) {
+    return GetNamedResource(type, name);
 }

@@ -122,6 +122,8 @@ TOOLBOX_CALL void ToolboxRemoveResFile(short refNum);
 /// size, no bytes or too long a name.
 TOOLBOX_CALL OSErr ToolboxAddResource(short refNum, OSType type, short id, const char* name,
                                       const void* bytes, long size);
+/// GetNamedResource, which the library may be built without.
+TOOLBOX_CALL Handle ToolboxNamedResource(OSType type, const unsigned char* name);
 
 // Drawing. Nothing is painted: what was drawn in a port is kept, the last 10,000 operations, and so
 // are the rectangles that are to be drawn again. A port is known by its address, and nothing in it

@@ -179,14 +179,6 @@ Ptr NewPtr(Size size) {
     return MakePointer(size);
 }
 
-Ptr NewPtrClear(Size size) {
-    const Ptr pointer = MakePointer(size);
-    if (pointer) {
-        std::fill_n(pointer, size, '\0');
-    }
-    return pointer;
-}
-
 void DisposePtr(Ptr block) {
     Failed(TheHeap().DisposePointer({"DisposePtr"}, block));
 }
