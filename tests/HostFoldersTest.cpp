@@ -31,6 +31,7 @@ TEST(HostFoldersTest, GoWithTheHost) {
         const std::string locked = host.DataFolder() + "locked";
         std::ofstream(locked) << "";
         SetFileAttributesA(locked.c_str(), FILE_ATTRIBUTE_READONLY);
+        std::ofstream(fs::path(gone) / L"\x65E5\x672C") << ""; // beyond the ANSI code page
         EXPECT_TRUE(fs::exists(gone));
     }
     EXPECT_FALSE(fs::exists(gone));
@@ -61,6 +62,22 @@ TEST(HostFoldersTest, PreferencesFolder) {
         EXPECT_EQ(long{block.param4}, row.error == 0 ? length : 0);
         EXPECT_EQ(buffer.substr(0, buffer.find('#')), row.error == 0 ? folder : "");
         EXPECT_EQ(std::exchange(host.problems, {}).size(), row.problems);
+    }
+}
+
+TEST(HostFoldersTest, MayHaveAccents) {
+    ScratchFolder scratch;
+    const std::string prefs = scratch.Inside("caf\xE9");
+    Host host({.structureName = "\xC9t\xE9.4DB", .prefsFolder = prefs});
+    Host::Scope inside(host);
+    ParameterBlock block{};
+    block.param1 = 3;
+    block.param2 = 1; // makes it
+    block.param3 = 0x47344446;
+    EXPECT_EQ(Send(Select("HostFolderPath"), block), ResultCode::NoError);
+    EXPECT_EQ(PascalString::TextOf(block.name), prefs + "Folder 3\\");
+    for (const std::string& made : {prefs + "Folder 3", host.StructureFolder() + "\xC9t\xE9.4DB"}) {
+        EXPECT_NE(GetFileAttributesA(made.c_str()), INVALID_FILE_ATTRIBUTES) << made;
     }
 }
 

@@ -4,8 +4,10 @@
 #include "testhost/app/Pictures.h"
 #include "testhost/app/Player.h"
 #include "testhost/app/ResourceCompiler.h"
+#include "testhost/engine/Encodings.h"
 #include "tests/Fixture.h"
 
+#include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <sstream>
@@ -82,12 +84,12 @@ TEST_F(PicturesOfWindowsTest, WhatChangesInADialogChangesThePictureThere) {
 
 TEST_F(PicturesOfWindowsTest, AScriptSavesTheFrontmostVisibleWindow) {
     const Script script = ParseScript("window add process 1 kind 8 invisible\n"
-                                      "picture \"front\"\n",
+                                      "picture \"fen\xC3\xAAtre\"\n",
                                       "script");
     ASSERT_THAT(script.errors, testing::IsEmpty());
     EXPECT_THAT(ParseScript("picture \"../front\"", "script").errors, testing::SizeIs(1));
     std::ostringstream out;
-    const auto play = [&](const std::string& folder) {
+    const auto play = [&](const std::filesystem::path& folder) {
         Player player(session, out, false);
         player.stage.pictures = folder;
         return player.Play(script);
@@ -100,8 +102,9 @@ TEST_F(PicturesOfWindowsTest, AScriptSavesTheFrontmostVisibleWindow) {
     const Rect bar{10, 10, 60, 20};
     PaintRect(&bar);
     SetPor(nullptr);
-    EXPECT_TRUE(play(host.ScratchPath()));
-    std::ifstream file(host.ScratchPath() + "/front.png", std::ios::binary);
+    const std::filesystem::path folder = FromAnsi(host.ScratchPath());
+    EXPECT_TRUE(play(folder));
+    std::ifstream file(folder / L"fen\xEAtre.png", std::ios::binary);
     std::ostringstream contents;
     contents << file.rdbuf();
     const std::string bytes = contents.str();

@@ -3,9 +3,11 @@
 #include "testhost/app/ResourceCompiler.h"
 
 #include "platform/Toolbox.h"
+#include "testhost/engine/Encodings.h"
 #include "testhost/toolbox/ResourceFork.h"
 #include "tests/Fixture.h"
 
+#include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 
@@ -83,7 +85,7 @@ TEST(ResourceCompilerTest, WhatIsCompiledCanBeOpened) {
                          "text");
     ASSERT_THAT(compiled.errors, ElementsAre());
     Host host;
-    const string path = host.ScratchPath() + "compiled.rsrc";
+    const std::filesystem::path path = FromAnsi(host.ScratchPath()) + L"\x65E5\x672C.rsrc";
     std::ofstream(path, std::ios::binary) << compiled.fork;
     short refNum = 0;
     ASSERT_EQ(ToolboxOpenResFile(path.c_str(), &refNum), 0);

@@ -3,6 +3,7 @@
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
+#include "testhost/engine/Encodings.h"
 #include "testhost/toolbox/ResourceFork.h"
 #include "tests/Fixture.h"
 
@@ -40,7 +41,7 @@ class ResourceFilesTest : public testing::TestWithParam<bool> {
     OSErr OpenBytes(string_view bytes, short* refNum) {
         const string path = scratch.Path() + "fork.rsrc";
         std::ofstream(path, std::ios::binary) << bytes;
-        return ToolboxOpenResFile(path.c_str(), refNum);
+        return ToolboxOpenResFile(FromAnsi(path).c_str(), refNum);
     }
     short Open(string_view bytes) {
         short refNum = 0;
@@ -257,8 +258,9 @@ TEST_P(ResourceFilesTest, MalformedForksAreRefused) {
         EXPECT_EQ(OpenBytes(good.substr(0, length), &refNum),
                   length < 16 ? EndOfData : malformedMap);
     }
-    EXPECT_EQ(ToolboxOpenResFile((scratch.Path() + "missing").c_str(), &refNum), FileNotFound);
-    EXPECT_EQ(ToolboxOpenResFile(scratch.Path().c_str(), &refNum), InputOutput);
+    const std::wstring folder = FromAnsi(scratch.Path());
+    EXPECT_EQ(ToolboxOpenResFile((folder + L"missing").c_str(), &refNum), FileNotFound);
+    EXPECT_EQ(ToolboxOpenResFile(folder.c_str(), &refNum), InputOutput);
 
     // A length of data that leads outside concerns that resource alone.
     string cut = good;

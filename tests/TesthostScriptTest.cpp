@@ -3,9 +3,11 @@
 #include "host/Selectors.h"
 #include "testhost/app/Player.h"
 #include "testhost/app/Values.h"
+#include "testhost/engine/Encodings.h"
 #include "testhost/engine/PortableExecutable.h"
 #include "tests/Fixture.h"
 
+#include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <iterator>
@@ -67,11 +69,10 @@ HOST_ENTRY void FakePlugin(long selector, void* params, void*, void* result) {
     }
 }
 
-const std::string libraryFolder = [] {
-    char path[MAX_PATH];
-    GetModuleFileNameA(GetModuleHandleA("ASINTPPC.dll"), path, sizeof path);
-    const std::string file = path;
-    return file.substr(0, file.rfind('\\') + 1);
+const std::filesystem::path toolboxFile = [] {
+    wchar_t path[MAX_PATH];
+    GetModuleFileNameW(GetModuleHandleW(L"ASINTPPC.dll"), path, std::size(path));
+    return std::filesystem::path(path);
 }();
 
 struct Played {
@@ -79,10 +80,11 @@ struct Played {
     std::string output;
 };
 
-Played Play(const std::string& text, const HostOptions& options = {}) {
+Played Play(const std::string& text,
+            const std::filesystem::path& libraryFolder = toolboxFile.parent_path() / "") {
     Script script = ParseScript(text, "script");
     EXPECT_EQ(script.errors, std::vector<std::string>{});
-    Host host(options);
+    Host host;
     Session session(host, {FakePlugin});
     std::ostringstream out;
     Player player(session, out, false);
@@ -324,7 +326,64 @@ TEST(TesthostScriptTest, FilesOfASession) {
     )");
     EXPECT_TRUE(played.good) << played.output;
     EXPECT_THAT(played.output, HasSubstr("9 expectations held"));
-    EXPECT_THAT(played.output, HasSubstr("\n${scratch}, $, $x and " + libraryFolder + "\n"));
+    EXPECT_THAT(played.output, HasSubstr("\n${scratch}, $, $x and " +
+                                         Shown(toolboxFile.parent_path() / "") + "\n"));
+}
+
+const std::wstring japan = L"\x65E5\x672C"; // which the ANSI code page cannot hold
+
+TEST(TesthostScriptTest, EncodingsOfTextsAndPaths) {
+    struct Row {
+        const char* bytes;
+        const wchar_t* text;
+    };
+    const Row rows[] = {{"", L""},
+                        {"abc", L"abc"},
+                        {"\xC3\xA9", L"\xE9"},
+                        {"\xE9", L"\xE9"},
+                        {"\xC3\xA9 \xE9", L"\xC3\xA9 \xE9"}, // not UTF-8 as a whole
+                        {"\xE6\x97\xA5\xE6\x9C\xAC", japan.c_str()},
+                        {"\xF0\x9F\x98\x80", L"\xD83D\xDE00"}};
+    for (const Row& row : rows) {
+        EXPECT_EQ(FromEither(row.bytes), row.text) << row.bytes;
+        EXPECT_EQ(FromUtf8(Utf8(row.text)), row.text);
+    }
+    EXPECT_EQ(Ansi(L"C:\\a \xE9"), "C:\\a \xE9");
+    for (const std::wstring& lacking :
+         {japan, std::wstring(L"\x101")}) { // Windows takes an a for it
+        try {
+            ADD_FAILURE() << Ansi(L"C:\\" + lacking);
+        } catch (const std::runtime_error& error) {
+            EXPECT_THAT(error.what(), HasSubstr("C:\\" + Utf8(lacking) + " cannot be written"));
+        }
+    }
+    wchar_t former[MAX_PATH];
+    GetEnvironmentVariableW(L"TMP", former, std::size(former));
+    SetEnvironmentVariableW(L"TMP", (L"C:\\" + japan).c_str());
+    EXPECT_THROW(TemporaryFolder(), std::runtime_error);
+    SetEnvironmentVariableW(L"TMP", former);
+}
+
+TEST(TesthostScriptTest, PathsMayHaveAccents) {
+    Played played = Play("start\n"
+                         "call 7 string \"${scratch}caf\\xE9\"\n"
+                         "expect param 1 string \"${scratch}caf\\xE9\"\n"
+                         "expect file \"${scratch}caf\\xE9\" \"made\"\n"
+                         "expect file \"${scratch}caf\xC3\xA9\" \"made\"\n"
+                         "expect no file \"${scratch}caf\xC3\xA8\"\n"
+                         "echo \"\xC3\xA9 ${library} \\xE9\"\n",
+                         japan);
+    EXPECT_TRUE(played.good) << played.output;
+    EXPECT_THAT(played.output, HasSubstr("\n\xC3\xA9 " + Utf8(japan) + " \xC3\xA9\n"));
+    const std::pair<const char*, std::string> failures[] = {
+        {"call 7 string \"${library}x\"", Utf8(japan) + " cannot be written in the code page"},
+        {"expect file \"caf\xC3\xA9\"", "caf\xC3\xA9: a file, got nothing there"},
+        {"show \"caf\\xE9\"", "caf\xC3\xA9 cannot be read"},
+        {"database \"caf\\xE9\"", "the database caf\xC3\xA9 is missing"},
+    };
+    for (const auto& [line, said] : failures) {
+        EXPECT_THAT(Play("start\n" + std::string(line), japan).output, HasSubstr(said));
+    }
 }
 
 TEST(TesthostScriptTest, HostVersions) {
@@ -346,9 +405,7 @@ TEST(TesthostScriptTest, HostVersions) {
 }
 
 TEST(TesthostScriptTest, ExecutableFilesAreReadWithinTheirBytes) {
-    char path[MAX_PATH];
-    GetModuleFileNameA(GetModuleHandleA("ASINTPPC.dll"), path, sizeof path);
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(toolboxFile, std::ios::binary);
     std::ostringstream contents;
     contents << file.rdbuf();
     const std::string text = contents.str();

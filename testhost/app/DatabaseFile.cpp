@@ -2,6 +2,7 @@
 
 #include "testhost/app/Values.h"
 #include "testhost/app/Words.h"
+#include "testhost/engine/Encodings.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -262,11 +263,12 @@ DatabaseFile ParseDatabase(std::string_view text, const std::string& name) {
     return {std::move(reader.database), std::move(errors)};
 }
 
-DatabaseFile ReadDatabaseFile(const std::string& path) {
+DatabaseFile ReadDatabaseFile(const std::filesystem::path& path) {
+    const std::string name = Shown(path);
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;
     if (!file || !(text << file.rdbuf())) {
-        throw ScriptError("the database " + path + " is missing or cannot be read");
+        throw ScriptError("the database " + name + " is missing or cannot be read");
     }
-    return ParseDatabase(text.str(), path);
+    return ParseDatabase(text.str(), name);
 }

@@ -2,6 +2,7 @@
 
 #include "testhost/engine/Database.h"
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,4 +16,4 @@ struct DatabaseFile {
 /// Reads a whole text; `name` is for messages.
 DatabaseFile ParseDatabase(std::string_view text, const std::string& name);
 /// Reads the file at `path`. Throws ScriptError when it is missing or cannot be read.
-DatabaseFile ReadDatabaseFile(const std::string& path);
+DatabaseFile ReadDatabaseFile(const std::filesystem::path& path);

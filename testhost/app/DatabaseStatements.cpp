@@ -19,8 +19,8 @@ Action WithTable(std::string name, Act act) {
     };
 }
 
-bool IsAbsolute(const std::string& path) {
-    return path.starts_with('/') || path.starts_with('\\') || path.find(':') == 1;
+bool IsAbsolute(const std::wstring& path) {
+    return path.starts_with(L'/') || path.starts_with(L'\\') || path.find(L':') == 1;
 }
 
 std::string Numbers(const std::vector<long>& numbers) {
@@ -33,7 +33,7 @@ std::string Numbers(const std::vector<long>& numbers) {
 } // namespace
 
 Action ParseDatabaseStatement(Words& words) {
-    return [path = words.TakeString("the file's path")](Player& player) {
+    return [path = words.TakeWideString("the file's path")](Player& player) {
         DatabaseFile file =
             ReadDatabaseFile(IsAbsolute(path) ? path : player.stage.scriptFolder + path);
         for (const std::string& error : file.errors) {

@@ -1,7 +1,9 @@
 #include "testhost/app/FileStatements.h"
 
 #include "testhost/app/Player.h"
+#include "testhost/engine/Encodings.h"
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -17,8 +19,8 @@ std::string ContentsOf(std::istream& file) {
 }
 
 // What is at a path of Windows: a file with its contents, a folder, or nothing.
-std::string DescribeFile(const std::string& path) {
-    const DWORD attributes = GetFileAttributesA(path.c_str());
+std::string DescribeFile(const std::filesystem::path& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         return "nothing there";
     }
@@ -34,36 +36,36 @@ std::string DescribeFile(const std::string& path) {
 } // namespace
 
 Action ParseExpectFile(Words& words) {
-    std::string path = words.TakeString("the file's path");
+    std::wstring path = words.TakeWideString("the file's path");
     std::string expected =
         "a file" + (words.IsString() ? " with " + Quoted(words.TakeString("its contents")) : "");
     return [path, expected](Player& player) {
         std::string got = DescribeFile(path);
         bool held = expected == "a file" ? got.starts_with(expected) : got == expected;
-        player.Expect(held, path + ": " + expected, got);
+        player.Expect(held, Shown(path) + ": " + expected, got);
     };
 }
 
 Action ParseShow(Words& words) {
-    return [path = words.TakeString("the file's path")](Player& player) {
-        std::ifstream file(path);
+    return [path = words.TakeWideString("the file's path")](Player& player) {
+        std::ifstream file{std::filesystem::path(path)};
         if (!file) {
-            return player.Fail(path + " cannot be read");
+            return player.Fail(Shown(path) + " cannot be read");
         }
-        player.Echo("=== " + path + "\n" + ContentsOf(file) + "===");
+        player.Echo("=== " + Shown(path) + "\n" + Utf8(FromEither(ContentsOf(file))) + "===");
     };
 }
 
 Action ParseExpectFolder(Words& words) {
-    return [path = words.TakeString("the folder's path")](Player& player) {
+    return [path = words.TakeWideString("the folder's path")](Player& player) {
         std::string got = DescribeFile(path);
-        player.Expect(got == "a folder", path + ": a folder", got);
+        player.Expect(got == "a folder", Shown(path) + ": a folder", got);
     };
 }
 
 Action ParseExpectNoFile(Words& words) {
-    return [path = words.TakeString("the file's path")](Player& player) {
+    return [path = words.TakeWideString("the file's path")](Player& player) {
         std::string got = DescribeFile(path);
-        player.Expect(got == "nothing there", path + ": nothing there", got);
+        player.Expect(got == "nothing there", Shown(path) + ": nothing there", got);
     };
 }

@@ -1,6 +1,7 @@
 #include "testhost/app/NetworkStatements.h"
 
 #include "testhost/app/Player.h"
+#include "testhost/engine/Encodings.h"
 #include "testhost/engine/PluginLibrary.h"
 #include "testhost/toolbox/Control.h"
 
@@ -12,7 +13,8 @@ using Action = std::function<void(Player&)>;
 
 // A host of a script with a copy of the plug-in, which is a module of its own.
 struct FurtherHost {
-    FurtherHost(Stage& stage, std::string name, const std::string& dll, HostOptions options)
+    FurtherHost(Stage& stage, std::string name, const std::filesystem::path& dll,
+                HostOptions options)
         : library(dll),
           host(std::move(options)),
           session(host, library.Entries()),
@@ -27,15 +29,16 @@ struct FurtherHost {
 };
 
 // "C:\Scratch\Tour-anna.dll" for "Tour.dll".
-std::string CopyFor(const std::string& name, const std::string& file, const std::string& folder) {
-    const std::filesystem::path original(file);
-    std::string copy =
-        folder + original.stem().string() + "-" + name + original.extension().string();
+std::filesystem::path CopyFor(const std::string& name, const std::filesystem::path& file,
+                              const std::filesystem::path& folder) {
+    std::filesystem::path copy = folder / file.stem();
+    copy += "-" + name;
+    copy += file.extension();
     std::error_code error;
-    std::filesystem::copy_file(original, copy, std::filesystem::copy_options::overwrite_existing,
+    std::filesystem::copy_file(file, copy, std::filesystem::copy_options::overwrite_existing,
                                error);
     if (error) {
-        throw ScriptError(file + " cannot be copied to " + copy);
+        throw ScriptError(Shown(file) + " cannot be copied to " + Shown(copy));
     }
     return copy;
 }
@@ -82,14 +85,14 @@ void AddHost(Player& player, const std::string& name, Role role, unsigned short 
     if (stage.plugin.empty()) {
         return player.Fail("there is no file of the plug-in that could be copied");
     }
-    const std::string folder = first.host.ScratchPath();
+    const std::filesystem::path folder = FromAnsi(first.host.ScratchPath());
     HostOptions options{.version = version != 0 ? version : first.host.options.version,
                         .role = role};
     options.scheduler = first.host.scheduler;
     if (!stage.resources.empty()) {
-        const std::string copy = CopyFor(name, stage.resources, folder);
+        const std::filesystem::path copy = CopyFor(name, stage.resources, folder);
         if (ToolboxOpenResFile(copy.c_str(), &options.pluginResFile) != 0) {
-            return player.Fail(copy + " cannot be opened");
+            return player.Fail(Shown(copy) + " cannot be opened");
         }
     }
     try {

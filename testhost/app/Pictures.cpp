@@ -3,12 +3,12 @@
 #include "platform/Toolbox.h"
 #include "testhost/app/DialogStatements.h"
 #include "testhost/app/Player.h"
+#include "testhost/engine/Encodings.h"
 #include "testhost/toolbox/Control.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
-
-#include <windows.h>
 
 namespace {
 using Action = std::function<void(Player&)>;
@@ -25,19 +25,8 @@ constexpr int lineHeight = 15;
 constexpr int margin = 4;
 constexpr int characterWidth = 6; // what ports reckon with
 
-// Texts of the host are in the system's ANSI code page, but for its Unicode ones.
-std::wstring Wide(std::string_view text, unsigned codePage = CP_ACP) {
-    std::wstring wide(text.size(), L'\0'); // never more units than bytes
-    const int count =
-        text.empty() ? 0
-                     : MultiByteToWideChar(codePage, 0, text.data(), static_cast<int>(text.size()),
-                                           wide.data(), static_cast<int>(wide.size()));
-    wide.resize(static_cast<size_t>(count));
-    return wide;
-}
-
 std::wstring PascalText(const unsigned char* string) {
-    return Wide({reinterpret_cast<const char*>(string) + 1, string[0]});
+    return FromAnsi({reinterpret_cast<const char*>(string) + 1, string[0]});
 }
 
 Box Moved(const Rect& rect, const Box& content) {
@@ -58,14 +47,14 @@ std::wstring ValueText(const TypedValue& value) {
         return {};
     case ValueKind::String:
     case ValueKind::Text:
-        return Wide(value.texts.at(0));
+        return FromAnsi(value.texts.at(0));
     case ValueKind::UnicodeText:
-        return Wide(value.texts.at(0), CP_UTF8);
+        return FromUtf8(value.texts.at(0));
     case ValueKind::Picture:
         return value.texts.empty() ? L"" : L"(picture)";
     default:
         // As scripts write it, without the kind.
-        return Wide(Describe(value).substr(KindName(value.kind).size() + 1));
+        return FromAnsi(Describe(value).substr(KindName(value.kind).size() + 1));
     }
 }
 
@@ -139,7 +128,7 @@ void PaintList(Canvas& canvas, const Box& box, const ObjectState& state) {
         canvas.Fill(line, chosen ? chosenRow : paper);
         const Colour ink = state.object.enabled ? black : dimmed;
         canvas.TextIn({line.left + margin, line.top, line.right, line.bottom},
-                      Wide(state.rows[static_cast<size_t>(row)]), chosen ? white : ink);
+                      FromAnsi(state.rows[static_cast<size_t>(row)]), chosen ? white : ink);
     }
 }
 
@@ -150,7 +139,7 @@ void PaintButton(Canvas& canvas, const Box& box, const DialogObject& button) {
     if (button.action == FormAction::Validate) { // the one that Return presses
         canvas.Frame(box.Inset(1), edge);
     }
-    const std::wstring title = Wide(button.title);
+    const std::wstring title = FromAnsi(button.title);
     Box text = box.Inset(1);
     text.left += std::max(0, (text.Width() - Canvas::TextWidth(title)) / 2);
     canvas.TextIn(text, title, ink);
@@ -167,8 +156,8 @@ void PaintCheckBox(Canvas& canvas, const Box& box, const ObjectState& state) {
     const long number = state.value.numbers.empty() ? 0 : state.value.numbers[0];
     canvas.TextIn({square.left + 2, square.top, square.right, square.bottom},
                   marks[std::clamp(number, 0L, 2L)], ink);
-    canvas.TextIn({square.right + margin, box.top, box.right, box.bottom}, Wide(state.object.title),
-                  ink);
+    canvas.TextIn({square.right + margin, box.top, box.right, box.bottom},
+                  FromAnsi(state.object.title), ink);
 }
 
 void PaintObject(Canvas& canvas, const Box& content, const ObjectState& state,
@@ -176,7 +165,8 @@ void PaintObject(Canvas& canvas, const Box& content, const ObjectState& state,
     const Box box = Moved(state.object.rect, content).CutTo(content);
     switch (state.object.kind) {
     case FormObjectKind::Label:
-        return canvas.TextIn(box, Wide(state.object.title), state.object.enabled ? black : dimmed);
+        return canvas.TextIn(box, FromAnsi(state.object.title),
+                             state.object.enabled ? black : dimmed);
     case FormObjectKind::Field:
         return PaintField(canvas, box, state);
     case FormObjectKind::Button:
@@ -234,34 +224,33 @@ HostWindow* FrontmostVisible(Host& host) {
     return nullptr;
 }
 
-void SavePicture(Player& player, const std::string& name) {
-    const std::string& folder = player.stage.pictures;
-    if (folder.empty()) {
-        return player.Note("no picture " + Quoted(name) + ": there is no folder for pictures");
+void SavePicture(Player& player, const std::wstring& name) {
+    if (player.stage.pictures.empty()) {
+        return player.Note("no picture \"" + Utf8(name) + "\": there is no folder for pictures");
     }
     HostWindow* const window = FrontmostVisible(player.host);
     if (window == nullptr) {
         return player.Fail("there is no visible window to make a picture of");
     }
-    const std::string path = folder + "/" + name + ".png";
+    const std::filesystem::path path = player.stage.pictures.native() + L"/" + name + L".png";
     std::ofstream file(path, std::ios::binary);
     file << PaintWindow(player.host, *window).Png();
     file.close();
     if (!file) {
-        return player.Fail("the picture " + path + " cannot be written");
+        return player.Fail("the picture " + Shown(path) + " cannot be written");
     }
-    player.Note("picture " + path);
+    player.Note("picture " + Shown(path));
 }
 
 // A file's name, which cannot lead out of the folder.
-std::string TakePictureName(Words& words) {
-    std::string name = words.TakeString("the picture's name");
-    const bool isPlain = std::ranges::all_of(name, [](char character) {
-        return (character >= ' ' &&
-                std::string_view("\\/:*?\"<>|").find(character) == std::string_view::npos);
+std::wstring TakePictureName(Words& words) {
+    std::wstring name = words.TakeWideString("the picture's name");
+    const bool isPlain = std::ranges::all_of(name, [](wchar_t character) {
+        return (character >= L' ' &&
+                std::wstring_view(L"\\/:*?\"<>|").find(character) == std::wstring_view::npos);
     });
     if (name.empty() || !isPlain) {
-        throw ScriptError("no file can have the name " + Quoted(name));
+        throw ScriptError("no file can have the name " + Quoted(Utf8(name)));
     }
     return name;
 }
@@ -269,7 +258,7 @@ std::string TakePictureName(Words& words) {
 
 Canvas PaintWindow(Host& host, HostWindow& window) {
     if (Dialog* const dialog = host.dialogs.Find(host.dialogs.OfWindow(&window.port))) {
-        Canvas canvas = PaintFrame(dialog->width, dialog->height, Wide(dialog->title));
+        Canvas canvas = PaintFrame(dialog->width, dialog->height, FromAnsi(dialog->title));
         const Box content{1, titleHeight, 1 + dialog->width, titleHeight + dialog->height};
         PaintDialog(canvas, content, *dialog, &window.port);
         return canvas;
@@ -281,7 +270,7 @@ Canvas PaintWindow(Host& host, HostWindow& window) {
     const Box content{1, titleHeight, 1 + width, titleHeight + height};
     if (window.text != nullptr) {
         canvas.Fill(content, white);
-        PaintLines(canvas, content.Inset(margin), Wide(MethodText(window)));
+        PaintLines(canvas, content.Inset(margin), FromAnsi(MethodText(window)));
     }
     Replay(canvas, &window.port, content, content);
     return canvas;

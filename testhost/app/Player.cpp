@@ -1,5 +1,7 @@
 #include "testhost/app/Player.h"
 
+#include "testhost/engine/Encodings.h"
+
 #include <numeric>
 #include <utility>
 
@@ -147,12 +149,12 @@ void Player::StopAll() {
 }
 
 bool Player::Play(const Script& script) {
-    stage.scriptFolder = script.name.substr(0, script.name.find_last_of("/\\") + 1);
+    stage.scriptFolder = FromUtf8(script.name.substr(0, script.name.find_last_of("/\\") + 1));
     for (const Statement& statement : script.statements) {
         stage.place = script.name + ":" + std::to_string(statement.line);
         try {
             statement.Play(*stage.current);
-        } catch (const ScriptError& error) {
+        } catch (const std::runtime_error& error) {
             stage.current->Fail(error.what());
         }
     }

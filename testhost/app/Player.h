@@ -5,6 +5,7 @@
 #include "testhost/engine/Network.h"
 #include "testhost/engine/Session.h"
 
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -18,11 +19,12 @@ class Player;
 struct Stage {
     std::ostream& out;
     bool quiet;
-    std::string place = {};        ///< where the script stands: "name:line"
-    std::string scriptFolder = {}; ///< of the script, as its name was given, with the separator
-    std::string plugin = {};       ///< the plug-in's DLL, and
-    std::string resources = {};    ///< its resource file: further hosts have copies; may be empty
-    std::string pictures = {};     ///< folder for pictures of windows; empty: none are made
+    std::string place = {};            ///< where the script stands: "name:line"
+    std::wstring scriptFolder = {};    ///< of the script, as its name was given, with the separator
+    std::filesystem::path plugin = {}; ///< the plug-in's DLL, and
+    std::filesystem::path resources =
+        {};                              ///< its resource file: further hosts have copies; or empty
+    std::filesystem::path pictures = {}; ///< folder for pictures of windows; empty: none are made
     size_t held = 0;
     size_t failed = 0;
     Network network = {};
@@ -78,7 +80,7 @@ class Player {
     std::unique_ptr<Arguments> arguments;    ///< of the last command called; null before one
     TypedValue result;                       ///< of the last command called
     std::map<std::string, PlayedArea> areas; ///< those that the script sent events, by their names
-    std::string libraryFolder; ///< of the plug-in's DLL, with a backslash; what ${library} says
+    std::filesystem::path libraryFolder;     ///< of the plug-in's DLL, with a backslash: ${library}
 
   private:
     void Watch();

@@ -38,7 +38,7 @@ Script ParseScript(std::string_view text, std::string name) {
             // Checked as if they stood for nothing: what they stand for may be too long only later.
             Words words(content, [](std::string_view variable) {
                 FindVariable(variable);
-                return std::string();
+                return std::wstring();
             });
             if (ParseLine(std::move(words))) {
                 script.statements.push_back({line, std::string(content)});

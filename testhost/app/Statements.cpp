@@ -12,6 +12,7 @@
 #include "testhost/app/Values.h"
 #include "testhost/app/Variables.h"
 #include "testhost/app/VariableStatements.h"
+#include "testhost/engine/Encodings.h"
 #include "testhost/engine/RecordFields.h"
 
 #include <algorithm>
@@ -258,7 +259,7 @@ Action ParseEvent(Words& words) {
 }
 
 Action ParseEcho(Words& words) {
-    return [text = words.TakeString("a text")](Player& player) { player.Echo(text); };
+    return [text = Utf8(words.TakeWideString("a text"))](Player& player) { player.Echo(text); };
 }
 
 // The name of a call into the host, as the transcript shows it.

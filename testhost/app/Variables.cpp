@@ -1,6 +1,7 @@
 #include "testhost/app/Variables.h"
 
 #include "testhost/app/Player.h"
+#include "testhost/engine/Encodings.h"
 
 #include <algorithm>
 #include <iterator>
@@ -8,24 +9,27 @@
 #include <windows.h>
 
 namespace {
-std::string ShortForm(const std::string& path) {
-    char shortPath[MAX_PATH] = "";
-    GetShortPathNameA(path.c_str(), shortPath, sizeof shortPath);
+std::wstring ShortForm(const std::wstring& path) {
+    wchar_t shortPath[MAX_PATH] = L"";
+    GetShortPathNameW(path.c_str(), shortPath, std::size(shortPath));
     return shortPath;
 }
 
 constexpr Variable variables[] = {
     {"scratch", "a folder for the session, which goes with it",
-     [](Player& player) { return player.host.ScratchPath(); }},
+     [](Player& player) { return FromAnsi(player.host.ScratchPath()); }},
     {"short-scratch", "the same in its short (8.3) form",
-     [](Player& player) { return ShortForm(player.host.ScratchPath()); }},
+     [](Player& player) { return ShortForm(FromAnsi(player.host.ScratchPath())); }},
     {"structure", "the structure's folder",
-     [](Player& player) { return player.host.StructureFolder(); }},
-    {"data", "the data file's folder", [](Player& player) { return player.host.DataFolder(); }},
-    {"prefs", "the preferences folder", [](Player& player) { return player.host.PrefsFolder(); }},
+     [](Player& player) { return FromAnsi(player.host.StructureFolder()); }},
+    {"data", "the data file's folder",
+     [](Player& player) { return FromAnsi(player.host.DataFolder()); }},
+    {"prefs", "the preferences folder",
+     [](Player& player) { return FromAnsi(player.host.PrefsFolder()); }},
     {"library", "the folder of the plug-in's DLL",
-     [](Player& player) { return player.libraryFolder; }},
-    {"temp", "the system's folder for temporary files", [](Player&) { return TemporaryFolder(); }},
+     [](Player& player) { return player.libraryFolder.native(); }},
+    {"temp", "the system's folder for temporary files",
+     [](Player&) { return FromAnsi(TemporaryFolder()); }},
 };
 } // namespace
 

@@ -9,7 +9,7 @@ class Player;
 struct Variable {
     std::string_view name;
     std::string_view help;
-    std::string (*value)(Player& player);
+    std::wstring (*value)(Player& player);
 };
 
 /// The variable of this name. Throws ScriptError when there is none.

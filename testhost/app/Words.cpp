@@ -1,5 +1,6 @@
 #include "testhost/app/Words.h"
 
+#include "testhost/engine/Encodings.h"
 #include "testhost/engine/TypedValue.h"
 
 #include <algorithm>
@@ -42,7 +43,7 @@ char TakeEscape(std::string_view line, size_t& place) {
 
 namespace {
 // From behind "${" to behind the brace that closes it.
-std::string TakeVariable(std::string_view line, size_t& place, const Words::Lookup& lookup) {
+std::wstring TakeVariable(std::string_view line, size_t& place, const Words::Lookup& lookup) {
     size_t end = line.find('}', place);
     if (end == std::string_view::npos) {
         throw ScriptError("a variable in a string does not end: write it as ${name}");
@@ -50,23 +51,6 @@ std::string TakeVariable(std::string_view line, size_t& place, const Words::Look
     std::string_view name = line.substr(place, end - place);
     place = end + 1;
     return lookup(name);
-}
-
-// From behind the opening quotation mark to behind the closing one.
-std::string TakeQuotedText(std::string_view line, size_t& place, const Words::Lookup& lookup) {
-    std::string text;
-    while (place < line.size()) {
-        char character = line[place++];
-        if (character == '"') {
-            return text;
-        }
-        if (character == '$' && lookup && line.substr(place).starts_with('{')) {
-            text += TakeVariable(line, ++place, lookup);
-            continue;
-        }
-        text += character == '\\' ? TakeEscape(line, place) : character;
-    }
-    throw ScriptError("a string does not end");
 }
 
 std::optional<long long> ParseNumber(std::string_view text) {
@@ -96,16 +80,43 @@ Words::Words(std::string_view line, const Lookup& lookup) {
         if (IsBlank(line[place])) {
             ++place;
         } else if (line[place] == '"') {
-            words.push_back({TakeQuotedText(line, ++place, lookup), true});
+            words.push_back(TakeQuoted(line, ++place, lookup));
         } else {
             size_t start = place;
             while (place < line.size() && !IsBlank(line[place]) && line[place] != '"' &&
                    line[place] != '#') {
                 ++place;
             }
-            words.push_back({std::string(line.substr(start, place - start)), false});
+            words.push_back({.text = std::string(line.substr(start, place - start))});
         }
     }
+}
+
+// From behind the opening quotation mark to behind the closing one.
+Words::Word Words::TakeQuoted(std::string_view line, size_t& place, const Lookup& lookup) {
+    Word word{.text = {}, .quoted = true};
+    std::string literal; // what was read since the last variable
+    const auto endLiteral = [&] {
+        word.text += literal;
+        word.wide += FromEither(literal);
+        literal.clear();
+    };
+    while (place < line.size()) {
+        char character = line[place++];
+        if (character == '"') {
+            endLiteral();
+            return word;
+        }
+        if (character == '$' && lookup && line.substr(place).starts_with('{')) {
+            endLiteral();
+            word.variables.push_back(TakeVariable(line, ++place, lookup));
+            word.text += NearestAnsi(word.variables.back());
+            word.wide += word.variables.back();
+            continue;
+        }
+        literal += character == '\\' ? TakeEscape(line, place) : character;
+    }
+    throw ScriptError("a string does not end");
 }
 
 void Words::Missing(std::string_view what) const {
@@ -127,11 +138,21 @@ std::string Words::TakeWord(std::string_view what) {
     return words[next++].text;
 }
 
-std::string Words::TakeString(std::string_view what) {
+const Words::Word& Words::TakeStringWord(std::string_view what) {
     if (!IsString()) {
         Missing(std::string(what) + " in quotation marks");
     }
-    return words[next++].text;
+    return words[next++];
+}
+
+std::string Words::TakeString(std::string_view what) {
+    const Word& word = TakeStringWord(what);
+    std::ranges::for_each(word.variables, Ansi); // throws for what its text cannot hold
+    return word.text;
+}
+
+std::wstring Words::TakeWideString(std::string_view what) {
+    return TakeStringWord(what).wide;
 }
 
 long Words::TakeNumber(std::string_view what, long lowest, long highest) {

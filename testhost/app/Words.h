@@ -20,7 +20,7 @@ char TakeEscape(std::string_view line, size_t& place);
 class Words {
   public:
     /// Answers what a variable in a string stands for.
-    using Lookup = std::function<std::string(std::string_view name)>;
+    using Lookup = std::function<std::wstring(std::string_view name)>;
 
     /// Splits a line: words, strings in quotation marks (escapes \" \\ \n \r \t \xNN, variables
     /// ${name}), and a comment from # on. Throws ScriptError for a string that is wrong or does not
@@ -33,7 +33,12 @@ class Words {
     bool IsNumber() const;
 
     std::string TakeWord(std::string_view what);
+    /// A string's bytes, as a plug-in gets them: its variables are in the ANSI code page. Throws
+    /// std::runtime_error when that cannot hold what one stands for.
     std::string TakeString(std::string_view what);
+    /// The same string as a text for Windows: a path, or what is printed. What stands between its
+    /// variables is UTF-8, or else ANSI.
+    std::wstring TakeWideString(std::string_view what);
     /// A decimal number, or a hexadecimal one with 0x (which may use all 32 bits).
     long TakeNumber(std::string_view what, long lowest = -0x7FFFFFFF - 1,
                     long highest = 0x7FFFFFFF);
@@ -45,11 +50,16 @@ class Words {
 
   private:
     struct Word {
-        std::string text;
-        bool quoted;
+        std::string text; ///< of a string: as far as the ANSI code page holds its variables
+        bool quoted = false;
+        // Of a string:
+        std::wstring wide = {};                   ///< the same for Windows
+        std::vector<std::wstring> variables = {}; ///< what each stands for
     };
 
+    static Word TakeQuoted(std::string_view line, size_t& place, const Lookup& lookup);
     [[noreturn]] void Missing(std::string_view what) const;
+    const Word& TakeStringWord(std::string_view what);
 
     std::vector<Word> words;
     size_t next = 0;

@@ -4,9 +4,11 @@
 #include "testhost/app/Player.h"
 #include "testhost/app/ResourceCompiler.h"
 #include "testhost/app/ResourceText.h"
+#include "testhost/engine/Encodings.h"
 #include "testhost/engine/PluginLibrary.h"
 #include "testhost/toolbox/Control.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -15,6 +17,7 @@
 #include <fstream>
 #include <io.h>
 #include <iostream>
+#include <iterator>
 #include <sstream>
 
 #include <windows.h>
@@ -46,11 +49,11 @@ constexpr std::string_view usage =
     "wrong, or a resource text is: nothing is written then.\n";
 
 struct Options {
-    std::string plugin;
-    std::string script;
-    std::string resources; ///< empty: those beside the plug-in
-    std::string database;  ///< empty: none
-    std::string pictures;  ///< folder; empty: none are made
+    std::filesystem::path plugin;
+    std::string script;              ///< its name
+    std::filesystem::path resources; ///< empty: those beside the plug-in
+    std::filesystem::path database;  ///< empty: none
+    std::filesystem::path pictures;  ///< folder; empty: none are made
     HostOptions host;
     bool strict = false;
     bool quiet = false;
@@ -93,11 +96,11 @@ Options ParseOptions(const std::vector<std::string>& words) {
         } else if (word == "--role") {
             options.host.role = ParseRole(argument());
         } else if (word == "--resources") {
-            options.resources = argument();
+            options.resources = FromUtf8(argument());
         } else if (word == "--database") {
-            options.database = argument();
+            options.database = FromUtf8(argument());
         } else if (word == "--pictures") {
-            options.pictures = argument();
+            options.pictures = FromUtf8(argument());
         } else if (word == "--strict") {
             options.strict = true;
         } else if (word == "--quiet") {
@@ -111,7 +114,7 @@ Options ParseOptions(const std::vector<std::string>& words) {
     if (files.size() != 2) {
         throw ScriptError("run needs a plug-in and a script");
     }
-    options.plugin = files[0];
+    options.plugin = FromUtf8(files[0]);
     options.script = files[1];
     return options;
 }
@@ -126,7 +129,7 @@ Script ReadScript(const std::string& name) {
     if (name == "-") {
         return ParseScript(ReadAll(std::cin), "standard input");
     }
-    std::ifstream file(name, std::ios::binary);
+    std::ifstream file(std::filesystem::path(FromUtf8(name)), std::ios::binary);
     if (!file) {
         throw ScriptError("the script " + name + " is missing or cannot be read");
     }
@@ -134,30 +137,25 @@ Script ReadScript(const std::string& name) {
 }
 
 // C:\Plug.dll has its resources in C:\Plug.rsrc.
-std::string ResourcesBeside(const std::string& plugin) {
-    const size_t dot = plugin.find_last_of("./\\");
-    const bool hasExtension = dot != std::string::npos && plugin[dot] == '.';
-    return plugin.substr(0, hasExtension ? dot : plugin.size()) + ".rsrc";
-}
-
-std::string ResourcesOf(const Options& options) {
-    return options.resources.empty() ? ResourcesBeside(options.plugin) : options.resources;
+std::filesystem::path ResourcesOf(const Options& options) {
+    std::filesystem::path beside = options.plugin;
+    return options.resources.empty() ? beside.replace_extension(".rsrc") : options.resources;
 }
 
 // Opens the plug-in's resources and answers their reference number; 0 when it has none.
 short OpenResources(const Options& options) {
     const bool asked = !options.resources.empty();
-    const std::string file = ResourcesOf(options);
+    const std::filesystem::path file = ResourcesOf(options);
     short refNum = 0;
     const OSErr error = ToolboxOpenResFile(file.c_str(), &refNum);
     if (error == ResultCode::FileNotFound && !asked) {
         return 0;
     }
     if (error == ResultCode::FileNotFound || error == ResultCode::InputOutput) {
-        throw ScriptError("the resource file " + file + " is missing or cannot be read");
+        throw ScriptError("the resource file " + Shown(file) + " is missing or cannot be read");
     }
     if (error != ResultCode::NoError) {
-        throw ScriptError(file + " is no resource file: " +
+        throw ScriptError(Shown(file) + " is no resource file: " +
                           (error == ResultCode::EndOfData
                                ? "it is too short"
                                : "its map does not agree with itself or the file") +
@@ -177,18 +175,17 @@ const Player* playing = nullptr; // for the report about a crash
 
 // "Plug.dll+0x1234", or the bare address outside every module.
 std::string AddressText(const void* address) {
-    char text[MAX_PATH + 32];
+    char text[32];
     HMODULE module = nullptr;
     DWORD flags =
         GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
-    char path[MAX_PATH] = "";
-    if (GetModuleHandleExA(flags, static_cast<LPCSTR>(address), &module) != 0 &&
-        GetModuleFileNameA(module, path, sizeof path) != 0) {
-        std::string file = path;
+    wchar_t path[MAX_PATH] = L"";
+    if (GetModuleHandleExW(flags, static_cast<LPCWSTR>(address), &module) != 0 &&
+        GetModuleFileNameW(module, path, std::size(path)) != 0) {
         auto offset =
             reinterpret_cast<unsigned long>(address) - reinterpret_cast<unsigned long>(module);
         std::snprintf(text, sizeof text, "+0x%lX", offset);
-        return file.substr(file.find_last_of('\\') + 1) + text;
+        return Shown(std::filesystem::path(path).filename()) + text;
     }
     std::snprintf(text, sizeof text, "0x%08lX", reinterpret_cast<unsigned long>(address));
     return text;
@@ -216,11 +213,11 @@ NIMBO_REALIGN void OnAbort(int) {
     ReportCrash("the plug-in ended the program (abort, or an exception that nobody caught)");
 }
 
-void MakePictureFolder(const std::string& folder) {
+void MakePictureFolder(const std::filesystem::path& folder) {
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (!folder.empty() && !std::filesystem::is_directory(folder, error)) {
-        throw ScriptError("the folder " + folder + " for pictures cannot be made");
+        throw ScriptError("the folder " + Shown(folder) + " for pictures cannot be made");
     }
 }
 
@@ -244,12 +241,15 @@ int Run(const std::vector<std::string>& words) {
     PluginLibrary library(options.plugin);
     options.host.pluginResFile = OpenResources(options);
     Host host(options.host);
+    host.ScratchPath(); // made here, where it may fail, rather than amid the plug-in's calls
     host.database = std::move(database.database);
     Session session(host, library.Entries());
     Player player(session, std::cout, options.quiet);
     player.libraryFolder = library.Folder();
     player.stage.plugin = options.plugin;
-    player.stage.resources = options.host.pluginResFile != 0 ? ResourcesOf(options) : "";
+    if (options.host.pluginResFile != 0) {
+        player.stage.resources = ResourcesOf(options);
+    }
     player.stage.pictures = options.pictures;
     playing = &player;
     bool good = player.Play(script);
@@ -257,8 +257,8 @@ int Run(const std::vector<std::string>& words) {
     return good ? allHeld : somethingFailed;
 }
 
-bool WriteFile(const std::string& name, const std::string& bytes) {
-    std::ofstream file(name, std::ios::binary);
+bool WriteFile(const std::filesystem::path& path, const std::string& bytes) {
+    std::ofstream file(path, std::ios::binary);
     file << bytes;
     file.close();
     return static_cast<bool>(file);
@@ -269,7 +269,7 @@ int Compile(const std::vector<std::string>& words) {
     if (words.size() != 3 || words[1] != "-o") {
         throw ScriptError("resources needs a text and where to write: resources IN.txt -o OUT");
     }
-    std::ifstream text(words[0], std::ios::binary);
+    std::ifstream text(std::filesystem::path(FromUtf8(words[0])), std::ios::binary);
     if (!text) {
         throw ScriptError("the resource text " + words[0] + " is missing or cannot be read");
     }
@@ -280,16 +280,18 @@ int Compile(const std::vector<std::string>& words) {
     if (!compiled.errors.empty()) {
         return wrongUse;
     }
-    if (!WriteFile(words[2], compiled.fork)) {
-        std::remove(words[2].c_str());
+    const std::filesystem::path out = FromUtf8(words[2]);
+    if (!WriteFile(out, compiled.fork)) {
+        std::error_code error;
+        std::filesystem::remove(out, error);
         throw ScriptError(words[2] + " cannot be written");
     }
     return allHeld;
 }
 } // namespace
 
-int main(int argc, char** argv) {
-    // Bytes as they are: transcripts go into files and pipes.
+int wmain(int argc, wchar_t** argv) {
+    // Bytes as they are, and UTF-8: transcripts go into files and pipes.
     _setmode(_fileno(stdin), _O_BINARY);
     _setmode(_fileno(stdout), _O_BINARY);
     SetConsoleOutputCP(CP_UTF8);
@@ -297,7 +299,8 @@ int main(int argc, char** argv) {
     SetUnhandledExceptionFilter(OnUnhandledException);
     std::signal(SIGABRT, OnAbort);
 
-    std::vector<std::string> words(argv + 1, argv + argc);
+    std::vector<std::string> words(static_cast<size_t>(argc - 1));
+    std::transform(argv + 1, argv + argc, words.begin(), Utf8);
     std::string verb = words.empty() ? "" : words.front();
     if (verb == "help" || verb == "--help" || verb == "-h") {
         std::cout << usage << "\n";
@@ -315,10 +318,10 @@ int main(int argc, char** argv) {
         }
         std::cerr << (verb.empty() ? "Nothing to do." : "Unknown verb '" + verb + "'.") << "\n\n"
                   << usage;
-    } catch (const PluginLoadError& error) {
-        std::cerr << error.what() << "\n";
     } catch (const ScriptError& error) {
         std::cerr << "testhost: " << error.what() << " (testhost help explains)\n";
+    } catch (const std::runtime_error& error) { // about the plug-in, or this machine
+        std::cerr << error.what() << "\n";
     }
     return wrongUse;
 }

@@ -1,4 +1,5 @@
 #include "platform/ResultCodes.h"
+#include "testhost/engine/Encodings.h"
 #include "testhost/engine/Services.h"
 
 #include <algorithm>
@@ -95,11 +96,12 @@ void HostFolderPath(ServiceCall& call) {
     std::string folder = call.host.PrefsFolder();
     if (kind != 0) {
         folder += "Folder " + std::to_string(kind) + "\\";
+        const std::filesystem::path path = FromAnsi(folder);
         std::error_code failure; // a folder that could not be made is missing below
         if (call.fields.param2 != 0) {
-            std::filesystem::create_directories(folder, failure);
+            std::filesystem::create_directories(path, failure);
         }
-        if (!std::filesystem::is_directory(folder, failure)) {
+        if (!std::filesystem::is_directory(path, failure)) {
             call.fields.error = ResultCode::FileNotFound;
             return;
         }

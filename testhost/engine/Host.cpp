@@ -1,11 +1,13 @@
 #include "testhost/engine/Host.h"
 
 #include "platform/Toolbox.h"
+#include "testhost/engine/Encodings.h"
 #include "testhost/engine/Network.h"
 #include "testhost/toolbox/Control.h"
 
 #include <cctype>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <span>
 
@@ -28,6 +30,12 @@ bool TakeNumber(std::string_view& text, size_t maxDigits, unsigned& number) {
     text.remove_prefix(digits);
     return digits > 0;
 }
+
+// Makes an empty file where there is none.
+void MakeFile(const std::string& path) {
+    const std::ofstream file(std::filesystem::path(FromAnsi(path)), std::ios::app);
+}
+
 // Different in every window of every running host, as with Windows itself.
 long FreshNativeWindow() {
     static unsigned long count = 0;
@@ -286,7 +294,7 @@ std::string Host::StructureFolder() {
         return WithBackslash(options.structureFolder);
     }
     std::string folder = scratch.Inside("Structure");
-    const std::ofstream file(folder + options.structureName, std::ios::app); // made if missing
+    MakeFile(folder + options.structureName);
     return folder;
 }
 
@@ -296,7 +304,7 @@ std::string Host::DataFolder() {
 
 std::string Host::DataFile() {
     std::string path = DataFolder() + options.dataName;
-    const std::ofstream file(path, std::ios::app); // made if missing
+    MakeFile(path);
     return path;
 }
 

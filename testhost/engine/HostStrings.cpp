@@ -1,13 +1,12 @@
 #include "testhost/engine/HostStrings.h"
 
 #include "platform/ResultCodes.h"
+#include "testhost/engine/Encodings.h"
 #include "testhost/engine/Host.h"
 #include "testhost/engine/TypedValue.h"
 
 #include <algorithm>
 #include <cstring>
-
-#include <windows.h>
 
 namespace {
 constexpr size_t guardUnits = 8;
@@ -33,21 +32,12 @@ unsigned long FreshNumber() {
 } // namespace
 
 std::vector<unsigned short> UnitsOfText(std::string_view text) {
-    std::vector<unsigned short> units(text.size());
-    const int count = MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()),
-                                          reinterpret_cast<wchar_t*>(units.data()),
-                                          static_cast<int>(text.size()));
-    units.resize(static_cast<size_t>(count));
-    return units;
+    const std::wstring wide = FromAnsi(text);
+    return {wide.begin(), wide.end()};
 }
 
 std::string TextOfUnits(std::span<const unsigned short> units) {
-    std::string text(units.size() * 4, '\0');
-    const int count = WideCharToMultiByte(CP_ACP, 0, reinterpret_cast<const wchar_t*>(units.data()),
-                                          static_cast<int>(units.size()), text.data(),
-                                          static_cast<int>(text.size()), nullptr, nullptr);
-    text.resize(static_cast<size_t>(count));
-    return text;
+    return NearestAnsi({reinterpret_cast<const wchar_t*>(units.data()), units.size()});
 }
 
 FDStringBlock HostStrings::Create(std::span<const unsigned short> units, Owner owner) {

@@ -1,8 +1,8 @@
 #include "testhost/engine/PluginLibrary.h"
 
+#include "testhost/engine/Encodings.h"
 #include "testhost/engine/PortableExecutable.h"
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <set>
@@ -11,11 +11,11 @@
 #include <windows.h>
 
 namespace {
-[[noreturn]] void Fail(const std::string& path, const std::string& reason) {
-    throw PluginLoadError(path + ": " + reason);
+[[noreturn]] void Fail(const std::filesystem::path& path, const std::string& reason) {
+    throw PluginLoadError(Shown(path) + ": " + reason);
 }
 
-PortableExecutable ReadExecutable(const std::string& path) {
+PortableExecutable ReadExecutable(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) {
         Fail(path, "the plug-in's file is missing or cannot be read.");
@@ -38,15 +38,15 @@ PortableExecutable ReadExecutable(const std::string& path) {
 }
 
 // Looks where the loader will look: among what is loaded, beside the plug-in, on the path.
-HMODULE FindLibrary(const std::filesystem::path& folder, const std::string& name) {
-    if (HMODULE loaded = GetModuleHandleA(name.c_str())) {
+HMODULE FindLibrary(const std::filesystem::path& folder, const std::wstring& name) {
+    if (HMODULE loaded = GetModuleHandleW(name.c_str())) {
         return loaded;
     }
-    if (HMODULE beside = LoadLibraryExA((folder / name).string().c_str(), nullptr,
-                                        LOAD_WITH_ALTERED_SEARCH_PATH)) {
+    if (HMODULE beside =
+            LoadLibraryExW((folder / name).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH)) {
         return beside;
     }
-    return LoadLibraryA(name.c_str());
+    return LoadLibraryW(name.c_str());
 }
 
 // Some loaders accept a library whose imports are missing and fail at the first call of one, so
@@ -56,7 +56,7 @@ std::string MissingImports(const std::filesystem::path& folder,
     std::string missing;
     std::set<std::string> missingLibraries;
     for (const auto& [library, function] : executable.imports) {
-        HMODULE module = FindLibrary(folder, library);
+        HMODULE module = FindLibrary(folder, FromAnsi(library));
         if (module == nullptr) {
             if (missingLibraries.insert(library).second) {
                 missing.append("\n  the library ").append(library);
@@ -73,14 +73,14 @@ PluginEntry FindEntry(HMODULE module, const char* name) {
 }
 } // namespace
 
-PluginLibrary::PluginLibrary(const std::string& path) {
+PluginLibrary::PluginLibrary(const std::filesystem::path& path) {
     std::filesystem::path full = std::filesystem::absolute(path);
     PortableExecutable executable = ReadExecutable(path);
     std::string missing = MissingImports(full.parent_path(), executable);
     if (!missing.empty()) {
         Fail(path, "the library imports what is not there:" + missing);
     }
-    HMODULE loaded = LoadLibraryExA(full.string().c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    HMODULE loaded = LoadLibraryExW(full.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     if (loaded == nullptr) {
         Fail(path,
              "Windows could not load the library (error " + std::to_string(GetLastError()) + ").");
@@ -91,7 +91,7 @@ PluginLibrary::PluginLibrary(const std::string& path) {
         Fail(path, "the library does not export FourDPack, the entry point of a plug-in.");
     }
     module = loaded;
-    folder = full.parent_path().make_preferred().string() + "\\";
+    folder = full.parent_path().make_preferred() / "";
 }
 
 PluginLibrary::~PluginLibrary() {

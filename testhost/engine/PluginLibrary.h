@@ -2,10 +2,10 @@
 
 #include "testhost/engine/Session.h"
 
+#include <filesystem>
 #include <stdexcept>
-#include <string>
 
-/// Why a plug-in could not be loaded, as a sentence for its author.
+/// Why a plug-in could not be loaded, as a sentence for its author, in UTF-8.
 class PluginLoadError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -15,17 +15,17 @@ class PluginLibrary {
   public:
     /// Loads the DLL at `path`. Throws PluginLoadError when the file is missing, is no 32-bit x86
     /// DLL, imports something that is not there, or has no FourDPack.
-    explicit PluginLibrary(const std::string& path);
+    explicit PluginLibrary(const std::filesystem::path& path);
     ~PluginLibrary();
     PluginLibrary(const PluginLibrary&) = delete;
     PluginLibrary& operator=(const PluginLibrary&) = delete;
 
     EntryPoints Entries() const { return entries; }
     /// The folder that the DLL is in, with a backslash.
-    const std::string& Folder() const { return folder; }
+    const std::filesystem::path& Folder() const { return folder; }
 
   private:
     void* module = nullptr;
     EntryPoints entries;
-    std::string folder;
+    std::filesystem::path folder;
 };

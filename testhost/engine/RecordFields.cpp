@@ -1,12 +1,11 @@
 #include "testhost/engine/RecordFields.h"
 
+#include "testhost/engine/HostStrings.h"
 #include "testhost/engine/TypedValue.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-
-#include <windows.h>
 
 namespace {
 #pragma GCC diagnostic push
@@ -167,10 +166,5 @@ std::string AnsiText(std::span<const unsigned short> units) {
     while (length < units.size() && units[length] != 0) {
         ++length;
     }
-    const auto* wide = reinterpret_cast<const wchar_t*>(units.data());
-    std::string text(length * 2, '\0');
-    int written = WideCharToMultiByte(CP_ACP, 0, wide, static_cast<int>(length), text.data(),
-                                      static_cast<int>(text.size()), nullptr, nullptr);
-    text.resize(static_cast<size_t>(written));
-    return text;
+    return TextOfUnits(units.first(length));
 }

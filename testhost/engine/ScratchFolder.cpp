@@ -1,49 +1,52 @@
 #include "testhost/engine/ScratchFolder.h"
 
+#include "testhost/engine/Encodings.h"
+
+#include <iterator>
 #include <stdexcept>
 
 #include <windows.h>
 
 namespace {
 // Removes what is in a folder, locked files too, then the folder. The path ends with a backslash.
-void RemoveFolder(const std::string& folder) {
-    WIN32_FIND_DATAA found{};
-    void* const search = FindFirstFileA((folder + "*").c_str(), &found);
+void RemoveFolder(const std::wstring& folder) {
+    WIN32_FIND_DATAW found{};
+    void* const search = FindFirstFileW((folder + L"*").c_str(), &found);
     if (search != INVALID_HANDLE_VALUE) {
         do {
-            const std::string name = found.cFileName;
-            const std::string item = folder + name;
+            const std::wstring name = found.cFileName;
+            const std::wstring item = folder + name;
             if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-                SetFileAttributesA(item.c_str(), FILE_ATTRIBUTE_NORMAL);
-                DeleteFileA(item.c_str());
+                SetFileAttributesW(item.c_str(), FILE_ATTRIBUTE_NORMAL);
+                DeleteFileW(item.c_str());
             } else if ((found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
-                RemoveDirectoryA(item.c_str()); // a link: what it leads to stays
-            } else if (name != "." && name != "..") {
-                RemoveFolder(item + "\\");
+                RemoveDirectoryW(item.c_str()); // a link: what it leads to stays
+            } else if (name != L"." && name != L"..") {
+                RemoveFolder(item + L"\\");
             }
-        } while (FindNextFileA(search, &found) != 0);
+        } while (FindNextFileW(search, &found) != 0);
         FindClose(search);
     }
-    RemoveDirectoryA(folder.c_str());
+    RemoveDirectoryW(folder.c_str());
 }
 } // namespace
 
 ScratchFolder::~ScratchFolder() {
     if (!path.empty()) {
-        RemoveFolder(path);
+        RemoveFolder(FromAnsi(path));
     }
 }
 
 const std::string& ScratchFolder::Path() {
-    const std::string start =
-        TemporaryFolder() + "testhost-" + std::to_string(GetCurrentProcessId()) + "-";
+    const std::wstring start =
+        FromAnsi(TemporaryFolder()) + L"testhost-" + std::to_wstring(GetCurrentProcessId()) + L"-";
     for (unsigned number = 1; path.empty(); ++number) {
-        const std::string folder = start + std::to_string(number);
+        const std::wstring folder = start + std::to_wstring(number);
         // One of the name may be left over from a process that crashed.
-        if (CreateDirectoryA(folder.c_str(), nullptr) != 0) {
-            path = folder + "\\";
+        if (CreateDirectoryW(folder.c_str(), nullptr) != 0) {
+            path = Ansi(folder) + "\\";
         } else if (GetLastError() != ERROR_ALREADY_EXISTS) {
-            throw std::runtime_error("the folder " + folder + " cannot be made");
+            throw std::runtime_error("the folder " + Shown(folder) + " cannot be made");
         }
     }
     return path;
@@ -51,18 +54,18 @@ const std::string& ScratchFolder::Path() {
 
 std::string ScratchFolder::Inside(const std::string& name) {
     const std::string folder = Path() + name;
-    CreateDirectoryA(folder.c_str(), nullptr);
+    CreateDirectoryW(FromAnsi(folder).c_str(), nullptr);
     return folder + "\\";
 }
 
 std::string TemporaryFolder() {
-    char given[MAX_PATH + 1] = "";
-    GetTempPathA(sizeof given, given);
-    char longForm[MAX_PATH] = "";
-    const DWORD length = GetLongPathNameA(given, longForm, sizeof longForm);
-    std::string folder = length > 0 && length < sizeof longForm ? longForm : given;
-    if (!folder.ends_with('\\')) {
-        folder += '\\';
+    wchar_t given[MAX_PATH + 1] = L"";
+    GetTempPathW(std::size(given), given);
+    wchar_t longForm[MAX_PATH] = L"";
+    const DWORD length = GetLongPathNameW(given, longForm, std::size(longForm));
+    std::wstring folder = length > 0 && length < std::size(longForm) ? longForm : given;
+    if (!folder.ends_with(L'\\')) {
+        folder += L'\\';
     }
-    return folder;
+    return Ansi(folder);
 }

@@ -21,5 +21,6 @@ class ScratchFolder {
     std::string path;
 };
 
-/// The system's folder for temporary files, in the long form.
+/// The system's folder for temporary files, in the long form and the ANSI code page. Throws
+/// std::runtime_error when the code page cannot hold it.
 std::string TemporaryFolder();

@@ -9,8 +9,6 @@
 #include <map>
 #include <vector>
 
-#include <windows.h>
-
 namespace {
 using Record = std::span<unsigned char>;
 
@@ -167,11 +165,9 @@ void StorePascal(std::span<unsigned char> target, std::string_view text) {
 }
 
 void StoreUtf16(std::span<unsigned short> target, std::string_view text) {
-    std::vector<wchar_t> wide(text.size() + 1);
-    int units = MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()),
-                                    wide.data(), static_cast<int>(wide.size()));
-    size_t count = std::min(static_cast<size_t>(units), target.size() - 1);
-    std::copy_n(wide.begin(), count, target.begin());
+    const std::vector<unsigned short> units = UnitsOfText(text);
+    const size_t count = std::min(units.size(), target.size() - 1);
+    std::copy_n(units.begin(), count, target.begin());
     target[count] = 0;
 }
 

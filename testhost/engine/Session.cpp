@@ -1,6 +1,7 @@
 #include "testhost/engine/Session.h"
 
 #include "platform/Toolbox.h"
+#include "testhost/engine/Encodings.h"
 #include "testhost/engine/MisalignedCall.h"
 #include "testhost/engine/Services.h"
 #include "testhost/toolbox/Control.h"
@@ -181,7 +182,7 @@ void Session::ReportHostLeaks() {
     ReportLeak(now.pictures - before.pictures, "picture", "taken", "alive");
     ReportLeak(now.bitmaps - before.bitmaps, "native bitmap", "taken", "alive");
     for (const std::string& path : host.structureResources.OpenPaths()) {
-        host.Report("The resource file \"" + path +
+        host.Report("The resource file \"" + Utf8(FromAnsi(path)) +
                     "\" that the plug-in opened through the host is still open.");
     }
     host.ReportUnusedFailures();

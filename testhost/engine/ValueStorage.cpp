@@ -1,13 +1,12 @@
 #include "testhost/engine/ValueStorage.h"
 
 #include "platform/Toolbox.h"
+#include "testhost/engine/Encodings.h"
 #include "testhost/engine/Host.h"
 
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
-
-#include <windows.h>
 
 namespace {
 template <typename T>
@@ -342,11 +341,8 @@ FDStringBlock StoreUnicode(std::string_view utf8, const ValueLayout& layout) {
     if (layout.host == nullptr) {
         throw std::invalid_argument("a Unicode text belongs to a host, and there is none");
     }
-    std::vector<unsigned short> units(utf8.size());
-    const int count = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()),
-                                          reinterpret_cast<wchar_t*>(units.data()),
-                                          static_cast<int>(units.size()));
-    units.resize(static_cast<size_t>(count));
+    const std::wstring wide = FromUtf8(utf8);
+    const std::vector<unsigned short> units(wide.begin(), wide.end());
     return layout.host->strings.Create(units, Owner::Host);
 }
 
@@ -355,12 +351,7 @@ std::string FetchUnicode(const FDStringBlock& string, const ValueLayout& layout)
         return {};
     }
     const std::vector<unsigned short> units = layout.host->strings.Units(string);
-    std::string utf8(units.size() * 3, '\0');
-    const int count = WideCharToMultiByte(
-        CP_UTF8, 0, reinterpret_cast<const wchar_t*>(units.data()), static_cast<int>(units.size()),
-        utf8.data(), static_cast<int>(utf8.size()), nullptr, nullptr);
-    utf8.resize(static_cast<size_t>(count));
-    return utf8;
+    return Utf8({reinterpret_cast<const wchar_t*>(units.data()), units.size()});
 }
 
 size_t StoredSize(const TypedValue& value, const ValueLayout& layout) {

@@ -134,7 +134,7 @@ Size ToolboxHostHandleSize(Handle handle) {
     return TheHeap().FindHandle(call, handle, &entry) ? 0 : entry->block.Length();
 }
 
-OSErr ToolboxOpenResFile(const char* path, short* refNum) {
+OSErr ToolboxOpenResFile(const wchar_t* path, short* refNum) {
     return TheResourceFiles().Open(path, refNum);
 }
 

@@ -103,10 +103,10 @@ TOOLBOX_CALL OSErr ToolboxShareHostHandle(Handle handle);
 // dispose of it, or to release what is no resource's handle, is a problem.
 
 /// Opens a file whose bytes are a resource fork in the classic format; the current file stays.
-/// `path` is in the system ANSI code page. With `refNum` 0: -43 no such file, -36 it cannot be
+/// With `refNum` 0: -43 no such file, -36 it cannot be
 /// read, -39 it is shorter than a fork's header, -199 its map is malformed. A resource whose data
 /// alone lies outside the file only fails when it is asked for.
-TOOLBOX_CALL OSErr ToolboxOpenResFile(const char* path, short* refNum);
+TOOLBOX_CALL OSErr ToolboxOpenResFile(const wchar_t* path, short* refNum);
 /// Closes a file opened or added, and disposes of its resources' handles. If it was current, the
 /// one opened last becomes current, or the system file. The system file stays open, but loses its
 /// resources. -193 no such file.

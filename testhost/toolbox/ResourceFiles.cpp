@@ -17,7 +17,7 @@ constexpr short firstOwnNumber = 1001;    // apart from the small numbers of ope
 /// More than data and map of a fork can be.
 constexpr std::size_t longestFork = 2 * (longestForkData + 0x10000);
 
-OSErr ReadFile(const std::string& path, std::string* bytes) {
+OSErr ReadFile(const std::filesystem::path& path, std::string* bytes) {
     errno = 0;
     std::ifstream file(path, std::ios::binary | std::ios::ate);
     if (!file) {
@@ -81,7 +81,7 @@ short ResourceFiles::FreshNumber() {
     return lastNumber;
 }
 
-OSErr ResourceFiles::Open(const std::string& path, short* refNum) {
+OSErr ResourceFiles::Open(const std::filesystem::path& path, short* refNum) {
     *refNum = 0;
     std::list<File> opened(1);
     File& file = opened.front();

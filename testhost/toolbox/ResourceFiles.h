@@ -4,6 +4,7 @@
 #include "testhost/toolbox/ResourceFork.h"
 
 #include <deque>
+#include <filesystem>
 #include <functional>
 #include <list>
 #include <string>
@@ -19,7 +20,7 @@ class ResourceFiles {
     /// Opens an empty file of this number, unless there is one.
     void Add(short refNum);
     /// Opens a file of Windows; for the results see ToolboxOpenResFile.
-    OSErr Open(const std::string& path, short* refNum);
+    OSErr Open(const std::filesystem::path& path, short* refNum);
     /// Disposes of its resources' handles. If it was current, the one opened last becomes current.
     /// The system file only loses its resources. -193 when there is no such file.
     OSErr Close(short refNum);
