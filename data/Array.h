@@ -6,6 +6,8 @@
 
 #include <span>
 
+class ArrayStorage;
+
 #pragma pack(push, 2)
 
 /// One row of a two-dimensional array, as its storage holds it.
@@ -54,7 +56,8 @@ class CArray {
     bool IsArrayUnicode() const { return fValue.type == ValueType::UnicodeTextArray; }
     bool IsArray() const { return IsArrayType(fValue.type); }
 
-    /// Type of the rows of a two-dimensional array, which is that of row 0; 0 for other arrays.
+    /// Type of the rows of a two-dimensional array, which is that of row 0, whatever the others say
+    /// about themselves; 0 for other arrays.
     short Get2DType() const;
     bool Is2DArrayInteger() const { return Get2DType() == ValueType::IntegerArray; }
     bool Is2DArrayLongint() const { return Get2DType() == ValueType::LongArray; }
@@ -69,13 +72,14 @@ class CArray {
     bool Is2DArray() const { return IsArrayType(Get2DType()); }
 
     /// Bytes of one element; 0 for no array. That of a string array is the size of its slots.
-    long GetElementSize() const { return ElementSize(Block(), fValue.type); }
+    long GetElementSize() const { return _GetElementSize(fValue.type, fValue.array.elements); }
     /// Number of elements, without element 0; 0 for no array.
     long GetArraySize() const { return IsArray() ? fValue.array.count : 0; }
-    /// Makes room for `size` elements. New ones are empty; what removed ones own is released. The
-    /// current index becomes 0 when it lies beyond the end. -50 for a negative size, or the
-    /// platform's memory error, and then the count is as it was.
-    long SetArraySize(long size) { return _SetArraySize(Block(), fValue.type, size); }
+    /// Makes room for `size` elements. New ones are empty; what removed ones own is released, but
+    /// for a row that claims another type than row 0: only its storage is. The current index
+    /// becomes 0 when it lies beyond the end. -50 for a negative size, or the platform's memory
+    /// error, and then the count is as it was.
+    long SetArraySize(long size) { return _SetArraySize(fValue.array, fValue.type, size); }
     /// The selected element, kept in 16 bits.
     long GetCurrentIndex() const { return fValue.array.currentIndex; }
     void SetCurrentIndex(long index) { fValue.array.currentIndex = static_cast<short>(index); }
@@ -105,7 +109,7 @@ class CArray {
     void AtPut(long index, const unsigned char* string);
     /// Zero-terminated UTF-16 into a Unicode array.
     void AtPut(long index, const unsigned short* text);
-    /// The Unicode array takes the host string.
+    /// The Unicode array takes the host string, and the former one is released.
     void AtPut(long index, const FDStringBlock& text);
 
     /// First element, from 1 on, of a long array that has this value; -1 when there is none.
@@ -114,7 +118,7 @@ class CArray {
     /// loops over many; valid until memory moves. Empty for any other array.
     std::span<long> Longs() const;
 
-    // Lock state of the storage. Nothing happens where there is none.
+    // Lock state of the storage. Nothing happens where there is none, nor to what is no array.
     void Lock();
     void Unlock();
     bool IsLocked() const;
@@ -124,7 +128,7 @@ class CArray {
     void UnlockRow(long row);
     bool IsRowLocked(long row) const;
     long GetRowSize(long row) const;
-    /// Results as with SetArraySize; 0, and no change, where there is no such row.
+    /// Results as with SetArraySize; 0, and no change, where there is no such row, or rows of rows.
     long SetRowSize(long row, long size);
 
     void At(long row, long column, short& value) const;
@@ -144,17 +148,13 @@ class CArray {
 
   private:
     static bool IsArrayType(short type);
-    static long ElementSize(const ArrayBlock& block, short type) {
-        return _GetElementSize(type, block.elements);
-    }
-    ArrayBlock& Block() { return fValue.array; }
-    const ArrayBlock& Block() const { return fValue.array; }
-    /// The array block when the array is of this type, otherwise null.
-    const ArrayBlock* IfType(short type) const;
+    /// The elements of an array of this type, or of a row of such an array; none for any other.
+    ArrayStorage ElementsOf(short type) const;
+    ArrayStorage ElementsOf(short type, long row) const;
     /// A row, which the next memory call may move; null outside the array.
     ArrayRow* Row(long row) const;
-    /// The array block of a row whose elements have this type; null where there is none.
-    const ArrayBlock* RowOf(long row, short type) const;
+    Handle Storage() const;
+    Handle RowStorage(long row) const;
 
     ValueBlock fValue{};
 };
@@ -164,7 +164,8 @@ class CArray {
 static_assert(sizeof(ArrayRow) == 12 && offsetof(ArrayRow, array) == 2);
 static_assert(sizeof(CArray) == sizeof(ValueBlock));
 
-/// Keeps an array locked while it lives, and then puts back the lock state that it came with.
+/// Keeps an array locked while it lives, and then puts back the lock state that it came with. It
+/// leaves a value alone that is no array.
 class SArrayLocker {
   public:
     explicit SArrayLocker(CArray* array);
@@ -177,7 +178,8 @@ class SArrayLocker {
     bool fWasLocked;
 };
 
-/// The same for one row of a two-dimensional array. Row 0 is left alone.
+/// The same for one row of a two-dimensional array. Row 0 is left alone: to hold that one, call
+/// LockRow(0), and UnlockRow(0) in the end unless IsRowLocked(0) was true before.
 class SArrayRowLocker {
   public:
     SArrayRowLocker(CArray* array, long row);

@@ -62,10 +62,12 @@ struct OwnedArray : CArray {
         CArray::Of(alone).AtPut(column, value);
     }
     /// The type of the rows of a new two-dimensional array, with the storage of row 0.
-    void MakeRows(short type) {
-        const SArrayLocker locked(this);
-        auto* row = static_cast<ArrayRow*>(ComputeAddress(0));
-        row->type = static_cast<unsigned char>(type);
+    void MakeRows(short type) { SetTypeOf(0, type); }
+    /// What a row says about itself.
+    void SetTypeOf(long row, short type) {
+        if (auto* found = static_cast<ArrayRow*>(ComputeAddress(row)); found != nullptr) {
+            found->type = static_cast<unsigned char>(type);
+        }
     }
 };
 
@@ -296,6 +298,39 @@ TEST_P(ArrayTest, RemovedElementsReleaseWhatTheyOwn) {
     }
 }
 
+TEST_P(ArrayTest, RemovedRowsReleaseWhatRow0SaysTheyHold) {
+    struct Row {
+        short typeOfRows;
+        short itself;
+        long left; ///< texts that nobody can tell of any more
+    };
+    for (const Row& row : {Row{18, 18, 0}, {18, 0, 0}, {18, 16, 2}, {18, 13, 2}, {13, 13, 2}}) {
+        const long before = ToolboxLiveHandles();
+        OwnedArray array(13);
+        array.MakeRows(18);
+        array.SetArraySize(2);
+        array.SetRowSize(2, 1);
+        array.PutRowText(2, 0, "text");
+        array.PutRowText(2, 1, "text");
+        CTextBlock texts[2];
+        const auto* last = static_cast<ArrayRow*>(array.ComputeAddress(2));
+        std::memcpy(static_cast<void*>(texts), *last->array.elements, sizeof texts);
+        array.SetTypeOf(0, row.typeOfRows);
+        array.SetTypeOf(2, row.itself);
+        EXPECT_EQ(array.SetArraySize(1), 0);
+        EXPECT_EQ(ToolboxLiveHandles(), before + 2 + row.left) << row.itself;
+        if (row.left > 0) {
+            texts[0].SetLength(0);
+            texts[1].SetLength(0);
+        }
+        // A row that holds the array itself.
+        auto* first = static_cast<ArrayRow*>(array.ComputeAddress(1));
+        DisposeHandle(std::exchange(first->array.elements, array.Value().array.elements));
+        EXPECT_EQ(array.SetArraySize(0), 0);
+        EXPECT_EQ(ToolboxLiveHandles(), before + 1);
+    }
+}
+
 TEST_P(ArrayTest, FullMemoryLeavesTheCount) {
     for (const short type : Types) {
         OwnedArray array(type);
@@ -365,7 +400,15 @@ TEST_P(ArrayTest, OtherValuesAreNoArrays) {
         EXPECT_EQ(array.Find(0x55555555), -1);
         EXPECT_EQ(array.Get2DType(), 0);
         EXPECT_EQ(array.GetArraySize() + array.GetRowSize(1) + array.SetArraySize(9), 0);
+        {
+            const SArrayLocker locked(&array);
+            const SArrayRowLocker rowLocked(&array, 1);
+            array.Lock();
+            EXPECT_FALSE(array.IsLocked() || array.IsRowLocked(1));
+            array.Unlock();
+        }
         EXPECT_EQ(value.array.count, 0x55555555);
+        EXPECT_EQ(Handle{value.array.elements}, reinterpret_cast<Handle>(0x55555555));
     }
     CArray none;
     none.Lock();
@@ -394,6 +437,23 @@ TEST_P(ArrayTest, RowsAreArraysOfTheTypeOfRow0) {
     short other = -1;
     array.At(3, 2, other);
     EXPECT_EQ(other, 0);
+    for (const short itself :
+         std::initializer_list<short>{0, 14, 13}) { // what a row says about itself does not count
+        array.SetTypeOf(3, itself);
+        EXPECT_EQ(array.SetRowSize(3, 4), 0);
+        array.AtPut(3, 4, 44L);
+        for (const auto& [column, expected] : {std::pair{2L, 99L}, {4, 44}}) {
+            long value = -1;
+            array.At(3, column, value);
+            EXPECT_EQ(value, expected) << itself;
+        }
+        EXPECT_EQ(array.SetRowSize(3, 2), 0);
+    }
+    array.SetTypeOf(3, 16);
+    array.SetTypeOf(0, 13); // rows of rows are not followed
+    EXPECT_EQ(array.SetRowSize(3, 9), 0);
+    EXPECT_EQ(array.GetRowSize(3), 2);
+    array.SetTypeOf(0, 16);
 }
 
 TEST_P(ArrayTest, GuardsPutBackTheStateThatTheyFound) {
@@ -445,6 +505,22 @@ TEST_P(ArrayTest, UnicodeElementsAreTheHosts) {
     EXPECT_EQ(host.strings.Live(), 0);
     array.AtPut(3, two);
     EXPECT_EQ(host.strings.Live(), 0);
+
+    // What is not all zero is the host's, even without units; the host tells that it knows no such.
+    host.log.Clear();
+    for (const FDStringBlock& strange :
+         {FDStringBlock{1, nullptr, {0, 0}}, FDStringBlock{0, nullptr, {0, 1}}}) {
+        for (const bool removed : {false, true}) {
+            array.SetArraySize(2);
+            array.AtPut(2, strange);
+            array.AtPut(2, strange); // the same one stays
+            EXPECT_TRUE(host.log.Named("DisposeFDString").empty());
+            removed ? static_cast<void>(array.SetArraySize(1)) : array.AtPut(2, FDStringBlock{});
+            EXPECT_EQ(host.log.Named("DisposeFDString").size(), 1U) << removed;
+            host.log.Clear();
+        }
+    }
+    EXPECT_EQ(TakeProblems().size(), 4U);
 }
 
 } // namespace

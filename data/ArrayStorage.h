@@ -1,0 +1,140 @@
+#pragma once
+
+#include "data/Array.h"
+#include "platform/Toolbox.h"
+
+#include <algorithm>
+#include <cstring>
+#include <span>
+
+// What lies behind CArray, for its own sources: the elements in an array's storage.
+
+/// Bytes before element 0: a string array's storage begins with the 16-bit size of its slots.
+constexpr long HeaderSize(short type) {
+    return type == ValueType::StringArray ? long{sizeof(short)} : 0;
+}
+
+/// Bytes of an element; 0 for strings, whose storage tells, and for no array.
+constexpr long FixedElementSize(short type) {
+    switch (type) {
+    case ValueType::ArrayOfArrays:
+        return sizeof(ArrayRow);
+    case ValueType::RealArray:
+        return sizeof(double);
+    case ValueType::IntegerArray:
+        return sizeof(short);
+    case ValueType::LongArray:
+        return sizeof(long);
+    case ValueType::DateArray:
+        return sizeof(DateBlock);
+    case ValueType::TextArray:
+        return sizeof(TextBlock);
+    case ValueType::PictureArray:
+        return sizeof(Handle);
+    case ValueType::BooleanArray:
+        return 1;
+    case ValueType::UnicodeTextArray:
+        return sizeof(FDStringBlock);
+    default:
+        return 0;
+    }
+}
+
+/// The elements that are really there, checked with one look at the storage's size. Addresses are
+/// good until memory moves.
+class ArrayStorage {
+  public:
+    /// No elements.
+    ArrayStorage() = default;
+    /// Of a block that holds an array of this type; of any other value nothing is looked at.
+    ArrayStorage(const ArrayBlock& block, short type) : elementSize(FixedElementSize(type)) {
+        const long header = HeaderSize(type);
+        if (block.elements == nullptr || elementSize + header == 0) {
+            return;
+        }
+        const long room = GetHandleSize(block.elements) - header;
+        if (header > 0 && room >= 0) {
+            short slotSize = 0;
+            std::memcpy(&slotSize, *block.elements, sizeof slotSize);
+            elementSize = slotSize;
+        }
+        if (elementSize > 0 && room >= elementSize) {
+            const long held = room / elementSize;
+            first = *block.elements + header;
+            count = block.count < held ? std::max(block.count + 1, 0L) : held;
+        }
+    }
+
+    /// Bytes of one element; that of strings is below 1 when their storage is broken.
+    long ElementSize() const { return elementSize; }
+    /// Elements, element 0 among them: as many as the array counts and the storage holds.
+    long Count() const { return count; }
+
+    /// Null outside the array.
+    template <typename Element = char>
+    Element* Address(long index) const {
+        const bool isThere = index >= 0 && index < count;
+        return isThere ? reinterpret_cast<Element*>(first + index * elementSize) : nullptr;
+    }
+    /// All of them, for an array whose elements are of this type.
+    template <typename Element>
+    std::span<Element> Span() const {
+        return {Address<Element>(0), static_cast<size_t>(count)};
+    }
+
+    /// Zero outside the array.
+    template <typename Element>
+    void Read(long index, Element& value) const {
+        value = {};
+        if (const char* address = Address(index); address != nullptr) {
+            std::memcpy(&value, address, sizeof value);
+        }
+    }
+    /// Does nothing outside the array.
+    template <typename Element>
+    void Write(long index, const Element& value) const {
+        if (char* address = Address(index); address != nullptr) {
+            std::memcpy(address, &value, sizeof value);
+        }
+    }
+    /// Reads an element and leaves it empty.
+    template <typename Element>
+    Element Take(long index) const {
+        Element value{};
+        Read(index, value);
+        Write(index, Element{});
+        return value;
+    }
+
+    // The same for Pascal strings in their slots.
+    void ReadString(long index, unsigned char* string) const {
+        CopyString(Address<const unsigned char>(index), string);
+    }
+    void WriteString(long index, const unsigned char* string) const {
+        if (auto* slot = Address<unsigned char>(index); slot != nullptr) {
+            CopyString(string, slot);
+        }
+    }
+
+  private:
+    /// As much as a slot takes: no more is written, and a longer one in a slot is broken. An empty
+    /// string from null.
+    void CopyString(const unsigned char* source, unsigned char* target) const {
+        const long length = source != nullptr ? std::min<long>(source[0], elementSize - 1) : 0;
+        target[0] = static_cast<unsigned char>(length);
+        if (length > 0) {
+            std::memmove(target + 1, source + 1, static_cast<size_t>(length));
+        }
+    }
+
+    char* first = nullptr;
+    long elementSize = 0;
+    long count = 0;
+};
+
+/// New storage with an empty element 0, whose size matters for strings only. Null when memory is
+/// full.
+Handle NewArrayStorage(short type, long slotSize);
+
+/// Gives a string back to the host, unless the block is that of none: 16 zero bytes.
+void ReleaseHostString(FDStringBlock text);
