@@ -47,7 +47,8 @@ class CFourDVar {
     long GetOriginalArray(CArray* array);
 
   private:
-    long Send(ValueBlock& value, long conversion);
+    template <typename Value>
+    long Store(Value value, long (*convert)(Value, ValueBlock*));
 
     Str31 fName;
     short fType;
@@ -80,30 +81,42 @@ class CFourDBaseVar {
     short DefinedType();
 
   protected:
-    /// Reads the variable; false when that fails or it is not of this type.
-    bool Read(ValueBlock& value, short type);
+    /// Reads the variable; false when that fails or it is of another type.
+    bool Read(ValueBlock& value);
+    template <typename Change>
+    void ChangeValue(Change change);
     void DeclareUnlessDefined();
-    /// Writes a declaration from a format and the number of the host's command; 0 is none.
-    void WriteDeclaration(char* out, const char* format, short command) const;
+    /// Writes a declaration from the number of the host's command, 0 being none, and what stands
+    /// before and after the variable.
+    void WriteDeclaration(char* out, short command, const char* before, const char* after) const;
 
     Str31 fName;
     short fType;
     unsigned char fIsInterprocess;
 };
 
-class CFourDLongVar : public CFourDBaseVar {
+static_assert(sizeof(CFourDBaseVar) == 40);
+
+/// A class of variables, or arrays, whose type, or that of the elements, is always the same.
+template <typename Base, short type>
+class OfFixedType : public Base {
   public:
-    explicit CFourDLongVar(const char* name);
-    CFourDLongVar(const char* name, unsigned char isInterprocess);
+    explicit OfFixedType(const char* name) : Base(name, type) {}
+    OfFixedType(const char* name, unsigned char isInterprocess)
+        : Base(name, type, isInterprocess) {}
+};
+
+class CFourDLongVar : public OfFixedType<CFourDBaseVar, ValueType::Long> {
+  public:
+    using OfFixedType::OfFixedType;
 
     long GetLongValue();
     void SetLongValue(long number);
 };
 
-class CFourDTextVar : public CFourDBaseVar {
+class CFourDTextVar : public OfFixedType<CFourDBaseVar, ValueType::Text> {
   public:
-    explicit CFourDTextVar(const char* name);
-    CFourDTextVar(const char* name, unsigned char isInterprocess);
+    using OfFixedType::OfFixedType;
 
     long GetTextLength();
     /// A new handle with the text, which the caller owns.
@@ -114,16 +127,11 @@ class CFourDTextVar : public CFourDBaseVar {
     void SetTextValue(char* text);
     void GetTextValue(CTextBlock* text);
     void SetTextValue(CTextBlock* text);
-
-  private:
-    template <typename Source>
-    void SetText(Source source);
 };
 
-class CFourDBlobVar : public CFourDBaseVar {
+class CFourDBlobVar : public OfFixedType<CFourDBaseVar, ValueType::Blob> {
   public:
-    explicit CFourDBlobVar(const char* name);
-    CFourDBlobVar(const char* name, unsigned char isInterprocess);
+    using OfFixedType::OfFixedType;
 
     long GetBlobSize();
     /// A new handle with the bytes, which the caller owns. Answers the host's result code or that
@@ -133,29 +141,26 @@ class CFourDBlobVar : public CFourDBaseVar {
     void SetBlobValue(char** data);
 };
 
-class CFourDBooleanVar : public CFourDBaseVar {
+class CFourDBooleanVar : public OfFixedType<CFourDBaseVar, ValueType::Boolean> {
   public:
-    explicit CFourDBooleanVar(const char* name);
-    CFourDBooleanVar(const char* name, unsigned char isInterprocess);
+    using OfFixedType::OfFixedType;
 
     unsigned char GetBooleanValue();
     void SetBooleanValue(unsigned char boolean);
 };
 
-class CFourDRealVar : public CFourDBaseVar {
+class CFourDRealVar : public OfFixedType<CFourDBaseVar, ValueType::Real> {
   public:
-    explicit CFourDRealVar(const char* name);
-    CFourDRealVar(const char* name, unsigned char isInterprocess);
+    using OfFixedType::OfFixedType;
 
     double GetRealValue();
     void SetRealValue(double real);
 };
 
 /// A string variable, always declared for 255 characters.
-class CFourDStringVar : public CFourDBaseVar {
+class CFourDStringVar : public OfFixedType<CFourDBaseVar, ValueType::String> {
   public:
-    explicit CFourDStringVar(const char* name);
-    CFourDStringVar(const char* name, unsigned char isInterprocess);
+    using OfFixedType::OfFixedType;
 
     void GetDeclaration(char* out) override;
     /// Whatever type the variable has, as a Pascal string.
@@ -163,10 +168,9 @@ class CFourDStringVar : public CFourDBaseVar {
     void SetStringValue(const unsigned char* string);
 };
 
-class CFourDPointerVar : public CFourDBaseVar {
+class CFourDPointerVar : public OfFixedType<CFourDBaseVar, ValueType::Pointer> {
   public:
-    explicit CFourDPointerVar(const char* name);
-    CFourDPointerVar(const char* name, unsigned char isInterprocess);
+    using OfFixedType::OfFixedType;
 
     /// The pointer as a value; zeroed when the variable is none. Answers the host's result code.
     OSErr GetPointerValue(ValueBlock* value);
@@ -196,32 +200,40 @@ class CFourDBaseArrayVar : public CFourDBaseVar {
     static short ElementTypeToVarType(short elementType);
 
   protected:
-    /// Number of the host's command that declares such an array; 0 when there is none.
-    short DeclaringCommand() const;
+    using ArrayTest = bool (CArray::*)() const;
+
     /// Reads the variable as an array that lives in `value`; null when it is of another type.
-    CArray* ReadArray(ValueBlock& value, bool (CArray::*isExpected)() const);
-    /// An element by index, or row and column, of an array that passes the test; else 0.
+    CArray* ReadArray(ValueBlock& value, ArrayTest isExpected);
+    template <typename Change>
+    void ChangeArray(ArrayTest isExpected, Change change);
+    // Elements by index, or row and column; 0 or empty where there is none.
     template <typename Element, typename... Index>
-    Element ReadElement(bool (CArray::*isExpected)() const, Index... index);
+    Element ReadElement(ArrayTest isExpected, Index... index);
     template <typename Element, typename... Index>
-    void WriteElement(bool (CArray::*isExpected)() const, Element element, Index... index);
+    void WriteElement(ArrayTest isExpected, Element element, Index... index);
+    template <typename Work, typename... Index>
+    bool UseText(ValueBlock& value, Work work, long first, Index... column);
+    template <typename... Index>
+    long TextLength(Index... index);
+    template <typename Target, typename... Index>
+    void CopyText(Target* out, Index... index);
+    template <typename Source, typename... Index>
+    void ReplaceText(Source source, Index... index);
 
     short fElementType;
 };
 
-class CFourDLongArrayVar : public CFourDBaseArrayVar {
+class CFourDLongArrayVar : public OfFixedType<CFourDBaseArrayVar, ValueType::Long> {
   public:
-    explicit CFourDLongArrayVar(const char* name);
-    CFourDLongArrayVar(const char* name, unsigned char isInterprocess);
+    using OfFixedType::OfFixedType;
 
     long GetLongElementValue(long index);
     void SetLongElementValue(long index, long element);
 };
 
-class CFourDTextArrayVar : public CFourDBaseArrayVar {
+class CFourDTextArrayVar : public OfFixedType<CFourDBaseArrayVar, ValueType::Text> {
   public:
-    explicit CFourDTextArrayVar(const char* name);
-    CFourDTextArrayVar(const char* name, unsigned char isInterprocess);
+    using OfFixedType::OfFixedType;
 
     // As with CFourDTextVar.
     long GetTextElementLength(long index);
@@ -231,10 +243,9 @@ class CFourDTextArrayVar : public CFourDBaseArrayVar {
     void SetTextElementValue(long index, char* source);
 };
 
-class CFourDRealArrayVar : public CFourDBaseArrayVar {
+class CFourDRealArrayVar : public OfFixedType<CFourDBaseArrayVar, ValueType::Real> {
   public:
-    explicit CFourDRealArrayVar(const char* name);
-    CFourDRealArrayVar(const char* name, unsigned char isInterprocess);
+    using OfFixedType::OfFixedType;
 
     double GetRealElementValue(long index);
     void SetRealElementValue(long index, double element);
@@ -254,19 +265,17 @@ class CFourDBase2DArrayVar : public CFourDBaseArrayVar {
     void SetNumColumns(long row, long count);
 };
 
-class CFourDLong2DArrayVar : public CFourDBase2DArrayVar {
+class CFourDLong2DArrayVar : public OfFixedType<CFourDBase2DArrayVar, ValueType::Long> {
   public:
-    explicit CFourDLong2DArrayVar(const char* name);
-    CFourDLong2DArrayVar(const char* name, unsigned char isInterprocess);
+    using OfFixedType::OfFixedType;
 
     long GetLongElementValue(long row, long column);
     void SetLongElementValue(long row, long column, long element);
 };
 
-class CFourDText2DArrayVar : public CFourDBase2DArrayVar {
+class CFourDText2DArrayVar : public OfFixedType<CFourDBase2DArrayVar, ValueType::Text> {
   public:
-    explicit CFourDText2DArrayVar(const char* name);
-    CFourDText2DArrayVar(const char* name, unsigned char isInterprocess);
+    using OfFixedType::OfFixedType;
 
     // As with CFourDTextVar.
     long GetTextElementLength(long row, long column);

@@ -441,6 +441,19 @@ TEST_P(VariablesTest, TwoDimensionalArraysAreChangedInPlace) {
     EXPECT_EQ(Value("n"), ArrayValue(ValueKind::ArrayOfArrays, {LongArrayValue({0, 12})},
                                      static_cast<long>(ValueKind::LongArray)));
     EXPECT_EQ(longs.GetLongElementValue(1, 2), 12);
+    // What a row says about itself does not count, unless that is another type than row 0's.
+    const Handle storage = host.variables.Find(1, "t")->array.elements;
+    const auto setTypeOfRow2 = [&](unsigned char type) {
+        reinterpret_cast<ArrayRow*>(*storage)[2].type = type;
+    };
+    for (const unsigned char type : {ValueType::LongArray, ValueType::Real}) {
+        setTypeOfRow2(type);
+        texts.SetTextElementValue(2, 2, text);
+        texts.SetNumColumns(2, 2);
+        EXPECT_EQ(texts.GetTextElementLength(2, 2) * 10 + texts.GetNumColumns(2), 42);
+        texts.SetNumColumns(2, 3);
+    }
+    setTypeOfRow2(0);
     const long before = ToolboxLiveHandles();
     texts.SetNumRows(1); // a row's storage and its text
     EXPECT_EQ(ToolboxLiveHandles(), before - 2);
@@ -456,7 +469,10 @@ TEST_P(VariablesTest, PointersAreSetAndCleared) {
     ValueBlock value{};
     pointer.GetPointerValue(&value);
     EXPECT_EQ(value.type, ValueType::Pointer);
-    auto& record = *reinterpret_cast<PointerRecord*>(*value.pointer);
+    const auto point = [](Handle handle, const PointerRecord& record) {
+        std::memcpy(*handle, &record, sizeof record);
+    };
+    const std::string cleared(sizeof(PointerRecord), '\0');
     struct Row {
         PointerRecord record;
         bool isNil;
@@ -466,13 +482,26 @@ TEST_P(VariablesTest, PointersAreSetAndCleared) {
                            {{1, 0, 1}, false},
                            {{1, 1, 0}, true},
                            {{2, 1, 1}, true}}) {
-        std::memcpy(*value.pointer, &row.record, sizeof row.record);
+        point(value.pointer, row.record);
         EXPECT_EQ(pointer.IsNil(), row.isNil) << row.record.kind;
     }
-    record = {1, 2, 3};
+    point(value.pointer, {1, 2, 3});
     pointer.SetNil();
-    EXPECT_EQ(short{record.kind} + long{record.variable} + long{record.field}, 0);
-    record = {0, 1, 0};
+    EXPECT_EQ(OwnedHandle::BytesOf(value.pointer), cleared);
+    // The handle may be the host's, of which the toolbox knows nothing, or lead nowhere.
+    Handle& itsHandle = host.variables.Find(1, "p")->pointer;
+    itsHandle = ToolboxNewHostHandle(sizeof(PointerRecord));
+    point(itsHandle, {1, 2, 3});
+    EXPECT_FALSE(pointer.IsNil());
+    pointer.SetNil();
+    EXPECT_EQ(std::string(*itsHandle, cleared.size()), cleared);
+    ToolboxDisposeHostHandle(itsHandle);
+    char* nothing = nullptr;
+    itsHandle = &nothing;
+    pointer.SetNil();
+    EXPECT_TRUE(pointer.IsNil());
+    itsHandle = value.pointer;
+    point(itsHandle, {0, 1, 0});
     host.options.callerCompiled = true;
     EXPECT_FALSE(pointer.IsNil());
     pointer.SetNil();
