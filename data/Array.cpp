@@ -11,9 +11,7 @@ CArray::CArray(long type) {
 }
 
 CArray::~CArray() {
-    if (fValue.array.elements != nullptr) {
-        DisposeHandle(fValue.array.elements);
-    }
+    DisposeIfThere(fValue.array.elements);
     Forget();
 }
 

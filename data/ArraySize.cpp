@@ -14,12 +14,6 @@ bool OwnsSomething(short type) {
            type == ValueType::UnicodeTextArray || type == ValueType::ArrayOfArrays;
 }
 
-void DisposeIfThere(Handle handle) {
-    if (handle != nullptr) {
-        DisposeHandle(handle);
-    }
-}
-
 void ReleaseElements(const ArrayBlock& block, short type, long first);
 
 /// Disposes of a row of an array, `rows`, whose rows hold elements of `type`. What the elements own

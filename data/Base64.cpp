@@ -1,6 +1,7 @@
 #include "data/Base64.h"
 
 #include "data/Base64Kernels.h"
+#include "data/Handles.h"
 #include "platform/Toolbox.h"
 
 #include <cstring>
@@ -20,17 +21,16 @@ void CodeHandle(Handle handle, unsigned long (*getLength)(unsigned long),
         return;
     }
     const auto length = static_cast<unsigned long>(size);
-    Handle scratch = NewHandle(static_cast<Size>(getLength(length)));
-    if (!scratch) {
+    const TemporaryHandle scratch(NewHandle(static_cast<Size>(getLength(length))));
+    if (!scratch.Get()) {
         return;
     }
-    const unsigned long count = code(*scratch, *handle, length);
+    const unsigned long count = code(*scratch.Get(), *handle, length);
     SetHandleSize(handle, static_cast<Size>(count));
     // A handle that could not grow keeps its contents: the result has no room in it.
     if (MemError() == 0 && count > 0) {
-        std::memcpy(*handle, *scratch, count);
+        std::memcpy(*handle, *scratch.Get(), count);
     }
-    DisposeHandle(scratch);
 }
 
 } // namespace

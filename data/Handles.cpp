@@ -150,6 +150,12 @@ HOST_CALL OSErr FourDPtrToHand(const void* bytes, Handle* out, long length) {
 }
 }
 
+void DisposeIfThere(Handle handle) {
+    if (handle != nullptr) {
+        DisposeHandle(handle);
+    }
+}
+
 SHandleLocker::SHandleLocker(char** handle) {
     if (handle == nullptr) {
         return;
@@ -178,9 +184,7 @@ TemporaryHandle::TemporaryHandle(const void* bytes, long size) {
 }
 
 TemporaryHandle::~TemporaryHandle() {
-    if (handle != nullptr) {
-        DisposeHandle(handle);
-    }
+    DisposeIfThere(handle);
 }
 
 SResFileSetter::SResFileSetter(short resFile) : fSavedResFile(CurResFile()), fResFile(resFile) {

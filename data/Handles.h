@@ -49,6 +49,9 @@ HOST_CALL OSErr FourDPtrAndHand(const void* bytes, Handle target, long length);
 HOST_CALL OSErr FourDPtrToHand(const void* bytes, Handle* out, long length);
 }
 
+/// Disposes of a platform handle, or does nothing for null.
+void DisposeIfThere(Handle handle);
+
 /// Result of the last host-handle call.
 extern OSErr gFourDLastMemErr;
 

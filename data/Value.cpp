@@ -1,12 +1,15 @@
+// Typed values: small conversions, filling a block and freeing one.
+
 #include "data/Value.h"
 
+#include "data/Handles.h"
+#include "data/TextBlock.h"
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "shell/Strings.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <limits>
 
 namespace {
@@ -40,42 +43,6 @@ long StoreNumber(const REAL_U& real, long whole, unsigned char truth, ValueBlock
 
 unsigned char Truth(long whole) {
     return whole != 0 ? 1 : 0;
-}
-
-/// The types that all readers of numbers and dates take.
-bool IsReadable(const ValueBlock* block) {
-    switch (block->type) {
-    case ValueType::Real:
-    case ValueType::Text:
-    case ValueType::Date:
-    case ValueType::Boolean:
-    case ValueType::Long:
-    case ValueType::Time:
-    case ValueType::String:
-        return true;
-    default:
-        return false;
-    }
-}
-
-/// The first 255 bytes of a text or string block, terminated.
-struct LeadingText {
-    explicit LeadingText(ValueBlock* block) {
-        Str255 string;
-        if (block->type == ValueType::Text) {
-            TextToString(&block->text, string, nullptr);
-        } else {
-            _CopyPStr(block->string.string, string);
-        }
-        _CopyP2CStr(string, characters);
-    }
-    char characters[256];
-};
-
-void DisposeIfThere(Handle handle) {
-    if (handle != nullptr) {
-        DisposeHandle(handle);
-    }
 }
 
 } // namespace
@@ -147,6 +114,22 @@ long String2ValueBlock(StringBlock*, ValueBlock* block) {
     return fits ? ResultCode::NoError : ResultCode::UnsupportedConversion;
 }
 
+long Text2ValueBlock(TextBlock* text, ValueBlock* block) {
+    if (block->type == ValueType::Text) {
+        // The handle's size counts, not the record's length: text handles are exactly sized.
+        return reinterpret_cast<CTextBlock&>(block->text).SetTo(text->text);
+    }
+    if (block->type != ValueType::String) {
+        return ResultCode::UnsupportedConversion;
+    }
+    Str255 string;
+    TextToString(text, string, nullptr);
+    const long length = std::clamp<long>(block->string.capacity, 0, string[0]);
+    string[0] = static_cast<unsigned char>(length);
+    _CopyPStr(string, block->string.string);
+    return ResultCode::NoError;
+}
+
 long CoerseValueBlock(ValueBlock* from, ValueBlock* to) {
     switch (from->type) {
     case ValueType::Real:
@@ -163,101 +146,6 @@ long CoerseValueBlock(ValueBlock* from, ValueBlock* to) {
     default:
         return ResultCode::UnsupportedConversion;
     }
-}
-
-long Value2Long(ValueBlock* block, long* out) {
-    *out = 0;
-    switch (block->type) {
-    case ValueType::Real:
-        *out = REALToLong(block->real);
-        break;
-    case ValueType::Text:
-    case ValueType::String:
-        *out = std::atol(LeadingText(block).characters);
-        break;
-    case ValueType::Boolean:
-        *out = block->boolean;
-        break;
-    case ValueType::Long:
-    case ValueType::Time:
-        *out = block->number;
-        break;
-    default:
-        break;
-    }
-    return IsReadable(block) ? ResultCode::NoError : ResultCode::UnsupportedConversion;
-}
-
-long Value2Boolean(ValueBlock* block, unsigned char* out) {
-    *out = 0;
-    const DateBlock& date = block->date;
-    switch (block->type) {
-    case ValueType::Real:
-        *out = Truth(REALToLong(block->real));
-        break;
-    case ValueType::Text:
-        *out = Truth(block->text.length);
-        break;
-    case ValueType::Date:
-        *out = date.day != 0 && date.month != 0 && date.year != 0 ? 1 : 0;
-        break;
-    case ValueType::Boolean:
-        *out = block->boolean;
-        break;
-    case ValueType::Long:
-    case ValueType::Time:
-        *out = Truth(block->number);
-        break;
-    case ValueType::String:
-        *out = Truth(block->string.string[0]);
-        break;
-    default:
-        break;
-    }
-    return IsReadable(block) ? ResultCode::NoError : ResultCode::UnsupportedConversion;
-}
-
-long Value2REAL(ValueBlock* block, REAL_U* out) {
-    *out = {};
-    if (block->type == ValueType::Real) {
-        *out = block->real;
-        return ResultCode::NoError;
-    }
-    double value = 0;
-    const long error = Value2NativeReal(block, &value);
-    out->value = value;
-    return error;
-}
-
-long Value2NativeReal(ValueBlock* block, double* out) {
-    *out = 0;
-    switch (block->type) {
-    case ValueType::Real:
-        *out = block->real.value;
-        break;
-    case ValueType::Text:
-    case ValueType::String:
-        *out = std::atof(LeadingText(block).characters);
-        break;
-    case ValueType::Boolean:
-        *out = block->boolean;
-        break;
-    case ValueType::Long:
-    case ValueType::Time:
-        *out = static_cast<double>(block->number);
-        break;
-    default:
-        break;
-    }
-    return IsReadable(block) ? ResultCode::NoError : ResultCode::UnsupportedConversion;
-}
-
-long Value2Date(ValueBlock* block, DateBlock* out) {
-    *out = {};
-    if (block->type == ValueType::Date) {
-        *out = block->date;
-    }
-    return IsReadable(block) ? ResultCode::NoError : ResultCode::UnsupportedConversion;
 }
 
 long FreeValueBlock(ValueBlock* block) {

@@ -4,6 +4,9 @@
 
 // The host's typed values: small conversions, filling a block, reading one, freeing one.
 //
+// Value.cpp has the numbers and dates, the filling and the freeing, ValueReading.cpp the readers of
+// numbers and dates, ValueText.cpp all that makes a string or text.
+//
 // Unless it says otherwise a function answers 0, or -1999 when the block's type does not allow what
 // was asked. Formats are Pascal strings in the host's notation; null or an empty one is none. What
 // holds a text never lets more be read than its handle has, nor more than 255 bytes where a Pascal
@@ -65,9 +68,10 @@ long Value2REAL(ValueBlock* block, REAL_U* out);
 long Value2NativeReal(ValueBlock* block, double* out);
 /// The empty date for everything but a date.
 long Value2Date(ValueBlock* block, DateBlock* out);
-/// As a Pascal string (256 bytes); UTF-16 comes in the Macintosh character set, cut to 255. The
-/// host formats; dates and times take the number (1 to 7, 1 to 5) or name of a display format, and
-/// its default for any other. Host errors are passed on.
+/// As a Pascal string (256 bytes); UTF-16 comes in the Macintosh character set, cut to 255, and
+/// empty, without an error, when it cannot be converted. The host formats; dates and times take the
+/// number (1 to 7, 1 to 5) or name of a display format, and its default for any other. Host errors
+/// are passed on.
 long Value2String(ValueBlock* block, unsigned char* out, unsigned char* format);
 /// The same as a text that the caller owns, up to 32000 bytes of text and UTF-16; a text is not
 /// formatted. The text's former contents are released.

@@ -1,3 +1,5 @@
+// Strings and texts: made of each other, and of a value.
+
 #include "data/TextBlock.h"
 #include "data/Value.h"
 #include "host/FourD.h"
@@ -82,18 +84,20 @@ CTextBlock& Operations(TextBlock* text) {
     return reinterpret_cast<CTextBlock&>(*text);
 }
 
-/// UTF-16 as a Pascal string; empty, and no error, without memory.
-long UnicodeToString(const FDStringBlock& string, unsigned char* out) {
+/// UTF-16 as a Pascal string; it stays empty when it cannot be had, which is no error.
+void UnicodeToString(const FDStringBlock& string, unsigned char* out) {
     const Buffer text = AnsiText(string);
     if (text == nullptr) {
-        return ResultCode::NoError;
+        return;
     }
     Str255 ansi;
     _CopyC2PStr(text.get(), ansi);
-    return FourD::AnsiToMacPString(ansi, out);
+    if (FourD::AnsiToMacPString(ansi, out) != ResultCode::NoError) {
+        out[0] = 0;
+    }
 }
 
-/// UTF-16 into an empty text; it stays empty when it cannot be had.
+/// The same into an empty text.
 void UnicodeToText(const FDStringBlock& string, TextBlock* text) {
     const Buffer ansi = AnsiText(string);
     if (ansi == nullptr) {
@@ -155,22 +159,6 @@ void StringToText(unsigned char* in, TextBlock* text, unsigned char* format) {
     }
 }
 
-long Text2ValueBlock(TextBlock* text, ValueBlock* block) {
-    if (block->type == ValueType::Text) {
-        // The handle's size counts, not the record's length: text handles are exactly sized.
-        return Operations(&block->text).SetTo(text->text);
-    }
-    if (block->type != ValueType::String) {
-        return ResultCode::UnsupportedConversion;
-    }
-    Str255 string;
-    TextToString(text, string, nullptr);
-    const long length = std::clamp<long>(block->string.capacity, 0, string[0]);
-    string[0] = static_cast<unsigned char>(length);
-    _CopyPStr(string, block->string.string);
-    return ResultCode::NoError;
-}
-
 long Value2String(ValueBlock* block, unsigned char* out, unsigned char* format) {
     out[0] = 0;
     unsigned char* const hostFormat = format != nullptr ? format : noFormat;
@@ -178,7 +166,8 @@ long Value2String(ValueBlock* block, unsigned char* out, unsigned char* format) 
     case ValueType::String:
         return FormatString(block->string.string, format, out);
     case ValueType::UnicodeText:
-        return UnicodeToString(block->unicode, out);
+        UnicodeToString(block->unicode, out);
+        return ResultCode::NoError;
     case ValueType::Text:
         TextToString(&block->text, out, format);
         return ResultCode::NoError;

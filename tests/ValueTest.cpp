@@ -350,6 +350,28 @@ TEST_P(ValueTest, Utf16ComesInTheMacintoshSet) {
     }
 }
 
+TEST_P(ValueTest, Utf16ThatCannotBeConvertedIsEmpty) {
+    unsigned short units[] = {'a', 'b'};
+    const auto fail = [&](const FDStringBlock& string) {
+        if (string.length > 0 && string.units != nullptr) {
+            host.FailNext("ConvertCharacters", -1234);
+        }
+    };
+    for (const FDStringBlock& string :
+         {FDStringBlock{2, units, {}}, {2, nullptr, {}}, {0, units, {}}, {-1, units, {}}}) {
+        ValueBlock block = BlockOf(ValueType::UnicodeText);
+        block.unicode = string;
+        fail(string);
+        EXPECT_EQ(Value2String(&block, out, nullptr), 0);
+        EXPECT_EQ(std::exchange(out[0], 3), 0);
+        TextBlock text = {};
+        StringToText(PascalString("old"), &text, nullptr);
+        fail(string);
+        EXPECT_EQ(Value2Text(&block, &text, nullptr), 0);
+        EXPECT_TRUE(text.length == 0 && text.text == nullptr);
+    }
+}
+
 TEST(NumberConversionTest, OutOfRangeIsTheLowestValue) {
     constexpr short Lowest = -32768;
     for (const auto& [real, whole, narrow] : {std::tuple(-1.9, -1L, short{-1}),
