@@ -251,11 +251,6 @@ long CTextBlock::Replace(unsigned char* search, char** replacement) {
         return 0;
     }
     const long count = ReplaceTex(fHandle, replacement, search);
-    long size = GetHandleSize(fHandle);
-    if (size > MaxLength) {
-        size = MaxLength;
-        SetHandleSize(fHandle, size);
-    }
-    fSize = static_cast<short>(size);
+    SetLength(Clamp(GetHandleSize(fHandle))); // cut to what a text can hold; none when empty
     return count;
 }

@@ -187,7 +187,12 @@ TEST_P(TextBlockTest, ReplacesWithEveryForm) {
     PascalString letter("c");
     EXPECT_EQ(text.Replace(letter, "dd"), 20000); // 40000 bytes, cut to what a text can hold
     EXPECT_EQ(TextOf(text), std::string(32000, 'd'));
-    text.SetLength(0);
+    PascalString last("d");
+    const long alive = ToolboxLiveHandles();
+    EXPECT_EQ(text.Replace(last, ""), 32000); // an empty text has no handle
+    EXPECT_EQ(text.GetLength(), 0);
+    EXPECT_EQ(text.GetHandle(), nullptr);
+    EXPECT_EQ(ToolboxLiveHandles(), alive - 1);
     EXPECT_EQ(text.Replace(letter, "c"), 0);
     EXPECT_EQ(text.GetLength(), 0);
     block.SetLength(0);
