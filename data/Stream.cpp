@@ -8,6 +8,7 @@
 #include <bit>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -68,24 +69,21 @@ OSErr CStream::Write(unsigned char* string, unsigned char align) {
 }
 
 OSErr CStream::Read(unsigned char* string, unsigned char align) {
-    string[0] = 0;
     unsigned char length = 0;
-    OSErr error = ReadData(&length, 1);
+    OSErr error = ReadData(&length, sizeof length);
     if (error != ResultCode::NoError) {
         return error;
     }
-    const long start = GetPosition();
-    error = ReadData(string + 1, length);
-    string[0] = static_cast<unsigned char>(std::clamp<long>(GetPosition() - start, 0, length));
-    return error == ResultCode::NoError && align != 0 ? ReadWordAlign() : error;
-}
-
-/// Whether a length read from the stream can be what follows.
-OSErr CStream::CheckStored(long length) {
-    if (length < 0) {
-        return ResultCode::BadParameter;
+    std::fill_n(string + 1, length, static_cast<unsigned char>(0));
+    if (length > 0) {
+        error = ReadData(string + 1, length);
     }
-    return length > GetSize() - GetPosition() ? ResultCode::EndOfData : ResultCode::NoError;
+    // After a short read only the bytes themselves show how many came.
+    while (error != ResultCode::NoError && length > 0 && string[length] == 0) {
+        --length;
+    }
+    string[0] = length;
+    return error == ResultCode::NoError && align != 0 ? ReadWordAlign() : error;
 }
 
 OSErr CStream::WriteLocked(Handle source, long length) {
@@ -98,13 +96,30 @@ OSErr CStream::WriteLocked(Handle source, long length) {
     return error;
 }
 
-OSErr CStream::ReadLocked(Handle target, long length) {
+OSErr CStream::ReadLocked(Handle target, long offset, long length) {
     if (length < 1) {
         return ResultCode::NoError;
     }
     HLock(target);
-    const OSErr error = ReadData(*target, length);
+    const OSErr error = ReadData(*target + offset, length);
     HUnlock(target);
+    return error;
+}
+
+/// Resizes, or makes, a handle and fills it. It grows in steps, each of them as large as what has
+/// come so far: a stored size that lies costs no more memory than the stream has data.
+OSErr CStream::ReadInSteps(Handle* handle, long size) {
+    constexpr long SmallestStep = CTextBlock::MaxLength;
+    long done = 0;
+    OSErr error = ResultCode::NoError;
+    do {
+        const long step = std::min(size - done, std::max(done, SmallestStep));
+        error = ResizeOrNewHandle(handle, static_cast<unsigned long>(done + step));
+        if (error == ResultCode::NoError) {
+            error = ReadLocked(*handle, done, step);
+        }
+        done += step;
+    } while (error == ResultCode::NoError && done < size);
     return error;
 }
 
@@ -122,14 +137,16 @@ OSErr CStream::Write(CTextBlock* text, unsigned char align) {
 OSErr CStream::Read(CTextBlock* text, unsigned char align) {
     short length = 0;
     OSErr error = Read(&length);
-    if (error == ResultCode::NoError) {
-        error = length > CTextBlock::MaxLength ? ResultCode::BadParameter : CheckStored(length);
+    if (error != ResultCode::NoError) {
+        return error;
     }
-    if (error == ResultCode::NoError) {
+    if (length < 0 || length > CTextBlock::MaxLength) {
+        error = ResultCode::BadParameter;
+    } else {
         error = static_cast<OSErr>(text->SetLength(length));
     }
     if (error == ResultCode::NoError) {
-        error = ReadLocked(text->GetHandle(), length);
+        error = ReadLocked(text->GetHandle(), 0, length); // one step is enough for any text
     }
     if (error != ResultCode::NoError) {
         text->SetLength(0);
@@ -150,26 +167,28 @@ OSErr CStream::Write(char** handle, unsigned char align) {
 OSErr CStream::Read(char*** handle, unsigned char align) {
     long size = 0;
     OSErr error = Read(&size);
-    if (error == ResultCode::NoError) {
-        error = CheckStored(size);
-    }
-    if (error == ResultCode::NoError) {
-        error = ResizeOrNewHandle(handle, static_cast<unsigned long>(size));
-    }
-    if (error == ResultCode::NoError) {
-        error = ReadLocked(*handle, size);
-    }
     if (error != ResultCode::NoError) {
-        if (*handle != nullptr) {
-            SetHandleSize(*handle, 0);
-        }
         return error;
     }
-    return align != 0 ? ReadWordAlign() : error;
+    const bool isNew = *handle == nullptr;
+    error = size < 0 ? ResultCode::BadParameter : ReadInSteps(handle, size);
+    if (error == ResultCode::NoError) {
+        return align != 0 ? ReadWordAlign() : error;
+    }
+    if (isNew) {
+        DisposeIfThere(std::exchange(*handle, nullptr));
+    } else {
+        SetHandleSize(*handle, 0);
+    }
+    return error;
+}
+
+bool CStream::IsAtOddPosition() {
+    return GetPosition() % 2 == 1;
 }
 
 OSErr CStream::WriteWordAlign() {
-    if (GetPosition() % 2 != 0) {
+    if (IsAtOddPosition()) {
         char padding = 0;
         WriteData(&padding, 1);
     }
@@ -177,7 +196,7 @@ OSErr CStream::WriteWordAlign() {
 }
 
 OSErr CStream::ReadWordAlign() {
-    if (GetPosition() % 2 != 0) {
+    if (IsAtOddPosition()) {
         char padding = 0;
         ReadData(&padding, 1);
     }

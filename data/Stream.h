@@ -8,8 +8,10 @@
 /// at the end of the data, -40 for a position before the start, -50 for a bad argument, -108 when
 /// memory is full, -109 for a null handle, or the file system's own.
 ///
-/// A stored length is not believed: one that is negative, or larger than what the stream still
-/// holds, ends the reading with an error (-50, -39) before anything is allocated.
+/// Typed values are read through ReadData alone, so that a stream need not know its size, nor, but
+/// for alignment, its position. A stored length is not believed: a negative one is an error (-50),
+/// and what is read into never has more than twice the bytes that have come, or those of the
+/// longest text (32000). A target whose length cannot be read stays as it is.
 class CStream {
   public:
     CStream() = default;
@@ -38,27 +40,30 @@ class CStream {
     OSErr Read(DateBlock* date);
 
     // A Pascal string: the length byte and that many characters. `string` holds 256 bytes; after
-    // an error it is as long as was read.
+    // an error it has what was read, up to the last byte that is not 0.
     OSErr Write(unsigned char* string, unsigned char align);
     OSErr Read(unsigned char* string, unsigned char align);
 
-    // A 16-bit length and the text. After an error the text is empty.
+    // A 16-bit length and the text. After an error in the text it is empty.
     OSErr Write(CTextBlock* text, unsigned char align);
     OSErr Read(CTextBlock* text, unsigned char align);
 
     // A 32-bit size and the bytes of a platform handle, which is written as empty when null, and
-    // resized, or made when null, to be read into. After an error it is empty, or still null.
+    // resized, or made when null, to be read into. After an error in the bytes it is empty, or
+    // still null.
     OSErr Write(char** handle, unsigned char align);
     OSErr Read(char*** handle, unsigned char align);
 
-    // At an odd position, writes a zero byte or skips one. Always answers 0.
+    // At an odd position, writes a zero byte or skips one. Always answers 0. A position below 0 is
+    // an error, and aligns nothing.
     OSErr WriteWordAlign();
     OSErr ReadWordAlign();
 
   private:
-    OSErr CheckStored(long length);
+    bool IsAtOddPosition();
     OSErr WriteLocked(Handle source, long length);
-    OSErr ReadLocked(Handle target, long length);
+    OSErr ReadLocked(Handle target, long offset, long length);
+    OSErr ReadInSteps(Handle* handle, long size);
 };
 
 /// A stream over a platform handle, which stays the caller's and grows as it is written. At the end

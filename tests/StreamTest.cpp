@@ -226,6 +226,7 @@ TEST_P(StreamTest, StoredLengthsAreNotBelieved) {
         CTextBlock text("before");
         EXPECT_EQ(stream.Read(&text, 1), row.text) << testing::PrintToString(row.stored);
         EXPECT_EQ(text.GetHandle() == nullptr, text.GetLength() == 0);
+        EXPECT_EQ(text.GetLength(), row.stored.size() < 2 ? 6 : 0); // left, or emptied
         text.SetLength(0);
 
         stream.SetPosition(0);
@@ -236,11 +237,12 @@ TEST_P(StreamTest, StoredLengthsAreNotBelieved) {
         Handle target = existing;
         stream.SetPosition(0);
         EXPECT_EQ(stream.Read(&target, 1), row.handle);
-        EXPECT_EQ(existing.Bytes(), "");
+        EXPECT_EQ(existing.Bytes(), row.stored.size() < 4 ? "before" : "");
 
         stream.SetPosition(0);
         PascalString string("before");
         EXPECT_EQ(stream.Read(string, 1), row.string) << testing::PrintToString(row.stored);
+        EXPECT_EQ(string.Text() == "before", row.stored.empty());
         stream.SetPosition(stream.GetSize());
     }
     const OwnedHandle source("\5abc");
@@ -248,6 +250,80 @@ TEST_P(StreamTest, StoredLengthsAreNotBelieved) {
     PascalString string("");
     EXPECT_EQ(stream.Read(string, 0), ResultCode::EndOfData);
     EXPECT_EQ(string.Text(), "abc"); // as far as it was read
+}
+
+/// What comes through a pipe: bytes, and no answer to where they stand or how many there are.
+class Pipe : public CStream {
+  public:
+    long GetPosition() override { return Refuse(); }
+    OSErr SetPosition(long) override { return Refuse(); }
+    long GetSize() override { return Refuse(); }
+    OSErr SetSize(long) override { return Refuse(); }
+    OSErr WriteData(void* data, long count) override {
+        bytes.append(static_cast<const char*>(data), static_cast<size_t>(count));
+        return 0;
+    }
+    OSErr ReadData(void* buffer, long count) override {
+        mostAsked = std::max(mostAsked, count);
+        const size_t taken = std::min(bytes.size() - read, static_cast<size_t>(count));
+        bytes.copy(static_cast<char*>(buffer), taken, read);
+        read += taken;
+        return taken < static_cast<size_t>(count) ? ResultCode::EndOfData : OSErr{0};
+    }
+
+    std::string bytes;
+    size_t read = 0;
+    long mostAsked = 0;
+    int refused = 0;
+
+  private:
+    OSErr Refuse() {
+        ++refused;
+        return ResultCode::EndOfData;
+    }
+};
+
+TEST_P(StreamTest, PipesAreReadWithoutAsking) {
+    CTextBlock text("some text");
+    PascalString string("a string");
+    for (const size_t size : {0U, 3U, 32000U, 32001U, 200000U}) {
+        const OwnedHandle handle(std::string(size, 'x') + "end");
+        Pipe pipe;
+        pipe.Write(string, 0);
+        pipe.Write(&text, 0);
+        pipe.Write(handle.handle, 0);
+        pipe.Write(string, 1); // unaligned, as the pipe cannot tell
+        PascalString stringRead("before");
+        CTextBlock textRead;
+        Handle made = nullptr;
+        EXPECT_EQ(pipe.Read(stringRead, 0) + pipe.Read(&textRead, 0) + pipe.Read(&made, 0), 0);
+        EXPECT_EQ(stringRead.Text(), "a string");
+        EXPECT_EQ(OwnedHandle::BytesOf(textRead.GetHandle()), "some text");
+        EXPECT_EQ(OwnedHandle::BytesOf(made), handle.Bytes());
+        EXPECT_EQ(pipe.refused, 1);
+        EXPECT_EQ(pipe.Read(stringRead, 1), 0);
+        EXPECT_EQ(pipe.refused, 2);
+        EXPECT_EQ(pipe.read, pipe.bytes.size());
+        textRead.SetLength(0);
+        DisposeHandle(made);
+    }
+    text.SetLength(0);
+
+    for (const long existing : {0L, 5L}) {
+        Pipe pipe;
+        pipe.bytes = "\x7F\xFF\xFF\xFF" + std::string(70000, 'x');
+        const OwnedHandle before(std::string(static_cast<size_t>(existing), 'b'));
+        Handle target = existing > 0 ? before.handle : nullptr;
+        EXPECT_EQ(pipe.Read(&target, 0), ResultCode::EndOfData);
+        EXPECT_EQ(target == nullptr, existing == 0);
+        EXPECT_EQ(before.Bytes(), "");
+        EXPECT_LE(pipe.mostAsked, 70000); // never more than had come
+        pipe.read = 0;
+        ToolboxFailAllocation(2);
+        EXPECT_EQ(pipe.Read(&target, 0), ResultCode::MemoryFull);
+        EXPECT_EQ(target == nullptr, existing == 0);
+        EXPECT_EQ(before.Bytes(), "");
+    }
 }
 
 // Whatever the bytes are, reading ends and leaves valid targets; guard bytes and the leak check
