@@ -1,9 +1,11 @@
 #include "data/Array.h"
 
-#include "data/ArrayStorage.h"
-#include "data/Handles.h"
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
+#include "platform/Toolbox.h"
+
+#include <algorithm>
+#include <cstring>
 
 CArray::CArray(long type) {
     fValue.type = static_cast<unsigned char>(type);
@@ -30,12 +32,8 @@ long CArray::_GetElementSize(short type, Handle storage) {
 
 // --- Elements -------------------------------------------------------------------------------
 
-inline ArrayStorage CArray::ElementsOf(short type) const {
-    return GetType() == type ? ArrayStorage(fValue.array, type) : ArrayStorage();
-}
-
-inline ArrayStorage CArray::ElementsOf(short type, long row) const {
-    const ArrayStorage rows = ElementsOf(ValueType::ArrayOfArrays);
+ArrayStorage CArray::Elements(short type, long row) const {
+    const ArrayStorage rows = Elements(ValueType::ArrayOfArrays);
     const auto* found = rows.Address<ArrayRow>(row);
     // Row 0 tells the type; what the others say about themselves does not count.
     const bool isOfType = found != nullptr && rows.Address<ArrayRow>(0)->type == type;
@@ -46,62 +44,6 @@ void* CArray::ComputeAddress(long index) const {
     return ArrayStorage(fValue.array, GetType()).Address(index);
 }
 
-void CArray::At(long index, short& value) const {
-    ElementsOf(ValueType::IntegerArray).Read(index, value);
-}
-
-void CArray::At(long index, long& value) const {
-    ElementsOf(ValueType::LongArray).Read(index, value);
-}
-
-void CArray::At(long index, double& value) const {
-    ElementsOf(ValueType::RealArray).Read(index, value);
-}
-
-void CArray::At(long index, unsigned char& value) const {
-    ElementsOf(ValueType::BooleanArray).Read(index, value);
-}
-
-void CArray::At(long index, DateBlock& value) const {
-    ElementsOf(ValueType::DateArray).Read(index, value);
-}
-
-void CArray::At(long index, CTextBlock** text) const {
-    *text = ElementsOf(ValueType::TextArray).Address<CTextBlock>(index);
-}
-
-void CArray::At(long index, Picture*** picture) const {
-    ElementsOf(ValueType::PictureArray).Read(index, *picture);
-}
-
-void CArray::At(long index, unsigned char* string) const {
-    ElementsOf(ValueType::StringArray).ReadString(index, string);
-}
-
-void CArray::AtPut(long index, short value) {
-    ElementsOf(ValueType::IntegerArray).Write(index, value);
-}
-
-void CArray::AtPut(long index, long value) {
-    ElementsOf(ValueType::LongArray).Write(index, value);
-}
-
-void CArray::AtPut(long index, const double& value) {
-    ElementsOf(ValueType::RealArray).Write(index, value);
-}
-
-void CArray::AtPut(long index, unsigned char value) {
-    ElementsOf(ValueType::BooleanArray).Write(index, value);
-}
-
-void CArray::AtPut(long index, const DateBlock& value) {
-    ElementsOf(ValueType::DateArray).Write(index, value);
-}
-
-void CArray::AtPut(long index, Picture** picture) {
-    ElementsOf(ValueType::PictureArray).Write(index, picture);
-}
-
 void CArray::AtPut(long index, const unsigned char* string) {
     if (IsArrayUnicode()) {
         unsigned short text[256];
@@ -109,11 +51,11 @@ void CArray::AtPut(long index, const unsigned char* string) {
         AtPut(index, text);
         return;
     }
-    ElementsOf(ValueType::StringArray).WriteString(index, string);
+    Elements(ValueType::StringArray).WriteString(index, string);
 }
 
 void CArray::AtPut(long index, const unsigned short* text) {
-    if (ElementsOf(ValueType::UnicodeTextArray).Address(index) == nullptr) {
+    if (Elements(ValueType::UnicodeTextArray).Address(index) == nullptr) {
         return;
     }
     FDStringBlock element{};
@@ -124,11 +66,11 @@ void CArray::AtPut(long index, const unsigned short* text) {
     if (FourD::SetFDString(&element, text) != ResultCode::NoError) {
         FourD::DisposeFDStringBlock(&element);
     }
-    ElementsOf(ValueType::UnicodeTextArray).Write(index, element);
+    Elements(ValueType::UnicodeTextArray).Write(index, element);
 }
 
 void CArray::AtPut(long index, const FDStringBlock& text) {
-    const ArrayStorage elements = ElementsOf(ValueType::UnicodeTextArray);
+    const ArrayStorage elements = Elements(ValueType::UnicodeTextArray);
     const FDStringBlock element = text; // may lie in the storage
     FDStringBlock former{};
     elements.Read(index, former);
@@ -149,14 +91,10 @@ long CArray::Find(long value) const {
 }
 
 std::span<long> CArray::Longs() const {
-    return ElementsOf(ValueType::LongArray).Span<long>();
+    return Elements(ValueType::LongArray).Span<long>();
 }
 
 // --- Rows -----------------------------------------------------------------------------------
-
-ArrayRow* CArray::Row(long row) const {
-    return ElementsOf(ValueType::ArrayOfArrays).Address<ArrayRow>(row);
-}
 
 short CArray::Get2DType() const {
     const ArrayRow* first = Row(0);
@@ -179,57 +117,17 @@ long CArray::SetRowSize(long row, long size) {
     return _SetArraySize(found->array, type, size);
 }
 
-void CArray::At(long row, long column, short& value) const {
-    ElementsOf(ValueType::IntegerArray, row).Read(column, value);
-}
-
-void CArray::At(long row, long column, long& value) const {
-    ElementsOf(ValueType::LongArray, row).Read(column, value);
-}
-
-void CArray::At(long row, long column, double& value) const {
-    ElementsOf(ValueType::RealArray, row).Read(column, value);
-}
-
-void CArray::At(long row, long column, CTextBlock** text) const {
-    *text = ElementsOf(ValueType::TextArray, row).Address<CTextBlock>(column);
-}
-
-void CArray::At(long row, long column, DateBlock& value) const {
-    ElementsOf(ValueType::DateArray, row).Read(column, value);
-}
-
-void CArray::At(long row, long column, unsigned char& value) const {
-    ElementsOf(ValueType::BooleanArray, row).Read(column, value);
-}
-
-void CArray::At(long row, long column, unsigned char* string) const {
-    ElementsOf(ValueType::StringArray, row).ReadString(column, string);
-}
-
-void CArray::AtPut(long row, long column, long value) {
-    ElementsOf(ValueType::LongArray, row).Write(column, value);
-}
-
-void CArray::AtPut(long row, long column, double value) {
-    ElementsOf(ValueType::RealArray, row).Write(column, value);
-}
-
 // --- Locks ----------------------------------------------------------------------------------
 
-namespace {
-
-bool IsThereAndLocked(Handle storage) {
+bool CArray::IsThereAndLocked(Handle storage) {
     return storage != nullptr && IsHandleLocked(storage) != 0;
 }
 
-void SetLocked(Handle storage, bool locked) {
+void CArray::SetLocked(Handle storage, bool locked) {
     if (storage != nullptr) {
         locked ? HLock(storage) : HUnlock(storage);
     }
 }
-
-} // namespace
 
 /// Null for what is no array, whatever it has in the handle's place.
 Handle CArray::Storage() const {
@@ -241,30 +139,6 @@ Handle CArray::RowStorage(long row) const {
     return found != nullptr ? found->array.elements : nullptr;
 }
 
-void CArray::Lock() {
-    SetLocked(Storage(), true);
-}
-
-void CArray::Unlock() {
-    SetLocked(Storage(), false);
-}
-
-bool CArray::IsLocked() const {
-    return IsThereAndLocked(Storage());
-}
-
-void CArray::LockRow(long row) {
-    SetLocked(RowStorage(row), true);
-}
-
-void CArray::UnlockRow(long row) {
-    SetLocked(RowStorage(row), false);
-}
-
-bool CArray::IsRowLocked(long row) const {
-    return IsThereAndLocked(RowStorage(row));
-}
-
 SArrayLocker::SArrayLocker(CArray* array)
     : fArray(array), fWasLocked(array != nullptr && array->IsLocked()) {
     if (fArray != nullptr && !fWasLocked) {
@@ -273,13 +147,8 @@ SArrayLocker::SArrayLocker(CArray* array)
 }
 
 SArrayLocker::~SArrayLocker() {
-    if (fArray == nullptr) {
-        return;
-    }
-    if (fWasLocked) {
-        fArray->Lock();
-    } else {
-        fArray->Unlock();
+    if (fArray != nullptr) {
+        fWasLocked ? fArray->Lock() : fArray->Unlock();
     }
 }
 
@@ -293,12 +162,7 @@ SArrayRowLocker::SArrayRowLocker(CArray* array, long row)
 }
 
 SArrayRowLocker::~SArrayRowLocker() {
-    if (fArray == nullptr) {
-        return;
-    }
-    if (fWasLocked) {
-        fArray->LockRow(fRow);
-    } else {
-        fArray->UnlockRow(fRow);
+    if (fArray != nullptr) {
+        fWasLocked ? fArray->LockRow(fRow) : fArray->UnlockRow(fRow);
     }
 }

@@ -1,21 +1,14 @@
 #pragma once
 
+#include "data/ArrayStorage.h"
+#include "data/Handles.h"
 #include "data/TextBlock.h"
 #include "data/ValueBlock.h"
 #include "platform/Types.h"
 
 #include <span>
 
-class ArrayStorage;
-
 #pragma pack(push, 2)
-
-/// One row of a two-dimensional array, as its storage holds it.
-struct ArrayRow {
-    unsigned char type; ///< ValueType of a one-dimensional array
-    unsigned char filler;
-    ArrayBlock array;
-};
 
 /// A host array in place: it has the layout of the host's typed value, so that a value read from a
 /// variable is worked on as it is (Of) and written back.
@@ -87,24 +80,24 @@ class CArray {
     /// Address of an element in the storage, valid until memory moves; null outside the array.
     void* ComputeAddress(long index) const;
 
-    void At(long index, short& value) const;
-    void At(long index, long& value) const;
-    void At(long index, double& value) const;
-    void At(long index, unsigned char& value) const; ///< Boolean
-    void At(long index, DateBlock& value) const;
+    void At(long index, short& value) const { Read(value, index); }
+    void At(long index, long& value) const { Read(value, index); }
+    void At(long index, double& value) const { Read(value, index); }
+    void At(long index, unsigned char& value) const { Read(value, index); } ///< Boolean
+    void At(long index, DateBlock& value) const { Read(value, index); }
     /// The element's own text record; lock the array while it is used. Null outside the array.
-    void At(long index, CTextBlock** text) const;
-    void At(long index, Picture*** picture) const;
+    void At(long index, CTextBlock** text) const { *text = Text(index); }
+    void At(long index, Picture*** picture) const { Read(*picture, index); }
     /// A string array's element as a Pascal string.
-    void At(long index, unsigned char* string) const;
+    void At(long index, unsigned char* string) const { ReadString(string, index); }
 
-    void AtPut(long index, short value);
-    void AtPut(long index, long value);
-    void AtPut(long index, const double& value);
-    void AtPut(long index, unsigned char value);
-    void AtPut(long index, const DateBlock& value);
+    void AtPut(long index, short value) { Write(value, index); }
+    void AtPut(long index, long value) { Write(value, index); }
+    void AtPut(long index, const double& value) { Write(value, index); }
+    void AtPut(long index, unsigned char value) { Write(value, index); }
+    void AtPut(long index, const DateBlock& value) { Write(value, index); }
     /// The array takes the picture; the former one is left to the caller.
-    void AtPut(long index, Picture** picture);
+    void AtPut(long index, Picture** picture) { Write(picture, index); }
     /// Into a string array, cut to its slots, or a Unicode array.
     void AtPut(long index, const unsigned char* string);
     /// Zero-terminated UTF-16 into a Unicode array.
@@ -119,27 +112,27 @@ class CArray {
     std::span<long> Longs() const;
 
     // Lock state of the storage. Nothing happens where there is none, nor to what is no array.
-    void Lock();
-    void Unlock();
-    bool IsLocked() const;
+    void Lock() { SetLocked(Storage(), true); }
+    void Unlock() { SetLocked(Storage(), false); }
+    bool IsLocked() const { return IsThereAndLocked(Storage()); }
 
     // Rows of a two-dimensional array, from 0 to the count. Nothing happens for any other.
-    void LockRow(long row);
-    void UnlockRow(long row);
-    bool IsRowLocked(long row) const;
+    void LockRow(long row) { SetLocked(RowStorage(row), true); }
+    void UnlockRow(long row) { SetLocked(RowStorage(row), false); }
+    bool IsRowLocked(long row) const { return IsThereAndLocked(RowStorage(row)); }
     long GetRowSize(long row) const;
     /// Results as with SetArraySize; 0, and no change, where there is no such row, or rows of rows.
     long SetRowSize(long row, long size);
 
-    void At(long row, long column, short& value) const;
-    void At(long row, long column, long& value) const;
-    void At(long row, long column, double& value) const;
-    void At(long row, long column, CTextBlock** text) const;
-    void At(long row, long column, DateBlock& value) const;
-    void At(long row, long column, unsigned char& value) const;
-    void At(long row, long column, unsigned char* string) const;
-    void AtPut(long row, long column, long value);
-    void AtPut(long row, long column, double value);
+    void At(long row, long column, short& value) const { Read(value, column, row); }
+    void At(long row, long column, long& value) const { Read(value, column, row); }
+    void At(long row, long column, double& value) const { Read(value, column, row); }
+    void At(long row, long column, CTextBlock** text) const { *text = Text(column, row); }
+    void At(long row, long column, DateBlock& value) const { Read(value, column, row); }
+    void At(long row, long column, unsigned char& value) const { Read(value, column, row); }
+    void At(long row, long column, unsigned char* string) const { ReadString(string, column, row); }
+    void AtPut(long row, long column, long value) { Write(value, column, row); }
+    void AtPut(long row, long column, double value) { Write(value, column, row); }
 
     /// The same size change on a bare array block; `type` tells what it holds.
     static long _SetArraySize(ArrayBlock& block, short type, long size);
@@ -148,20 +141,44 @@ class CArray {
 
   private:
     static bool IsArrayType(short type);
-    /// The elements of an array of this type, or of a row of such an array; none for any other.
-    ArrayStorage ElementsOf(short type) const;
-    ArrayStorage ElementsOf(short type, long row) const;
+    static bool IsThereAndLocked(Handle storage);
+    static void SetLocked(Handle storage, bool locked);
+
+    /// The elements of an array of this type, or of one row of such an array; none for any other.
+    ArrayStorage Elements(short type) const {
+        return fValue.type == type ? ArrayStorage(fValue.array, type) : ArrayStorage();
+    }
+    ArrayStorage Elements(short type, long row) const;
     /// A row, which the next memory call may move; null outside the array.
-    ArrayRow* Row(long row) const;
+    ArrayRow* Row(long row) const {
+        return Elements(ValueType::ArrayOfArrays).Address<ArrayRow>(row);
+    }
     Handle Storage() const;
     Handle RowStorage(long row) const;
+
+    // An element of the whole array, or of a row.
+    template <typename Element, typename... Row>
+    void Read(Element& value, long index, Row... row) const {
+        Elements(arrayTypeOf<Element>, row...).Read(index, value);
+    }
+    template <typename Element, typename... Row>
+    void Write(const Element& value, long index, Row... row) {
+        Elements(arrayTypeOf<Element>, row...).Write(index, value);
+    }
+    template <typename... Row>
+    CTextBlock* Text(long index, Row... row) const {
+        return Elements(ValueType::TextArray, row...).template Address<CTextBlock>(index);
+    }
+    template <typename... Row>
+    void ReadString(unsigned char* string, long index, Row... row) const {
+        Elements(ValueType::StringArray, row...).ReadString(index, string);
+    }
 
     ValueBlock fValue{};
 };
 
 #pragma pack(pop)
 
-static_assert(sizeof(ArrayRow) == 12 && offsetof(ArrayRow, array) == 2);
 static_assert(sizeof(CArray) == sizeof(ValueBlock));
 
 /// Keeps an array locked while it lives, and then puts back the lock state that it came with. It

@@ -1,6 +1,6 @@
 // How an array grows and shrinks, and what becomes of what its elements own.
 
-#include "data/ArrayStorage.h"
+#include "data/Array.h"
 #include "data/Handles.h"
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "data/Array.h"
+#include "data/ValueBlock.h"
 #include "platform/Toolbox.h"
 
 #include <algorithm>
 #include <cstring>
 #include <span>
 
-// What lies behind CArray, for its own sources: the elements in an array's storage.
+// What lies behind CArray: the elements in an array's storage.
 
 /// Bytes before element 0: a string array's storage begins with the 16-bit size of its slots.
 constexpr long HeaderSize(short type) {
@@ -39,6 +39,24 @@ constexpr long FixedElementSize(short type) {
         return 0;
     }
 }
+
+/// The array type whose elements are of this C++ type.
+template <typename Element>
+constexpr short arrayTypeOf = 0;
+template <>
+inline constexpr short arrayTypeOf<short> = ValueType::IntegerArray;
+template <>
+inline constexpr short arrayTypeOf<long> = ValueType::LongArray;
+template <>
+inline constexpr short arrayTypeOf<double> = ValueType::RealArray;
+template <>
+inline constexpr short arrayTypeOf<unsigned char> = ValueType::BooleanArray;
+template <>
+inline constexpr short arrayTypeOf<DateBlock> = ValueType::DateArray;
+template <>
+inline constexpr short arrayTypeOf<Picture**> = ValueType::PictureArray;
+template <>
+inline constexpr short arrayTypeOf<FDStringBlock> = ValueType::UnicodeTextArray;
 
 /// The elements that are really there, checked with one look at the storage's size. Addresses are
 /// good until memory moves.

@@ -52,6 +52,13 @@ struct ArrayBlock {
     short currentIndex;
 };
 
+/// One row of a two-dimensional array, as its storage holds it.
+struct ArrayRow {
+    unsigned char type; ///< ValueType of a one-dimensional array
+    unsigned char filler;
+    ArrayBlock array;
+};
+
 /// The host's pointer record, what a pointer's handle holds in an interpreted database: a 16-bit
 /// kind, then two 32-bit target fields. The pointer is nil when the field that its kind looks at is
 /// 0.
@@ -124,6 +131,7 @@ static_assert(sizeof(FDStringBlock) == 16 && offsetof(FDStringBlock, units) == 4
               offsetof(FDStringBlock, hostPrivate) == 8);
 static_assert(sizeof(ArrayBlock) == 10 && offsetof(ArrayBlock, elements) == 4 &&
               offsetof(ArrayBlock, currentIndex) == 8);
+static_assert(sizeof(ArrayRow) == 12 && offsetof(ArrayRow, array) == 2);
 static_assert(sizeof(PointerRecord) == 10 && offsetof(PointerRecord, variable) == 2 &&
               offsetof(PointerRecord, field) == 6);
 static_assert(sizeof(ValueBlock) == 260 && offsetof(ValueBlock, type) == 0 &&
