@@ -55,14 +55,6 @@ OSErr CStream::Read(short* value) {
     return ReadNumber(*this, value);
 }
 
-OSErr CStream::Write(DateBlock* date) {
-    return WriteData(date, sizeof *date);
-}
-
-OSErr CStream::Read(DateBlock* date) {
-    return ReadData(date, sizeof *date);
-}
-
 OSErr CStream::Write(unsigned char* string, unsigned char align) {
     const OSErr error = WriteData(string, string[0] + 1);
     return error == ResultCode::NoError && align != 0 ? WriteWordAlign() : error;
@@ -219,10 +211,6 @@ CHandleStream::~CHandleStream() {
     }
 }
 
-long CHandleStream::GetPosition() {
-    return position;
-}
-
 OSErr CHandleStream::SetPosition(long newPosition) {
     if (newPosition < 0) {
         return ResultCode::BadPosition;
@@ -232,10 +220,6 @@ OSErr CHandleStream::SetPosition(long newPosition) {
     }
     position = newPosition;
     return ResultCode::NoError;
-}
-
-long CHandleStream::GetSize() {
-    return dataSize;
 }
 
 OSErr CHandleStream::SetSize(long size) {

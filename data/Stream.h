@@ -36,8 +36,8 @@ class CStream {
 
     // The 6 bytes of the record, as they are in memory: deliberately not swapped, as stored dates
     // have always been.
-    OSErr Write(DateBlock* date);
-    OSErr Read(DateBlock* date);
+    OSErr Write(DateBlock* date) { return WriteData(date, sizeof *date); }
+    OSErr Read(DateBlock* date) { return ReadData(date, sizeof *date); }
 
     // A Pascal string: the length byte and that many characters. `string` holds 256 bytes; after
     // an error it has what was read, up to the last byte that is not 0.
@@ -75,9 +75,9 @@ class CHandleStream : public CStream {
     CHandleStream(char** handle, long growth);
     ~CHandleStream() override;
 
-    long GetPosition() override;
+    long GetPosition() override { return position; }
     OSErr SetPosition(long position) override;
-    long GetSize() override;
+    long GetSize() override { return dataSize; }
     OSErr SetSize(long size) override;
     OSErr WriteData(void* data, long count) override;
     OSErr ReadData(void* buffer, long count) override;

@@ -105,10 +105,6 @@ long CTextBlock::SetFrom(Handle source, const char* bytes, short length) {
     return error;
 }
 
-long CTextBlock::SetTo(CTextBlock& other) {
-    return SetTo(&other);
-}
-
 long CTextBlock::SetTo(CTextBlock* other) {
     return SetFrom(other->fHandle, nullptr, static_cast<short>(other->Stored()));
 }
@@ -140,10 +136,6 @@ long CTextBlock::AppendFrom(Handle source, const char* bytes, long length) {
         Fill(source, bytes, before, added);
     }
     return error;
-}
-
-long CTextBlock::Append(CTextBlock& other) {
-    return Append(&other);
 }
 
 long CTextBlock::Append(CTextBlock* other) {
@@ -209,14 +201,6 @@ void CTextBlock::CopyBytes(void* target, long length) const {
     if (length > 0) {
         BlockMove(*fHandle, target, length);
     }
-}
-
-long CTextBlock::Replace(unsigned char* search, CTextBlock& replacement) {
-    return Replace(search, &replacement);
-}
-
-long CTextBlock::Replace(unsigned char* search, CTextBlock* replacement) {
-    return Replace(search, replacement->fHandle);
 }
 
 long CTextBlock::Replace(unsigned char* search, const unsigned char (&replacement)[256]) {

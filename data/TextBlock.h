@@ -45,7 +45,7 @@ class __attribute__((may_alias)) CTextBlock {
 
     // Replaces the whole text. A zero-terminated source is measured in 16 bits: one of 32768
     // bytes and more may measure negative, and then changes nothing.
-    long SetTo(CTextBlock& other);
+    long SetTo(CTextBlock& other) { return SetTo(&other); }
     long SetTo(CTextBlock* other);
     long SetTo(const unsigned char* string);
     long SetTo(const char* text);
@@ -53,7 +53,7 @@ class __attribute__((may_alias)) CTextBlock {
     long SetTo(char** handle);
 
     // Adds at the end, as much as fits; a zero-terminated source as above.
-    long Append(CTextBlock& other);
+    long Append(CTextBlock& other) { return Append(&other); }
     long Append(CTextBlock* other);
     long Append(const unsigned char (&string)[256]);
     long Append(const char* text);
@@ -72,8 +72,12 @@ class __attribute__((may_alias)) CTextBlock {
     void CopyTo(void* bytes) const;
 
     // Replaces every occurrence of a Pascal string, left to right. Answers how many, or an error.
-    long Replace(unsigned char* search, CTextBlock& replacement);
-    long Replace(unsigned char* search, CTextBlock* replacement);
+    long Replace(unsigned char* search, CTextBlock& replacement) {
+        return Replace(search, replacement.fHandle);
+    }
+    long Replace(unsigned char* search, CTextBlock* replacement) {
+        return Replace(search, replacement->fHandle);
+    }
     long Replace(unsigned char* search, const unsigned char (&replacement)[256]);
     long Replace(unsigned char* search, const char* replacement);
     long Replace(unsigned char* search, const char* bytes, short length);

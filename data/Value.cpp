@@ -79,6 +79,15 @@ long LongDateTime2Date4D(long long seconds, DateBlock* date) {
     return ResultCode::NoError;
 }
 
+ValueBlock EmptyValueBlock(short type) {
+    ValueBlock value{};
+    value.type = static_cast<unsigned char>(type);
+    if (type == ValueType::String) {
+        value.string.capacity = 255;
+    }
+    return value;
+}
+
 long REAL2ValueBlock(REAL_U value, ValueBlock* block) {
     const long whole = REALToLong(value);
     return StoreNumber(value, whole, Truth(whole), block);

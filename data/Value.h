@@ -35,6 +35,9 @@ void TextToString(TextBlock* text, unsigned char* out, unsigned char* format);
 /// leaves an empty handle. Without memory the text keeps its length.
 void StringToText(unsigned char* in, TextBlock* text, unsigned char* format);
 
+/// A value of this type with nothing in it; a string has room for 255 characters.
+ValueBlock EmptyValueBlock(short type);
+
 // --- Filling a block whose type is set ------------------------------------------------------
 // Numbers go into reals, booleans, longs and times; nothing is stored on -1999.
 

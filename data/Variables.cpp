@@ -39,16 +39,6 @@ OSErr WriteVariable(const unsigned char* name, unsigned char isInterprocess, Val
                                : FourD::SetVariable(name, value, flag);
 }
 
-/// A value of this type with nothing in it; a string has room for 255 characters.
-ValueBlock EmptyValue(short type) {
-    ValueBlock value{};
-    value.type = static_cast<unsigned char>(type);
-    if (type == ValueType::String) {
-        value.string.capacity = 255;
-    }
-    return value;
-}
-
 /// The value's own text record, as a text to work on in place.
 CTextBlock& TextOf(ValueBlock& value) {
     return reinterpret_cast<CTextBlock&>(value.text);
@@ -74,58 +64,12 @@ OSErr CFourDVar::SetValue(ValueBlock* value) {
     return WriteVariable(fName, fIsInterprocess, value, 0);
 }
 
-/// Converts a value to the variable's type and sends it.
-template <typename Value>
-long CFourDVar::Store(Value value, long (*convert)(Value, ValueBlock*)) {
-    ValueBlock block = EmptyValue(fType);
-    long result = convert(value, &block);
-    if (result == ResultCode::NoError) {
-        result = SetValue(&block);
-    }
+long CFourDVar::Send(ValueBlock& value, long conversion) {
+    const long result = conversion == ResultCode::NoError ? SetValue(&value) : conversion;
     if (result != ResultCode::NoError) {
-        FreeValueBlock(&block);
+        FreeValueBlock(&value);
     }
     return result;
-}
-
-long CFourDVar::SetValue(double value) {
-    return Store(value, NativeReal2ValueBlock);
-}
-
-long CFourDVar::SetValue(unsigned char value) {
-    return Store(value, Boolean2ValueBlock);
-}
-
-long CFourDVar::SetValue(TextBlock* value) {
-    return Store(value, Text2ValueBlock);
-}
-
-long CFourDVar::SetValue(long value) {
-    return Store(value, Long2ValueBlock);
-}
-
-namespace {
-
-/// Reads a variable and converts it; `value` is empty when it cannot be read.
-template <typename Output, typename Convert>
-long ReadAs(CFourDVar& variable, Output* value, Convert convert) {
-    ValueBlock block{};
-    const OSErr error = variable.GetValue(&block);
-    if (error != ResultCode::NoError) {
-        *value = {};
-        return error;
-    }
-    return convert(&block, value);
-}
-
-} // namespace
-
-long CFourDVar::GetValue(double* value) {
-    return ReadAs(*this, value, Value2NativeReal);
-}
-
-long CFourDVar::GetValue(unsigned char* value) {
-    return ReadAs(*this, value, Value2Boolean);
 }
 
 long CFourDVar::GetValue(TextBlock* value) {
@@ -136,10 +80,6 @@ long CFourDVar::GetValue(TextBlock* value) {
         return error;
     }
     return Value2Text(&block, value, nullptr);
-}
-
-long CFourDVar::GetValue(long* value) {
-    return ReadAs(*this, value, Value2Long);
 }
 
 long CFourDVar::GetOriginalArray(CArray* array) {
@@ -180,44 +120,6 @@ short CFourDBaseVar::DefinedType() {
 
 bool CFourDBaseVar::Read(ValueBlock& value) {
     return GetValue(&value) == ResultCode::NoError && value.type == fType;
-}
-
-/// Changes the variable's value in place and gives it back, unless `change` fails.
-template <typename Change>
-void CFourDBaseVar::ChangeValue(Change change) {
-    ValueBlock value{};
-    if (Read(value) && change(value) == ResultCode::NoError) {
-        SetValue(&value, 0);
-    }
-}
-
-// --- Scalars --------------------------------------------------------------------------------
-
-long CFourDLongVar::GetLongValue() {
-    ValueBlock value{};
-    return Read(value) ? value.number : 0;
-}
-
-void CFourDLongVar::SetLongValue(long number) {
-    ChangeValue([=](ValueBlock& value) { return Long2ValueBlock(number, &value); });
-}
-
-unsigned char CFourDBooleanVar::GetBooleanValue() {
-    ValueBlock value{};
-    return Read(value) ? value.boolean : static_cast<unsigned char>(0);
-}
-
-void CFourDBooleanVar::SetBooleanValue(unsigned char boolean) {
-    ChangeValue([=](ValueBlock& value) { return Boolean2ValueBlock(boolean, &value); });
-}
-
-double CFourDRealVar::GetRealValue() {
-    ValueBlock value{};
-    return Read(value) ? value.real.value : 0.0;
-}
-
-void CFourDRealVar::SetRealValue(double real) {
-    ChangeValue([=](ValueBlock& value) { return NativeReal2ValueBlock(real, &value); });
 }
 
 // --- Texts, BLOBs, strings --------------------------------------------------------------------
@@ -299,7 +201,7 @@ OSErr CFourDStringVar::GetStringValue(unsigned char* string) {
 }
 
 void CFourDStringVar::SetStringValue(const unsigned char* string) {
-    ValueBlock value = EmptyValue(ValueType::String);
+    ValueBlock value = EmptyValueBlock(ValueType::String);
     _CopyPStr(string, value.string.string);
     SetValue(&value, 0);
 }
@@ -352,7 +254,7 @@ bool CFourDPointerVar::IsNil() {
 
 void CFourDPointerVar::SetNil() {
     if (FourD::IsCompiled() != 0) {
-        ValueBlock nil = EmptyValue(ValueType::Pointer);
+        ValueBlock nil = EmptyValueBlock(ValueType::Pointer);
         SetValue(&nil, 1);
         return;
     }

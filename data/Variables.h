@@ -2,7 +2,8 @@
 
 #include "data/Array.h"
 #include "data/TextBlock.h"
-#include "data/ValueBlock.h"
+#include "data/Value.h"
+#include "platform/ResultCodes.h"
 #include "platform/Types.h"
 
 // Handles on variables of the host, by name. An object keeps the name (at most 31 characters, the
@@ -31,24 +32,36 @@ class CFourDVar {
     OSErr GetValue(ValueBlock* value);
     /// The host takes what the value owns.
     OSErr SetValue(ValueBlock* value);
-    long SetValue(double value);
-    long SetValue(unsigned char value);
+    long SetValue(double value) { return Store(value, NativeReal2ValueBlock); }
+    long SetValue(unsigned char value) { return Store(value, Boolean2ValueBlock); }
     /// A copy of the text is sent.
-    long SetValue(TextBlock* value);
-    long SetValue(long value);
+    long SetValue(TextBlock* value) { return Store(value, Text2ValueBlock); }
+    long SetValue(long value) { return Store(value, Long2ValueBlock); }
     // Converted from whatever type the variable has; 0 or empty on failure.
-    long GetValue(double* value);
-    long GetValue(unsigned char* value);
+    long GetValue(double* value) { return Fetch(value, Value2NativeReal); }
+    long GetValue(unsigned char* value) { return Fetch(value, Value2Boolean); }
     /// Into `value`, which the caller owns.
     long GetValue(TextBlock* value);
-    long GetValue(long* value);
+    long GetValue(long* value) { return Fetch(value, Value2Long); }
     /// The host's own array, with its storage: call CArray::Forget on it in the end. Answers the
     /// variable's type (a Unicode array is not read), or the host's result code.
     long GetOriginalArray(CArray* array);
 
   private:
-    template <typename Value>
-    long Store(Value value, long (*convert)(Value, ValueBlock*));
+    /// Writes a value that was converted with this result.
+    long Send(ValueBlock& value, long conversion);
+    template <typename Number>
+    long Store(Number number, long (*convert)(Number, ValueBlock*)) {
+        ValueBlock value = EmptyValueBlock(fType);
+        return Send(value, convert(number, &value));
+    }
+    template <typename Number>
+    long Fetch(Number* number, long (*convert)(ValueBlock*, Number*)) {
+        *number = {};
+        ValueBlock value{};
+        const OSErr error = GetValue(&value);
+        return error == ResultCode::NoError ? convert(&value, number) : error;
+    }
 
     Str31 fName;
     short fType;
@@ -83,8 +96,27 @@ class CFourDBaseVar {
   protected:
     /// Reads the variable; false when that fails or it is of another type.
     bool Read(ValueBlock& value);
+    /// Changes the value in place and gives it back, unless `change` fails.
     template <typename Change>
-    void ChangeValue(Change change);
+    void ChangeValue(Change change) {
+        ValueBlock value{};
+        if (Read(value) && change(value) == ResultCode::NoError) {
+            SetValue(&value, 0);
+        }
+    }
+    template <typename Number>
+    Number Fetch(long (*convert)(ValueBlock*, Number*)) {
+        ValueBlock value{};
+        Number number{};
+        if (Read(value)) {
+            convert(&value, &number);
+        }
+        return number;
+    }
+    template <typename Number>
+    void Store(Number number, long (*convert)(Number, ValueBlock*)) {
+        ChangeValue([=](ValueBlock& value) { return convert(number, &value); });
+    }
     void DeclareUnlessDefined();
     /// Writes a declaration from the number of the host's command, 0 being none, and what stands
     /// before and after the variable.
@@ -110,8 +142,8 @@ class CFourDLongVar : public OfFixedType<CFourDBaseVar, ValueType::Long> {
   public:
     using OfFixedType::OfFixedType;
 
-    long GetLongValue();
-    void SetLongValue(long number);
+    long GetLongValue() { return Fetch(Value2Long); }
+    void SetLongValue(long number) { Store(number, Long2ValueBlock); }
 };
 
 class CFourDTextVar : public OfFixedType<CFourDBaseVar, ValueType::Text> {
@@ -145,16 +177,16 @@ class CFourDBooleanVar : public OfFixedType<CFourDBaseVar, ValueType::Boolean> {
   public:
     using OfFixedType::OfFixedType;
 
-    unsigned char GetBooleanValue();
-    void SetBooleanValue(unsigned char boolean);
+    unsigned char GetBooleanValue() { return Fetch(Value2Boolean); }
+    void SetBooleanValue(unsigned char boolean) { Store(boolean, Boolean2ValueBlock); }
 };
 
 class CFourDRealVar : public OfFixedType<CFourDBaseVar, ValueType::Real> {
   public:
     using OfFixedType::OfFixedType;
 
-    double GetRealValue();
-    void SetRealValue(double real);
+    double GetRealValue() { return Fetch(Value2NativeReal); }
+    void SetRealValue(double real) { Store(real, NativeReal2ValueBlock); }
 };
 
 /// A string variable, always declared for 255 characters.
