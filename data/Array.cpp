@@ -1,5 +1,6 @@
 #include "data/Array.h"
 
+#include "data/Handles.h"
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
@@ -22,12 +23,12 @@ void CArray::Forget() {
 }
 
 bool CArray::IsArrayType(short type) {
-    return FixedElementSize(type) > 0 || type == ValueType::StringArray;
+    return ArrayStorage::FixedElementSize(type) > 0 || type == ValueType::StringArray;
 }
 
 long CArray::_GetElementSize(short type, Handle storage) {
     return type == ValueType::StringArray ? ArrayStorage({0, storage, 0}, type).ElementSize()
-                                          : FixedElementSize(type);
+                                          : ArrayStorage::FixedElementSize(type);
 }
 
 // --- Elements -------------------------------------------------------------------------------

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "data/ArrayStorage.h"
-#include "data/Handles.h"
 #include "data/TextBlock.h"
 #include "data/ValueBlock.h"
 #include "platform/Types.h"

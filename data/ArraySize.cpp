@@ -78,7 +78,7 @@ OSErr MakeRows(const ArrayBlock& block, long first) {
 /// Sets the count and the storage's size. Elements that `before` did not have are empty.
 OSErr Resize(ArrayBlock& block, short type, long size, const ArrayStorage& before) {
     const long long elementSize = before.ElementSize();
-    const long long bytes = HeaderSize(type) + (size + 1LL) * elementSize;
+    const long long bytes = ArrayStorage::HeaderSize(type) + (size + 1LL) * elementSize;
     if (bytes > std::numeric_limits<long>::max()) {
         return ResultCode::MemoryFull;
     }
@@ -91,7 +91,7 @@ OSErr Resize(ArrayBlock& block, short type, long size, const ArrayStorage& befor
     if (block.currentIndex > size && (shrinks || !OwnsSomething(type))) {
         block.currentIndex = 0;
     }
-    const long long kept = HeaderSize(type) + before.Count() * elementSize;
+    const long long kept = ArrayStorage::HeaderSize(type) + before.Count() * elementSize;
     if (kept < bytes) {
         std::memset(*block.elements + kept, 0, static_cast<size_t>(bytes - kept));
     }
@@ -109,11 +109,11 @@ void ReleaseHostString(FDStringBlock text) {
 
 Handle NewArrayStorage(short type, long slotSize) {
     if (type != ValueType::StringArray) {
-        return NewHandleClear(FixedElementSize(type));
+        return NewHandleClear(ArrayStorage::FixedElementSize(type));
     }
     constexpr short NewSlotSize = 256; // for 255 characters
     const auto header = slotSize > 0 ? static_cast<short>(slotSize) : NewSlotSize;
-    Handle storage = NewHandleClear(HeaderSize(type) + header);
+    Handle storage = NewHandleClear(ArrayStorage::HeaderSize(type) + header);
     if (storage != nullptr) {
         std::memcpy(*storage, &header, sizeof header);
     }

@@ -9,37 +9,6 @@
 
 // What lies behind CArray: the elements in an array's storage.
 
-/// Bytes before element 0: a string array's storage begins with the 16-bit size of its slots.
-constexpr long HeaderSize(short type) {
-    return type == ValueType::StringArray ? long{sizeof(short)} : 0;
-}
-
-/// Bytes of an element; 0 for strings, whose storage tells, and for no array.
-constexpr long FixedElementSize(short type) {
-    switch (type) {
-    case ValueType::ArrayOfArrays:
-        return sizeof(ArrayRow);
-    case ValueType::RealArray:
-        return sizeof(double);
-    case ValueType::IntegerArray:
-        return sizeof(short);
-    case ValueType::LongArray:
-        return sizeof(long);
-    case ValueType::DateArray:
-        return sizeof(DateBlock);
-    case ValueType::TextArray:
-        return sizeof(TextBlock);
-    case ValueType::PictureArray:
-        return sizeof(Handle);
-    case ValueType::BooleanArray:
-        return 1;
-    case ValueType::UnicodeTextArray:
-        return sizeof(FDStringBlock);
-    default:
-        return 0;
-    }
-}
-
 /// The array type whose elements are of this C++ type.
 template <typename Element>
 constexpr short arrayTypeOf = 0;
@@ -55,13 +24,42 @@ template <>
 inline constexpr short arrayTypeOf<DateBlock> = ValueType::DateArray;
 template <>
 inline constexpr short arrayTypeOf<Picture**> = ValueType::PictureArray;
-template <>
-inline constexpr short arrayTypeOf<FDStringBlock> = ValueType::UnicodeTextArray;
 
 /// The elements that are really there, checked with one look at the storage's size. Addresses are
 /// good until memory moves.
 class ArrayStorage {
   public:
+    /// Bytes before element 0: a string array's storage begins with the 16-bit size of its slots.
+    static constexpr long HeaderSize(short type) {
+        return type == ValueType::StringArray ? long{sizeof(short)} : 0;
+    }
+
+    /// Bytes of an element; 0 for strings, whose storage tells, and for no array.
+    static constexpr long FixedElementSize(short type) {
+        switch (type) {
+        case ValueType::ArrayOfArrays:
+            return sizeof(ArrayRow);
+        case ValueType::RealArray:
+            return sizeof(double);
+        case ValueType::IntegerArray:
+            return sizeof(short);
+        case ValueType::LongArray:
+            return sizeof(long);
+        case ValueType::DateArray:
+            return sizeof(DateBlock);
+        case ValueType::TextArray:
+            return sizeof(TextBlock);
+        case ValueType::PictureArray:
+            return sizeof(Handle);
+        case ValueType::BooleanArray:
+            return 1;
+        case ValueType::UnicodeTextArray:
+            return sizeof(FDStringBlock);
+        default:
+            return 0;
+        }
+    }
+
     /// No elements.
     ArrayStorage() = default;
     /// Of a block that holds an array of this type; of any other value nothing is looked at.

@@ -50,10 +50,10 @@ class CFourDVar {
   private:
     /// Writes a value that was converted with this result.
     long Send(ValueBlock& value, long conversion);
-    template <typename Number>
-    long Store(Number number, long (*convert)(Number, ValueBlock*)) {
+    template <typename Native>
+    long Store(Native native, long (*convert)(Native, ValueBlock*)) {
         ValueBlock value = EmptyValueBlock(fType);
-        return Send(value, convert(number, &value));
+        return Send(value, convert(native, &value));
     }
     template <typename Number>
     long Fetch(Number* number, long (*convert)(ValueBlock*, Number*)) {
