@@ -47,12 +47,12 @@ unsigned char AnyOf(unsigned long word, unsigned long bits) {
 
 /// Program information through the engine record, always without the marker.
 unsigned long EngineProgramInfo() {
-    HostCall call = HostCall::Engine(Select("ProgramInfo"));
+    EngineCall call(Select("ProgramInfo"));
     call.Send();
     return static_cast<unsigned long>(call->param1);
 }
 
-long SwitchEnvironment(SelectorPair selector, unsigned char mode) {
+long SwitchEnvironment(Selector selector, unsigned char mode) {
     HostCall call(selector);
     const long answer = call.Send();
     gHost.macEnvironment = mode;
@@ -137,7 +137,7 @@ unsigned char FourD::Is4DServer() {
 }
 
 long FourD::GetVersion() {
-    HostCall call = HostCall::Classic(Select("ProgramInfo"));
+    ClassicCall call(Select("ProgramInfo"));
     call.Send();
     return call->param2;
 }
@@ -165,7 +165,7 @@ void FourD::Get4DVersion(long* major, long* minor, long* fix) {
 }
 
 long FourD::Get4DProgram() {
-    HostCall call = HostCall::Classic(Select("ProgramInfo"));
+    ClassicCall call(Select("ProgramInfo"));
     call.Send();
     return call->param1;
 }

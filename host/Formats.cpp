@@ -41,7 +41,7 @@ OSErr SendWithFormat(HostCall& call, unsigned char type, const unsigned char* fo
     return Send(call, type, out);
 }
 
-OSErr SwapReal(SelectorPair selector, REAL_U* real) {
+OSErr SwapReal(Selector selector, REAL_U* real) {
     HostCall call(selector);
     call->value.real = *real;
     call.Send();

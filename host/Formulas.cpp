@@ -30,7 +30,7 @@ constexpr long TableNameCapacity = 32;
 constexpr long CommandNameCapacity = 128;
 
 /// One call with a handle, answered by the host's result code.
-OSErr SendHandle(SelectorPair selector, char** handle) {
+OSErr SendHandle(Selector selector, char** handle) {
     if (handle == nullptr) {
         return ResultCode::BadParameter;
     }
@@ -40,14 +40,13 @@ OSErr SendHandle(SelectorPair selector, char** handle) {
     return call->error;
 }
 
-OSErr SendText(SelectorPair selector, const char* text, long length) {
+OSErr SendText(Selector selector, const char* text, long length) {
     const TemporaryHandle source(text, length);
     return source.Get() != nullptr ? SendHandle(selector, source.Get()) : ResultCode::MemoryFull;
 }
 
 /// Has the host evaluate an expression into a value whose type is set.
-OSErr EvaluateExpression(SelectorPair selector, const unsigned char* expression,
-                         ValueBlock* value) {
+OSErr EvaluateExpression(Selector selector, const unsigned char* expression, ValueBlock* value) {
     if (expression == nullptr) {
         return ResultCode::BadParameter;
     }
@@ -179,8 +178,8 @@ OSErr FourD::ExecProc(const char* text) {
     }
     error = CopyCStringToFDString(text, &string);
     if (error == ResultCode::NoError) {
-        HostCall call = HostCall::Engine(Select("ExecProc"));
-        call.EngineOnly()->string = string;
+        EngineCall call(Select("ExecProc"));
+        call->string = string;
         call.Send();
         error = call->error;
     }
@@ -232,8 +231,8 @@ OSErr FourD::TokenizeProcV12(FDStringBlock* text, char*** tokens) {
         return ResultCode::BadParameter;
     }
     *tokens = nullptr;
-    HostCall call(Select("TokenizeProcV12"));
-    call.EngineOnly()->string = *text;
+    EngineCall call(Select("TokenizeProcV12"));
+    call->string = *text;
     call.Send();
     if (call->error == ResultCode::NoError && call->param1 != 0) {
         auto* const hostTokens = reinterpret_cast<Handle>(call->param1);
@@ -265,7 +264,7 @@ OSErr FourD::ExecTokenizedFunc(char** tokens, ValueBlock* value) {
     if (tokens == nullptr || value == nullptr) {
         return ResultCode::BadParameter;
     }
-    HostCall call = HostCall::Classic(Select("ExecTokenizedFunc"));
+    ClassicCall call(Select("ExecTokenizedFunc"));
     return EvaluateTokens(call, tokens, value);
 }
 
@@ -279,7 +278,7 @@ OSErr FourD::ExecTokenizedFuncV12(char** tokens, ValueBlock* value) {
         return ResultCode::MemoryFull;
     }
     std::copy_n(*tokens, size, *copy);
-    HostCall call = HostCall::Engine(Select("ExecTokenizedFunc"));
+    EngineCall call(Select("ExecTokenizedFunc"));
     const OSErr error = EvaluateTokens(call, copy, value);
     // Deliberate: the host's handle is released with the platform's call, not with the host's.
     DisposeHandle(copy);

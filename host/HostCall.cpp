@@ -14,12 +14,9 @@ long FourD::CallFourD11(short selector, FDEngineBlock& block) {
 }
 
 long HostCall::Send() {
-    if (!engineCall) {
-        return FourD::CallFourD(number, classic);
-    }
-    if (gHost.engineCallBack == nullptr) { // a service that only newer hosts have
+    if (number == 0 || (engineCall && gHost.engineCallBack == nullptr)) {
         fields->error = ResultCode::BadParameter;
         return 0;
     }
-    return FourD::CallFourD11(number, engine);
+    return engineCall ? FourD::CallFourD11(number, engine) : FourD::CallFourD(number, classic);
 }

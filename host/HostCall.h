@@ -14,17 +14,15 @@
 ///     return call->param1;
 class HostCall {
   public:
-    explicit HostCall(SelectorPair selector)
-        : HostCall(selector, selector.engine != 0 && (selector.classic == 0 || gHost.HasEngine())) {
-    }
+    /// The engine call on hosts that take it, if the service has one, else the classic call.
+    explicit HostCall(Selector selector) : HostCall(selector, gHost.HasEngine()) {}
+    /// The same for a caller that decides by itself when the engine call is wanted.
+    HostCall(Selector selector, bool wantsEngine)
+        : HostCall(wantsEngine && selector.engine != 0 ? selector.engine : selector.classic,
+                   wantsEngine && selector.engine != 0) {}
 
     HostCall(const HostCall&) = delete;
     HostCall& operator=(const HostCall&) = delete;
-
-    /// A call that stays classic on every host, although the selector has an engine number.
-    static HostCall Classic(SelectorPair selector) { return {selector, false}; }
-    /// A call with the engine record; only for hosts from 11.0 on.
-    static HostCall Engine(SelectorPair selector) { return {selector, true}; }
 
     /// The fields that both records share.
     CallFields* operator->() { return fields; }
@@ -34,15 +32,14 @@ class HostCall {
     unsigned char* ValueText() { return engineCall ? engine.valueText : classic.valueText; }
 
     /// Calls the host; answers what the call-back returns. The host's result code is in `error`:
-    /// -50 when the service needs the engine call-back and the host has none.
+    /// -50 when there is no such call, as when the host has no engine call-back for it.
     long Send();
 
-    /// The next call goes to another selector, with the record as it now is.
-    void GoOnWith(SelectorPair next) { number = engineCall ? next.engine : next.classic; }
+    /// The next call goes to another service, with the record as it now is.
+    void GoOnWith(Selector next) { number = engineCall ? next.engine : next.classic; }
 
-  private:
-    HostCall(SelectorPair selector, bool toEngine)
-        : number(toEngine ? selector.engine : selector.classic), engineCall(toEngine) {
+  protected:
+    HostCall(short itsNumber, bool toEngine) : number(itsNumber), engineCall(toEngine) {
         if (toEngine) {
             std::memset(static_cast<void*>(&engine), 0, sizeof engine);
             fields = &engine;
@@ -56,7 +53,25 @@ class HostCall {
         ParameterBlock classic;
         FDEngineBlock engine;
     };
+
+  private:
     CallFields* fields;
     short number;
     bool engineCall;
+};
+
+/// A call that has the classic record on every host, although there may be an engine call.
+class ClassicCall : public HostCall {
+  public:
+    explicit ClassicCall(ClassicSelector selector) : HostCall(selector.number, false) {}
+
+    ParameterBlock* operator->() { return &classic; }
+};
+
+/// A call that has the engine record; only for hosts from 11.0 on.
+class EngineCall : public HostCall {
+  public:
+    explicit EngineCall(EngineSelector selector) : HostCall(selector.number, true) {}
+
+    FDEngineBlock* operator->() { return &engine; }
 };

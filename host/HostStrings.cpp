@@ -66,12 +66,11 @@ OSErr FourD::CreateFDString(FDStringBlock* string) {
         return ResultCode::BadParameter;
     }
     unsigned short empty = 0;
-    HostCall call(Select("CreateFDString"));
-    const EngineFields* const engine = call.EngineOnly();
+    EngineCall call(Select("CreateFDString"));
     call->handle = reinterpret_cast<Handle>(&empty);
     call.Send();
     if (call->error == ResultCode::NoError) {
-        *string = engine->string;
+        *string = call->string;
     }
     return call->error;
 }
@@ -80,13 +79,12 @@ OSErr FourD::SetFDString(FDStringBlock* string, const unsigned short* text) {
     if (string == nullptr || text == nullptr) {
         return ResultCode::BadParameter;
     }
-    HostCall call(Select("SetFDString"));
-    EngineFields* const engine = call.EngineOnly();
-    engine->string = *string;
+    EngineCall call(Select("SetFDString"));
+    call->string = *string;
     call->handle = reinterpret_cast<Handle>(const_cast<unsigned short*>(text));
     call.Send();
     if (call->error == ResultCode::NoError) {
-        *string = engine->string;
+        *string = call->string;
     }
     return call->error;
 }
@@ -95,8 +93,8 @@ long FourD::DisposeFDStringBlock(FDStringBlock* string) {
     if (string == nullptr) {
         return ResultCode::BadParameter;
     }
-    HostCall call(Select("DisposeFDString"));
-    call.EngineOnly()->string = *string;
+    EngineCall call(Select("DisposeFDString"));
+    call->string = *string;
     const long answer = call.Send();
     *string = {};
     return answer;

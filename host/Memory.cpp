@@ -8,10 +8,10 @@ namespace {
 enum class HandleOperation : long { New = 1, Dispose, SetSize, GetSize, Lock, Unlock };
 
 /// One call of the service: operation in param1, size in param2, handle in `handle`.
-class HandleCall : public HostCall {
+class HandleCall : public EngineCall {
   public:
     HandleCall(HandleOperation operation, char** handle, long size = 0)
-        : HostCall(Select("HandleOperation")) {
+        : EngineCall(Select("HandleOperation")) {
         (*this)->param1 = static_cast<long>(operation);
         (*this)->param2 = size;
         (*this)->handle = handle;

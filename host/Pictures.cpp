@@ -25,13 +25,12 @@ OSErr FourD::GetPictureInfo(FDPictureBlock* picture, long index, FDStringBlock* 
     if (picture == nullptr) {
         return ResultCode::BadParameter;
     }
-    HostCall call(Select("PictureData"));
-    EngineFields* const engine = call.EngineOnly();
-    engine->picture = picture;
+    EngineCall call(Select("PictureData"));
+    call->picture = picture;
     call->param1 = index;
     call.Send();
     if (call->error == ResultCode::NoError && info != nullptr) {
-        *info = engine->string;
+        *info = call->string;
     }
     return call->error;
 }
@@ -40,8 +39,8 @@ OSErr FourD::GetPictureData(FDPictureBlock* picture, long index, char** data) {
     if (picture == nullptr || data == nullptr) {
         return ResultCode::BadParameter;
     }
-    HostCall call(Select("PictureData"));
-    call.EngineOnly()->picture = picture;
+    EngineCall call(Select("PictureData"));
+    call->picture = picture;
     call->param1 = index;
     call->handle = data;
     call.Send();
@@ -101,14 +100,14 @@ long FourD::FindFDPictureReprForType(FDPictureBlock* picture, unsigned long* typ
 }
 
 char** FourD::CreateNativeBitmapImage(FDPictureBlock* picture) {
-    HostCall call(Select("CreateNativeBitmapImage"));
-    call.EngineOnly()->picture = picture;
+    EngineCall call(Select("CreateNativeBitmapImage"));
+    call->picture = picture;
     call.Send();
     return call->handle;
 }
 
 long FourD::DisposePictureV11(FDPictureBlock* picture) {
-    HostCall call(Select("DisposePicture"));
-    call.EngineOnly()->picture = picture;
+    EngineCall call(Select("DisposePicture"));
+    call->picture = picture;
     return call.Send();
 }

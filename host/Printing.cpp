@@ -7,13 +7,13 @@
 
 namespace {
 
-OSErr SendForError(SelectorPair selector) {
+OSErr SendForError(Selector selector) {
     HostCall call(selector);
     call.Send();
     return call->error;
 }
 
-unsigned char SendForFlag(SelectorPair selector) {
+unsigned char SendForFlag(Selector selector) {
     HostCall call(selector);
     call.Send();
     return call->param1 != 0 ? 1 : 0;

@@ -23,7 +23,7 @@ constexpr short showCommand = 325;
 constexpr short hideCommand = 324;
 
 /// Sends a call that takes nothing but a number.
-long SendWithNumber(SelectorPair selector, long number) {
+long SendWithNumber(Selector selector, long number) {
     HostCall call(selector);
     call->param1 = number;
     return call.Send();
@@ -97,7 +97,7 @@ long FourD::GetNumProcesses() {
 }
 
 long FourD::GetNumActiveProcesses() {
-    HostCall call = HostCall::Classic(Select("ProcessCounts"));
+    ClassicCall call(Select("ProcessCounts"));
     call.Send();
     return call->param2;
 }
@@ -155,7 +155,7 @@ long FourD::FindProcess(const char* name) {
 }
 
 unsigned char FourD::IsUserProcess(long proc) {
-    HostCall call = HostCall::Classic(Select("ProcessInfo"));
+    ClassicCall call(Select("ProcessInfo"));
     call->param1 = proc;
     call.Send();
     if (call->param2 < 0) {
@@ -251,9 +251,9 @@ OSErr FourD::CheckFreeStack(long needed, long* free) {
 }
 
 long FourD::ExecuteOnMainThreadV11(void (*proc)(void*), void* arg) {
-    HostCall call(Select("ExecuteOnMainThread"));
-    call.EngineOnly()->mainThreadProc = proc;
-    call.EngineOnly()->mainThreadArg = arg;
+    EngineCall call(Select("ExecuteOnMainThread"));
+    call->mainThreadProc = proc;
+    call->mainThreadArg = arg;
     return call.Send();
 }
 

@@ -15,7 +15,7 @@ constexpr long LongestText = 32000;
 
 /// A call about a table, or a field of it.
 struct TableCall : HostCall {
-    TableCall(SelectorPair selector, short table, short field = 0) : HostCall(selector) {
+    TableCall(Selector selector, short table, short field = 0) : HostCall(selector) {
         (*this)->table = table;
         (*this)->field = field;
     }
@@ -34,7 +34,7 @@ struct TableCall : HostCall {
     }
 };
 
-OSErr SendRecordCall(SelectorPair selector, short table, long record, unsigned char a,
+OSErr SendRecordCall(Selector selector, short table, long record, unsigned char a,
                      unsigned char b) {
     TableCall call(selector, table);
     call->recordNumber = record;

@@ -51,13 +51,19 @@ struct CallFields {
     ValueFields value;
 };
 
-/// The classic record.
-struct ParameterBlock : CallFields {
-    unsigned char valueText[142]; ///< Pascal string that ends the value area
+/// What a call about a variable has where others have a text.
+struct VariableFields {
+    unsigned char unused[88];
+    unsigned char flag; ///< sent along with a variable's new value
 };
 
-/// Where in the classic record's valueText the flag lies that goes with a variable's new value.
-inline constexpr size_t VariableFlagPlace = 88;
+/// The classic record.
+struct ParameterBlock : CallFields {
+    union {
+        unsigned char valueText[142]; ///< Pascal string that ends the value area
+        VariableFields variable;
+    };
+};
 
 /// What the engine record carries in front of the shared fields.
 struct EngineFields {
@@ -108,7 +114,7 @@ static_assert(offsetof(ParameterBlock, param3) == 280);
 static_assert(offsetof(ParameterBlock, param4) == 284);
 static_assert(offsetof(ParameterBlock, value) == 288);
 static_assert(offsetof(ParameterBlock, valueText) == 310);
-static_assert(offsetof(ParameterBlock, valueText) + VariableFlagPlace == 398);
+static_assert(offsetof(ParameterBlock, variable.flag) == 398);
 
 static_assert(sizeof(FDEngineBlock) == 1474);
 static_assert(offsetof(FDEngineBlock, uniName) == 0);

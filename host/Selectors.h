@@ -215,9 +215,9 @@ inline constexpr SelectorPair SelectorTable[] = {
     {"DialogGetTableField", -238, 0},
     {"DialogSetTableField", -263, 0},
 
-    // The structure's resources: the numbers -310 to -326, -342 to -348, -392 and -417, of which
-    // five have an engine call. Which number is whose is settled here; those that no operation
-    // sends are reserved.
+    // The structure's resources: the host gives them the numbers -310 to -326, -342 to -348, -392
+    // and -417, and five of them an engine call. Which number is whose is settled here; no
+    // operation sends -342 to -346, -392 and -417.
     {"OpenResFile", -310, -310},
     {"CreateResFile", -311, 0},
     {"CloseResFile", -312, -312},
@@ -235,15 +235,8 @@ inline constexpr SelectorPair SelectorTable[] = {
     {"AddRes", -324, 0},
     {"DelRes", -325, 0},
     {"UpdateResFile", -326, 0},
-    {"Reserved342", -342, 0},
-    {"Reserved343", -343, 0},
-    {"Reserved344", -344, 0},
-    {"Reserved345", -345, 0},
-    {"Reserved346", -346, 0},
     {"UniqueResID", -347, -347},
     {"ResTimestamp", -348, 0},
-    {"Reserved392", -392, 0},
-    {"Reserved417", -417, 0},
 };
 
 /// The named selector; a name that is not in the table does not compile.
@@ -255,6 +248,32 @@ consteval SelectorPair Select(std::string_view name) {
     }
     throw "no selector of this name";
 }
+
+/// The number of a call; 0, which is none, does not compile.
+consteval short NumberOfCall(short number) {
+    return number != 0 ? number : throw "the host has no such call of this service";
+}
+
+// What the calls of host/HostCall.h are made with. A row of the table becomes one at compile time,
+// and only when the service has the call: so nothing that is chosen at run time, in another table
+// of such selectors, can be without a number.
+
+/// A service for every host: its engine number is 0 where it has the classic call alone.
+struct Selector : SelectorPair {
+    consteval Selector(SelectorPair row) : SelectorPair(row) { NumberOfCall(classic); }
+};
+
+/// The call with the classic record, whatever the host.
+struct ClassicSelector {
+    short number;
+    consteval ClassicSelector(SelectorPair row) : number(NumberOfCall(row.classic)) {}
+};
+
+/// The call with the engine record.
+struct EngineSelector {
+    short number;
+    consteval EngineSelector(SelectorPair row) : number(NumberOfCall(row.engine)) {}
+};
 
 /// The selector that carries `number` in a classic (or engine) call; null when there is none.
 constexpr const SelectorPair* FindSelector(long number, bool engine) {

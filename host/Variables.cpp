@@ -14,17 +14,17 @@ namespace {
 /// What the setters of a single type send along with the value; what it means is the host's.
 constexpr unsigned char SetterFlag = 1;
 
-OSErr Exchange(SelectorPair selector, const unsigned char* name, ValueBlock* value,
+OSErr Exchange(ClassicSelector selector, const unsigned char* name, ValueBlock* value,
                unsigned char flag = 0) {
-    HostCall call(selector);
+    ClassicCall call(selector);
     _CopyPStr(name, call->name);
     call->handle = reinterpret_cast<Handle>(value);
-    call.ValueText()[VariableFlagPlace] = flag;
+    call->variable.flag = flag;
     call.Send();
     return call->error;
 }
 
-OSErr ReadLong(SelectorPair selector, const unsigned char* name, long* number) {
+OSErr ReadLong(ClassicSelector selector, const unsigned char* name, long* number) {
     ValueBlock value{};
     const OSErr error = Exchange(selector, name, &value);
     if (error != ResultCode::NoError) {

@@ -37,20 +37,20 @@ bool IsVisible(const GrafPort* window) {
 }
 
 /// Window that a call answers in `handle`.
-GrafPort* AnsweredWindow(SelectorPair selector) {
+GrafPort* AnsweredWindow(Selector selector) {
     HostCall call(selector);
     call.Send();
     return reinterpret_cast<GrafPort*>(Handle{call->handle});
 }
 
-unsigned char AskFlag(SelectorPair selector, GrafPort* window) {
+unsigned char AskFlag(Selector selector, GrafPort* window) {
     HostCall call(selector);
     call->handle = reinterpret_cast<Handle>(window);
     call.Send();
     return call->flag1;
 }
 
-OSErr SendFlag(SelectorPair selector, GrafPort* window, unsigned char on) {
+OSErr SendFlag(Selector selector, GrafPort* window, unsigned char on) {
     HostCall call(selector);
     call->handle = reinterpret_cast<Handle>(window);
     call->flag1 = on;

@@ -203,6 +203,22 @@ TEST_P(EnvironmentTest, RunsCodeOnTheMainThreadOfNewerHosts) {
     EXPECT_EQ(calls, 1);
 }
 
+// 0 is the number that no service has.
+TEST_P(EnvironmentTest, NothingIsSentWhereThereIsNoSuchCall) {
+    host.log.Clear();
+    HostCall call(Select("ProcessCounts"));
+    call.GoOnWith(Select("UpdateVariables")); // which has the classic call alone
+    call.Send();
+    EXPECT_EQ(host.log.Calls().size(), host.HasEngine() ? 0U : 1U);
+    EXPECT_EQ(call->error, host.HasEngine() ? -50 : 0);
+    EngineCall engineCall(Select("ExecuteOnMainThread"));
+    if (!host.HasEngine()) {
+        EXPECT_EQ(engineCall.Send(), 0);
+        EXPECT_EQ(engineCall->error, -50);
+        EXPECT_EQ(FourD::NewHandleV11(1), nullptr);
+    }
+}
+
 // Two rows that shared a number would make a call ambiguous for the host.
 TEST(SelectorTableTest, NumbersAndNamesAreUnique) {
     std::map<std::string_view, int> names;

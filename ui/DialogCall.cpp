@@ -14,11 +14,6 @@ constexpr size_t LongestClassicString = sizeof(ParameterBlock::valueText) - 1;
 /// Bytes that 255 units may become in any code page, with a terminator.
 constexpr size_t WidestText = 1024;
 
-HostCall CallFor(const DialogOperation& operation) {
-    return gHost.BcdVersion() >= operation.engineFrom ? HostCall::Engine(operation.selector)
-                                                      : HostCall::Classic(operation.selector);
-}
-
 /// 8-bit text of the record's UTF-16, whether the host has terminated it or not.
 void CopyUnits(unsigned short (&units)[256], char (&text)[WidestText]) {
     units[255] = 0;
@@ -29,7 +24,8 @@ void CopyUnits(unsigned short (&units)[256], char (&text)[WidestText]) {
 } // namespace
 
 DialogCall::DialogCall(const DialogOperation& itsOperation)
-    : operation(&itsOperation), call(CallFor(itsOperation)) {}
+    : operation(&itsOperation),
+      call(itsOperation.selector, gHost.BcdVersion() >= itsOperation.engineFrom) {}
 
 void DialogCall::PlaceName(const char* name) {
     if (name == nullptr) {

@@ -62,12 +62,12 @@ inline constexpr unsigned Never = 0x10000;
 /// One operation on a dialog: its selector, what goes in and what comes out.
 struct DialogOperation {
     std::string_view name;
-    SelectorPair selector;
+    Selector selector;
     DialogField::Set in;
     DialogField::Set out;
     unsigned engineFrom;
 
-    constexpr DialogOperation(std::string_view itsName, SelectorPair itsSelector,
+    constexpr DialogOperation(std::string_view itsName, Selector itsSelector,
                               DialogField::Set itsIn, DialogField::Set itsOut = DialogField::None,
                               unsigned from = EngineFrom::Eleven)
         : name(itsName),

@@ -22,7 +22,8 @@ size_t BytesInUse(const RecordFieldInfo& field, std::span<const unsigned char> r
         return std::min<size_t>(size, 1U + record[offset]);
     }
     if (field.bit == RecordField::VariableFlag) {
-        return record[offset - VariableFlagPlace] >= VariableFlagPlace ? 0 : size;
+        constexpr size_t before = offsetof(VariableFields, flag);
+        return record[offset - before] >= before ? 0 : size;
     }
     return size;
 }

@@ -46,7 +46,7 @@ constexpr RecordFieldInfo fieldTable[] = {
     {RecordField::ValueText, "valueText", Type::PascalString, false,
      offsetof(ParameterBlock, valueText), 0},
     {RecordField::VariableFlag, "variableFlag", Type::Number, false,
-     offsetof(ParameterBlock, valueText) + VariableFlagPlace, 1},
+     offsetof(ParameterBlock, variable.flag), 1},
 };
 
 #pragma GCC diagnostic pop
