@@ -20,8 +20,8 @@ constexpr unsigned long ClientBit = 1UL << 26;
 constexpr unsigned long CallerCompiledBit = 1UL << 27;
 constexpr unsigned long MessagesBit = 1UL << 28;
 
-/// "TSAF" in memory order. Hosts after 11.x answer the quick form of ProgramInfo to it.
-constexpr long FastMarker = 0x46415354;
+/// "TSAF" in memory order, which goes with ProgramInfo to hosts after 11.x. Why is their affair.
+constexpr long ProgramInfoMarker = 0x46415354;
 
 /// Bytes of a path's buffer, with the terminator.
 constexpr long PathCapacity = 261;
@@ -47,9 +47,7 @@ unsigned char AnyOf(unsigned long word, unsigned long bits) {
 
 /// Program information through the engine record, always without the marker.
 unsigned long EngineProgramInfo() {
-    EngineCall call(Select("ProgramInfo"));
-    call.Send();
-    return static_cast<unsigned long>(call->param1);
+    return static_cast<unsigned long>(EngineCall(Select("ProgramInfo")).SendForNumber());
 }
 
 long SwitchEnvironment(Selector selector, unsigned char mode) {
@@ -150,50 +148,37 @@ void FourD::Get4DVersion(long* major, long* minor, long* fix) {
     const auto version = static_cast<unsigned long>(GetVersion());
     // Deliberate: the parts are sign-extended, so a digit of 8 or 9 comes back negative; callers
     // compare them as they are.
-    const auto part = [version](int left, int right) {
-        return static_cast<long>(version << left) >> right;
+    const auto store = [version](long* part, int left, int right) {
+        if (part != nullptr) {
+            *part = static_cast<long>(version << left) >> right;
+        }
     };
-    if (major != nullptr) {
-        *major = part(8, 24);
-    }
-    if (minor != nullptr) {
-        *minor = part(4, 28);
-    }
-    if (fix != nullptr) {
-        *fix = part(0, 28);
-    }
+    store(major, 8, 24);
+    store(minor, 4, 28);
+    store(fix, 0, 28);
 }
 
 long FourD::Get4DProgram() {
-    ClassicCall call(Select("ProgramInfo"));
-    call.Send();
-    return call->param1;
+    return ClassicCall(Select("ProgramInfo")).SendForNumber();
 }
 
 void FourD::VersToVers4D(unsigned long version, unsigned char* out) {
+    if (out == nullptr) {
+        return;
+    }
     const auto byteAt = [version](int shift) {
         return static_cast<unsigned char>(version >> shift);
     };
-    const auto stageLetter = [](unsigned char stage) -> unsigned char {
-        switch (stage) {
-        case 0x20:
-            return 'D';
-        case 0x40:
-            return 'A';
-        case 0x60:
-            return 'B';
-        case 0x80:
-            return 'F';
-        default:
-            return '0';
-        }
-    };
+    constexpr std::pair<unsigned char, char> Stages[] = {
+        {0x20, 'D'}, {0x40, 'A'}, {0x60, 'B'}, {0x80, 'F'}};
+    const auto* const stage =
+        std::ranges::find(Stages, byteAt(8), &std::pair<unsigned char, char>::first);
     char digits[7];
     _CharToHex(byteAt(0), digits);
     _CharToHex(byteAt(24), digits + 2);
     _CharToHex(byteAt(16), digits + 4);
     out[0] = 8;
-    out[1] = stageLetter(byteAt(8));
+    out[1] = stage != std::end(Stages) ? stage->second : '0';
     out[2] = '0';
     std::memcpy(out + 3, digits, 6);
 }
@@ -224,16 +209,17 @@ long FourD::SetupMacOSEnv() {
 }
 
 long FourD::GetPlatformInterface(long* kind) {
+    if (kind == nullptr) {
+        return ResultCode::BadParameter;
+    }
     HostCall call(Select("PlatformInterface"));
-    call.Send();
-    *kind = call->param1;
-    return call->error;
+    const OSErr error = call.SendForError();
+    *kind = call->param1; // whatever the result
+    return error;
 }
 
 unsigned char FourD::Reals64() {
-    HostCall call(Select("Reals64"));
-    call.Send();
-    return call->param1 != 0 ? 1 : 0;
+    return HostCall(Select("Reals64")).SendForNumber() != 0 ? 1 : 0;
 }
 
 void** _GetMacGlobals() {
@@ -245,19 +231,19 @@ void** _GetMacGlobals() {
 unsigned long _GetProgramInfo() {
     HostCall call(Select("ProgramInfo"));
     if (gHost.BcdVersion() > 0x11FF) {
-        call->param3 = FastMarker;
+        call->param3 = ProgramInfoMarker;
     }
-    call.Send();
-    return static_cast<unsigned long>(call->param1);
+    return static_cast<unsigned long>(call.SendForNumber());
 }
 
 short _GetPluginResID() {
-    HostCall call(Select("PluginResID"));
-    call.Send();
-    return static_cast<short>(call->param1);
+    return static_cast<short>(HostCall(Select("PluginResID")).SendForNumber());
 }
 
 OSErr FourD::GetStructFile(FSSpec* spec) {
+    if (spec == nullptr) {
+        return ResultCode::BadParameter;
+    }
     ZeroFileSpec(spec);
     const FSSpec& kept = gHost.structureFile;
     if (Is4DClient() != 0 || kept.name[0] == 0) {
@@ -272,6 +258,9 @@ OSErr FourD::GetStructFolder(FSSpec* spec) {
 
 OSErr FourD::GetDataFile(FSSpec* spec) {
     constexpr short DataFileCommand = 490;
+    if (spec == nullptr) {
+        return ResultCode::BadParameter;
+    }
     ZeroFileSpec(spec);
     if (Is4DClient() != 0) {
         return ResultCode::FileNotFound;
@@ -312,19 +301,13 @@ long FourD::GetAppType() {
 OSErr FourD::Get4DFolderPath(char* path, long kind, unsigned char create) {
     constexpr long FolderMarker = 0x47344446; // "FD4G" in memory order
     HostCall call(Select("HostFolderPath"));
-    call->param1 = kind;
-    call->param2 = create;
     call->param3 = FolderMarker;
-    call.Send();
-    if (call->error == ResultCode::NoError) {
-        TakePath(call, path);
-    }
-    return call->error;
+    return call.PutNumbers(kind, create).SendThen(path, [&] { TakePath(call, path); });
 }
 
 OSErr FourD::Get4DFolderPath(unsigned char* path, long kind, unsigned char create) {
     char text[PathCapacity];
-    const OSErr error = Get4DFolderPath(text, kind, create);
+    const OSErr error = Get4DFolderPath(path != nullptr ? text : nullptr, kind, create);
     if (error == ResultCode::NoError) {
         _CopyC2PStr(text, path);
     }
@@ -332,6 +315,9 @@ OSErr FourD::Get4DFolderPath(unsigned char* path, long kind, unsigned char creat
 }
 
 long _GetStructurePaths(char* folder, char* file) {
+    if (folder == nullptr || file == nullptr) {
+        return ResultCode::BadParameter;
+    }
     HostCall folderCall(Select("StructureFolderPath"));
     folderCall.Send();
     TakePath(folderCall, folder);
@@ -349,8 +335,11 @@ long _GetStructurePaths(char* folder, char* file) {
 }
 
 void _GetPrefsFolderPath(char* path) {
-    path[0] = '\0';
+    if (path == nullptr) {
+        return;
+    }
     if (gHost.HasEngine()) {
+        path[0] = '\0';
         FourD::Get4DFolderPath(path, 0, 0);
         return;
     }
@@ -359,10 +348,6 @@ void _GetPrefsFolderPath(char* path) {
     call->param2 = PathMarker;
     call->param3 = reinterpret_cast<long>(path);
     call->param4 = PathCapacity;
-    call.Send();
-    if (call->error != ResultCode::NoError) {
-        path[0] = '\0';
-        return;
-    }
-    path[std::clamp(long{call->param4}, 0L, PathCapacity - 1)] = '\0';
+    const long length = call.SendForError() == ResultCode::NoError ? call->param4 : 0;
+    path[std::clamp(length, 0L, PathCapacity - 1)] = '\0';
 }

@@ -3,8 +3,6 @@
 #include "platform/ResultCodes.h"
 #include "shell/Strings.h"
 
-#include <algorithm>
-
 // Values as text: selector 47, a classic call on every host. The record says
 //
 //     field      type of the value (ValueType): real, date, boolean, long, time or string
@@ -18,51 +16,39 @@
 
 namespace {
 
-constexpr long MaxValueText = sizeof(ParameterBlock::valueText) - 1;
-
-/// Sends a call that holds its value; the text goes into `out`, which is empty on error.
-OSErr Send(HostCall& call, unsigned char type, unsigned char* out) {
-    call->field = type;
-    call.Send();
-    out[0] = 0;
-    if (call->error == ResultCode::NoError) {
-        unsigned char* const text = call.ValueText();
-        text[0] = static_cast<unsigned char>(std::min<long>(text[0], MaxValueText));
-        _CopyPStr(text, out);
+/// `dateFormat` is the number of a date's or time's format.
+struct FormatCall : HostCall {
+    FormatCall(unsigned char type, const unsigned char* format, long dateFormat = 0)
+        : HostCall(Select("FormatValue")) {
+        (*this)->field = type;
+        (*this)->param1 = dateFormat;
+        if (format != nullptr) {
+            PutName(format);
+        }
     }
-    return call->error;
-}
-
-OSErr SendWithFormat(HostCall& call, unsigned char type, const unsigned char* format,
-                     unsigned char* out) {
-    if (format != nullptr) {
-        _CopyPStr(format, call->name);
-    }
-    return Send(call, type, out);
-}
+};
 
 OSErr SwapReal(Selector selector, REAL_U* real) {
+    if (real == nullptr) {
+        return ResultCode::BadParameter;
+    }
     HostCall call(selector);
     call->value.real = *real;
-    call.Send();
-    if (call->error == ResultCode::NoError) {
-        *real = call->value.real;
-    }
-    return call->error;
+    return call.SendThen(real, [&] { *real = call->value.real; });
 }
 
 } // namespace
 
 OSErr FourD::Long2String(long value, unsigned char* format, unsigned char* out) {
-    HostCall call(Select("FormatValue"));
+    FormatCall call(ValueType::Long, format);
     call->value.number = value;
-    return SendWithFormat(call, ValueType::Long, format, out);
+    return call.SendForText(out);
 }
 
 OSErr FourD::REAL2String(REAL_U value, unsigned char* format, unsigned char* out) {
-    HostCall call(Select("FormatValue"));
+    FormatCall call(ValueType::Real, format);
     call->value.real = value;
-    return SendWithFormat(call, ValueType::Real, format, out);
+    return call.SendForText(out);
 }
 
 OSErr FourD::Double2String(double value, unsigned char* format, unsigned char* out) {
@@ -70,34 +56,36 @@ OSErr FourD::Double2String(double value, unsigned char* format, unsigned char* o
 }
 
 OSErr FourD::Boolean2String(unsigned char value, unsigned char* format, unsigned char* out) {
-    HostCall call(Select("FormatValue"));
+    FormatCall call(ValueType::Boolean, format);
     call->value.small = value;
-    return SendWithFormat(call, ValueType::Boolean, format, out);
+    return call.SendForText(out);
 }
 
 OSErr FourD::String2String(unsigned char* text, unsigned char* format, unsigned char* out) {
-    if (text[0] > MaxValueText) {
+    if (text == nullptr || out == nullptr) {
+        return ResultCode::BadParameter;
+    }
+    if (text[0] >= sizeof(ParameterBlock::valueText)) {
         // The record cannot hold it, and cutting it would lose characters: it stays as it is.
         _CopyPStr(text, out);
         return ResultCode::NoError;
     }
-    HostCall call(Select("FormatValue"));
-    _CopyPStr(text, call.ValueText());
-    return SendWithFormat(call, ValueType::String, format, out);
+    return FormatCall(ValueType::String, format).PutText(text).SendForText(out);
 }
 
 OSErr FourD::Date2String(DateBlock* date, long format, unsigned char* out) {
-    HostCall call(Select("FormatValue"));
+    if (date == nullptr) {
+        return ResultCode::BadParameter;
+    }
+    FormatCall call(ValueType::Date, nullptr, format);
     call->value.date = *date;
-    call->param1 = format;
-    return Send(call, ValueType::Date, out);
+    return call.SendForText(out);
 }
 
 OSErr FourD::Time2String(long seconds, long format, unsigned char* out) {
-    HostCall call(Select("FormatValue"));
+    FormatCall call(ValueType::Time, nullptr, format);
     call->value.number = seconds;
-    call->param1 = format;
-    return Send(call, ValueType::Time, out);
+    return call.SendForText(out);
 }
 
 OSErr FourD::SwapReal64To80(REAL_U* real) {

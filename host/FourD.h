@@ -9,7 +9,10 @@ struct FieldData;
 struct FieldInfo;
 
 /// Everything asked of the host: static wrappers, mostly one host call each. None of them throws; a
-/// service that the host refuses answers what its record holds, which is zero.
+/// service that the host refuses answers what its record holds, which is zero. A null name, value
+/// or place for a result reaches nobody: -50 where the host's result is answered, 0 where a number
+/// or truth value is. Where null means something (a result that is not wanted, no handle, no
+/// window), that is said. Only the operations on resources and styles need what they are given.
 class FourD {
   public:
     // --- The two call functions -----------------------------------------------------------
@@ -90,7 +93,7 @@ class FourD {
 
     /// Starts a process whose body is `proc`, a HOST_CALL function without arguments. The name is
     /// cut to what the record holds; the stack size is in bytes. Stores the new process's number,
-    /// 0 on failure; answers the host's result code.
+    /// 0 on failure, unless `procNum` is null; answers the host's result code.
     static OSErr NewXProcess(void* proc, const char* name, long stackSize, long* procNum);
     static OSErr NewXProcess(char* proc, const unsigned char* name, long stackSize, long* procNum);
     /// Ends the calling process; answers what the call returns.
@@ -176,7 +179,7 @@ class FourD {
     static long GetProcIndex(unsigned char* name);
     /// Executes a method by number; answers what the call returns.
     static long ExecIndProc(long index);
-    /// Executes a method by number with a parameter handle, which stays the caller's.
+    /// Executes a method by number with a parameter handle, which stays the caller's; may be null.
     static OSErr CallMethodID(long id, long arg, char** params);
     /// Lets the user edit a formula for a table; true when it was accepted, and then `*formula`
     /// (may be null, else a handle of its text) holds the new text.
@@ -485,8 +488,9 @@ class FourD {
 
     // --- Windows --------------------------------------------------------------------------
 
-    // The host's windows, in one front-to-back list. Null for no window; a null window has no kind,
-    // and nothing is true of it.
+    // The host's windows, in one front-to-back list. Null for no window; a null window has no kind
+    // and is not in the list. What only the host knows it is asked of null, too, and its answer
+    // stands: owner, focus, method editor, dialog.
 
     /// First window of the list; null without host globals. Both do the same.
     static GrafPort* LMGetWindowList();
@@ -536,7 +540,7 @@ class FourD {
     static unsigned char IsProcEditWindow(GrafPort* window);
     static GrafPort* GetFrontmostProcEditWindow();
     static TEHandle GetProcEditTE(GrafPort* window);
-    /// The same with the host's result code.
+    /// The same with the host's result code; null on error.
     static OSErr GetProcEditTEHandle(GrafPort* window, TEHandle* te);
     /// The line that the method editor's window shows as current (selector 133, error).
     static short CalcProcEditLine(GrafPort* window);

@@ -2,16 +2,16 @@
 
 #include "host/HostState.h"
 #include "host/Selectors.h"
+#include "platform/ResultCodes.h"
 
 #include <cstring>
 
 /// Record of one host call, on the caller's stack: zero-filled, of the kind that the selector
 /// and the host's version ask for.
 ///
-///     HostCall call(Select("WindowProcess"));
-///     call->handle = window;
-///     call.Send();
-///     return call->param1;
+///     HostCall call(Select("NextEvent"));
+///     call.PutNumbers(mask, 3).PutAddress(event).Send();
+///     return call->param4;
 class HostCall {
   public:
     /// The engine call on hosts that take it, if the service has one, else the classic call.
@@ -31,9 +31,65 @@ class HostCall {
     /// The Pascal string that ends the value area, at most 141 (engine: 91) characters.
     unsigned char* ValueText() { return engineCall ? engine.valueText : classic.valueText; }
 
-    /// Calls the host; answers what the call-back returns. The host's result code is in `error`:
-    /// -50 when there is no such call, as when the host has no engine call-back for it.
+    HostCall& PutNumbers(long param1, long param2 = 0);
+    /// Window in `handle`; null for none.
+    HostCall& PutWindow(GrafPort* window);
+
+    // What a service cannot do without: nothing is sent where it is null.
+
+    HostCall& Require(const void* argument);
+    /// Pascal string in `name`.
+    HostCall& PutName(const unsigned char* name);
+    /// Pascal string where a call's text goes: the one that ends the value area, cut to 141
+    /// characters, or uniText.
+    HostCall& PutText(const unsigned char* text);
+    /// Address in `handle`.
+    HostCall& PutAddress(const void* address);
+
+    /// Calls the host; answers what the call-back returns. The host's result code is in `error`.
+    /// Both are -50 when nothing is sent, as when the host has no engine call-back for it.
     long Send();
+    /// The same, answered by the result code.
+    OSErr SendForError();
+    /// The same, answered by param1.
+    long SendForNumber();
+
+    /// The same, answered by the result code; without an error `take` then stores the answer.
+    /// Where there is no place for it nothing is sent, and the result is -50.
+    template <typename Take>
+    OSErr SendThen(const void* place, Take take) {
+        if (place == nullptr) {
+            return ResultCode::BadParameter;
+        }
+        const OSErr error = SendForError();
+        if (error == ResultCode::NoError) {
+            take();
+        }
+        return error;
+    }
+
+    /// The same; on error the answer is `failed`.
+    template <typename Answer, typename Take>
+    OSErr SendThen(Answer* place, Answer failed, Take take) {
+        if (place != nullptr) {
+            *place = failed;
+        }
+        return SendThen(place, take);
+    }
+
+    // With SendThen: param1; `handle`, on error null; `name` and TakeText, 256 bytes, on error
+    // empty.
+
+    template <typename Number>
+    OSErr SendForNumber(Number* answer, Number failed = 0) {
+        return SendThen(answer, failed, [&] { *answer = static_cast<Number>(fields->param1); });
+    }
+    OSErr SendForHandle(Handle* answer);
+    OSErr SendForName(unsigned char* name);
+    OSErr SendForText(unsigned char* text);
+
+    /// Text that the host left where PutText puts it, whatever length it claims.
+    void TakeText(unsigned char* text);
 
     /// The next call goes to another service, with the record as it now is.
     void GoOnWith(Selector next) { number = engineCall ? next.engine : next.classic; }

@@ -2,10 +2,8 @@
 
 #include "host/FourD.h"
 #include "host/HostCall.h"
-#include "platform/ResultCodes.h"
 #include "shell/Strings.h"
 
-#include <algorithm>
 #include <memory>
 #include <new>
 
@@ -55,38 +53,24 @@ OSErr ConvertCharacters(long direction, const void* source, void* target) {
     call->param2 = Option;
     call->param3 = reinterpret_cast<long>(source);
     call->param4 = reinterpret_cast<long>(target);
-    call.Send();
-    return call->error;
+    return call.SendForError();
 }
 
 } // namespace
 
 OSErr FourD::CreateFDString(FDStringBlock* string) {
-    if (string == nullptr) {
-        return ResultCode::BadParameter;
-    }
-    unsigned short empty = 0;
+    const unsigned short empty = 0;
     EngineCall call(Select("CreateFDString"));
-    call->handle = reinterpret_cast<Handle>(&empty);
-    call.Send();
-    if (call->error == ResultCode::NoError) {
-        *string = call->string;
-    }
-    return call->error;
+    return call.PutAddress(&empty).SendThen(string, [&] { *string = call->string; });
 }
 
 OSErr FourD::SetFDString(FDStringBlock* string, const unsigned short* text) {
-    if (string == nullptr || text == nullptr) {
+    if (string == nullptr) {
         return ResultCode::BadParameter;
     }
     EngineCall call(Select("SetFDString"));
     call->string = *string;
-    call->handle = reinterpret_cast<Handle>(const_cast<unsigned short*>(text));
-    call.Send();
-    if (call->error == ResultCode::NoError) {
-        *string = call->string;
-    }
-    return call->error;
+    return call.PutAddress(text).SendThen(string, [&] { *string = call->string; });
 }
 
 long FourD::DisposeFDStringBlock(FDStringBlock* string) {
@@ -120,26 +104,18 @@ OSErr FourD::CopyStringBufferToFDString(const char* text, long length, FDStringB
 }
 
 OSErr FourD::CopyCStringToFDString(const char* text, FDStringBlock* string) {
-    if (text == nullptr || string == nullptr) {
-        return ResultCode::BadParameter;
-    }
-    return CopyStringBufferToFDString(text, static_cast<long>(std::strlen(text)), string);
+    const auto length = text != nullptr ? static_cast<long>(std::strlen(text)) : 0;
+    return CopyStringBufferToFDString(text, length, string);
 }
 
 OSErr FourD::CopyFDStringToCString(FDStringBlock* string, char* out, long size) {
     if (string == nullptr || out == nullptr || size < 1) {
         return ResultCode::BadParameter;
     }
-    out[0] = '\0';
-    if (string->length == 0) {
-        return ResultCode::NoError;
-    }
-    const long room = size - 1; // 0 would only count
-    const long written = room > 0 && string->units != nullptr
-                             ? ToBytes(string->units, string->length, out, room)
-                             : 0;
+    const bool fits = size > 1 && string->units != nullptr; // room for 0 bytes would only count
+    const long written = fits ? ToBytes(string->units, string->length, out, size - 1) : 0;
     out[written] = '\0'; // a text that does not fit may have left its beginning
-    return written > 0 ? ResultCode::NoError : ResultCode::BadParameter;
+    return string->length == 0 || written > 0 ? ResultCode::NoError : ResultCode::BadParameter;
 }
 
 OSErr FourD::CopyFDStringToPStr(FDStringBlock* string, unsigned char* out) {
@@ -162,10 +138,8 @@ OSErr FourD::CopyCharsBuffToUniChars(const char* text, long length, unsigned sho
 }
 
 OSErr FourD::CopyCharsToUniChars(const char* text, unsigned short* out) {
-    if (text == nullptr) {
-        return ResultCode::BadParameter;
-    }
-    return CopyCharsBuffToUniChars(text, static_cast<long>(std::strlen(text)), out);
+    const auto length = text != nullptr ? static_cast<long>(std::strlen(text)) : 0;
+    return CopyCharsBuffToUniChars(text, length, out);
 }
 
 OSErr FourD::CopyPStrToUniChars(const unsigned char* text, unsigned short* out) {
@@ -179,13 +153,9 @@ OSErr FourD::CopyUniCharsToChars(const unsigned short* text, char* out) {
     if (text == nullptr || out == nullptr) {
         return ResultCode::BadParameter;
     }
-    if (text[0] == 0) {
-        out[0] = '\0';
-        return ResultCode::NoError;
-    }
     const long length = CountUnits(text, LONG_MAX);
     const long needed = ToBytes(text, length, nullptr, 0);
-    if (needed < 1) {
+    if (length > 0 && needed < 1) {
         return ResultCode::BadParameter;
     }
     out[ToBytes(text, length, out, needed)] = '\0';
@@ -199,14 +169,12 @@ OSErr FourD::CopyUniCharsToPStr(const unsigned short* text, unsigned char* out) 
     // A Pascal string's 255 characters come out of at most as many pairs of units, each unit of
     // which makes three bytes at most.
     constexpr long MostUnits = 2 * 256;
-    unsigned short start[MostUnits + 1];
+    char bytes[3 * MostUnits + 1];
     const long length = CountUnits(text, MostUnits);
-    std::copy_n(text, length, start);
-    start[length] = 0;
-    char bytes[3 * MostUnits + 1] = "";
-    const OSErr error = CopyUniCharsToChars(start, bytes);
+    const long written = ToBytes(text, length, bytes, sizeof bytes - 1);
+    bytes[written] = '\0';
     _CopyC2PStr(bytes, out);
-    return error;
+    return length == 0 || written > 0 ? ResultCode::NoError : ResultCode::BadParameter;
 }
 
 OSErr FourD::MacToAnsiCString(const char* src, char* dst) {

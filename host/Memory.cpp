@@ -1,6 +1,5 @@
 #include "host/FourD.h"
 #include "host/HostCall.h"
-#include "platform/ResultCodes.h"
 
 namespace {
 
@@ -12,10 +11,8 @@ class HandleCall : public EngineCall {
   public:
     HandleCall(HandleOperation operation, char** handle, long size = 0)
         : EngineCall(Select("HandleOperation")) {
-        (*this)->param1 = static_cast<long>(operation);
-        (*this)->param2 = size;
         (*this)->handle = handle;
-        Send();
+        PutNumbers(static_cast<long>(operation), size).Send();
     }
 };
 
@@ -32,10 +29,7 @@ void FourD::DisposeHandleV11(char** handle) {
 }
 
 unsigned char FourD::SetHandleSizeV11(char** handle, long size) {
-    if (handle == nullptr) {
-        return 0;
-    }
-    return HandleCall(HandleOperation::SetSize, handle, size)->error == ResultCode::NoError ? 1 : 0;
+    return handle != nullptr && HandleCall(HandleOperation::SetSize, handle, size)->error == 0;
 }
 
 long FourD::GetHandleSizeV11(char** handle) {

@@ -2,7 +2,6 @@
 
 #include "host/FourD.h"
 #include "host/HostCall.h"
-#include "platform/ResultCodes.h"
 #include "shell/TextServices.h"
 
 #include <algorithm>
@@ -22,30 +21,18 @@ bool NamesType(const char* information, unsigned long type) {
 } // namespace
 
 OSErr FourD::GetPictureInfo(FDPictureBlock* picture, long index, FDStringBlock* info) {
-    if (picture == nullptr) {
-        return ResultCode::BadParameter;
-    }
     EngineCall call(Select("PictureData"));
     call->picture = picture;
-    call->param1 = index;
-    call.Send();
-    if (call->error == ResultCode::NoError && info != nullptr) {
-        *info = call->string;
-    }
-    return call->error;
+    FDStringBlock unused;
+    FDStringBlock* const place = info != nullptr ? info : &unused;
+    return call.Require(picture).PutNumbers(index).SendThen(place, [&] { *place = call->string; });
 }
 
 OSErr FourD::GetPictureData(FDPictureBlock* picture, long index, char** data) {
-    if (picture == nullptr || data == nullptr) {
-        return ResultCode::BadParameter;
-    }
     EngineCall call(Select("PictureData"));
     call->picture = picture;
-    call->param1 = index;
-    call->handle = data;
-    call.Send();
-    const bool failed = call->error == 1 || call->error == -1;
-    return failed ? ResultCode::PictureDataFailed : call->error;
+    const OSErr error = call.Require(picture).PutNumbers(index).PutAddress(data).SendForError();
+    return error == 1 || error == -1 ? ResultCode::PictureDataFailed : error;
 }
 
 long FourD::CountPictureReps(FDPictureBlock* picture) {
@@ -82,17 +69,13 @@ long FourD::FindFDPictureReprForType(FDPictureBlock* picture, unsigned long* typ
         }
         return index;
     };
-    if (types == nullptr || count < 1) {
-        return answer(0, 0);
-    }
-    unsigned long* const end = types + count;
-    const long representations = CountPictureReps(picture);
+    const long representations = types != nullptr && count > 0 ? CountPictureReps(picture) : 0;
     for (long index = 1; index <= representations; ++index) {
         char information[512];
         GetFDPictureReprInfoCString(picture, index, information, sizeof information);
-        unsigned long* const type = std::find_if(
-            types, end, [&](unsigned long each) { return NamesType(information, each); });
-        if (type != end) {
+        const auto named = [&](unsigned long type) { return NamesType(information, type); };
+        unsigned long* const type = std::find_if(types, types + count, named);
+        if (type != types + count) {
             return answer(index, *type);
         }
     }
@@ -102,12 +85,12 @@ long FourD::FindFDPictureReprForType(FDPictureBlock* picture, unsigned long* typ
 char** FourD::CreateNativeBitmapImage(FDPictureBlock* picture) {
     EngineCall call(Select("CreateNativeBitmapImage"));
     call->picture = picture;
-    call.Send();
+    call.Require(picture).Send();
     return call->handle;
 }
 
 long FourD::DisposePictureV11(FDPictureBlock* picture) {
     EngineCall call(Select("DisposePicture"));
     call->picture = picture;
-    return call.Send();
+    return call.Require(picture).Send();
 }

@@ -3,66 +3,42 @@
 #include "host/FourD.h"
 #include "host/HostCall.h"
 #include "platform/ResultCodes.h"
-#include "shell/Strings.h"
-
-namespace {
-
-OSErr SendForError(Selector selector) {
-    HostCall call(selector);
-    call.Send();
-    return call->error;
-}
-
-unsigned char SendForFlag(Selector selector) {
-    HostCall call(selector);
-    call.Send();
-    return call->param1 != 0 ? 1 : 0;
-}
-
-} // namespace
 
 OSErr FourD::AcquirePrinter() {
-    return SendForError(Select("AcquirePrinter"));
+    return HostCall(Select("AcquirePrinter")).SendForError();
 }
 
 OSErr FourD::ReleasePrinter() {
-    return SendForError(Select("ReleasePrinter"));
+    return HostCall(Select("ReleasePrinter")).SendForError();
 }
 
 unsigned char FourD::IsPrinterBusy() {
-    return SendForFlag(Select("IsPrinterBusy"));
+    return HostCall(Select("IsPrinterBusy")).SendForNumber() != 0 ? 1 : 0;
 }
 
 OSErr FourD::GetPrintInfo(char*** record) {
-    HostCall call(Select("PrintInfo"));
-    call.Send();
-    *record = call->error == ResultCode::NoError ? call->handle : nullptr;
-    return call->error;
+    return HostCall(Select("PrintInfo")).SendForHandle(record);
 }
 
 unsigned char FourD::TipsEnabled() {
-    return SendForFlag(Select("TipsEnabled"));
+    return HostCall(Select("TipsEnabled")).SendForNumber() != 0 ? 1 : 0;
 }
 
 OSErr FourD::SetTipsEnabled(unsigned char on) {
-    HostCall call(Select("SetTipsEnabled"));
-    call->param1 = on;
-    call.Send();
-    return call->error;
+    return HostCall(Select("SetTipsEnabled")).PutNumbers(on).SendForError();
 }
 
 OSErr FourD::CreateTip(const unsigned char* text) {
-    HostCall call(Select("CreateTip"));
-    _CopyPStr(text, call->name);
-    call.Send();
-    return call->error;
+    return HostCall(Select("CreateTip")).PutName(text).SendForError();
 }
 
 unsigned char FourD::EditPict(char*** picture) {
+    if (picture == nullptr) {
+        return 0;
+    }
     HostCall call(Select("EditPicture"));
     call->handle = *picture;
-    call.Send();
-    if (call->error != ResultCode::NoError || call->param1 == 0) {
+    if (call.SendForError() != ResultCode::NoError || call->param1 == 0) {
         return 0;
     }
     *picture = call->handle;

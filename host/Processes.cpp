@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr long longestName = 255;
-
 // The host's string list with the names of its own processes. The second item deliberately does
 // not tell such a process.
 constexpr short ownProcessNames = 170;
@@ -22,31 +20,13 @@ constexpr short ownProcessItems[] = {1, 3, 4, 5, 6};
 constexpr short showCommand = 325;
 constexpr short hideCommand = 324;
 
-/// Sends a call that takes nothing but a number.
-long SendWithNumber(Selector selector, long number) {
-    HostCall call(selector);
-    call->param1 = number;
-    return call.Send();
-}
-
-/// The name that the host left in a classic record, whatever length it claims.
-void TakeClassicName(HostCall& call, unsigned char* name) {
-    constexpr size_t most = sizeof(ParameterBlock::valueText) - 1;
-    const unsigned char* text = call.ValueText();
-    const size_t length = std::min<size_t>(text[0], most);
-    name[0] = static_cast<unsigned char>(length);
-    std::copy_n(text + 1, length, name + 1);
-}
-
-void StoreName(HostCall& call, const char* name) {
-    EngineFields* engine = call.EngineOnly();
-    if (engine == nullptr) {
-        _CopyC2PStrN(name, call.ValueText(), sizeof(ParameterBlock::valueText) - 1);
-        return;
+/// A name as a Pascal string in `out`; null for null.
+const unsigned char* AsPascalString(const char* name, Str255& out) {
+    if (name == nullptr) {
+        return nullptr;
     }
-    char text[longestName + 1]; // a byte becomes one unit at most
-    _CopyCStrN(name, text, longestName);
-    FourD::CopyCharsToUniChars(text, engine->uniText);
+    _CopyC2PStr(name, out);
+    return out;
 }
 
 OSErr ExecForProcess(short command, long proc) {
@@ -60,24 +40,22 @@ OSErr ExecForProcess(short command, long proc) {
 } // namespace
 
 OSErr FourD::NewXProcess(void* proc, const char* name, long stackSize, long* procNum) {
-    if (procNum != nullptr) {
-        *procNum = 0;
-    }
+    Str255 text;
     HostCall call(Select("NewProcess"));
-    call->handle = static_cast<Handle>(proc);
     call->param3 = stackSize;
-    StoreName(call, name);
-    call.Send();
-    if (call->error == 0 && procNum != nullptr) {
-        *procNum = call->param1;
-    }
-    return call->error;
+    long unused = 0;
+    return call.PutAddress(proc)
+        .PutText(AsPascalString(name, text))
+        .SendForNumber(procNum != nullptr ? procNum : &unused);
 }
 
 OSErr FourD::NewXProcess(char* proc, const unsigned char* name, long stackSize, long* procNum) {
-    char text[longestName + 1];
-    _CopyP2CStr(name, text);
-    return NewXProcess(static_cast<void*>(proc), text, stackSize, procNum);
+    char text[sizeof(Str255)];
+    if (name != nullptr) {
+        _CopyP2CStr(name, text);
+    }
+    return NewXProcess(static_cast<void*>(proc), name != nullptr ? text : nullptr, stackSize,
+                       procNum);
 }
 
 long FourD::KillXProcess() {
@@ -85,15 +63,11 @@ long FourD::KillXProcess() {
 }
 
 long FourD::CurrentProcess() {
-    HostCall call(Select("CurrentProcess"));
-    call.Send();
-    return call->param1;
+    return HostCall(Select("CurrentProcess")).SendForNumber();
 }
 
 long FourD::GetNumProcesses() {
-    HostCall call(Select("ProcessCounts"));
-    call.Send();
-    return call->param1;
+    return HostCall(Select("ProcessCounts")).SendForNumber();
 }
 
 long FourD::GetNumActiveProcesses() {
@@ -104,26 +78,19 @@ long FourD::GetNumActiveProcesses() {
 
 long FourD::GetProcessState(long proc) {
     HostCall call(Select("ProcessInfo"));
-    call->param1 = proc;
-    call.Send();
+    call.PutNumbers(proc).Send();
     return call->param2;
 }
 
 void FourD::GetProcessName(long proc, char* name) {
-    HostCall call(Select("ProcessInfo"));
-    call->param1 = proc;
-    call.Send();
-    EngineFields* engine = call.EngineOnly();
-    if (engine == nullptr) {
-        Str255 text;
-        TakeClassicName(call, text);
-        _CopyP2CStr(text, name);
+    if (name == nullptr) {
         return;
     }
-    char text[std::size(EngineFields{}.uniText) * 4] = ""; // in any code page
-    engine->uniText[std::size(engine->uniText) - 1] = 0;
-    CopyUniCharsToChars(engine->uniText, text);
-    _CopyCStrN(text, name, longestName);
+    HostCall call(Select("ProcessInfo"));
+    call.PutNumbers(proc).Send();
+    Str255 text;
+    call.TakeText(text);
+    _CopyP2CStr(text, name);
 }
 
 void FourD::GetProcessCName(long proc, char* name) {
@@ -131,13 +98,16 @@ void FourD::GetProcessCName(long proc, char* name) {
 }
 
 void FourD::GetProcessName(long proc, unsigned char* name) {
-    char text[longestName + 1];
+    if (name == nullptr) {
+        return;
+    }
+    char text[sizeof(Str255)];
     GetProcessName(proc, text);
     _CopyC2PStr(text, name);
 }
 
 long FourD::FindProcess(const unsigned char* name) {
-    const long count = GetNumProcesses();
+    const long count = name != nullptr ? GetNumProcesses() : 0;
     for (long proc = 1; proc <= count; ++proc) {
         Str255 found;
         GetProcessName(proc, found);
@@ -150,19 +120,17 @@ long FourD::FindProcess(const unsigned char* name) {
 
 long FourD::FindProcess(const char* name) {
     Str255 text;
-    _CopyC2PStr(name, text);
-    return FindProcess(text);
+    return FindProcess(AsPascalString(name, text));
 }
 
 unsigned char FourD::IsUserProcess(long proc) {
     ClassicCall call(Select("ProcessInfo"));
-    call->param1 = proc;
-    call.Send();
+    call.PutNumbers(proc).Send();
     if (call->param2 < 0) {
         return 0;
     }
     Str255 name;
-    TakeClassicName(call, name);
+    call.TakeText(name);
     const bool isOwn = std::ranges::any_of(ownProcessItems, [&](short item) {
         Str255 own;
         GetIndString(own, ownProcessNames, item);
@@ -172,14 +140,11 @@ unsigned char FourD::IsUserProcess(long proc) {
 }
 
 long FourD::BringProcessToFront(long proc) {
-    return SendWithNumber(Select("BringProcessToFront"), proc);
+    return HostCall(Select("BringProcessToFront")).PutNumbers(proc).Send();
 }
 
 void FourD::PutProcessToSleep(long proc, long duration) {
-    HostCall call(Select("PutProcessToSleep"));
-    call->param1 = proc;
-    call->param2 = duration;
-    call.Send();
+    HostCall(Select("PutProcessToSleep")).PutNumbers(proc, duration).Send();
 }
 
 void FourD::WakeupProcess(long proc) {
@@ -187,11 +152,11 @@ void FourD::WakeupProcess(long proc) {
 }
 
 void FourD::FreezeProcess(long proc) {
-    SendWithNumber(Select("FreezeProcess"), proc);
+    HostCall(Select("FreezeProcess")).PutNumbers(proc).Send();
 }
 
 void FourD::UnfreezeProcess(long proc) {
-    SendWithNumber(Select("UnfreezeProcess"), proc);
+    HostCall(Select("UnfreezeProcess")).PutNumbers(proc).Send();
 }
 
 OSErr FourD::ShowProcess(long proc) {
@@ -203,27 +168,17 @@ OSErr FourD::HideProcess(long proc) {
 }
 
 long FourD::SetWindowProcess(GrafPort* window, long proc) {
-    HostCall call(Select("SetWindowProcess"));
-    call->handle = reinterpret_cast<Handle>(window);
-    call->param1 = proc;
-    return call.Send();
+    return HostCall(Select("SetWindowProcess")).PutWindow(window).PutNumbers(proc).Send();
 }
 
 unsigned char FourD::GetNextEvent(unsigned short mask, EventRecord* event) {
     HostCall call(Select("NextEvent"));
-    call->param1 = mask;
-    call->param2 = 3; // as the host expects it
-    call->handle = reinterpret_cast<Handle>(event);
-    call.Send();
+    call.PutNumbers(mask, 3).PutAddress(event).Send(); // 3 as the host expects it
     return static_cast<unsigned char>(call->param4);
 }
 
 OSErr FourD::PostProcessEvent(long proc, EventRecord* event) {
-    HostCall call(Select("PostProcessEvent"));
-    call->param1 = proc;
-    call->handle = reinterpret_cast<Handle>(event);
-    call.Send();
-    return call->error;
+    return HostCall(Select("PostProcessEvent")).PutNumbers(proc).PutAddress(event).SendForError();
 }
 
 unsigned char FourD::IsProcessDying() {
@@ -242,23 +197,20 @@ void FourD::YieldAbsolute() {
 
 OSErr FourD::CheckFreeStack(long needed, long* free) {
     HostCall call(Select("CheckFreeStack"));
-    call->param1 = needed;
-    call.Send();
-    if (call->error == 0 && free != nullptr) {
-        *free = call->param2;
-    }
-    return call->error;
+    long unused = 0;
+    long* const left = free != nullptr ? free : &unused;
+    return call.PutNumbers(needed).SendThen(left, [&] { *left = call->param2; });
 }
 
 long FourD::ExecuteOnMainThreadV11(void (*proc)(void*), void* arg) {
     EngineCall call(Select("ExecuteOnMainThread"));
     call->mainThreadProc = proc;
     call->mainThreadArg = arg;
-    return call.Send();
+    return call.Require(reinterpret_cast<const void*>(proc)).Send();
 }
 
 long FourD::SetMessages(long on) {
-    return SendWithNumber(Select("SetMessages"), on);
+    return HostCall(Select("SetMessages")).PutNumbers(on).Send();
 }
 
 long FourD::Quit() {

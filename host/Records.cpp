@@ -1,36 +1,19 @@
+#include "data/TextBlock.h"
 #include "host/FieldData.h"
 #include "host/FourD.h"
 #include "host/HostCall.h"
-#include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "shell/Strings.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
-
-/// What a text value may hold.
-constexpr long LongestText = 32000;
 
 /// A call about a table, or a field of it.
 struct TableCall : HostCall {
     TableCall(Selector selector, short table, short field = 0) : HostCall(selector) {
         (*this)->table = table;
         (*this)->field = field;
-    }
-
-    OSErr SendForError() {
-        Send();
-        return (*this)->error;
-    }
-
-    /// param1, or `failed` when the host reports an error.
-    template <typename Number>
-    OSErr SendForNumber(Number* answer, Number failed) {
-        const OSErr error = SendForError();
-        *answer = error == ResultCode::NoError ? static_cast<Number>((*this)->param1) : failed;
-        return error;
     }
 };
 
@@ -41,15 +24,6 @@ OSErr SendRecordCall(Selector selector, short table, long record, unsigned char 
     call->flag1 = a;
     call->flag2 = b;
     return call.SendForError();
-}
-
-/// Copies a Pascal string into a field's text; false when it is too long for one.
-bool CopyToFieldText(const unsigned char* text, FieldData* data) {
-    if (text[0] > LongestAlpha) {
-        return false;
-    }
-    _CopyPStr(text, data->text);
-    return true;
 }
 
 /// A typed value as the field data to send; its handle stays the value's.
@@ -71,8 +45,11 @@ OSErr FieldDataOf(const ValueBlock& value, FieldData* data) {
         data->value.number = value.number;
         break;
     case ValueType::String:
-        return CopyToFieldText(value.string.string, data) ? ResultCode::NoError
-                                                          : ResultCode::BadParameter;
+        if (value.string.string[0] > LongestAlpha) {
+            return ResultCode::BadParameter;
+        }
+        _CopyPStr(value.string.string, data->text);
+        break;
     case ValueType::Text:
         data->handle = value.text.text;
         data->size = value.text.length;
@@ -118,7 +95,8 @@ OSErr ValueOf(const FieldData& data, ValueBlock* value) {
         _CopyPStr(data.text, value->string.string);
         break;
     case FieldType::Text:
-        value->text = {static_cast<short>(std::clamp(data.size, 0L, LongestText)), data.handle};
+        value->text = {static_cast<short>(std::clamp(data.size, 0L, long{CTextBlock::MaxLength})),
+                       data.handle};
         break;
     case FieldType::Picture:
         if (gHost.HasEngine()) {
@@ -137,11 +115,11 @@ OSErr ValueOf(const FieldData& data, ValueBlock* value) {
 } // namespace
 
 OSErr FourD::CountFiles(short* count) {
-    return TableCall(Select("CountFiles"), 0).SendForNumber(count, short{0});
+    return TableCall(Select("CountFiles"), 0).SendForNumber(count);
 }
 
 OSErr FourD::CountFields(short table, short* count) {
-    return TableCall(Select("CountFields"), table).SendForNumber(count, short{0});
+    return TableCall(Select("CountFields"), table).SendForNumber(count);
 }
 
 OSErr FourD::GetFieldType(short table, short field, short* type) {
@@ -149,34 +127,31 @@ OSErr FourD::GetFieldType(short table, short field, short* type) {
 }
 
 OSErr FourD::GetFieldInfo(short table, short field, FieldInfo* info) {
+    if (info == nullptr) {
+        return ResultCode::BadParameter;
+    }
     *info = {};
     TableCall properties(Select("FieldType"), table, field);
-    if (const OSErr error = properties.SendForError(); error != ResultCode::NoError) {
-        return error;
-    }
-    info->type = static_cast<short>(properties->param1);
-    info->length = static_cast<short>(properties->param2);
-    info->attributes = properties->param3;
     TableCall relation(Select("FieldInfo"), table, field);
-    if (const OSErr error = relation.SendForError(); error != ResultCode::NoError) {
-        return error;
-    }
-    info->relatedTable = static_cast<short>(relation->param1);
-    info->relatedField = static_cast<short>(relation->param2);
-    return ResultCode::NoError;
+    const OSErr error = properties.SendThen(info, [&] {
+        info->type = static_cast<short>(properties->param1);
+        info->length = static_cast<short>(properties->param2);
+        info->attributes = properties->param3;
+    });
+    return error != ResultCode::NoError ? error : relation.SendThen(info, [&] {
+        info->relatedTable = static_cast<short>(relation->param1);
+        info->relatedField = static_cast<short>(relation->param2);
+    });
 }
 
 OSErr FourD::GetFileName(short table, unsigned char* name) {
-    TableCall call(Select("FileName"), table);
-    const OSErr error = call.SendForError();
-    name[0] = 0;
-    if (error == ResultCode::NoError) {
-        _CopyPStr(call->name, name);
-    }
-    return error;
+    return TableCall(Select("FileName"), table).SendForName(name);
 }
 
 OSErr FourD::GetFileNameC(short table, char* name) {
+    if (name == nullptr) {
+        return ResultCode::BadParameter;
+    }
     Str255 pascalName;
     const OSErr error = GetFileName(table, pascalName);
     _CopyP2CStr(pascalName, name);
@@ -184,16 +159,21 @@ OSErr FourD::GetFileNameC(short table, char* name) {
 }
 
 OSErr FourD::GetFileFieldNum(unsigned char* name, short* table, short* field) {
+    if (table == nullptr || field == nullptr) {
+        return ResultCode::BadParameter;
+    }
+    *table = *field = 0;
     HostCall call(Select("FileFieldNumbers"));
-    _CopyPStr(name, call->name);
-    call.Send();
-    const bool found = call->error == ResultCode::NoError;
-    *table = found ? call->table : short{0};
-    *field = found ? call->field : short{0};
-    return call->error;
+    return call.PutName(name).SendThen(table, [&] {
+        *table = call->table;
+        *field = call->field;
+    });
 }
 
 OSErr FourD::GetFieldData(short table, short field, FieldData* data) {
+    if (data == nullptr) {
+        return ResultCode::BadParameter;
+    }
     *data = {};
     TableCall call(Select("GetFieldData"), table, field);
     const OSErr error = call.SendForError();
@@ -205,12 +185,14 @@ OSErr FourD::GetFieldData(short table, short field, FieldData* data) {
     data->handle = call->handle;
     const long held = data->handle != nullptr ? GetHandleSize(data->handle) : 0;
     data->size = std::clamp(long{call->param2}, 0L, std::max(held, 0L));
-    std::memcpy(data->text, call.ValueText(), sizeof data->text);
-    data->text[0] = std::min<unsigned char>(data->text[0], LongestAlpha);
+    call.TakeText(data->text);
     return ResultCode::NoError;
 }
 
 OSErr FourD::SetFieldData(short table, short field, FieldData* data) {
+    if (data == nullptr) {
+        return ResultCode::BadParameter;
+    }
     TableCall call(Select("SetFieldData"), table, field);
     call->param1 = data->type;
     switch (CarrierOf(data->type)) {
@@ -230,7 +212,7 @@ OSErr FourD::SetFieldData(short table, short field, FieldData* data) {
         if (data->text[0] > LongestAlpha) {
             return ResultCode::BadParameter;
         }
-        _CopyPStr(data->text, call.ValueText());
+        call.PutText(data->text);
         break;
     case FieldCarrier::Bytes:
         call->handle = data->handle;
@@ -243,6 +225,9 @@ OSErr FourD::SetFieldData(short table, short field, FieldData* data) {
 }
 
 void FourD::DisposeFieldData(FieldData* data) {
+    if (data == nullptr) {
+        return;
+    }
     if (data->handle != nullptr) {
         DisposeHandle(data->handle);
     }
@@ -250,6 +235,9 @@ void FourD::DisposeFieldData(FieldData* data) {
 }
 
 OSErr FourD::GetFieldData(short table, short field, ValueBlock* value) {
+    if (value == nullptr) {
+        return ResultCode::BadParameter;
+    }
     *value = {};
     FieldData data;
     OSErr error = GetFieldData(table, field, &data);
@@ -266,13 +254,16 @@ OSErr FourD::GetFieldData(short table, short field, ValueBlock* value) {
 }
 
 OSErr FourD::SetFieldData(short table, short field, ValueBlock* value) {
+    if (value == nullptr) {
+        return ResultCode::BadParameter;
+    }
     FieldData data;
     const OSErr error = FieldDataOf(*value, &data);
     return error == ResultCode::NoError ? SetFieldData(table, field, &data) : error;
 }
 
 OSErr FourD::RecordsInSelection(short table, long* count) {
-    return TableCall(Select("RecordsInSelection"), table).SendForNumber(count, 0L);
+    return TableCall(Select("RecordsInSelection"), table).SendForNumber(count);
 }
 
 OSErr FourD::GotoSelectedRecord(short table, long n, unsigned char a, unsigned char b) {
@@ -287,12 +278,13 @@ OSErr FourD::GotoRecord(short table, long record, unsigned char a, unsigned char
 
 OSErr FourD::RecordNumber(short table, long* record) {
     TableCall call(Select("RecordNumber"), table);
-    const OSErr error = call.SendForError();
-    *record = error == ResultCode::NoError ? call->recordNumber : -1;
-    return error;
+    return call.SendThen(record, -1L, [&] { *record = call->recordNumber; });
 }
 
 OSErr FourD::SelectedRecordNumber(short table, long* n) {
+    if (n == nullptr) {
+        return ResultCode::BadParameter;
+    }
     TableCall call(Select("SelectedRecordNumber"), table);
     const OSErr error = call.SendForError();
     *n = call->param1;
@@ -308,10 +300,7 @@ OSErr FourD::UpdateRecord(short table) {
 }
 
 OSErr FourD::GetPackedRecord(short table, char*** record) {
-    TableCall call(Select("GetPackedRecord"), table);
-    const OSErr error = call.SendForError();
-    *record = error == ResultCode::NoError ? call->handle : nullptr;
-    return error;
+    return TableCall(Select("GetPackedRecord"), table).SendForHandle(record);
 }
 
 OSErr FourD::SetPackedRecord(short table, char** record) {

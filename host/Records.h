@@ -125,18 +125,8 @@ static_assert(offsetof(FDEngineBlock, picture) == 1056);
 static_assert(offsetof(FDEngineBlock, mainThreadProc) == 1060);
 static_assert(offsetof(FDEngineBlock, mainThreadArg) == 1064);
 static_assert(offsetof(FDEngineBlock, unused2) == 1068);
+// The shared fields begin here, and lie as in the classic record.
 static_assert(offsetof(FDEngineBlock, table) == 1072);
-static_assert(offsetof(FDEngineBlock, field) == 1074);
-static_assert(offsetof(FDEngineBlock, recordNumber) == 1076);
-static_assert(offsetof(FDEngineBlock, flag1) == 1080);
-static_assert(offsetof(FDEngineBlock, flag2) == 1081);
-static_assert(offsetof(FDEngineBlock, name) == 1082);
-static_assert(offsetof(FDEngineBlock, handle) == 1338);
-static_assert(offsetof(FDEngineBlock, error) == 1342);
-static_assert(offsetof(FDEngineBlock, param1) == 1344);
-static_assert(offsetof(FDEngineBlock, param2) == 1348);
-static_assert(offsetof(FDEngineBlock, param3) == 1352);
-static_assert(offsetof(FDEngineBlock, param4) == 1356);
 static_assert(offsetof(FDEngineBlock, value) == 1360);
 static_assert(offsetof(FDEngineBlock, valueText) == 1382);
 

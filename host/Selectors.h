@@ -249,30 +249,25 @@ consteval SelectorPair Select(std::string_view name) {
     throw "no selector of this name";
 }
 
-/// The number of a call; 0, which is none, does not compile.
-consteval short NumberOfCall(short number) {
-    return number != 0 ? number : throw "the host has no such call of this service";
-}
-
 // What the calls of host/HostCall.h are made with. A row of the table becomes one at compile time,
 // and only when the service has the call: so nothing that is chosen at run time, in another table
 // of such selectors, can be without a number.
 
+/// The classic, or the engine call of a service.
+template <short SelectorPair::*Number>
+struct SelectorOf {
+    short number;
+    consteval SelectorOf(SelectorPair row)
+        : number(row.*Number != 0 ? row.*Number : throw "the host has no such call") {}
+};
+using ClassicSelector = SelectorOf<&SelectorPair::classic>;
+using EngineSelector = SelectorOf<&SelectorPair::engine>;
+
 /// A service for every host: its engine number is 0 where it has the classic call alone.
 struct Selector : SelectorPair {
-    consteval Selector(SelectorPair row) : SelectorPair(row) { NumberOfCall(classic); }
-};
-
-/// The call with the classic record, whatever the host.
-struct ClassicSelector {
-    short number;
-    consteval ClassicSelector(SelectorPair row) : number(NumberOfCall(row.classic)) {}
-};
-
-/// The call with the engine record.
-struct EngineSelector {
-    short number;
-    consteval EngineSelector(SelectorPair row) : number(NumberOfCall(row.engine)) {}
+    consteval Selector(SelectorPair row) : SelectorPair(row) {
+        static_cast<void>(ClassicSelector(row));
+    }
 };
 
 /// The selector that carries `number` in a classic (or engine) call; null when there is none.

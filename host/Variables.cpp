@@ -2,12 +2,12 @@
 #include "data/TextBlock.h"
 #include "host/FourD.h"
 #include "host/HostCall.h"
-#include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "shell/Strings.h"
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 
 namespace {
 
@@ -17,24 +17,27 @@ constexpr unsigned char SetterFlag = 1;
 OSErr Exchange(ClassicSelector selector, const unsigned char* name, ValueBlock* value,
                unsigned char flag = 0) {
     ClassicCall call(selector);
-    _CopyPStr(name, call->name);
-    call->handle = reinterpret_cast<Handle>(value);
     call->variable.flag = flag;
-    call.Send();
-    return call->error;
+    return call.PutName(name).PutAddress(value).SendForError();
+}
+
+/// Reads a variable that is to be of this type.
+OSErr Read(ClassicSelector selector, const unsigned char* name, unsigned char type,
+           ValueBlock* value) {
+    const OSErr error = Exchange(selector, name, value);
+    return error == ResultCode::NoError && value->type != type ? ResultCode::BadParameter : error;
 }
 
 OSErr ReadLong(ClassicSelector selector, const unsigned char* name, long* number) {
-    ValueBlock value{};
-    const OSErr error = Exchange(selector, name, &value);
-    if (error != ResultCode::NoError) {
-        return error;
-    }
-    if (value.type != ValueType::Long) {
+    if (number == nullptr) {
         return ResultCode::BadParameter;
     }
-    *number = value.number;
-    return ResultCode::NoError;
+    ValueBlock value{};
+    const OSErr error = Read(selector, name, ValueType::Long, &value);
+    if (error == ResultCode::NoError) {
+        *number = value.number;
+    }
+    return error;
 }
 
 /// Replaces a handle by a duplicate of it. There is nothing to duplicate in the null handle of an
@@ -43,27 +46,22 @@ OSErr Duplicate(Handle* handle) {
     return *handle != nullptr ? HandToHand(handle) : ResultCode::NoError;
 }
 
-/// What stands in front of an interprocess variable's name: one character, or two.
-constexpr unsigned char InterprocessMark = 0xD7;
-
-/// Takes characters off the front of a Pascal string that is longer than that.
-void RemoveFront(unsigned char* string, unsigned char count) {
-    string[0] = static_cast<unsigned char>(string[0] - count);
-    std::memmove(string + 1, string + 1 + count, string[0]);
-}
-
 } // namespace
 
 unsigned char FourD::StripIPVarName(unsigned char* name) {
-    if (name[0] >= 2 && name[1] == InterprocessMark) {
-        RemoveFront(name, 1);
-        return 1;
+    if (name == nullptr) {
+        return 0;
     }
-    if (name[0] >= 3 && name[1] == '<' && name[2] == '>') {
-        RemoveFront(name, 2);
-        return 1;
+    const auto* const characters = reinterpret_cast<const char*>(name + 1);
+    const std::string_view text(characters, name[0]);
+    // In front of an interprocess variable's name stands one character, or two.
+    const std::size_t prefix = text.starts_with('\xD7') ? 1 : text.starts_with("<>") ? 2 : 0;
+    if (prefix == 0 || prefix == text.size()) {
+        return 0;
     }
-    return 0;
+    name[0] = static_cast<unsigned char>(text.size() - prefix);
+    std::memmove(name + 1, name + 1 + prefix, name[0]);
+    return 1;
 }
 
 OSErr FourD::GetVariable(const unsigned char* name, ValueBlock* value) {
@@ -87,6 +85,9 @@ OSErr FourD::GetLongVar(unsigned char* name, long* value) {
 }
 
 OSErr FourD::GetLongIPVar(unsigned char* name, long* value) {
+    if (name == nullptr) {
+        return ResultCode::BadParameter;
+    }
     Str255 bareName;
     _CopyPStr(name, bareName);
     StripIPVarName(bareName);
@@ -101,16 +102,13 @@ OSErr FourD::SetLongVar(unsigned char* name, long value) {
 }
 
 OSErr FourD::GetTextVar(unsigned char* name, char*** text, unsigned char copy) {
-    ValueBlock value{};
-    OSErr error = Exchange(Select("GetProcessVariable"), name, &value);
-    if (error != ResultCode::NoError) {
-        return error;
-    }
-    if (value.type != ValueType::Text) {
+    if (text == nullptr) {
         return ResultCode::BadParameter;
     }
+    ValueBlock value{};
+    OSErr error = Read(Select("GetProcessVariable"), name, ValueType::Text, &value);
     Handle handle = value.text.text;
-    if (copy != 0) {
+    if (error == ResultCode::NoError && copy != 0) {
         error = Duplicate(&handle);
     }
     if (error == ResultCode::NoError) {
@@ -139,6 +137,9 @@ OSErr FourD::SetTextVar(unsigned char* name, char** text, unsigned char copy) {
 }
 
 OSErr FourD::GetProcessVar(unsigned char* name, unsigned char* value) {
+    if (value == nullptr) {
+        return ResultCode::BadParameter;
+    }
     ValueBlock block{};
     block.type = ValueType::String;
     const OSErr error = Exchange(Select("GetProcessVariable"), name, &block);
@@ -151,6 +152,9 @@ OSErr FourD::GetProcessVar(unsigned char* name, unsigned char* value) {
 }
 
 OSErr FourD::GetArrayVar(unsigned char* name, CArray* array) {
+    if (array == nullptr) {
+        return ResultCode::BadParameter;
+    }
     ValueBlock value{};
     const OSErr error = Exchange(Select("GetProcessVariable"), name, &value);
     if (error != ResultCode::NoError) {
@@ -165,7 +169,5 @@ OSErr FourD::GetArrayVar(unsigned char* name, CArray* array) {
 }
 
 OSErr FourD::UpdateVariables() {
-    HostCall call(Select("UpdateVariables"));
-    call.Send();
-    return call->error;
+    return HostCall(Select("UpdateVariables")).SendForError();
 }

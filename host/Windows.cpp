@@ -2,7 +2,6 @@
 #include "host/HostCall.h"
 #include "platform/Toolbox.h"
 
-#include <cstring>
 #include <string_view>
 
 #include <windows.h>
@@ -45,17 +44,14 @@ GrafPort* AnsweredWindow(Selector selector) {
 
 unsigned char AskFlag(Selector selector, GrafPort* window) {
     HostCall call(selector);
-    call->handle = reinterpret_cast<Handle>(window);
-    call.Send();
+    call.PutWindow(window).Send();
     return call->flag1;
 }
 
 OSErr SendFlag(Selector selector, GrafPort* window, unsigned char on) {
     HostCall call(selector);
-    call->handle = reinterpret_cast<Handle>(window);
     call->flag1 = on;
-    call.Send();
-    return call->error;
+    return call.PutWindow(window).SendForError();
 }
 
 unsigned short ColorPart(unsigned long part) {
@@ -138,26 +134,16 @@ unsigned char FourD::IsFloatingWindow(GrafPort* window) {
 }
 
 long FourD::GetWindowProcess(GrafPort* window) {
-    HostCall call(Select("WindowProcess"));
-    call->handle = reinterpret_cast<Handle>(window);
-    call.Send();
-    return call->param1;
+    return HostCall(Select("WindowProcess")).PutWindow(window).SendForNumber();
 }
 
 unsigned long FourD::MacPortToHWND(GrafPort* window) {
-    if (window == nullptr) {
-        return 0;
-    }
-    HostCall call(Select("NativeWindow"));
-    call->handle = reinterpret_cast<Handle>(window);
-    call.Send();
-    return static_cast<unsigned long>(call->param1);
+    return static_cast<unsigned long>(
+        HostCall(Select("NativeWindow")).PutAddress(window).SendForNumber());
 }
 
 unsigned long FourD::GetUpdateHDC() {
-    HostCall call(Select("UpdateDrawingContext"));
-    call.Send();
-    return static_cast<unsigned long>(call->param1);
+    return static_cast<unsigned long>(HostCall(Select("UpdateDrawingContext")).SendForNumber());
 }
 
 GrafPort* FourD::FloatingWindow() {
@@ -169,14 +155,16 @@ Region** FourD::GetWindowContentRegion(GrafPort* window) {
 }
 
 OSErr FourD::SetExWindowTitle(long areaRef, unsigned char* title) {
-    HostCall call(Select("SetExternalWindowTitle"));
-    call->param1 = areaRef;
-    std::memcpy(call->name, title, 1U + title[0]);
-    call.Send();
-    return call->error;
+    return HostCall(Select("SetExternalWindowTitle"))
+        .PutNumbers(areaRef)
+        .PutName(title)
+        .SendForError();
 }
 
 void FourD::LMGetHiliteColor(RGBColor* color) {
+    if (color == nullptr) {
+        return;
+    }
     const unsigned long highlight = GetSysColor(COLOR_HIGHLIGHT); // 0x00BBGGRR
     *color = {ColorPart(highlight), ColorPart(highlight >> 8), ColorPart(highlight >> 16)};
 }
@@ -190,7 +178,7 @@ unsigned char FourD::IsDebuggerWindow(GrafPort* window) {
     Str255 title = {};
     GetWTitle(window, title);
     const std::string_view text(reinterpret_cast<const char*>(title + 1), title[0]);
-    return text.substr(0, DebuggerTitle.size()) == DebuggerTitle ? 1 : 0;
+    return text.starts_with(DebuggerTitle) ? 1 : 0;
 }
 
 unsigned char FourD::HasDebuggerWindowOpen() {
@@ -202,17 +190,13 @@ unsigned char FourD::HasDebuggerWindowOpen() {
 
 OSErr FourD::GetProcEditTEHandle(GrafPort* window, TEHandle* te) {
     HostCall call(Select("MethodEditorText"));
-    call->handle = reinterpret_cast<Handle>(window);
-    call.Send();
-    *te = call->error == 0 ? reinterpret_cast<TEHandle>(call->param1) : nullptr;
-    return call->error;
+    return call.PutWindow(window).SendThen(te, TEHandle{},
+                                           [&] { *te = reinterpret_cast<TEHandle>(call->param1); });
 }
 
 TEHandle FourD::GetProcEditTE(GrafPort* window) {
-    HostCall call(Select("MethodEditorText"));
-    call->handle = reinterpret_cast<Handle>(window);
-    call.Send();
-    return reinterpret_cast<TEHandle>(call->param1);
+    return reinterpret_cast<TEHandle>(
+        HostCall(Select("MethodEditorText")).PutWindow(window).SendForNumber());
 }
 
 unsigned char FourD::IsProcEditWindow(GrafPort* window) {
@@ -226,16 +210,12 @@ GrafPort* FourD::GetFrontmostProcEditWindow() {
 }
 
 short FourD::CalcProcEditLine(GrafPort* window) {
-    HostCall call(Select("MethodEditorLine"));
-    call->handle = reinterpret_cast<Handle>(window);
-    call.Send();
-    return call->error; // the host's place for the line
+    // The line comes in place of a result code.
+    return HostCall(Select("MethodEditorLine")).PutWindow(window).SendForError();
 }
 
 TEHandle FourD::GetCurrentTE() {
-    HostCall call(Select("CurrentTextEdit"));
-    call.Send();
-    return reinterpret_cast<TEHandle>(call->param1);
+    return reinterpret_cast<TEHandle>(HostCall(Select("CurrentTextEdit")).SendForNumber());
 }
 
 // --- Keyboard focus -----------------------------------------------------------------------------
@@ -263,15 +243,13 @@ OSErr FourD::SetWindowFocusable(GrafPort* window, unsigned char on) {
 // --- Dialogs ------------------------------------------------------------------------------------
 
 FourDDialog* FourD::GetFourDDialogFromWindow(GrafPort* window) {
-    HostCall call(Select("DialogFromWindow"));
-    call->param2 = reinterpret_cast<long>(window);
-    call.Send();
-    return reinterpret_cast<FourDDialog*>(call->param1);
+    return reinterpret_cast<FourDDialog*>(HostCall(Select("DialogFromWindow"))
+                                              .PutNumbers(0, reinterpret_cast<long>(window))
+                                              .SendForNumber());
 }
 
 GrafPort* FourD::GetWindowFromFourDDialog(FourDDialog* dialog) {
     HostCall call(Select("WindowFromDialog"));
-    call->param1 = reinterpret_cast<long>(dialog);
-    call.Send();
+    call.PutNumbers(reinterpret_cast<long>(dialog)).Send();
     return reinterpret_cast<GrafPort*>(call->param2);
 }

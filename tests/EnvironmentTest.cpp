@@ -208,12 +208,12 @@ TEST_P(EnvironmentTest, NothingIsSentWhereThereIsNoSuchCall) {
     host.log.Clear();
     HostCall call(Select("ProcessCounts"));
     call.GoOnWith(Select("UpdateVariables")); // which has the classic call alone
-    call.Send();
+    EXPECT_EQ(call.Send(), host.HasEngine() ? -50 : 0);
     EXPECT_EQ(host.log.Calls().size(), host.HasEngine() ? 0U : 1U);
     EXPECT_EQ(call->error, host.HasEngine() ? -50 : 0);
     EngineCall engineCall(Select("ExecuteOnMainThread"));
     if (!host.HasEngine()) {
-        EXPECT_EQ(engineCall.Send(), 0);
+        EXPECT_EQ(engineCall.Send(), -50);
         EXPECT_EQ(engineCall->error, -50);
         EXPECT_EQ(FourD::NewHandleV11(1), nullptr);
     }
