@@ -1,11 +1,9 @@
 #include "host/Formulas.h"
 
-#include "data/Handles.h"
 #include "data/TextBlock.h"
 #include "data/Value.h"
 #include "host/FourD.h"
 #include "host/HostCall.h"
-#include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "shell/FileSpecs.h"
 #include "shell/Strings.h"
@@ -24,30 +22,21 @@ constexpr short RecordsInFile = 83;
 constexpr short SequenceNumber = 244;
 } // namespace Command
 
-constexpr OSErr NoCommandName = -1;
-/// Bytes of the buffers for a table's and a command's name, with the terminator.
-constexpr long TableNameCapacity = 32;
-constexpr long CommandNameCapacity = 128;
-
 /// One call with a handle, answered by the host's result code.
 OSErr SendHandle(Selector selector, char** handle) {
-    if (handle == nullptr) {
-        return ResultCode::BadParameter;
-    }
-    HostCall call(selector);
-    call->handle = handle;
-    call.Send();
-    return call->error;
+    return HostCall(selector).PutAddress(handle).SendForError();
 }
 
-OSErr SendText(Selector selector, const char* text, long length) {
-    const TemporaryHandle source(text, length);
-    return source.Get() != nullptr ? SendHandle(selector, source.Get()) : ResultCode::MemoryFull;
+/// Has the host evaluate text or tokens into a value whose type is set.
+OSErr Evaluate(HostCall& call, Handle source, ValueBlock* value) {
+    call.PutNumbers(reinterpret_cast<long>(value)).PutAddress(source).Require(value);
+    return call.SendForError();
 }
 
-/// Has the host evaluate an expression into a value whose type is set.
-OSErr EvaluateExpression(Selector selector, const unsigned char* expression, ValueBlock* value) {
-    if (expression == nullptr) {
+/// The same with an expression whose value goes into `result`.
+OSErr EvaluateExpression(Selector selector, const unsigned char* expression, ValueBlock* value,
+                         const void* result) {
+    if (expression == nullptr || result == nullptr) {
         return ResultCode::BadParameter;
     }
     const TemporaryHandle source(expression + 1, expression[0]);
@@ -55,95 +44,75 @@ OSErr EvaluateExpression(Selector selector, const unsigned char* expression, Val
         return ResultCode::MemoryFull;
     }
     HostCall call(selector);
-    call->handle = source.Get();
-    call->param1 = reinterpret_cast<long>(value);
-    call.Send();
-    return call->error;
+    return Evaluate(call, source.Get(), value);
 }
 
-OSErr EvaluateTokens(HostCall& call, char** tokens, ValueBlock* value) {
-    call->handle = tokens;
-    call->param1 = reinterpret_cast<long>(value);
-    call.Send();
-    return call->error;
-}
-
-/// Platform handle with the bytes of a host handle; null when memory is full.
-Handle CopyOfHostHandle(Handle source) {
-    const long size = FourD::GetHandleSizeV11(source);
-    const Handle copy = NewHandleClear(size);
-    if (copy != nullptr && size > 0) {
-        std::memcpy(*copy, *source, static_cast<std::size_t>(size));
+/// Builds "command([table])", of the table's name at most 31 characters, and hands it to `use`,
+/// which answers a result code. The table's result code, or -1 when the host does not name the
+/// command.
+template <typename Use>
+OSErr WithTableStatement(short command, short table, Use use) {
+    char tableName[256];
+    char commandName[256];
+    OSErr error = FourD::GetFileNameC(table, tableName);
+    if (error == ResultCode::NoError) {
+        error = NameOfCommand(command, commandName);
     }
-    return copy;
-}
-
-/// Writes "command([table])" into a buffer of 256 bytes. The table's result code, or -1 when the
-/// host does not name the command.
-OSErr BuildTableStatement(short command, short table, char* statement) {
-    Str255 tableName;
-    const OSErr error = FourD::GetFileName(table, tableName);
     if (error != ResultCode::NoError) {
         return error;
     }
-    Str255 commandName;
-    FourD::GetCommandName(command, commandName);
-    if (commandName[0] == 0) {
-        return NoCommandName;
-    }
-    char table32[TableNameCapacity];
-    char command128[CommandNameCapacity];
-    std::snprintf(table32, sizeof table32, "%.*s", tableName[0],
-                  reinterpret_cast<const char*>(tableName + 1));
-    std::snprintf(command128, sizeof command128, "%.*s", commandName[0],
-                  reinterpret_cast<const char*>(commandName + 1));
-    std::snprintf(statement, sizeof(Str255), "%s([%s])", command128, table32);
-    return ResultCode::NoError;
+    char statement[256];
+    std::snprintf(statement, sizeof statement, "%s([%.31s])", commandName, tableName);
+    return use(statement);
 }
 
 OSErr ExecuteForTable(short command, short table) {
-    char statement[sizeof(Str255)];
-    const OSErr error = BuildTableStatement(command, table, statement);
-    return error == ResultCode::NoError ? FourD::ExecProc(statement) : error;
+    return WithTableStatement(command, table,
+                              [](const char* statement) { return FourD::ExecProc(statement); });
 }
 
 OSErr EvaluateForTable(short command, short table, long* value) {
-    *value = 0;
-    char statement[sizeof(Str255)];
-    const OSErr error = BuildTableStatement(command, table, statement);
-    if (error != ResultCode::NoError) {
-        return error;
+    if (value == nullptr) {
+        return ResultCode::BadParameter;
     }
-    Str255 expression;
-    _CopyC2PStr(statement, expression);
-    REAL_U real{};
-    const OSErr result = FourD::ExecFunc(expression, &real);
-    *value = REALToLong(real); // whatever the result
-    return result;
+    *value = 0;
+    return WithTableStatement(command, table, [value](const char* statement) {
+        Str255 expression;
+        _CopyC2PStr(statement, expression);
+        REAL_U real{};
+        const OSErr error = FourD::ExecFunc(expression, &real);
+        *value = REALToLong(real); // whatever the result
+        return error;
+    });
 }
 
-/// The value of a host command as a text that the caller empties.
-OSErr TextOfCommand(short command, CTextBlock* text) {
+/// Evaluates a host command to a text and hands it to `use`, which answers a result code.
+template <typename Use>
+OSErr WithTextOfCommand(short command, Use use) {
+    CTextBlock text;
     ValueBlock value{};
     OSErr error = EvaluateCommand(command, &value);
     if (error == ResultCode::NoError) {
-        error = static_cast<OSErr>(Value2Text(&value, reinterpret_cast<TextBlock*>(text), nullptr));
+        error =
+            static_cast<OSErr>(Value2Text(&value, reinterpret_cast<TextBlock*>(&text), nullptr));
     }
     FreeValueBlock(&value);
+    if (error == ResultCode::NoError) {
+        error = use(text);
+    }
+    text.SetLength(0);
     return error;
 }
 
-/// Empties a text at the end of the scope.
-struct TemporaryText {
-    TemporaryText() = default;
-    ~TemporaryText() { text.SetLength(0); }
-    TemporaryText(const TemporaryText&) = delete;
-    TemporaryText& operator=(const TemporaryText&) = delete;
-
-    CTextBlock text;
-};
-
 } // namespace
+
+OSErr NameOfCommand(short command, char* name) {
+    constexpr OSErr NoCommandName = -1;
+    constexpr int LongestCommandName = 127;
+    FourD::GetCommandNameC(command, name);
+    name[LongestCommandName] = '\0';
+    return name[0] != '\0' ? ResultCode::NoError : NoCommandName;
+}
 
 OSErr EvaluateCommand(short command, ValueBlock* value) {
     Str255 name;
@@ -151,17 +120,9 @@ OSErr EvaluateCommand(short command, ValueBlock* value) {
     if (name[0] == 0) {
         return ResultCode::BadParameter;
     }
-    const TemporaryHandle source(name + 1, name[0]);
-    if (source.Get() == nullptr) {
-        return ResultCode::MemoryFull;
-    }
-    TemporaryHandle tokens;
-    const OSErr error = FourD::TokenizeProc(source.Get(), tokens.Address());
-    if (error != ResultCode::NoError) {
-        return error;
-    }
     value->type = ValueType::Undefined;
-    return FourD::ExecTokenizedFunc(tokens.Get(), value);
+    return WithTokens(name + 1, name[0],
+                      [value](Handle tokens) { return FourD::ExecTokenizedFunc(tokens, value); });
 }
 
 OSErr FourD::ExecProc(const char* text) {
@@ -169,7 +130,9 @@ OSErr FourD::ExecProc(const char* text) {
         return ResultCode::BadParameter;
     }
     if (!gHost.HasEngine()) {
-        return SendText(Select("ExecProc"), text, static_cast<long>(std::strlen(text)));
+        const TemporaryHandle source(text, static_cast<long>(std::strlen(text)));
+        return source.Get() != nullptr ? SendHandle(Select("ExecProc"), source.Get())
+                                       : ResultCode::MemoryFull;
     }
     FDStringBlock string{};
     OSErr error = CreateFDString(&string);
@@ -180,8 +143,7 @@ OSErr FourD::ExecProc(const char* text) {
     if (error == ResultCode::NoError) {
         EngineCall call(Select("ExecProc"));
         call->string = string;
-        call.Send();
-        error = call->error;
+        error = call.SendForError();
     }
     DisposeFDStringBlock(&string);
     return error;
@@ -198,15 +160,17 @@ void FourD::ExecProc(unsigned char* text) {
 OSErr FourD::ExecFunc(unsigned char* expression, long* result) {
     ValueBlock value{};
     value.type = ValueType::Long;
-    const OSErr error = EvaluateExpression(Select("ExecLongFunc"), expression, &value);
-    *result = error == ResultCode::NoError ? value.number : 0;
+    const OSErr error = EvaluateExpression(Select("ExecLongFunc"), expression, &value, result);
+    if (result != nullptr) {
+        *result = error == ResultCode::NoError ? value.number : 0;
+    }
     return error;
 }
 
 OSErr FourD::ExecFunc(unsigned char* expression, REAL_U* result) {
     ValueBlock value{};
     value.type = ValueType::Real;
-    const OSErr error = EvaluateExpression(Select("ExecRealFunc"), expression, &value);
+    const OSErr error = EvaluateExpression(Select("ExecRealFunc"), expression, &value, result);
     if (error == ResultCode::NoError) {
         *result = value.real;
     }
@@ -214,16 +178,9 @@ OSErr FourD::ExecFunc(unsigned char* expression, REAL_U* result) {
 }
 
 OSErr FourD::TokenizeProc(char** text, char*** tokens) {
-    if (text == nullptr || tokens == nullptr) {
-        return ResultCode::BadParameter;
-    }
     HostCall call(Select("TokenizeProc"));
-    call->handle = text;
-    call.Send();
-    if (call->error == ResultCode::NoError) {
-        *tokens = reinterpret_cast<Handle>(call->param1);
-    }
-    return call->error;
+    return call.PutAddress(text).SendThen(
+        tokens, [&] { *tokens = reinterpret_cast<Handle>(call->param1); });
 }
 
 OSErr FourD::TokenizeProcV12(FDStringBlock* text, char*** tokens) {
@@ -233,13 +190,17 @@ OSErr FourD::TokenizeProcV12(FDStringBlock* text, char*** tokens) {
     *tokens = nullptr;
     EngineCall call(Select("TokenizeProcV12"));
     call->string = *text;
-    call.Send();
-    if (call->error == ResultCode::NoError && call->param1 != 0) {
+    const OSErr error = call.SendForError();
+    if (error == ResultCode::NoError && call->param1 != 0) {
         auto* const hostTokens = reinterpret_cast<Handle>(call->param1);
-        *tokens = CopyOfHostHandle(hostTokens); // null without memory: no error of the host's
+        const long size = GetHandleSizeV11(hostTokens);
+        *tokens = NewHandleClear(size); // null without memory: no error of the host's
+        if (*tokens != nullptr) {
+            std::copy_n(*hostTokens, size, **tokens);
+        }
         DisposeHandleV11(hostTokens);
     }
-    return call->error;
+    return error;
 }
 
 OSErr FourD::TokenizeProcV12(char* text, long length, char*** tokens) {
@@ -261,11 +222,8 @@ OSErr FourD::ExecTokenizedProc(char** tokens) {
 }
 
 OSErr FourD::ExecTokenizedFunc(char** tokens, ValueBlock* value) {
-    if (tokens == nullptr || value == nullptr) {
-        return ResultCode::BadParameter;
-    }
     ClassicCall call(Select("ExecTokenizedFunc"));
-    return EvaluateTokens(call, tokens, value);
+    return Evaluate(call, tokens, value);
 }
 
 OSErr FourD::ExecTokenizedFuncV12(char** tokens, ValueBlock* value) {
@@ -279,20 +237,16 @@ OSErr FourD::ExecTokenizedFuncV12(char** tokens, ValueBlock* value) {
     }
     std::copy_n(*tokens, size, *copy);
     EngineCall call(Select("ExecTokenizedFunc"));
-    const OSErr error = EvaluateTokens(call, copy, value);
+    const OSErr error = Evaluate(call, copy, value);
     // Deliberate: the host's handle is released with the platform's call, not with the host's.
     DisposeHandle(copy);
     return error;
 }
 
 OSErr FourD::DetokenizeProc(char** tokens, char*** text) {
-    if (tokens == nullptr || text == nullptr) {
-        return ResultCode::BadParameter;
-    }
     HostCall call(Select("DetokenizeProc"));
-    call->param1 = reinterpret_cast<long>(tokens);
-    call.Send();
-    OSErr error = call->error;
+    call.PutNumbers(reinterpret_cast<long>(tokens)).Require(tokens).Require(text);
+    OSErr error = call.SendForError();
     auto* const record = reinterpret_cast<TEHandle>(Handle{call->handle});
     if (error != ResultCode::NoError || record == nullptr) {
         return error;
@@ -316,10 +270,7 @@ OSErr FourD::ByteSwapTokens(char** tokens) {
 }
 
 long FourD::GetMethodID(unsigned char* name) {
-    HostCall call(Select("MethodID"));
-    _CopyPStr(name, call->name);
-    call.Send();
-    return call->param1;
+    return HostCall(Select("MethodID")).PutName(name).SendForNumber();
 }
 
 long FourD::GetProcIndex(unsigned char* name) {
@@ -327,18 +278,13 @@ long FourD::GetProcIndex(unsigned char* name) {
 }
 
 long FourD::ExecIndProc(long index) {
-    HostCall call(Select("ExecIndProc"));
-    call->param1 = index;
-    return call.Send();
+    return HostCall(Select("ExecIndProc")).PutNumbers(index).Send();
 }
 
 OSErr FourD::CallMethodID(long id, long arg, char** params) {
     HostCall call(Select("CallMethodID"));
-    call->param1 = id;
-    call->param2 = arg;
     call->handle = params;
-    call.Send();
-    return call->error;
+    return call.PutNumbers(id, arg).SendForError();
 }
 
 unsigned char FourD::EditFormula(char*** formula, long table) {
@@ -352,7 +298,6 @@ unsigned char FourD::EditFormula(char*** formula, long table) {
     HostCall call(Select("EditFormula"));
     call->handle = edited.Get();
     call->table = static_cast<short>(table);
-    call->param1 = 0;
     call.Send();
     *edited.Address() = call->handle; // the host may have made it, or put another in its place
     if (call->param1 == 0) {
@@ -363,6 +308,9 @@ unsigned char FourD::EditFormula(char*** formula, long table) {
 }
 
 long FourD::GetCommandName(short cmd, unsigned char* name) {
+    if (name == nullptr) {
+        return ResultCode::BadParameter;
+    }
     name[0] = 0;
     if (gHost.BcdVersion() <= 0x0800) {
         constexpr short CommandNames = 8; // string list of the host
@@ -373,14 +321,15 @@ long FourD::GetCommandName(short cmd, unsigned char* name) {
     call->value.small = cmd;
     const long answer = call.Send();
     if (call->error == ResultCode::NoError) {
-        unsigned char* const answered = call.ValueText();
-        answered[0] = std::min<unsigned char>(answered[0], sizeof(ParameterBlock::valueText) - 1);
-        _CopyPStr(answered, name);
+        call.TakeText(name);
     }
     return answer;
 }
 
 long FourD::GetCommandNameC(short cmd, char* name) {
+    if (name == nullptr) {
+        return ResultCode::BadParameter;
+    }
     Str255 string;
     const long answer = GetCommandName(cmd, string);
     _CopyP2CStr(string, name);
@@ -392,9 +341,8 @@ OSErr GetFSSpecBy4DCommand(short cmd, FSSpec* spec) {
         return ResultCode::BadParameter;
     }
     ZeroFileSpec(spec);
-    TemporaryText path;
-    const OSErr error = TextOfCommand(cmd, &path.text);
-    return error == ResultCode::NoError ? CTextBlockToFSSpec(&path.text, spec) : error;
+    return WithTextOfCommand(cmd,
+                             [spec](CTextBlock& path) { return CTextBlockToFSSpec(&path, spec); });
 }
 
 OSErr GetTextBy4DCommand(short cmd, char* text, long size) {
@@ -402,13 +350,10 @@ OSErr GetTextBy4DCommand(short cmd, char* text, long size) {
         return ResultCode::BadParameter;
     }
     text[0] = '\0';
-    TemporaryText answer;
-    const OSErr error = TextOfCommand(cmd, &answer.text);
-    if (error == ResultCode::NoError) {
-        answer.text.CopyTo(text,
-                           static_cast<short>(std::min(size - 1, long{CTextBlock::MaxLength})));
-    }
-    return error;
+    return WithTextOfCommand(cmd, [=](CTextBlock& answer) {
+        answer.CopyTo(text, static_cast<short>(std::min(size - 1, long{CTextBlock::MaxLength})));
+        return ResultCode::NoError;
+    });
 }
 
 OSErr FourD::SequenceNumber(short table, long* value) {

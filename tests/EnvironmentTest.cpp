@@ -219,6 +219,133 @@ TEST_P(EnvironmentTest, NothingIsSentWhereThereIsNoSuchCall) {
     }
 }
 
+TEST_P(EnvironmentTest, NullArgumentsReachNobody) {
+    constexpr long Bad = -50;
+    struct Row {
+        const char* name;
+        std::function<long()> call;
+        long answer;
+    };
+    PascalString name("a");
+    Handle handle = nullptr;
+    ValueBlock value{};
+    REAL_U real{};
+    long number = 0;
+    short small = 0;
+    // The compiler would complain of literals.
+    long (*const alertFormat)(const char*, ...) = FourD::AlertV6;
+    unsigned char (*const confirmFormat)(const char*, ...) = FourD::Confirm;
+    const char* none = nullptr;
+    unsigned char* noString = nullptr;
+    char* noPath = nullptr;
+    long* noLong = nullptr;
+    REAL_U* noReal = nullptr;
+    FieldData* noData = nullptr;
+    ValueBlock* noValue = nullptr;
+    const Row rows[] = {
+        {"GetStructFile", [] { return FourD::GetStructFile(nullptr); }, Bad},
+        {"GetStructFolder", [] { return FourD::GetStructFolder(nullptr); }, Bad},
+        {"GetDataFile", [] { return FourD::GetDataFile(nullptr); }, Bad},
+        {"GetAppFolder", [] { return FourD::GetAppFolder(nullptr); }, Bad},
+        {"GetPlatformInterface", [] { return FourD::GetPlatformInterface(nullptr); }, Bad},
+        {"SwapReal64To80", [] { return FourD::SwapReal64To80(nullptr); }, Bad},
+        {"Get4DFolderPath", [=] { return FourD::Get4DFolderPath(noPath, 0, 0); }, Bad},
+        {"Get4DFolderPath, Pascal", [=] { return FourD::Get4DFolderPath(noString, 0, 0); }, Bad},
+        {"_GetStructurePaths", [=] { return _GetStructurePaths(noPath, noPath); }, Bad},
+        {"_GetPrefsFolderPath", [=] { return _GetPrefsFolderPath(noPath), 0; }, 0},
+        {"NewXProcess", [&] { return FourD::NewXProcess(&number, none, 0, &number); }, Bad},
+        {"NewXProcess, Pascal", [&] { return FourD::NewXProcess(noPath, noString, 0, nullptr); },
+         Bad},
+        {"NewXProcess without a function",
+         [&] { return FourD::NewXProcess(nullptr, "a", 0, &number); }, Bad},
+        {"GetProcessName", [=] { return FourD::GetProcessName(1, noPath), 0; }, 0},
+        {"GetProcessName, Pascal", [=] { return FourD::GetProcessName(1, noString), 0; }, 0},
+        {"FindProcess", [=] { return FourD::FindProcess(none); }, 0},
+        {"FindProcess, Pascal", [=] { return FourD::FindProcess(noString); }, 0},
+        {"GetNextEvent", [] { return FourD::GetNextEvent(1, nullptr); }, 0},
+        {"PostProcessEvent", [] { return FourD::PostProcessEvent(1, nullptr); }, Bad},
+        {"ExecuteOnMainThreadV11", [] { return FourD::ExecuteOnMainThreadV11(nullptr, nullptr); },
+         Bad},
+        {"ExecProc", [=] { return FourD::ExecProc(none); }, Bad},
+        {"ExecFunc", [&] { return FourD::ExecFunc(name, noLong); }, Bad},
+        {"ExecFunc, real", [&] { return FourD::ExecFunc(name, noReal); }, Bad},
+        {"ExecFunc of nothing", [&] { return FourD::ExecFunc(noString, &real); }, Bad},
+        {"TokenizeProc", [&] { return FourD::TokenizeProc(nullptr, &handle); }, Bad},
+        {"TokenizeProc to nowhere", [&] { return FourD::TokenizeProc(&noPath, nullptr); }, Bad},
+        {"TokenizeProcV12", [&] { return FourD::TokenizeProcV12(noPath, 1, &handle); }, Bad},
+        {"ExecTokenizedProc", [] { return FourD::ExecTokenizedProc(nullptr); }, Bad},
+        {"ExecTokenizedFunc", [&] { return FourD::ExecTokenizedFunc(nullptr, &value); }, Bad},
+        {"ExecTokenizedFunc to nowhere", [&] { return FourD::ExecTokenizedFunc(&noPath, nullptr); },
+         Bad},
+        {"DetokenizeProc", [&] { return FourD::DetokenizeProc(nullptr, &handle); }, Bad},
+        {"DetokenizeProc to nowhere", [&] { return FourD::DetokenizeProc(&noPath, nullptr); }, Bad},
+        {"ByteSwapTokens", [] { return FourD::ByteSwapTokens(nullptr); }, Bad},
+        {"GetMethodID", [] { return FourD::GetMethodID(nullptr); }, 0},
+        {"GetProcIndex", [] { return FourD::GetProcIndex(nullptr); }, 0},
+        {"EditFormula", [] { return FourD::EditFormula(nullptr, 1); }, 0},
+        {"GetCommandName", [] { return FourD::GetCommandName(1, nullptr); }, Bad},
+        {"GetCommandNameC", [] { return FourD::GetCommandNameC(1, nullptr); }, Bad},
+        {"SequenceNumber", [] { return FourD::SequenceNumber(1, nullptr); }, Bad},
+        {"RecordsInFile", [] { return FourD::RecordsInFile(1, nullptr); }, Bad},
+        {"Alert", [] { return FourD::Alert(nullptr); }, Bad},
+        {"AlertV6", [=] { return FourD::AlertV6(noString); }, Bad},
+        {"AlertV6, format", [=] { return alertFormat(none); }, Bad},
+        {"Confirm", [=] { return FourD::Confirm(noString); }, 0},
+        {"Confirm, format", [=] { return confirmFormat(none); }, 0},
+        {"StringsEqual", [&] { return FourD::StringsEqual(name, nullptr); }, 0},
+        {"StringsEqual, first", [&] { return FourD::StringsEqual(nullptr, name); }, 0},
+        {"Long2String", [&] { return FourD::Long2String(1, name, nullptr); }, Bad},
+        {"String2String", [&] { return FourD::String2String(nullptr, name, name); }, Bad},
+        {"Date2String", [&] { return FourD::Date2String(nullptr, 0, name); }, Bad},
+        {"Time2String", [&] { return FourD::Time2String(1, 0, nullptr); }, Bad},
+        {"StripIPVarName", [] { return FourD::StripIPVarName(nullptr); }, 0},
+        {"GetVariable", [&] { return FourD::GetVariable(nullptr, &value); }, Bad},
+        {"GetVariable to nowhere", [&] { return FourD::GetVariable(name, nullptr); }, Bad},
+        {"SetVariableIP", [&] { return FourD::SetVariableIP(name, nullptr, 1); }, Bad},
+        {"GetLongVar", [&] { return FourD::GetLongVar(name, nullptr); }, Bad},
+        {"GetLongIPVar", [&] { return FourD::GetLongIPVar(nullptr, &number); }, Bad},
+        {"SetLongVar", [] { return FourD::SetLongVar(nullptr, 1); }, Bad},
+        {"GetTextVar", [&] { return FourD::GetTextVar(name, nullptr, 1); }, Bad},
+        {"SetTextVar", [] { return FourD::SetTextVar(nullptr, nullptr, 1); }, Bad},
+        {"GetProcessVar", [&] { return FourD::GetProcessVar(name, nullptr); }, Bad},
+        {"GetArrayVar", [&] { return FourD::GetArrayVar(name, nullptr); }, Bad},
+        {"CountFiles", [] { return FourD::CountFiles(nullptr); }, Bad},
+        {"GetFieldType", [] { return FourD::GetFieldType(1, 1, nullptr); }, Bad},
+        {"GetFileName", [] { return FourD::GetFileName(1, nullptr); }, Bad},
+        {"GetFileNameC", [] { return FourD::GetFileNameC(1, nullptr); }, Bad},
+        {"GetFileFieldNum", [&] { return FourD::GetFileFieldNum(nullptr, &small, &small); }, Bad},
+        {"GetFileFieldNum to nowhere",
+         [&] { return FourD::GetFileFieldNum(name, &small, nullptr); }, Bad},
+        {"GetFieldInfo", [] { return FourD::GetFieldInfo(1, 1, nullptr); }, Bad},
+        {"GetFieldData", [=] { return FourD::GetFieldData(1, 1, noData); }, Bad},
+        {"GetFieldData, value", [=] { return FourD::GetFieldData(1, 1, noValue); }, Bad},
+        {"SetFieldData", [=] { return FourD::SetFieldData(1, 1, noData); }, Bad},
+        {"SetFieldData, value", [=] { return FourD::SetFieldData(1, 1, noValue); }, Bad},
+        {"DisposeFieldData", [] { return FourD::DisposeFieldData(nullptr), 0; }, 0},
+        {"RecordsInSelection", [] { return FourD::RecordsInSelection(1, nullptr); }, Bad},
+        {"RecordNumber", [] { return FourD::RecordNumber(1, nullptr); }, Bad},
+        {"SelectedRecordNumber", [] { return FourD::SelectedRecordNumber(1, nullptr); }, Bad},
+        {"GetPackedRecord", [] { return FourD::GetPackedRecord(1, nullptr); }, Bad},
+        {"GetPrintInfo", [] { return FourD::GetPrintInfo(nullptr); }, Bad},
+        {"CreateTip", [] { return FourD::CreateTip(nullptr); }, Bad},
+        {"EditPict", [] { return FourD::EditPict(nullptr); }, 0},
+        {"GetPictureData", [] { return FourD::GetPictureData(nullptr, 1, nullptr); }, Bad},
+        {"CreateNativeBitmapImage",
+         [] { return FourD::CreateNativeBitmapImage(nullptr) != nullptr ? 1 : 0; }, 0},
+        {"DisposePictureV11", [] { return FourD::DisposePictureV11(nullptr); }, Bad},
+        {"ReadOnServer", [] { return FourD::ReadOnServer(1, 1, nullptr); }, Bad},
+        {"SetExWindowTitle", [] { return FourD::SetExWindowTitle(1, nullptr); }, Bad},
+        {"LMGetHiliteColor", [] { return FourD::LMGetHiliteColor(nullptr), 0; }, 0},
+        {"GetProcEditTEHandle", [] { return FourD::GetProcEditTEHandle(nullptr, nullptr); }, Bad},
+        {"GetTextBy4DCommand", [=] { return GetTextBy4DCommand(1, noPath, 1); }, Bad},
+    };
+    const size_t calls = host.log.HostCallCount();
+    for (const Row& row : rows) {
+        EXPECT_EQ(row.call(), row.answer) << row.name;
+        EXPECT_EQ(host.log.HostCallCount(), calls) << row.name;
+    }
+}
+
 // Two rows that shared a number would make a call ambiguous for the host.
 TEST(SelectorTableTest, NumbersAndNamesAreUnique) {
     std::map<std::string_view, int> names;
