@@ -160,8 +160,8 @@ class FourD {
     /// Compiles source text (a handle of its characters) to tokens, which the caller disposes of
     /// with DisposeHandle.
     static OSErr TokenizeProc(char** text, char*** tokens);
-    /// The same from a host string; null tokens on failure, and also when memory is full. Only on
-    /// hosts from 11.0 on.
+    /// The same from a host string, or text as CopyStringBufferToFDString takes it; null tokens on
+    /// failure, and also when memory is full. Only on hosts from 11.0 on.
     static OSErr TokenizeProcV12(FDStringBlock* text, char*** tokens);
     static OSErr TokenizeProcV12(char* text, long length, char*** tokens);
     /// Executes tokens as a statement.
@@ -330,6 +330,7 @@ class FourD {
     static OSErr SetFDString(FDStringBlock* string, const unsigned short* text);
     /// Releases a host string and zeroes the caller's block, whatever the host says.
     static long DisposeFDStringBlock(FDStringBlock* string);
+    /// The same to `length` bytes of text; to all of it for -1, to nothing below that.
     static OSErr CopyStringBufferToFDString(const char* text, long length, FDStringBlock* string);
     static OSErr CopyCStringToFDString(const char* text, FDStringBlock* string);
     /// Text of at most size - 1 bytes; -50, and an empty one, when it does not fit.

@@ -88,6 +88,9 @@ OSErr FourD::CopyStringBufferToFDString(const char* text, long length, FDStringB
     if (text == nullptr || string == nullptr) {
         return ResultCode::BadParameter;
     }
+    if (length == -1) {
+        length = static_cast<long>(std::strlen(text)); // Windows would count the terminator, too
+    }
     const long count = ToUnits(text, length, nullptr, 0);
     if (count < 1) {
         const unsigned short empty = 0;
@@ -104,8 +107,7 @@ OSErr FourD::CopyStringBufferToFDString(const char* text, long length, FDStringB
 }
 
 OSErr FourD::CopyCStringToFDString(const char* text, FDStringBlock* string) {
-    const auto length = text != nullptr ? static_cast<long>(std::strlen(text)) : 0;
-    return CopyStringBufferToFDString(text, length, string);
+    return CopyStringBufferToFDString(text, -1, string);
 }
 
 OSErr FourD::CopyFDStringToCString(FDStringBlock* string, char* out, long size) {

@@ -106,6 +106,14 @@ TEST_P(FormulasTest, CompilesAndGoesBack) {
     DisposeHandle(text);
     DisposeHandle(statement);
 
+    if (host.HasEngine()) { // -1 for all of the text
+        char whole[] = "a:=\"x\"+\"y\"";
+        Handle tokens = nullptr;
+        EXPECT_EQ(FourD::TokenizeProcV12(whole, -1, &tokens), 0);
+        EXPECT_EQ(OwnedHandle::BytesOf(tokens), bytes);
+        DisposeHandle(tokens);
+    }
+
     const Handle expression = Tokens("a+\"z\"");
     ValueBlock value{};
     value.type = ValueType::Undefined;

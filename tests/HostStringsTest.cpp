@@ -77,7 +77,9 @@ TEST_F(HostStringsTest, AreSetFromTextAndReadBack) {
         {Greeting.c_str(), 4, Greeting.substr(0, 4)},
         {twoParts.data(), 7, "one"}, // the host takes text up to its terminator
         {"text", 0, ""},
-        {"text", -1, ""}, // not "up to the terminator"
+        {Greeting.c_str(), -1, Greeting}, // up to the terminator, which is not sent twice
+        {"", -1, ""},
+        {"text", -3, ""},
         {"text", std::numeric_limits<long>::min(), ""},
     };
     FDStringBlock block{}; // unallocated at first, then one string with ever new contents
