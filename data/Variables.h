@@ -43,8 +43,9 @@ class CFourDVar {
     /// Into `value`, which the caller owns.
     long GetValue(TextBlock* value);
     long GetValue(long* value) { return Fetch(value, Value2Long); }
-    /// The host's own array, with its storage: call CArray::Forget on it in the end. Answers the
-    /// variable's type (a Unicode array is not read), or the host's result code.
+    /// The host's own array, with its storage: call CArray::Forget on it in the end. `array` must
+    /// own nothing: what it held is forgotten, not disposed of. Answers the variable's type (a
+    /// Unicode array is not read), or the host's result code.
     long GetOriginalArray(CArray* array);
 
   private:

@@ -241,14 +241,16 @@ class FourD {
     static OSErr GetLongVar(unsigned char* name, long* value);
     static OSErr GetLongIPVar(unsigned char* name, long* value);
     static OSErr SetLongVar(unsigned char* name, long value);
-    /// A variable's text handle; -50 when it is of another kind. With `copy` the caller gets, or
-    /// sends, a duplicate; otherwise the handle itself changes hands.
+    /// A variable's text handle, null for an empty text; -50 when it is of another kind. With
+    /// `copy` the caller gets, or sends, a duplicate (null of null); otherwise the handle itself
+    /// changes hands. Of what is sent the first 32767 bytes are the text.
     static OSErr GetTextVar(unsigned char* name, char*** text, unsigned char copy);
     static OSErr SetTextVar(unsigned char* name, char** text, unsigned char copy);
     /// A variable as a Pascal string of up to 255 characters; empty on error.
     static OSErr GetProcessVar(unsigned char* name, unsigned char* value);
     /// A variable as an array, whatever type it has; the storage stays the host's, so
-    /// CArray::Forget it in the end.
+    /// CArray::Forget it in the end. `array` must own nothing: what it held is forgotten, not
+    /// disposed of.
     static OSErr GetArrayVar(unsigned char* name, CArray* array);
     /// Has the host redraw variables.
     static OSErr UpdateVariables();

@@ -1,11 +1,11 @@
 #include "data/Array.h"
-#include "data/TextBlock.h"
 #include "host/FourD.h"
 #include "host/HostCall.h"
 #include "platform/Toolbox.h"
 #include "shell/Strings.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <string_view>
 
@@ -127,7 +127,8 @@ OSErr FourD::SetTextVar(unsigned char* name, char** text, unsigned char copy) {
     ValueBlock value{};
     value.type = ValueType::Text;
     const Size size = sent != nullptr ? GetHandleSize(sent) : 0;
-    value.text.length = static_cast<short>(std::min<Size>(size, CTextBlock::MaxLength));
+    // Not CTextBlock's limit: what the field takes.
+    value.text.length = static_cast<short>(std::min<Size>(size, SHRT_MAX));
     value.text.text = sent;
     const OSErr error = Exchange(Select("SetProcessVariable"), name, &value, SetterFlag);
     if (error != ResultCode::NoError && sent != text) {

@@ -144,8 +144,12 @@ TEST_P(HostVariablesTest, TextsAreHandedOutThemselvesOrAsCopies) {
     EXPECT_EQ(text, UntouchedHandle);
 
     Set("a", TextValue("")); // has no handle, and nothing to copy
-    EXPECT_EQ(FourD::GetTextVar(a, &text, 1), 0);
-    EXPECT_EQ(text, nullptr);
+    const OwnedHandle other("other");
+    for (const unsigned char copy : {'\0', '\1'}) {
+        text = other;
+        EXPECT_EQ(FourD::GetTextVar(a, &text, copy), 0);
+        EXPECT_EQ(text, nullptr);
+    }
 }
 
 TEST_P(HostVariablesTest, TextsAreHandedOverThemselvesOrAsCopies) {
@@ -174,9 +178,20 @@ TEST_P(HostVariablesTest, TextsAreHandedOverThemselvesOrAsCopies) {
     EXPECT_EQ(FourD::SetTextVar(a, kept, 1), ResultCode::MemoryFull);
     EXPECT_TRUE(host.log.Calls().empty());
 
-    EXPECT_EQ(FourD::SetTextVar(a, nullptr, 1), 0);
-    EXPECT_EQ(Value("a"), TextValue(""));
-    EXPECT_EQ(ToolboxLiveHandles(), before - 1);
+    // The length is the handle's, as far as 16 bits hold it.
+    for (const size_t size : {32000, 32001, 32767, 32768, 100000}) {
+        const std::string text(size, 't');
+        EXPECT_EQ(FourD::SetTextVar(a, OwnedHandle(text), 1), 0);
+        EXPECT_EQ(Value("a"), TextValue(text.substr(0, 32767))) << size;
+        EXPECT_EQ(GetHandleSize(TextHandle("a")), static_cast<Size>(size));
+    }
+
+    for (const unsigned char copy : {'\0', '\1'}) {
+        EXPECT_EQ(FourD::SetTextVar(a, nullptr, copy), 0);
+        EXPECT_EQ(Value("a"), TextValue(""));
+        EXPECT_EQ(TextHandle("a"), nullptr);
+        EXPECT_EQ(ToolboxLiveHandles(), before - 1);
+    }
 }
 
 TEST_P(HostVariablesTest, ProcessVarsAreTextsAsStrings) {
