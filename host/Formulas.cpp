@@ -5,6 +5,7 @@
 #include "host/FourD.h"
 #include "host/HostCall.h"
 #include "platform/Toolbox.h"
+#include "shell/DebugTrace.h"
 #include "shell/FileSpecs.h"
 #include "shell/Strings.h"
 
@@ -303,8 +304,10 @@ unsigned char FourD::EditFormula(char*** formula, long table) {
     if (call->param1 == 0) {
         return 0;
     }
-    CopyHandle(edited.Get(), formula);
-    return 1;
+    if (const OSErr error = CopyHandle(edited.Get(), formula); error != ResultCode::NoError) {
+        _DbgTraceV("EditFormula: the new text could not be stored, result %d\n", error);
+    }
+    return 1; // deliberate: the user did accept
 }
 
 long FourD::GetCommandName(short cmd, unsigned char* name) {

@@ -182,7 +182,8 @@ class FourD {
     /// Executes a method by number with a parameter handle, which stays the caller's; may be null.
     static OSErr CallMethodID(long id, long arg, char** params);
     /// Lets the user edit a formula for a table; true when it was accepted, and then `*formula`
-    /// (may be null, else a handle of its text) holds the new text.
+    /// (may be null, else a handle of its text) holds the new text. Where that could not be stored,
+    /// as without memory or in a locked handle, it is true all the same, and traced.
     static unsigned char EditFormula(char*** formula, long table);
     /// Name of a host command by its number; empty when the host has none. The Pascal buffer takes
     /// 256 bytes; answers what the call returns.

@@ -5,9 +5,12 @@
 #include "host/HostCall.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
+#include "shell/DebugTrace.h"
 #include "shell/FileSpecs.h"
+#include "testhost/engine/ScratchFolder.h"
 #include "tests/Fixture.h"
 
+#include <fstream>
 #include <gmock/gmock.h>
 
 using testing::ElementsAre;
@@ -151,6 +154,31 @@ TEST_P(FormulasTest, EditsFormulas) {
     EXPECT_EQ(FourD::EditFormula(&formula, 0), 1);
     EXPECT_EQ(OwnedHandle::BytesOf(formula), "made");
     DisposeHandle(formula);
+}
+
+// The user has accepted it all the same.
+TEST_P(FormulasTest, FormulasThatCannotBeStoredAreTraced) {
+    ScratchFolder scratch;
+    const std::string trace = scratch.Path() + "trace";
+    _DbgInit(0, DebugOutput::File, trace.c_str());
+    const std::string longText(100, 'x');
+    host.language.formulaEntries = {longText, longText};
+    const OwnedHandle locked("kept");
+    HLock(locked);
+    Handle formula = locked;
+    EXPECT_EQ(FourD::EditFormula(&formula, 1), 1);
+    EXPECT_EQ(formula, locked.handle);
+    EXPECT_EQ(locked.Bytes(), "kept");
+    formula = nullptr;
+    ToolboxFailAllocation(3); // the first two are the host's
+    EXPECT_EQ(FourD::EditFormula(&formula, 1), 1);
+    EXPECT_EQ(ToolboxFailAllocation(0), 0);
+    EXPECT_EQ(formula, nullptr);
+    _DbgDeinit();
+    std::ifstream file(trace);
+    const std::string traced(std::istreambuf_iterator<char>(file), {});
+    const std::string line = "EditFormula: the new text could not be stored, result -108";
+    EXPECT_THAT(traced, testing::ContainsRegex(line + "\n" + line + "\n"));
 }
 
 TEST_P(FormulasTest, AsksTheHostForEveryName) {
