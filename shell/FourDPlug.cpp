@@ -41,17 +41,6 @@ void FourDPlug::DestroyLists() {
 
 void FourDPlug::HandleProcessStart(long) {}
 
-void FourDPlug::HandleProcessEnd(long process) {
-    // Hosts before 11.3 tell of a client's end with a disconnection request only.
-    if (gHost.BcdVersion() <= 0x112F || clients == nullptr) {
-        return;
-    }
-    if (auto* client =
-            static_cast<FourDClient*>(_first_that(clients, CompareClientProcess, &process))) {
-        ForgetClient(client);
-    }
-}
-
 bool FourDPlug::CommandNeedsBigInit(long, CXParam*, CXResult*) {
     return false;
 }

@@ -70,7 +70,8 @@ class FourDPlug {
     // On the server.
     /// Whether a client may connect.
     virtual bool CanClientConnectOnServer(unsigned long cookie);
-    /// A client has connected, or is about to be forgotten. The record stays the framework's.
+    /// A client has connected, or is about to be forgotten. The record stays the framework's. One
+    /// whose connection throws is refused and not kept.
     virtual void DoClientConnectOnServer(FourDClient* client);
     virtual void DoClientDisconnectOnServer(FourDClient* client);
     /// A client's procedure call; `data` is a handle that the framework disposes of.
@@ -129,7 +130,7 @@ class FourDPlug {
     static void InitDebugLog(long);
     static void DeinitDebugLog();
 
-    // --- Calls to the server's copy (ServerCalls.cpp) ---
+    // --- Calls to the server's copy (ServerCalls.cpp, ServerRequests.cpp, VersionQuery.cpp) ---
     // On a client, one call at a time: another process's call is waited for. Result codes are the
     // host's, or -10003 and -10033 when the server answers no call identifier.
 
@@ -170,8 +171,13 @@ class FourDPlug {
     void HandleEvent(long selector, void* argument, std::uint32_t* result);
     void DestroyLists();
     void DeleteTempFolder();
+    /// Takes a client out of the list and frees it, unless the list has lost it meanwhile: a hook
+    /// may let other processes run, and one of them may have been here before.
+    struct ClientRemover {
+        FourDPlug* plug;
+        void operator()(FourDClient* client) const;
+    };
     void ForgetClient(FourDClient* client);
-    void IdentifyToServer();
     char* HandOutCallID(ReadWriteBlock* block);
     void TakeCall(FourDClient* client, const ReadWriteBlock* block, const char* data, long size);
 

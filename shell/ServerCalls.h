@@ -59,3 +59,8 @@ inline constexpr short Identification = -2; ///< write: owner, machine and user,
 /// caller owns. Answer the host's result code.
 OSErr FourDReadOnServer(unsigned long id, short kind, char*** answer);
 OSErr FourDWriteOnServer(unsigned long id, short kind, char** data);
+
+/// Tells the server who this client is. A failure is not reported: the server then knows no names.
+void IdentifyToServer();
+/// Fills in what such a message says of a client, as far as its `size` bytes reach.
+void IdentifyClient(FourDClient& client, const char* message, long size);

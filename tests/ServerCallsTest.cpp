@@ -45,11 +45,26 @@ class LastBytes {
 };
 
 constexpr unsigned long Refused = 13;
-constexpr short Reverse = 1; // every other function has no answer
+constexpr unsigned long Thrown = 14; // by the plug-in, as it comes and as it goes
+constexpr short Reverse = 1;         // every other function has no answer
 
 class ServerPlug : public TestPlug {
   public:
     bool CanClientConnectOnServer(unsigned long cookie) override { return cookie != Refused; }
+    void DoClientConnectOnServer(FourDClient* client) override {
+        const bool throws = client->cookie == Thrown;
+        if (onConnect) {
+            onConnect();
+        }
+        if (throws) {
+            throw std::string("kept inside");
+        }
+    }
+    void DoClientDisconnectOnServer(FourDClient* client) override {
+        if (client->cookie == Thrown + 1) {
+            throw std::string("kept inside");
+        }
+    }
     void DoProcOnServer(FourDClient*, short kind, char** data) override {
         events.push_back(std::to_string(kind) + " " + OwnedHandle::BytesOf(data));
     }
@@ -60,6 +75,7 @@ class ServerPlug : public TestPlug {
                       static_cast<long>(bytes.size()));
         }
     }
+    std::function<void()> onConnect;
     using FourDPlug::lastCallID;
     using FourDPlug::serverCalls;
 };
@@ -134,6 +150,8 @@ TEST(ServerCallsTest, ClientsComeAndGoAsTheHostsVersionHasIt) {
         ASSERT_NE(client, nullptr);
         EXPECT_EQ(client->process, process);
         EXPECT_EQ(server.plug.GetClientWithCookie(Refused), nullptr);
+        EXPECT_FALSE(server.Connect(Thrown, 4));
+        EXPECT_EQ(server.plug.GetClientWithCookie(Thrown), nullptr);
 
         server.Disconnect(0xC0000001);
         EXPECT_EQ(server.plug.GetClientWithCookie(0xC0000001) == nullptr, each.disconnects);
@@ -144,6 +162,16 @@ TEST(ServerCallsTest, ClientsComeAndGoAsTheHostsVersionHasIt) {
         server.session.ProcessEnd(process + 1);
         server.Disconnect(2);
     }
+}
+
+TEST(ServerCallsTest, ClientsGoOnceWhateverTheHooksDo) {
+    Server server;
+    server.plug.onConnect = [&] { server.Disconnect(Thrown); }; // before it has come
+    EXPECT_FALSE(server.Connect(Thrown, 4));
+    server.plug.onConnect = nullptr;
+    EXPECT_TRUE(server.Connect(Thrown + 1, 4));
+    server.Disconnect(Thrown + 1);
+    EXPECT_TRUE(_is_empty(server.plug.clients));
 }
 
 TEST(ServerCallsTest, AnIdentificationNeverReachesBeyondItselfOrTheRecord) {
@@ -212,8 +240,10 @@ TEST(ServerCallsTest, FunctionsAreAnsweredProceduresActAndIdentifiersGoRound) {
     server.plug.lastCallID = 257;
     EXPECT_EQ(server.Read(0, -1), "\0\0\1\2"s);
     EXPECT_EQ(server.Read(0, -2), "none");
-    server.plug.lastCallID = 0x7FFFFFFF;
-    EXPECT_EQ(server.Read(0, -1), "\0\0\0\1"s);
+    for (const long last : {0x7FFFFFFFL, -7L}) {
+        server.plug.lastCallID = last;
+        EXPECT_EQ(server.Read(0, -1), "\0\0\0\1"s);
+    }
     server.Disconnect(1);
 }
 
