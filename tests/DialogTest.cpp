@@ -357,21 +357,52 @@ class AreaOfDialog : public CXArea {
     using CXArea::dialog, CXArea::onPage;
 };
 
+/// Keeps no list of its areas, and may delete one in its first event.
 class AreaOfDialogManager : public CXAreaManager {
+  public:
+    ~AreaOfDialogManager() override { EXPECT_EQ(living, 0); }
     CXArea* CreateArea() override { return new AreaOfDialog; }
+    void LinkArea(CXArea*) override { ++living; }
+    void UnlinkArea(CXArea*) override { --living; }
+    bool IsAnArea(CXArea*) override { return false; }
+    void DispatchEvent(EventRecord* event, Rect* rect, unsigned char* name,
+                       CXArea** area) override {
+        CXArea* const before = *area;
+        CXAreaManager::DispatchEvent(event, rect, name, area);
+        if (event->what == 0 && deletesFirst) {
+            CXArea* place = before; // the framework's own keeps the area
+            EventRecord last = {17, 0, 0, {0, 0}, 0};
+            CXAreaManager::DispatchEvent(&last, rect, name, &place);
+        }
+    }
+    int living = 0;
+    bool deletesFirst = false;
 };
 
 TEST_P(DialogTest, HoldsAreasOfThePlugIn) {
     SetForm(SampleForm());
     AreaOfDialogManager manager;
-    CXArea* area = nullptr;
+    ToolboxSetStrict(1);
     {
         TestDialog dialog;
+        EXPECT_EQ(FourDDialog::SetupPluginArea(nullptr, "map", &manager, 0), nullptr);
         EXPECT_EQ(FourDDialog::SetupPluginArea(dialog.dialog, "map", &manager, 0), nullptr);
         ASSERT_TRUE(dialog.Open(nullptr, nullptr, 0));
-        host.FailNext("DialogSetAreaHandler", ResultCode::BadParameter);
+        manager.deletesFirst = true;
         EXPECT_EQ(FourDDialog::SetupPluginArea(dialog.dialog, "map", &manager, 0), nullptr);
-        area = FourDDialog::SetupPluginArea(dialog.dialog, "map", &manager, 0);
+        manager.deletesFirst = false;
+        EXPECT_EQ(manager.living, 0);
+        EXPECT_EQ(ToolboxLivePointers(), 0);
+        // A host that answers an error may keep the handler all the same.
+        host.FailNext("DialogSetAreaHandler", ResultCode::BadParameter);
+        EXPECT_NE(FourDDialog::SetupPluginArea(dialog.dialog, "map", &manager, 0), nullptr);
+        auto data =
+            reinterpret_cast<long>(Handle{host.log.Last("DialogSetAreaHandler")->Sent().handle});
+        EventRecord last = {17, 0, 0, {0, 0}, 0};
+        FourDDialogAreaHandler(&data, PascalString("map"), nullptr, &last);
+        EXPECT_EQ(manager.living, 0);
+
+        CXArea* const area = FourDDialog::SetupPluginArea(dialog.dialog, "map", &manager, 0);
         ASSERT_NE(area, nullptr);
         Rect rect;
         area->GetAreaRect(&rect);
@@ -389,8 +420,9 @@ TEST_P(DialogTest, HoldsAreasOfThePlugIn) {
         GetPort(&port);
         EXPECT_EQ(port, nullptr);
     }
-    EXPECT_FALSE(manager.IsAnArea(area));
+    EXPECT_EQ(manager.living, 0);
     EXPECT_EQ(ToolboxLivePointers(), 0);
+    ToolboxSetStrict(0);
 }
 
 } // namespace

@@ -94,31 +94,29 @@ const CXArea::EventRow CXArea::Events[] = {
      }},
     {AreaEvent::Deselect,
      [](CXArea& area, EventRecord* event, Rect*) {
-         if (!area.CanDeSelect()) {
-             event->message = AreaAnswer::StaySelected;
-             return;
-         }
-         area.selected = false;
-         area.DoDeSelect();
-         event->message = 0;
+         area.Run([&] { event->message = area.CanDeSelect() ? 0 : AreaAnswer::StaySelected; },
+                  [&] {
+                      if (event->message == 0) {
+                          area.selected = false;
+                          area.DoDeSelect();
+                      }
+                  });
      }},
     {AreaEvent::Scroll,
      [](CXArea& area, EventRecord*, Rect* rect) {
-         area.SetupAreaRect(rect);
-         area.DoScroll(rect);
+         area.Run([&] { area.SetupAreaRect(rect); }, [&] { area.DoScroll(rect); });
      }},
     {AreaEvent::PrintVariableFrame,
      [](CXArea& area, EventRecord* event, Rect*) {
-         area.HandleDataFromField();
-         if (area.doomed) {
-             return;
-         }
-         event->message = area.PrintVariableFrame() ? AreaAnswer::VariableFrame : 0;
+         area.Run([&] { area.HandleDataFromField(); },
+                  [&] {
+                      event->message = area.PrintVariableFrame() ? AreaAnswer::VariableFrame : 0;
+                  });
      }},
     {AreaEvent::PrintSize,
      [](CXArea& area, EventRecord* event, Rect* rect) {
-         area.SetupAreaRect(rect);
-         event->message = static_cast<unsigned long>(area.GetPrintSize());
+         area.Run([&] { area.SetupAreaRect(rect); },
+                  [&] { event->message = static_cast<unsigned long>(area.GetPrintSize()); });
      }},
     {AreaEvent::PrintBand, [](CXArea& area, EventRecord*, Rect* rect) { area.PrintBand(rect); }},
     {AreaEvent::Undo, [](CXArea& area, EventRecord*, Rect*) { area.DoUndo(); }},
@@ -163,33 +161,35 @@ const CXArea::EventRow CXArea::Events[] = {
     {AreaEvent::MenuIcon, [](CXArea&, EventRecord*, Rect*) {}},
 };
 
-/// One event being handled. The last one to end deletes an area that was to go meanwhile.
-class CXArea::EventScope {
-  public:
-    explicit EventScope(CXArea& itsArea) : area(itsArea) { ++area.eventDepth; }
-    ~EventScope() {
-        if (--area.eventDepth == 0 && area.doomed) {
-            delete &area;
-        }
-    }
-    EventScope(const EventScope&) = delete;
-    EventScope& operator=(const EventScope&) = delete;
+CXArea::Scope::Scope(CXArea& itsArea, long itsEvents) : area(itsArea), events(itsEvents) {
+    ++area.scopes;
+    area.eventDepth += events;
+}
 
-  private:
-    CXArea& area;
-};
+CXArea::Scope::~Scope() {
+    area.eventDepth -= events;
+    if (--area.scopes == 0 && area.doomed) {
+        delete &area;
+    }
+}
+
+void CXArea::Delete() {
+    const Scope scope(*this);
+    doomed = true;
+}
 
 void CXArea::HandleEvent(EventRecord* event, Rect* rect) {
-    if (doomed) {
-        return;
-    }
-    const EventScope scope(*this);
-    if (!initialised && eventDepth == 1) { // not once more for events within the first one
-        HandleFirstEvent(rect);
-        if (doomed) {
-            return;
-        }
-    }
+    const Scope scope(*this, 1);
+    Run(
+        [&] {
+            if (!initialised && eventDepth == 1) { // not once more for events within the first one
+                HandleFirstEvent(rect);
+            }
+        },
+        [&] { Act(event, rect); });
+}
+
+void CXArea::Act(EventRecord* event, Rect* rect) {
     eventConsumed = false;
     const auto* row = std::find_if(std::begin(Events), std::end(Events),
                                    [=](const EventRow& r) { return r.code == event->what; });
@@ -200,27 +200,21 @@ void CXArea::HandleEvent(EventRecord* event, Rect* rect) {
     row->act(*this, event, rect);
 }
 
-/// Any of the hooks may have the area deleted: then it is asked nothing more.
 void CXArea::HandleFirstEvent(Rect* rect) {
     GrafPort* current = nullptr;
     GetPort(&current);
     const bool shown = InExternalWindow() || InStandaloneWindow() || params.page <= 1;
     onPage = shown;
-    InitAreaPort(current, rect);
-    if (doomed) {
-        return;
-    }
-    HandleDataFromField();
-    if (doomed) {
-        return;
-    }
-    TellPage(shown); // a hook may have changed the page meanwhile: the flag stays as it is
-    initialised = true;
+    Run([&] { InitAreaPort(current, rect); }, [&] { HandleDataFromField(); },
+        [&] {
+            TellPage(shown); // a hook may have changed the page meanwhile: the flag stays as it is
+            initialised = true;
+        });
 }
 
 void CXArea::SwitchPage(bool in) {
     onPage = in;
-    TellPage(in);
+    Run([=, this] { TellPage(in); });
 }
 
 void CXArea::TellPage(bool in) {
@@ -241,32 +235,21 @@ void CXArea::Answer(EventRecord* event, bool handled) const {
 }
 
 void CXArea::Update(const EventRecord* event, Rect* rect) {
-    SetupAreaRect(rect);
-    RGBColor color;
-    if (FourD::GetRGBColor(params.foreground, &color) == ResultCode::NoError) {
-        foregroundRGB = color;
-    }
-    if (FourD::GetRGBColor(params.background, &color) == ResultCode::NoError) {
-        backgroundRGB = color;
-    }
-    if (event->when == RecordChanged) {
-        HandleDataFromField();
-        if (doomed) {
-            return;
+    const auto convert = [](long color, RGBColor* kept) {
+        RGBColor converted;
+        if (FourD::GetRGBColor(color, &converted) == ResultCode::NoError) {
+            *kept = converted;
         }
-    }
-    if (params.printing != 0) {
-        DoPrint();
-    } else {
-        DoDraw();
-    }
-}
-
-void CXArea::Delete() {
-    doomed = true;
-    if (eventDepth == 0) {
-        delete this;
-    }
+    };
+    Run([&] { SetupAreaRect(rect); },
+        [&] {
+            convert(params.foreground, &foregroundRGB);
+            convert(params.background, &backgroundRGB);
+            if (event->when == RecordChanged) {
+                HandleDataFromField();
+            }
+        },
+        [&] { params.printing != 0 ? DoPrint() : DoDraw(); });
 }
 
 // --- Life -----------------------------------------------------------------------------------
@@ -274,6 +257,10 @@ void CXArea::Delete() {
 CXArea::~CXArea() {
     port = nullptr;
     window = nullptr;
+}
+
+void CXArea::Init(AreaParams* itsParams) {
+    Run([&] { InitArea(itsParams); });
 }
 
 void CXArea::InitArea(AreaParams* itsParams) {

@@ -119,8 +119,8 @@ class PortSetter {
 /// Derive a class and a manager (ui/AreaManager.h) that makes it. Where nothing else is said, an
 /// operation does nothing here.
 ///
-/// An area that is deleted while it handles an event (in a handler that lets the host close the
-/// form) lives until the outermost of its events has been handled, and gets no further ones.
+/// An area that is deleted within one of its hooks (in a handler that lets the host close the form)
+/// lives until the outermost of them is over, and is asked nothing more.
 class CXArea {
   public:
     CXArea() = default;
@@ -242,13 +242,36 @@ class CXArea {
 
   private:
     friend class CXAreaManager;
+    friend class FourDDialog;
     struct EventRow;
-    class EventScope;
     static const EventRow Events[];
 
-    /// Deletes the area, now or when its events have been handled.
+    /// Keeps an area while hooks of it run, perhaps for an event. The last one to end deletes an
+    /// area that was to go meanwhile.
+    class Scope {
+      public:
+        explicit Scope(CXArea& itsArea, long itsEvents = 0);
+        ~Scope();
+        Scope(const Scope&) = delete;
+        Scope& operator=(const Scope&) = delete;
+        bool IsDoomed() const { return area.doomed; }
+
+      private:
+        CXArea& area;
+        long events;
+    };
+
+    /// Runs hooks one after the other, as long as none of them has the area deleted.
+    template <typename... Hooks>
+    void Run(Hooks... hooks) {
+        const Scope scope(*this);
+        ((doomed ? void() : hooks()), ...);
+    }
+    /// Deletes the area, now or when its hooks are over.
     void Delete();
+    void Init(AreaParams* itsParams);
     void HandleFirstEvent(Rect* rect);
+    void Act(EventRecord* event, Rect* rect);
     void SwitchPage(bool in);
     void TellPage(bool in);
     void Invalidate(const Rect& rect);
@@ -256,7 +279,8 @@ class CXArea {
     void Update(const EventRecord* event, Rect* rect);
     bool DecideStandalone() const;
 
-    bool doomed = false; ///< deleted within one of its events
+    long scopes = 0;     ///< that keep it
+    bool doomed = false; ///< deleted within one of its hooks
 };
 
 /// The field of `table` that an area of this name (Pascal) is bound to: its names (Str31), number

@@ -1,7 +1,6 @@
 #include "ui/AreaManager.h"
 
 #include "host/FourD.h"
-#include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "shell/Commands.h"
 #include "shell/Entry.h"
@@ -75,8 +74,9 @@ struct PointerDisposer {
 
 using OwnedAreaRecord = std::unique_ptr<DialogAreaRecord, PointerDisposer>;
 
+/// The dialog's window; null without one, and for no dialog.
 GrafPort* WindowOf(FourDDialog* dialog) {
-    GrafPort* window = FourD::LMGetWindowList();
+    GrafPort* window = dialog != nullptr ? FourD::LMGetWindowList() : nullptr;
     while (window != nullptr && FourD::GetFourDDialogFromWindow(window) != dialog) {
         window = FourD::GetNextMacWindow(window);
     }
@@ -124,7 +124,7 @@ void CXAreaManager::HandleNewArea(AreaParams* params, CXArea** area) {
     }
     LinkArea(made.get());
     *area = made.release();
-    (*area)->InitArea(params);
+    (*area)->Init(params);
 }
 
 void CXAreaManager::DoToAllAreas(void (*procedure)(CXArea*, void*), void* data) {
@@ -264,36 +264,26 @@ void FourDDialogAreaHandler(long* areaData, unsigned char* objectName, Rect* rec
     });
 }
 
-namespace {
-
-/// Answers the host's error: one that takes no areas in dialogs says so.
-OSErr InstallAreaHandler(FourDDialog* dialog, const char* objectName, void* handler, void* data) {
-    const auto address = reinterpret_cast<long>(handler);
-    return Perform(Operation("SetAreaHandler"), {.dialog = dialog,
-                                                 .name = objectName,
-                                                 .address = data,
-                                                 .param2 = AreaHandlerConstant,
-                                                 .param3 = address,
-                                                 .param4 = address})
-        .error;
-}
-
-} // namespace
-
 void FourDDialog::SetAreaHandler(FourDDialog* dialog, const char* objectName, void* handler,
                                  void* data) {
-    InstallAreaHandler(dialog, objectName, handler, data);
+    const auto address = reinterpret_cast<long>(handler);
+    Perform(Operation("SetAreaHandler"), {.dialog = dialog,
+                                          .name = objectName,
+                                          .address = data,
+                                          .param2 = AreaHandlerConstant,
+                                          .param3 = address,
+                                          .param4 = address});
 }
 
 CXArea* FourDDialog::SetupPluginArea(FourDDialog* dialog, const char* objectName,
                                      CXAreaManager* manager, short) {
+    GrafPort* const window = WindowOf(dialog);
+    if (window == nullptr) {
+        return nullptr;
+    }
     OwnedAreaRecord record(
         reinterpret_cast<DialogAreaRecord*>(NewPtrClear(sizeof(DialogAreaRecord))));
     if (record == nullptr) {
-        return nullptr;
-    }
-    GrafPort* window = WindowOf(dialog);
-    if (window == nullptr) {
         return nullptr;
     }
     AreaInitBlock block = {};
@@ -309,24 +299,18 @@ CXArea* FourDDialog::SetupPluginArea(FourDDialog* dialog, const char* objectName
     event.what = AreaEvent::CreateWithBlock;
     event.message = reinterpret_cast<unsigned long>(&block);
     manager->DispatchEvent(&event, &rect, name, &record->area);
-    if (record->area == nullptr) {
+    CXArea* const area = record->area;
+    if (area == nullptr) {
         return nullptr;
     }
-    CXArea* const area = record->area;
+    const CXArea::Scope scope(*area);
     event = {};
     manager->DispatchEvent(&event, &rect, name, &record->area);
-    if (record->area != area || !manager->IsAnArea(area)) { // deleted in its first event
+    if (scope.IsDoomed()) { // in its first event
         return nullptr;
     }
-    record->manager = manager;
-    if (InstallAreaHandler(dialog, objectName, reinterpret_cast<void*>(FourDDialogAreaHandler),
-                           record.get()) != ResultCode::NoError) {
-        // The host keeps nothing and will never send the last event.
-        event = {};
-        event.what = AreaEvent::Delete;
-        manager->DispatchEvent(&event, &rect, name, &record->area);
-        return nullptr;
-    }
-    static_cast<void>(record.release()); // freed with the last event
+    *record = {area, manager};
+    SetAreaHandler(dialog, objectName, reinterpret_cast<void*>(FourDDialogAreaHandler),
+                   record.release()); // freed with the last event
     return area;
 }

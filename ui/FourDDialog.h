@@ -197,9 +197,10 @@ class FourDDialog {
 
     // --- External areas (AreaManager.cpp) -----------------------------------------------------
 
-    /// Puts an area of the plug-in, which its manager makes, into an object; null when there is no
-    /// such window, no memory, the manager makes none, or the host does not take it. The area goes
-    /// with the dialog, and the manager has to outlive both. The number is not used.
+    /// Puts an area of the plug-in, which its manager makes, into an object; null when the dialog
+    /// has no window, there is no memory, or the manager makes none. What the host answers does not
+    /// count: the area goes with the last event that it sends. The manager has to outlive both. The
+    /// number is not used.
     static CXArea* SetupPluginArea(FourDDialog* dialog, const char* objectName,
                                    CXAreaManager* manager, short number);
     /// Has the host send an object's area events to `handler` (a FourDDialogAreaHandler), with the

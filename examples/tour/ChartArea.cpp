@@ -354,7 +354,7 @@ class ChartDialog : public SXDialog {
     ChartDialog() : SXDialog("Chart", 0) {}
 
     void PostLoadData() override {
-        // A host that takes no areas in dialogs shows the label in place of the chart.
+        // Where there is no chart its place says so.
         if (FourDDialog::SetupPluginArea(dialog, "chart", &charts, 0) != nullptr) {
             FourDDialog::SetObjVisible(dialog, "none", 0);
         }
