@@ -390,11 +390,13 @@ class FourD {
     /// Identifier of the plug-in's resources.
     static short CurProcResID();
     /// A resource of the plug-in; null when there is none. It stays the resource file's: release it
-    /// with ReleaseResource.
+    /// with ReleaseResource. There is one handle for all who hold the resource: whoever releases
+    /// it, as the operations do that say so, leaves the others with one that is no longer valid.
     static Handle GetPluginResource(unsigned long type, short id);
     static Handle GetPluginResourceByName(unsigned long type, const unsigned char* name);
     /// Resource number that the plug-in's map (resource `mapType` of CurProcResID) gives to a local
-    /// identifier of a type; 0 when it gives none. The map is released.
+    /// identifier of a type; 0 when it gives none. The map is released: a handle to it that is held
+    /// is no longer valid afterwards.
     static short GetResNum(unsigned long mapType, unsigned long type, short localID);
     /// An item, from 1, of a string list; empty when there is none. `out` takes 256 bytes. As text
     /// it ends at the first zero byte.
@@ -410,12 +412,13 @@ class FourD {
     static unsigned char StripIPVarName(unsigned char* name);
     /// A style of the plug-in, out of a 'Styl' resource; an extended one, out of a 'StyX' resource
     /// by its identifier or name. -192 when there is none, -50 when it is too short; zeroed then.
+    /// The resource is released: a handle to it that is held is no longer valid afterwards.
     static OSErr GetStyleRes(short id, FourDStyle* style);
     static OSErr GetStyleXResByID(short id, FourDStyleX* style);
     static OSErr GetStyleXResByName(const unsigned char* name, FourDStyleX* style);
-    /// The first style of that identifier, or name as StringsEqual compares, in a style list of the
-    /// host (see host/Styles.h), a platform handle; 0 and a zeroed one when there is none. -50 for
-    /// a null list and one of less than 380 bytes.
+    /// The first style of that identifier, or name as StringsEqual compares, in a style list, a
+    /// platform handle (host/Styles.h says where an author gets one); 0 and a zeroed one when there
+    /// is none. -50 for a null list and one of less than 380 bytes.
     static OSErr GetStyleByID(char** list, short id, FourDStyle* style);
     static OSErr GetStyleByName(char** list, const unsigned char* name, FourDStyle* style);
     static OSErr GetStyleXByID(char** list, short id, FourDStyleX* style);
@@ -424,8 +427,8 @@ class FourD {
     /// no entry for counts as 2. The host's result code, and zeros, when it does not tell its kind.
     static OSErr GetPlatformStyle(const FourDStyle* style, FourDPlatformStyle* spec);
     static OSErr GetPlatformStyle(const FourDStyleX* style, FourDPlatformStyle* spec);
-    /// The same of an extended style in a list, of an extended style of the plug-in. Errors as with
-    /// GetStyleXByID and GetStyleXResByID; zeros then.
+    /// The same of an extended style in a list, of an extended style of the plug-in. Errors, and
+    /// what is released, as with GetStyleXByID and GetStyleXResByID; zeros then.
     static OSErr GetPlatformStyleByID(char** list, short id, FourDPlatformStyle* spec);
     static OSErr GetPlatformStyleSpecByID(short id, FourDPlatformStyle* spec);
     static OSErr GetPlatformStyleSpecByName(const unsigned char* name, FourDPlatformStyle* spec);

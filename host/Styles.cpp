@@ -108,20 +108,33 @@ OSErr TakeStyle(Handle resource, Style* style) {
 
 /// The entry of a style for the host's platform interface.
 template <typename Style>
-OSErr PlatformEntry(const Style* style, FourDPlatformStyle* spec) {
+OSErr PlatformEntry(const Style& style, FourDPlatformStyle* spec) {
     *spec = {};
     long kind = 0;
     const auto error = static_cast<OSErr>(FourD::GetPlatformInterface(&kind));
-    if (error != ResultCode::NoError) {
-        return error;
+    if (error == ResultCode::NoError) {
+        *spec = EntryForPlatform(style.platforms, kind);
     }
-    const auto entry = static_cast<unsigned long>(kind);
-    *spec = style->platforms[entry < std::size(style->platforms) ? entry : DefaultInterface];
-    spec->font[0] = std::min<unsigned char>(spec->font[0], sizeof spec->font - 1);
-    return ResultCode::NoError;
+    return error;
+}
+
+/// The same of the extended style that `find` fetches.
+template <typename Find>
+OSErr PlatformEntryOf(Find find, FourDPlatformStyle* spec) {
+    *spec = {};
+    FourDStyleX style;
+    const OSErr error = find(&style);
+    return error != ResultCode::NoError ? error : PlatformEntry(style, spec);
 }
 
 } // namespace
+
+FourDPlatformStyle EntryForPlatform(std::span<const FourDPlatformStyle> entries, long kind) {
+    const auto place = static_cast<unsigned long>(kind);
+    FourDPlatformStyle entry = entries[place < entries.size() ? place : DefaultInterface];
+    entry.font[0] = std::min<unsigned char>(entry.font[0], sizeof entry.font - 1);
+    return entry;
+}
 
 OSErr FourD::GetStyleRes(short id, FourDStyle* style) {
     return TakeStyle(GetPluginResource(StyleType, id), style);
@@ -152,32 +165,23 @@ OSErr FourD::GetStyleXByName(char** list, const unsigned char* name, FourDStyleX
 }
 
 OSErr FourD::GetPlatformStyle(const FourDStyle* style, FourDPlatformStyle* spec) {
-    return PlatformEntry(style, spec);
+    return PlatformEntry(*style, spec);
 }
 
 OSErr FourD::GetPlatformStyle(const FourDStyleX* style, FourDPlatformStyle* spec) {
-    return PlatformEntry(style, spec);
+    return PlatformEntry(*style, spec);
 }
 
 OSErr FourD::GetPlatformStyleByID(char** list, short id, FourDPlatformStyle* spec) {
-    *spec = {};
-    FourDStyleX style;
-    const OSErr error = GetStyleXByID(list, id, &style);
-    return error != ResultCode::NoError ? error : GetPlatformStyle(&style, spec);
+    return PlatformEntryOf([=](auto* style) { return GetStyleXByID(list, id, style); }, spec);
 }
 
 OSErr FourD::GetPlatformStyleSpecByID(short id, FourDPlatformStyle* spec) {
-    *spec = {};
-    FourDStyleX style;
-    const OSErr error = GetStyleXResByID(id, &style);
-    return error != ResultCode::NoError ? error : GetPlatformStyle(&style, spec);
+    return PlatformEntryOf([=](auto* style) { return GetStyleXResByID(id, style); }, spec);
 }
 
 OSErr FourD::GetPlatformStyleSpecByName(const unsigned char* name, FourDPlatformStyle* spec) {
-    *spec = {};
-    FourDStyleX style;
-    const OSErr error = GetStyleXResByName(name, &style);
-    return error != ResultCode::NoError ? error : GetPlatformStyle(&style, spec);
+    return PlatformEntryOf([=](auto* style) { return GetStyleXResByName(name, style); }, spec);
 }
 
 OSErr FourD::GetRGBColor(long color, RGBColor* rgb) {

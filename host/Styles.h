@@ -2,6 +2,8 @@
 
 #include "platform/Types.h"
 
+#include <span>
+
 #pragma pack(push, 2)
 
 /// Font, size and face of a style on one platform interface.
@@ -28,7 +30,10 @@ struct FourDStyleX {
     FourDPlatformStyle platforms[5];
 };
 
-/// What a list of styles begins with; the records follow back to back.
+/// What a list of styles begins with; the records follow back to back. No call of FourD asks the
+/// host for a list of its own. One comes as a resource that is laid out like it: the plug-in's
+/// (FourD::GetPluginResource, as of extended styles the style sets that forms name), or one of the
+/// structure or of a file opened through the host (FourD::Get4DRes).
 struct FourDStyleListHeader {
     short count;
     short reserved;
@@ -40,6 +45,10 @@ struct SysColors4D {
 };
 
 #pragma pack(pop)
+
+/// The entry for an interface kind (FourD::GetPlatformInterface) among those of a style; a kind
+/// that the style has no entry for counts as 2.
+FourDPlatformStyle EntryForPlatform(std::span<const FourDPlatformStyle> entries, long kind);
 
 static_assert(sizeof(FourDPlatformStyle) == 68);
 static_assert(sizeof(FourDStyle) == 238 && offsetof(FourDStyle, id) == 32 &&

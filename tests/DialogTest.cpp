@@ -165,6 +165,7 @@ TEST_P(DialogTest, PatchesFontsAndReadsFlags) {
              Atom("FONT", Font(1, 10, 4)) + Atom("font", Font(1, 10, 3)) +
              Atom("FONT", Font(1, 10, 3).substr(0, 9)) + Atom("FLAG", flags.substr(0, 16)));
     SetForm(form);
+    ToolboxSetStrict(1);
     for (const short set : {StyleSet, short{0}, short{8}}) { // there is no 8
         TestDialog dialog(set);
         EXPECT_EQ(dialog.formFlag1, 0x1234);
@@ -187,6 +188,25 @@ TEST_P(DialogTest, PatchesFontsAndReadsFlags) {
     EXPECT_EQ(later.Atoms()[4], Font(1, 10, 3));
     later.Close();
     later.PatchFO4DFONTAtoms(); // without a form
+    // Fifty atoms cost no more calls than one, whether their styles are there or not.
+    for (const short style : {short{3}, short{4}}) {
+        std::string atoms;
+        for (int count = 0; count < 50; ++count) {
+            atoms += Atom("FONT", Font(1, 10, style));
+        }
+        SetForm(Form(atoms));
+        host.log.Clear();
+        const size_t before = host.log.HostCallCount();
+        TestDialog many(StyleSet);
+        EXPECT_EQ(host.log.HostCallCount() - before, 2); // a dialog context, the platform
+        EXPECT_NE(host.log.Last("PlatformInterface"), nullptr);
+        EXPECT_EQ(many.Atoms(), Calls(50, style == 3 ? Font(4, 11, -1) : Font(1, 10, -1)));
+        EXPECT_EQ(ToolboxLiveHandles(), 1); // the form; the set was released
+    }
+    host.FailNext("PlatformInterface", -2);
+    TestDialog unpatched(StyleSet);
+    EXPECT_EQ(unpatched.Atoms()[49], Font(1, 10, -1));
+    ToolboxSetStrict(0);
 }
 
 TEST_P(DialogTest, SpoiledFormsHarmNothing) {

@@ -19,9 +19,7 @@ SXDialog::SXDialog(const char* itsFormName, short itsWindowType, long itsWindowO
     _CopyC2PStr(itsFormName, formName);
     // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): needs the name
     formResource = FourD::GetPluginResourceByName(FormResourceType, formName);
-    if (styleSet > 0) {
-        ScanFO4DAtoms(PatchFONTAtoms, this);
-    }
+    PatchFO4DFONTAtoms();
     ScanFO4DAtoms(ReadFLAGAtom, this);
 }
 
@@ -134,7 +132,8 @@ long SXDialog::ReadFLAGAtom(unsigned long type, char* data, long length, void* d
 }
 
 long SXDialog::PatchFONTAtoms(unsigned long type, char* data, long length, void* dialog) {
-    PatchFontAtom(type, data, length, static_cast<SXDialog*>(dialog)->styleSet);
+    FormStyles styles(static_cast<SXDialog*>(dialog)->styleSet);
+    PatchFontAtom(type, data, length, &styles);
     return 0;
 }
 
@@ -142,7 +141,12 @@ void SXDialog::PatchFO4DFONTAtoms() {
     if (formResource == nullptr || styleSet < 1) {
         return;
     }
-    ScanFO4DAtoms(PatchFONTAtoms, this);
+    FormStyles styles(styleSet);
+    const auto patch = [](unsigned long type, char* data, long length, void* context) {
+        PatchFontAtom(type, data, length, static_cast<FormStyles*>(context));
+        return 0L;
+    };
+    ScanFO4DAtoms(patch, &styles);
 }
 
 void SXDialog::DefaultDialogFilter(void* dialog, EventRecord* event, unsigned char* objectName,

@@ -19,7 +19,7 @@ class SXDialog {
   public:
     /// Makes the host's dialog context and reads the form resource of this name (at most 255
     /// characters). With a style set above 0 the form's fonts are those of the set (see
-    /// ui/FormResource.h).
+    /// ui/FormResource.h), which is released again.
     SXDialog(const char* formName, short windowType, long windowOptions, short styleSet);
     /// Window type 1, window options 5.
     SXDialog(const char* formName, short styleSet);
@@ -28,7 +28,9 @@ class SXDialog {
 
     /// Does what Close does.
     virtual ~SXDialog();
-    /// Closes the host's dialog, or its context, and releases the form. Harmless when repeated.
+    /// Closes the host's dialog, or its context, and with the last object that has the form
+    /// releases it: a handle to it that is held elsewhere is no longer valid then. Harmless when
+    /// repeated.
     virtual void Close();
 
     // Hooks; they do nothing here.
@@ -59,10 +61,11 @@ class SXDialog {
 
     /// Calls `callback` for the form's atoms, see ScanFormAtoms.
     void ScanFO4DAtoms(FO4DAtomProc callback, void* data);
-    /// What the constructor scans with; `dialog` is an SXDialog. Both answer 0.
+    /// For scans; `dialog` is an SXDialog. The second looks the style set up for each atom. Both
+    /// answer 0.
     static long ReadFLAGAtom(unsigned long type, char* data, long length, void* dialog);
     static long PatchFONTAtoms(unsigned long type, char* data, long length, void* dialog);
-    /// Patches the form's fonts; nothing without a form or a style set.
+    /// Patches the form's fonts, with one look at the style set; nothing without a form or a set.
     void PatchFO4DFONTAtoms();
 
     /// Hands an event to the EventFilter of the dialog's object.

@@ -44,18 +44,27 @@ void StoreShort(short value, char* bytes) {
     std::memcpy(bytes, &swapped, sizeof swapped);
 }
 
-/// The entry for this platform of a style in one of the plug-in's style sets.
-bool FindStyle(short styleSet, short index, FourDPlatformStyle* style) {
-    const Handle list = FourD::GetPluginResource(StyleSetType, styleSet);
-    if (list == nullptr) {
-        return false;
+} // namespace
+
+FormStyles::~FormStyles() {
+    if (list != nullptr) {
+        ReleaseResource(list);
     }
-    const OSErr error = FourD::GetPlatformStyleByID(list, index, style);
-    ReleaseResource(list);
-    return error == ResultCode::NoError && style->font[0] != 0;
 }
 
-} // namespace
+bool FormStyles::Find(short index, FourDPlatformStyle* style) {
+    if (!lookedUp) {
+        lookedUp = true;
+        list = FourD::GetPluginResource(StyleSetType, number);
+        known = list != nullptr && FourD::GetPlatformInterface(&platform) == ResultCode::NoError;
+    }
+    FourDStyleX found;
+    if (!known || FourD::GetStyleXByID(list, index, &found) != ResultCode::NoError) {
+        return false;
+    }
+    *style = EntryForPlatform(found.platforms, platform);
+    return style->font[0] != 0;
+}
 
 void ScanFormAtoms(Handle form, FO4DAtomProc callback, void* context) {
     if (form == nullptr) {
@@ -86,7 +95,7 @@ void ScanFormAtoms(Handle form, FO4DAtomProc callback, void* context) {
     }
 }
 
-void PatchFontAtom(unsigned long type, char* data, long length, short styleSet) {
+void PatchFontAtom(unsigned long type, char* data, long length, FormStyles* styles) {
     if (type != FontAtom || length < FontAtomSize) {
         return;
     }
@@ -97,7 +106,7 @@ void PatchFontAtom(unsigned long type, char* data, long length, short styleSet) 
     short font = ShortAt(data + FontPlace);
     short size = ShortAt(data + FontSizePlace);
     FourDPlatformStyle style;
-    if (FindStyle(styleSet, index, &style)) {
+    if (styles->Find(index, &style)) {
         GetFNum(style.font, &font);
         size = style.size;
     }

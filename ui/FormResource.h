@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/Styles.h"
 #include "platform/Types.h"
 
 // Form resources ("FO4D"). A form is the tag "FORM", a 32-bit length of all that follows, the tag
@@ -20,10 +21,31 @@ using FO4DAtomProc = long (*)(unsigned long type, char* data, long length, void*
 /// form.
 void ScanFormAtoms(Handle form, FO4DAtomProc callback, void* context);
 
-/// Resolves the style index of a "FONT" atom with a style set of the plug-in to font number and
-/// size on this platform, and sets it to -1. Where the set has no such style the atom's own font
-/// and size stay. Any other atom, and one with a negative index, is left alone.
-void PatchFontAtom(unsigned long type, char* data, long length, short styleSet);
+/// A style set of the plug-in as this platform has it, for one scan of a form. It is looked up, and
+/// the host asked for its platform, with the first style that is wanted; then it is held until the
+/// end of the scope and released: a handle to it that is held elsewhere is no longer valid then.
+class FormStyles {
+  public:
+    explicit FormStyles(short styleSet) : number(styleSet) {}
+    ~FormStyles();
+    FormStyles(const FormStyles&) = delete;
+    FormStyles& operator=(const FormStyles&) = delete;
+
+    /// False when there is no such style, or set.
+    bool Find(short index, FourDPlatformStyle* style);
+
+  private:
+    short number;
+    bool lookedUp = false;
+    bool known = false; ///< the list and the platform
+    Handle list = nullptr;
+    long platform = 0;
+};
+
+/// Resolves the style index of a "FONT" atom to font number and size on this platform, and sets it
+/// to -1. Without such a style the atom's own font and size stay. Any other atom, and one with a
+/// negative index, is left alone.
+void PatchFontAtom(unsigned long type, char* data, long length, FormStyles* styles);
 
 /// Reads the two values of a "FLAG" atom; any other atom leaves both as they are.
 void ReadFlagAtom(unsigned long type, const char* data, long length, short* flag1, short* flag2);

@@ -171,10 +171,11 @@ class FourDDialog {
     /// Classic on every host.
     static void LoadTextArrayFromTTR(FourDDialog* dialog, const char* name, Handle text, short id);
     /// New array with the numbers, or strings, of a string list of the plug-in; empty without one.
+    /// The list is released: a handle to it that is held is no longer valid afterwards.
     static void LoadLongArrayFromResource(FourDDialog* dialog, const char* name, short id);
     static void LoadStringArrayFromResource(FourDDialog* dialog, const char* name, short id);
-    /// New arrays with the values and strings of a 'TKPL' resource of the plug-in. Either name may
-    /// be null or empty, and then there is no such array.
+    /// New arrays with the values and strings of a 'TKPL' resource of the plug-in, which is
+    /// released like that. Either name may be null or empty, and then there is no such array.
     static void LoadLongAndStringArraysFromTKPLResource(FourDDialog* dialog, const char* longName,
                                                         const char* stringName, short id);
 
