@@ -1,7 +1,7 @@
-#include "ui/DialogOperations.h"
-
 #include "data/Handles.h"
 #include "host/FourD.h"
+#include "host/HostState.h"
+#include "host/Selectors.h"
 #include "platform/Toolbox.h"
 #include "testhost/engine/RecordFields.h"
 #include "tests/Fixture.h"
@@ -42,8 +42,10 @@ class DialogOperationsTest : public HostTest, public testing::WithParamInterface
         ToolboxAddResFile(50);
         Start();
         dialog = D::CreateFourDDialogContext();
+        ToolboxSetStrict(1);
     }
     ~DialogOperationsTest() override {
+        ToolboxSetStrict(0);
         D::Close(dialog);
         ToolboxRemoveResFile(50);
     }
@@ -120,9 +122,9 @@ TEST_P(DialogOperationsTest, SendsEachOperationWithItsValues) {
     D::SetLongVar(d, "v", 8);
     ExpectSent("DialogSetLongVar", 208, -208, {.number = 8});
     D::GetNativeRealVar(d, "v");
-    ExpectSent("DialogGetRealVar", 209, -209);
+    ExpectSent("DialogGetNativeRealVar", 209, -209);
     D::SetNativeRealVar(d, "v", 2.5);
-    ExpectSent("DialogSetRealVar", 210, -210, {.real = 2.5});
+    ExpectSent("DialogSetNativeRealVar", 210, -210, {.real = 2.5});
     D::GetStringVar(d, "v", string);
     ExpectSent("DialogGetStringVar", 211, -211);
     D::SetStringVar(d, "v", "%d %%", 7);
@@ -130,16 +132,16 @@ TEST_P(DialogOperationsTest, SendsEachOperationWithItsValues) {
     D::SetPictureVar(d, "v", reinterpret_cast<Picture**>(handle.handle));
     ExpectSent("DialogSetPictureVar", 213, 0, {.address = picture});
     D::SwitchTo4DContext(d);
-    ExpectSent("DialogLeaveContext", 215, -215, {.name = ""});
+    ExpectSent("DialogSwitchTo4DContext", 215, -215, {.name = ""});
     D::SwitchToDlogContext(d, reinterpret_cast<long>(d));
-    ExpectSent("DialogEnterContext", -216, -216,
+    ExpectSent("DialogSwitchToDlogContext", -216, -216,
                {.name = "", .param2 = reinterpret_cast<long>(dialog)});
     D::GetRect(d, "v", &rect);
     ExpectSent("DialogGetRect", 222, -222);
     D::BeginUpdateVars(d);
-    ExpectSent("DialogBeginUpdate", 226, -226, {.name = ""});
+    ExpectSent("DialogBeginUpdateVars", 226, -226, {.name = ""});
     D::EndUpdateVars(d);
-    ExpectSent("DialogEndUpdate", 227, -227, {.name = ""});
+    ExpectSent("DialogEndUpdateVars", 227, -227, {.name = ""});
     D::SetDateVar(d, "d", {21, 11, 2026});
     ExpectSent("DialogSetDateVar", 230, -230, {.name = "d", .day = 21});
     EXPECT_EQ(D::GetDateVar(d, "d", &date), 2026);
@@ -162,7 +164,7 @@ TEST_P(DialogOperationsTest, SendsEachOperationWithItsValues) {
     EXPECT_EQ(FourDDialog_GetUserData(d), &text);
     ExpectSent("DialogGetUserData", 259, -259, {.name = ""});
     D::SetThreeStateCheckBox(d, "v", 1);
-    ExpectSent("DialogSetThreeState", 260, -260, {.param2 = 1});
+    ExpectSent("DialogSetThreeStateCheckBox", 260, -260, {.param2 = 1});
     D::SetEntryFilter(d, "v", text);
     ExpectSent("DialogSetEntryFilter", 329, 0, {.string = "Text"});
     D::SetEntryFormat(d, "v", text);
@@ -180,7 +182,7 @@ TEST_P(DialogOperationsTest, SendsEachOperationWithItsValues) {
     D::UpdateObjTitle(d, "v");
     ExpectSent("DialogUpdateObjTitle", 341, 0);
     D::GetLastObject(d, read);
-    ExpectSent("DialogLastObject", -405, 0, {.name = ""});
+    ExpectSent("DialogGetLastObject", -405, 0, {.name = ""});
     D::GotoVariable(d, "v");
     ExpectSent("DialogGotoVariable", -416, 0);
     D::Cancel(d);
@@ -188,58 +190,61 @@ TEST_P(DialogOperationsTest, SendsEachOperationWithItsValues) {
     D::Validate(d);
     ExpectSent("DialogEnd", -425, -425, {.name = ""});
     D::NewArrayLong(d, "l");
-    ExpectSent("DialogNewLongArray", 239, -239, {.name = "l"});
+    ExpectSent("DialogNewArrayLong", 239, -239, {.name = "l"});
     D::SetArrayElement(d, "l", 1, 8L);
-    ExpectSent("DialogSetLongElement", 240, -240, {.name = "l", .number = 8, .param2 = 1});
+    ExpectSent("DialogSetArrayElementLong", 240, -240, {.name = "l", .number = 8, .param2 = 1});
     D::GetArrayElement(d, "l", 1, &number);
-    ExpectSent("DialogGetLongElement", 219, -219, {.name = "l", .param2 = 1});
+    ExpectSent("DialogGetArrayElementLong", 219, -219, {.name = "l", .param2 = 1});
     D::NewArrayReal(d, "r");
-    ExpectSent("DialogNewRealArray", 327, -327, {.name = "r"});
+    ExpectSent("DialogNewArrayReal", 327, -327, {.name = "r"});
     D::SetArrayElement(d, "r", 1, 0.5);
-    ExpectSent("DialogSetRealElement", 328, -328, {.name = "r", .real = 0.5, .param2 = 1});
+    ExpectSent("DialogSetArrayElementReal", 328, -328, {.name = "r", .real = 0.5, .param2 = 1});
     D::GetArrayElement(d, "r", 1, &real);
-    ExpectSent("DialogGetRealElement", 217, -217, {.name = "r", .param2 = 1});
+    ExpectSent("DialogGetArrayElementReal", 217, -217, {.name = "r", .param2 = 1});
     D::NewArrayString(d, "s");
-    ExpectSent("DialogNewStringArray", 228, -228, {.name = "s"});
+    ExpectSent("DialogNewArrayString", 228, -228, {.name = "s"});
     D::SetArrayElement(d, "s", 1, "string");
-    ExpectSent("DialogSetStringElement", 229, -229, {.name = "s", .string = "string", .param2 = 1});
+    ExpectSent("DialogSetArrayElementString", 229, -229,
+               {.name = "s", .string = "string", .param2 = 1});
     D::GetArrayElement(d, "s", 1, read);
-    ExpectSent("DialogGetStringElement", 218, -218, {.name = "s", .param2 = 1});
+    ExpectSent("DialogGetArrayElementString", 218, -218, {.name = "s", .param2 = 1});
     D::NewArrayText(d, "t");
-    ExpectSent("DialogNewTextArray", 331, -331, {.name = "t"});
+    ExpectSent("DialogNewArrayText", 331, -331, {.name = "t"});
     D::SetArrayElement(d, "t", 1, handle.handle);
-    ExpectSent("DialogSetTextElement", 332, 0, {.name = "t", .address = picture, .param2 = 1});
+    ExpectSent("DialogSetArrayElementText", 332, 0, {.name = "t", .address = picture, .param2 = 1});
     D::GetArrayElement(d, "t", 1, &element);
-    ExpectSent("DialogGetTextElement", 333, 0, {.name = "t", .param2 = 1});
+    ExpectSent("DialogGetArrayElementText", 333, 0, {.name = "t", .param2 = 1});
     D::NewArrayPicture(d, "p");
-    ExpectSent("DialogNewPictureArray", 245, -245, {.name = "p"});
+    ExpectSent("DialogNewArrayPicture", 245, -245, {.name = "p"});
     D::SetArrayElement(d, "p", 1, reinterpret_cast<Picture**>(handle.handle));
-    ExpectSent("DialogSetPictureElement", 246, 0, {.name = "p", .address = picture, .param2 = 1});
+    ExpectSent("DialogSetArrayElementPicture", 246, 0,
+               {.name = "p", .address = picture, .param2 = 1});
     EXPECT_EQ(D::GetArraySize(d, "l"), 1);
-    ExpectSent("DialogArraySize", 242, -242, {.name = "l"});
+    ExpectSent("DialogGetArraySize", 242, -242, {.name = "l"});
     D::DeleteArrayElements(d, "l", 1, 1);
-    ExpectSent("DialogDeleteElements", 243, -243, {.name = "l", .param2 = 1, .param3 = 1});
+    ExpectSent("DialogDeleteArrayElements", 243, -243, {.name = "l", .param2 = 1, .param3 = 1});
     D::LoadTextArrayFromResource(d, "a", 9);
-    ExpectSent("DialogLoadStringList", 223, -223,
+    ExpectSent("DialogLoadTextArrayFromResource", 223, -223,
                {.name = "a", .param2 = StringListType, .param3 = 9});
     D::LoadTextArrayFromTableNames(d, "a", 1);
-    ExpectSent("DialogLoadTableNames", 224, -224, {.name = "a", .param2 = 911});
+    ExpectSent("DialogLoadTextArrayFromTableNames", 224, -224, {.name = "a", .param2 = 911});
     D::LoadTextArrayFromFieldNames(d, "a", 3, 0);
-    ExpectSent("DialogLoadFieldNames", 225, -225, {.name = "a", .table = 3});
+    ExpectSent("DialogLoadTextArrayFromFieldNames", 225, -225, {.name = "a", .table = 3});
     D::LoadTextArrayFromTTR(d, "a", handle.handle, 9);
-    ExpectSent("DialogLoadTTR", 241, 0, {.name = "a", .address = picture, .param2 = 9});
+    ExpectSent("DialogLoadTextArrayFromTTR", 241, 0,
+               {.name = "a", .address = picture, .param2 = 9});
     D::NewTableFieldHList(d, "h", 3, 1, 2, 1, 4, 5);
     ExpectSent("DialogNewTableFieldHList", -235, 0,
                {.name = "h", .param2 = 911, .param3 = 0x05040201, .table = 3});
     D::SetTableFieldInHList(d, "h", 3, 4, 1);
-    ExpectSent("DialogSetTableField", -263, 0,
+    ExpectSent("DialogSetTableFieldInHList", -263, 0,
                {.name = "h", .param2 = 911, .table = 3, .field = 4});
     D::GetTableFieldFromHList(d, "h", nullptr, nullptr, 0);
-    ExpectSent("DialogGetTableField", -238, 0, {.name = "h"});
+    ExpectSent("DialogGetTableFieldFromHList", -238, 0, {.name = "h"});
     D::ClearHList(d, "h");
     ExpectSent("DialogClearHList", -236, -236, {.name = "h"});
     D::GetDragInfo(d, nullptr, nullptr, nullptr, nullptr);
-    ExpectSent("DialogDragInfo", -237, 0, {.name = ""});
+    ExpectSent("DialogGetDragInfo", -237, 0, {.name = ""});
     D::SetTextVar(d, "v", handle.handle);
     ExpectSent("DialogSetTextVar", 308, GetParam() >= 0x1200 ? -308 : 0,
                {.address = GetParam() >= 0x1200 ? nullptr : picture});
@@ -251,13 +256,16 @@ TEST_P(DialogOperationsTest, SendsEachOperationWithItsValues) {
     EXPECT_EQ(number, 8);
     EXPECT_EQ(real, 0.5);
     EXPECT_STREQ(read, "string");
-    EXPECT_EQ(host.log.Named("DialogNewContext")[0]->selector, host.HasEngine() ? -200 : 200);
+    EXPECT_EQ(host.log.Named("CreateFourDDialogContext")[0]->selector,
+              host.HasEngine() ? -200 : 200);
     // None is left out but those that need a dialog of their own.
-    for (const DialogOperation& operation : DialogOperations) {
-        const std::string_view name = operation.selector.name;
-        EXPECT_TRUE(name == "DialogCreate" || name == "DialogModal" || name == "DialogClose" ||
+    for (const SelectorPair& row : SelectorTable) {
+        const std::string_view name = row.name;
+        EXPECT_TRUE(name.find("Dialog") == std::string_view::npos || name == "DialogFromWindow" ||
+                    name == "WindowFromDialog" || name == "CreateFourDDialog" ||
+                    name == "ModalDialog" || name == "DialogClose" ||
                     name == "DialogSetAreaHandler" || host.log.Last(name) != nullptr)
-            << operation.name;
+            << name;
     }
 }
 
@@ -306,6 +314,31 @@ TEST_P(DialogOperationsTest, SendsTextsAsHostStringsFrom12On) {
     }
 }
 
+TEST_P(DialogOperationsTest, TakesTheTextThatCameBackWithAnError) {
+    D::SetTextVar(dialog, "v", "text");
+    const auto read = [&] {
+        const TemporaryHandle text(D::GetTextVar(dialog, "v"));
+        return text.Get() == nullptr ? "none" : OwnedHandle::BytesOf(text.Get());
+    };
+    static EngineCallBack engine;
+    static ClassicCallBack classic;
+    engine = std::exchange(gHost.engineCallBack, [](long selector, FDEngineBlock* block) {
+        const long answer = engine(selector, block);
+        block->error = selector == Select("DialogGetTextVar").engine ? -50 : block->error;
+        return answer;
+    });
+    classic = std::exchange(gHost.classicCallBack, [](long selector, ParameterBlock* block) {
+        const long answer = classic(selector, block);
+        block->error = selector == Select("DialogGetTextVar").classic ? -50 : block->error;
+        return answer;
+    });
+    EXPECT_EQ(read(), "text");
+    gHost.engineCallBack = engine;
+    gHost.classicCallBack = classic;
+    host.FailNext("DialogGetTextVar", -50); // with nothing
+    EXPECT_EQ(read(), host.HasEngine() ? "" : "none");
+}
+
 TEST_P(DialogOperationsTest, MakesAnEmptyPicture) {
     D::SetPictureVar(dialog, "v", nullptr);
     ValueBlock value = {};
@@ -315,6 +348,16 @@ TEST_P(DialogOperationsTest, MakesAnEmptyPicture) {
         EXPECT_EQ(OwnedHandle::BytesOf(value.blob.data).substr(10),
                   std::string("\x11\x01\xFF\0\0\0\0\0\0", 9));
     }
+    // One that the plug-in records goes on.
+    const Rect frame = {};
+    const TemporaryHandle own(reinterpret_cast<Handle>(OpenPicture(&frame)));
+    D::SetPictureVar(dialog, "v", nullptr);
+    EXPECT_EQ(ToolboxProblemCount(), 1); // asked for another recording
+    ToolboxClearProblems();
+    EXPECT_EQ(Handle{host.log.Last("DialogSetPictureVar")->Sent().handle}, nullptr);
+    EXPECT_EQ(GetHandleSize(own.Get()), 12);
+    ClosePicture();
+    EXPECT_EQ(GetHandleSize(own.Get()), 13);
 }
 
 TEST_P(DialogOperationsTest, CutsLongNamesAndStrings) {
@@ -330,7 +373,7 @@ TEST_P(DialogOperationsTest, CutsLongNamesAndStrings) {
 TEST_P(DialogOperationsTest, MakesTextsOfLongElements) {
     D::NewArrayText(dialog, "a");
     D::SetArrayElement(dialog, "a", 1, std::string(255, 'x').c_str());
-    EXPECT_EQ(host.log.Last("DialogSetTextElement"), nullptr);
+    EXPECT_EQ(host.log.Last("DialogSetArrayElementText"), nullptr);
     D::SetArrayElement(dialog, "a", 2, std::string(256, 'y').c_str());
     EXPECT_EQ(TextElement(2), std::string(256, 'y'));
     Picture** untouched = reinterpret_cast<Picture**>(&untouched);
@@ -410,7 +453,7 @@ TEST_P(DialogOperationsTest, CreatesDialogsWithThePlugInsResources) {
         nullptr); // no such form
     EXPECT_EQ(CurResFile(), 51);
     FourDDialog* const other = std::exchange(dialog, context);
-    ExpectSent("DialogCreate", 201, -201,
+    ExpectSent("CreateFourDDialog", 201, -201,
                {.name = "Form",
                 .string = "Title",
                 .address = &rect,

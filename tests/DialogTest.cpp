@@ -278,13 +278,13 @@ TEST_P(DialogTest, TakesARectangleAndAFilterOfItsOwn) {
     TestDialog dialog;
     Rect rect = {40, 50, 240, 350};
     ASSERT_TRUE(dialog.Open(&rect, PascalString("Title").bytes, 1));
-    const CallFields& sent = host.log.Last("DialogCreate")->Sent();
+    const CallFields& sent = host.log.Last("CreateFourDDialog")->Sent();
     EXPECT_EQ(static_cast<void*>(Handle{sent.handle}), &rect);
     EXPECT_EQ(sent.flag1, 1);
-    EXPECT_EQ(host.log.Last("DialogCreate")->IsEngine(), host.HasEngine());
+    EXPECT_EQ(host.log.Last("CreateFourDDialog")->IsEngine(), host.HasEngine());
     TestDialog anywhere;
     ASSERT_TRUE(anywhere.Open(nullptr, nullptr, 0)); // the host gets a rectangle all the same
-    EXPECT_NE(Handle{host.log.Last("DialogCreate")->Sent().handle}, nullptr);
+    EXPECT_NE(Handle{host.log.Last("CreateFourDDialog")->Sent().handle}, nullptr);
     anywhere.Close();
     ownFiltered.clear();
     Act(UserAction::Kind::Click, "go");

@@ -266,13 +266,11 @@ void FourDDialogAreaHandler(long* areaData, unsigned char* objectName, Rect* rec
 
 void FourDDialog::SetAreaHandler(FourDDialog* dialog, const char* objectName, void* handler,
                                  void* data) {
-    const auto address = reinterpret_cast<long>(handler);
-    Perform(Operation("SetAreaHandler"), {.dialog = dialog,
-                                          .name = objectName,
-                                          .address = data,
-                                          .param2 = AreaHandlerConstant,
-                                          .param3 = address,
-                                          .param4 = address});
+    DialogCall call(Select("DialogSetAreaHandler"), dialog, objectName);
+    call.SetAddress(data);
+    call->param2 = AreaHandlerConstant;
+    call->param3 = call->param4 = reinterpret_cast<long>(handler);
+    call.Send();
 }
 
 CXArea* FourDDialog::SetupPluginArea(FourDDialog* dialog, const char* objectName,

@@ -19,19 +19,28 @@ constexpr OSType PairListType = 0x544B504C;   // "TKPL"
 constexpr size_t LongestString = 255;
 constexpr unsigned char LongestPairString = 254;
 
-long FieldTypes(unsigned char restrict) {
-    return restrict != 0 ? RestrictedFieldTypes : 0;
-}
-
 bool IsGiven(const char* name) {
     return name != nullptr && *name != '\0';
 }
 
-Handle ElementHandle(FourDDialog* dialog, const char* name, long index) {
-    const DialogValues answered =
-        Perform(Operation("GetTextElement"), {.dialog = dialog, .name = name, .param2 = index});
-    return static_cast<Handle>(const_cast<void*>(answered.address));
-}
+/// An operation on an element of an array.
+class ElementCall : public DialogCall {
+  public:
+    ElementCall(Selector operation, FourDDialog* dialog, const char* name, long index)
+        : DialogCall(operation, dialog, name) {
+        (*this)->param2 = index;
+    }
+};
+
+/// An operation that takes a mask of field types: those of a list that is restricted, or all.
+class FieldTypesCall : public DialogCall {
+  public:
+    FieldTypesCall(Selector operation, FourDDialog* dialog, const char* name,
+                   unsigned char restrict)
+        : DialogCall(operation, dialog, name) {
+        (*this)->param2 = restrict != 0 ? 0x38F : 0;
+    }
+};
 
 /// Whether a text begins with another one. What follows in it deliberately does not count.
 bool BeginsWith(Handle text, Handle beginning) {
@@ -50,6 +59,16 @@ long FindElement(FourDDialog* dialog, const char* name, Matches matches) {
         }
     }
     return -1;
+}
+
+/// First element, a number, that equals a value.
+template <typename Number>
+long FindNumber(FourDDialog* dialog, const char* name, Number value) {
+    return FindElement(dialog, name, [=](long index) {
+        Number element = 0;
+        FourDDialog::GetArrayElement(dialog, name, index, &element);
+        return element == value;
+    });
 }
 
 /// Number of strings in a string list of the plug-in; 0 when there is none.
@@ -93,39 +112,42 @@ bool ReadPair(CStream* pairs, long* value, unsigned char* string) {
 // --- Arrays -------------------------------------------------------------------------------------
 
 void FourDDialog::NewArrayLong(FourDDialog* dialog, const char* name) {
-    Perform(Operation("NewArrayLong"), {.dialog = dialog, .name = name});
+    DialogCall(Select("DialogNewArrayLong"), dialog, name).Send();
 }
 
 void FourDDialog::NewArrayReal(FourDDialog* dialog, const char* name) {
-    Perform(Operation("NewArrayReal"), {.dialog = dialog, .name = name});
+    DialogCall(Select("DialogNewArrayReal"), dialog, name).Send();
 }
 
 void FourDDialog::NewArrayString(FourDDialog* dialog, const char* name) {
-    Perform(Operation("NewArrayString"), {.dialog = dialog, .name = name});
+    DialogCall(Select("DialogNewArrayString"), dialog, name).Send();
 }
 
 void FourDDialog::NewArrayText(FourDDialog* dialog, const char* name) {
-    Perform(Operation("NewArrayText"), {.dialog = dialog, .name = name});
+    DialogCall(Select("DialogNewArrayText"), dialog, name).Send();
 }
 
 void FourDDialog::NewArrayPicture(FourDDialog* dialog, const char* name) {
-    Perform(Operation("NewArrayPicture"), {.dialog = dialog, .name = name});
+    DialogCall(Select("DialogNewArrayPicture"), dialog, name).Send();
 }
 
 void FourDDialog::SetArrayElement(FourDDialog* dialog, const char* name, long index, long value) {
-    Perform(Operation("SetLongElement"),
-            {.dialog = dialog, .name = name, .number = value, .param2 = index});
+    ElementCall call(Select("DialogSetArrayElementLong"), dialog, name, index);
+    call->value.number = value;
+    call.Send();
 }
 
 void FourDDialog::SetArrayElement(FourDDialog* dialog, const char* name, long index, double value) {
-    Perform(Operation("SetRealElement"),
-            {.dialog = dialog, .name = name, .real = value, .param2 = index});
+    ElementCall call(Select("DialogSetArrayElementReal"), dialog, name, index);
+    call.SetReal(value);
+    call.Send();
 }
 
 void FourDDialog::SetArrayElement(FourDDialog* dialog, const char* name, long index,
                                   const unsigned char* value) {
-    Perform(Operation("SetStringElement"),
-            {.dialog = dialog, .name = name, .string = value, .param2 = index});
+    ElementCall call(Select("DialogSetArrayElementString"), dialog, name, index);
+    call.SetString(value);
+    call.Send();
 }
 
 void FourDDialog::SetArrayElement(FourDDialog* dialog, const char* name, long index,
@@ -142,31 +164,35 @@ void FourDDialog::SetArrayElement(FourDDialog* dialog, const char* name, long in
 }
 
 void FourDDialog::SetArrayElement(FourDDialog* dialog, const char* name, long index, Handle text) {
-    Perform(Operation("SetTextElement"),
-            {.dialog = dialog, .name = name, .address = text, .param2 = index});
+    ElementCall call(Select("DialogSetArrayElementText"), dialog, name, index);
+    call->handle = text;
+    call.Send();
 }
 
 void FourDDialog::SetArrayElement(FourDDialog* dialog, const char* name, long index,
                                   Picture** picture) {
-    Perform(Operation("SetPictureElement"),
-            {.dialog = dialog, .name = name, .address = picture, .param2 = index});
+    ElementCall call(Select("DialogSetArrayElementPicture"), dialog, name, index);
+    call.SetAddress(picture);
+    call.Send();
 }
 
 void FourDDialog::GetArrayElement(FourDDialog* dialog, const char* name, long index, long* value) {
-    *value = Perform(Operation("GetLongElement"), {.dialog = dialog, .name = name, .param2 = index})
-                 .number;
+    ElementCall call(Select("DialogGetArrayElementLong"), dialog, name, index);
+    *value = call.Answer().value.number;
 }
 
 void FourDDialog::GetArrayElement(FourDDialog* dialog, const char* name, long index,
                                   double* value) {
-    *value = Perform(Operation("GetRealElement"), {.dialog = dialog, .name = name, .param2 = index})
-                 .real;
+    ElementCall call(Select("DialogGetArrayElementReal"), dialog, name, index);
+    call.Send();
+    *value = call.GetReal();
 }
 
 void FourDDialog::GetArrayElement(FourDDialog* dialog, const char* name, long index,
                                   unsigned char* value) {
-    Perform(Operation("GetStringElement"),
-            {.dialog = dialog, .name = name, .param2 = index, .stringResult = value});
+    ElementCall call(Select("DialogGetArrayElementString"), dialog, name, index);
+    call.Send();
+    call.GetString(value);
 }
 
 void FourDDialog::GetArrayElement(FourDDialog* dialog, const char* name, long index, char* value) {
@@ -176,35 +202,29 @@ void FourDDialog::GetArrayElement(FourDDialog* dialog, const char* name, long in
 }
 
 void FourDDialog::GetArrayElement(FourDDialog* dialog, const char* name, long index, Handle* text) {
-    *text = ElementHandle(dialog, name, index);
+    ElementCall call(Select("DialogGetArrayElementText"), dialog, name, index);
+    *text = call.Answer().handle;
 }
 
 void FourDDialog::GetArrayElement(FourDDialog*, const char*, long, Picture***) {}
 
 long FourDDialog::GetArraySize(FourDDialog* dialog, const char* name) {
-    return Perform(Operation("GetArraySize"), {.dialog = dialog, .name = name}).param2;
+    return DialogCall(Select("DialogGetArraySize"), dialog, name).Answer().param2;
 }
 
 void FourDDialog::DeleteArrayElements(FourDDialog* dialog, const char* name, long from,
                                       long count) {
-    Perform(Operation("DeleteArrayElements"),
-            {.dialog = dialog, .name = name, .param2 = from, .param3 = count});
+    ElementCall call(Select("DialogDeleteArrayElements"), dialog, name, from);
+    call->param3 = count;
+    call.Send();
 }
 
 long FourDDialog::FindInArray(FourDDialog* dialog, const char* name, long value) {
-    return FindElement(dialog, name, [=](long index) {
-        long element = 0;
-        GetArrayElement(dialog, name, index, &element);
-        return element == value;
-    });
+    return FindNumber(dialog, name, value);
 }
 
 long FourDDialog::FindInArray(FourDDialog* dialog, const char* name, double value) {
-    return FindElement(dialog, name, [=](long index) {
-        double element = 0;
-        GetArrayElement(dialog, name, index, &element);
-        return element == value;
-    });
+    return FindNumber(dialog, name, value);
 }
 
 long FourDDialog::FindInArray(FourDDialog* dialog, const char* name, const unsigned char* value) {
@@ -220,36 +240,40 @@ long FourDDialog::FindInArray(FourDDialog* dialog, const char* name, Handle text
         if (text == nullptr) {
             return true;
         }
-        const TemporaryHandle element(ElementHandle(dialog, name, index));
+        TemporaryHandle element;
+        GetArrayElement(dialog, name, index, element.Address());
         return BeginsWith(element.Get(), text);
     });
 }
 
-// --- Arrays from resources and structure
-// ----------------------------------------------------------
+// --- Arrays from resources and structure --------------------------------------------------------
 
 void FourDDialog::LoadTextArrayFromResource(FourDDialog* dialog, const char* name, short id) {
     const SResFileSetter ours(gHost.pluginResFile);
-    Perform(Operation("LoadTextArrayFromResource"),
-            {.dialog = dialog, .name = name, .param2 = StringListType, .param3 = id});
+    DialogCall call(Select("DialogLoadTextArrayFromResource"), dialog, name);
+    call->param2 = StringListType;
+    call->param3 = id;
+    call.Send();
 }
 
 void FourDDialog::LoadTextArrayFromTableNames(FourDDialog* dialog, const char* name,
                                               unsigned char restrict) {
-    Perform(Operation("LoadTextArrayFromTableNames"),
-            {.dialog = dialog, .name = name, .param2 = FieldTypes(restrict)});
+    FieldTypesCall(Select("DialogLoadTextArrayFromTableNames"), dialog, name, restrict).Send();
 }
 
 void FourDDialog::LoadTextArrayFromFieldNames(FourDDialog* dialog, const char* name, short table,
                                               unsigned char restrict) {
-    Perform(Operation("LoadTextArrayFromFieldNames"),
-            {.dialog = dialog, .name = name, .param2 = FieldTypes(restrict), .table = table});
+    FieldTypesCall call(Select("DialogLoadTextArrayFromFieldNames"), dialog, name, restrict);
+    call->table = table;
+    call.Send();
 }
 
 void FourDDialog::LoadTextArrayFromTTR(FourDDialog* dialog, const char* name, Handle text,
                                        short id) {
-    Perform(Operation("LoadTextArrayFromTTR"),
-            {.dialog = dialog, .name = name, .address = text, .param2 = id});
+    DialogCall call(Select("DialogLoadTextArrayFromTTR"), dialog, name);
+    call->handle = text;
+    call->param2 = id;
+    call.Send();
 }
 
 void FourDDialog::LoadLongArrayFromResource(FourDDialog* dialog, const char* name, short id) {
@@ -300,61 +324,56 @@ void FourDDialog::LoadLongAndStringArraysFromTKPLResource(FourDDialog* dialog, c
     ReleaseResource(resource);
 }
 
-// --- Hierarchical lists of tables and fields, and dragging
-// ----------------------------------------
+// --- Hierarchical lists of tables and fields, and dragging --------------------------------------
 
 void FourDDialog::NewTableFieldHList(FourDDialog* dialog, const char* name, short table,
                                      unsigned char a, unsigned char b, unsigned char restrict,
                                      unsigned char d, unsigned char e) {
     const unsigned char options[] = {a, b, d, e};
-    long packed = 0;
-    std::memcpy(&packed, options, sizeof packed);
-    Perform(Operation("NewTableFieldHList"), {.dialog = dialog,
-                                              .name = name,
-                                              .param2 = FieldTypes(restrict),
-                                              .param3 = packed,
-                                              .table = table});
+    FieldTypesCall call(Select("DialogNewTableFieldHList"), dialog, name, restrict);
+    std::memcpy(&call->param3, options, sizeof options);
+    call->table = table;
+    call.Send();
 }
 
 void FourDDialog::ClearHList(FourDDialog* dialog, const char* name) {
-    Perform(Operation("ClearHList"), {.dialog = dialog, .name = name});
+    DialogCall(Select("DialogClearHList"), dialog, name).Send();
 }
 
 void FourDDialog::GetTableFieldFromHList(FourDDialog* dialog, const char* name, short* table,
                                          short* field, unsigned char restrict) {
-    const DialogValues selected =
-        Perform(Operation("GetTableFieldFromHList"),
-                {.dialog = dialog, .name = name, .param2 = FieldTypes(restrict)});
+    FieldTypesCall call(Select("DialogGetTableFieldFromHList"), dialog, name, restrict);
+    call.Send();
     if (table != nullptr) {
-        *table = selected.table;
+        *table = call->table;
     }
     if (field != nullptr) {
-        *field = selected.field;
+        *field = call->field;
     }
 }
 
 void FourDDialog::SetTableFieldInHList(FourDDialog* dialog, const char* name, short table,
                                        short field, unsigned char restrict) {
-    Perform(Operation("SetTableFieldInHList"), {.dialog = dialog,
-                                                .name = name,
-                                                .param2 = FieldTypes(restrict),
-                                                .table = table,
-                                                .field = field});
+    FieldTypesCall call(Select("DialogSetTableFieldInHList"), dialog, name, restrict);
+    call->table = table;
+    call->field = field;
+    call.Send();
 }
 
 void FourDDialog::GetDragInfo(FourDDialog* dialog, char* sourceName, Point* sourcePoint,
                               char* targetName, Point* targetPoint) {
-    Str255 target = {};
-    const DialogValues drag =
-        Perform(Operation("GetDragInfo"),
-                {.dialog = dialog, .nameResult = sourceName, .stringResult = target});
+    DialogCall call(Select("DialogGetDragInfo"), dialog);
+    call.Send();
+    call.GetName(sourceName);
     if (sourcePoint != nullptr) {
-        std::memcpy(sourcePoint, &drag.param2, sizeof *sourcePoint);
+        std::memcpy(sourcePoint, &call->param2, sizeof *sourcePoint);
     }
     if (targetName != nullptr) {
+        Str255 target = {};
+        call.GetString(target);
         _CopyP2CStr(target, targetName);
     }
     if (targetPoint != nullptr) {
-        std::memcpy(targetPoint, &drag.param3, sizeof *targetPoint);
+        std::memcpy(targetPoint, &call->param3, sizeof *targetPoint);
     }
 }

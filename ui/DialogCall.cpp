@@ -21,168 +21,99 @@ void CopyUnits(unsigned short (&units)[256], char (&text)[WidestText]) {
     FourD::CopyUniCharsToChars(units, text);
 }
 
+/// Copies a Pascal string, cut to what the classic record holds.
+void CopyClassicString(const unsigned char* string, unsigned char* target) {
+    target[0] = static_cast<unsigned char>(std::min<size_t>(string[0], LongestClassicString));
+    std::memcpy(target + 1, string + 1, target[0]);
+}
+
 } // namespace
 
-DialogCall::DialogCall(const DialogOperation& itsOperation)
-    : operation(&itsOperation),
-      call(itsOperation.selector, gHost.BcdVersion() >= itsOperation.engineFrom) {}
+DialogCall::DialogCall(Selector operation, FourDDialog* dialog) : HostCall(operation) {
+    (*this)->param1 = reinterpret_cast<long>(dialog);
+}
 
-void DialogCall::PlaceName(const char* name) {
+DialogCall::DialogCall(Selector operation, FourDDialog* dialog, const char* name, bool wantsEngine)
+    : HostCall(operation, wantsEngine) {
+    (*this)->param1 = reinterpret_cast<long>(dialog);
+    SetName(name);
+}
+
+void DialogCall::SetName(const char* name) {
     if (name == nullptr) {
         name = "";
     }
-    EngineFields* const engine = call.EngineOnly();
-    if (engine == nullptr) {
-        _CopyCStrN(name, reinterpret_cast<char*>(call->name), LongestName);
+    if (EngineFields* const engineFields = EngineOnly()) {
+        const auto length = static_cast<long>(strnlen(name, LongestName));
+        FourD::CopyCharsBuffToUniChars(name, length, engineFields->uniName);
         return;
     }
-    const auto length = static_cast<long>(strnlen(name, LongestName));
-    FourD::CopyCharsBuffToUniChars(name, length, engine->uniName);
+    _CopyCStrN(name, reinterpret_cast<char*>((*this)->name), LongestName);
 }
 
-void DialogCall::PlaceString(const unsigned char* string) {
+void DialogCall::SetString(const unsigned char* string) {
     if (string == nullptr) {
         return;
     }
-    if (EngineFields* const engine = call.EngineOnly()) {
-        FourD::CopyPStrToUniChars(string, engine->uniText);
+    if (EngineFields* const engineFields = EngineOnly()) {
+        FourD::CopyPStrToUniChars(string, engineFields->uniText);
         return;
     }
-    const size_t length = std::min<size_t>(string[0], LongestClassicString);
-    call.ValueText()[0] = static_cast<unsigned char>(length);
-    std::memcpy(call.ValueText() + 1, string + 1, length);
+    CopyClassicString(string, ValueText());
 }
 
-void DialogCall::PlaceReal(double real) {
+void DialogCall::SetReal(double real) {
     REAL_U value = {real, {}};
-    if (!IsEngine()) {
+    if (EngineOnly() == nullptr) {
         FourD::SwapReal64To80(&value);
     }
-    call->value.real = value;
+    (*this)->value.real = value;
 }
 
-void DialogCall::Place(DialogField::Set fields, const DialogValues& values) {
-    const auto has = [fields](DialogField::Set field) { return (fields & field) != 0; };
-    auto* const address =
-        static_cast<Handle>(const_cast<void*>(values.address)); // the record has one type for all
-    if (has(DialogField::Dialog)) {
-        call->param1 = reinterpret_cast<long>(values.dialog);
-    }
-    if (has(DialogField::Name)) {
-        PlaceName(values.name);
-    }
-    if (has(DialogField::Real)) {
-        PlaceReal(values.real);
-    }
-    if (has(DialogField::Date)) {
-        call->value.date = values.date;
-    }
-    if (has(DialogField::Number)) {
-        call->value.number = values.number;
-    }
-    if (has(DialogField::String)) {
-        PlaceString(values.string);
-    }
-    if (has(DialogField::Text) && IsEngine()) {
-        call.EngineOnly()->string = values.text;
-    }
-    if (has(DialogField::Address) ||
-        ((has(DialogField::Text) || has(DialogField::Filter)) && !IsEngine())) {
-        call->handle = address;
-    }
-    if (has(DialogField::Param2)) {
-        call->param2 = values.param2;
-    }
-    if (has(DialogField::Param3)) {
-        call->param3 = values.param3;
-    }
-    if (has(DialogField::Param4)) {
-        call->param4 = values.param4;
-    }
-    if (has(DialogField::Flag1)) {
-        call->flag1 = values.flag1;
-    }
-    if (has(DialogField::Table)) {
-        call->table = values.table;
-    }
-    if (has(DialogField::Field)) {
-        call->field = values.field;
-    }
+void DialogCall::SetAddress(const void* address) {
+    (*this)->handle = static_cast<Handle>(const_cast<void*>(address)); // one type for all
 }
 
-void DialogCall::CollectName(char* name) {
+const CallFields& DialogCall::Answer() {
+    Send();
+    return *operator->();
+}
+
+FourDDialog* DialogCall::Dialog() {
+    return reinterpret_cast<FourDDialog*>((*this)->param1);
+}
+
+void DialogCall::GetName(char* name) {
     if (name == nullptr) {
         return;
     }
-    if (EngineFields* const engine = call.EngineOnly()) {
+    if (EngineFields* const engineFields = EngineOnly()) {
         char text[WidestText];
-        CopyUnits(engine->uniName, text);
+        CopyUnits(engineFields->uniName, text);
         _CopyCStrN(text, name, LongestName);
         return;
     }
-    call->name[sizeof call->name - 1] = 0; // the host may have left no terminator
-    _CopyCStrN(reinterpret_cast<const char*>(call->name), name, LongestName);
+    (*this)->name[LongestName] = 0; // the host may have left no terminator
+    _CopyCStrN(reinterpret_cast<const char*>((*this)->name), name, LongestName);
 }
 
-void DialogCall::CollectString(unsigned char* string) {
+void DialogCall::GetString(unsigned char* string) {
     if (string == nullptr) {
         return;
     }
-    if (EngineFields* const engine = call.EngineOnly()) {
+    if (EngineFields* const engineFields = EngineOnly()) {
         char text[WidestText];
-        CopyUnits(engine->uniText, text);
+        CopyUnits(engineFields->uniText, text);
         _CopyC2PStr(text, string);
         return;
     }
-    const size_t length = std::min<size_t>(call.ValueText()[0], LongestClassicString);
-    string[0] = static_cast<unsigned char>(length);
-    std::memcpy(string + 1, call.ValueText() + 1, length);
+    CopyClassicString(ValueText(), string);
 }
 
-double DialogCall::CollectReal() {
-    REAL_U value = call->value.real;
-    if (!IsEngine()) {
+double DialogCall::GetReal() {
+    REAL_U value = (*this)->value.real;
+    if (EngineOnly() == nullptr) {
         FourD::SwapReal80To64(&value);
     }
     return value.value;
-}
-
-void DialogCall::Collect(DialogValues* values) {
-    const auto has = [this](DialogField::Set field) { return (operation->out & field) != 0; };
-    values->error = call->error;
-    values->dialog = reinterpret_cast<FourDDialog*>(call->param1);
-    values->date = call->value.date;
-    values->number = call->value.number;
-    values->address = call->handle;
-    values->param2 = call->param2;
-    values->param3 = call->param3;
-    values->param4 = call->param4;
-    values->table = call->table;
-    values->field = call->field;
-    // What needs converting, only when it is there.
-    if (has(DialogField::Name)) {
-        CollectName(values->nameResult);
-    }
-    if (has(DialogField::Real)) {
-        values->real = CollectReal();
-    }
-    if (has(DialogField::String)) {
-        CollectString(values->stringResult);
-    }
-    if (has(DialogField::Text) && IsEngine()) {
-        values->text = call.EngineOnly()->string;
-    }
-}
-
-void DialogCall::GoOnWith(const DialogOperation& next) {
-    operation = &next;
-    call.GoOnWith(next.selector);
-}
-
-DialogValues Perform(const DialogOperation& operation, DialogValues values) {
-    DialogCall call(operation);
-    call.Place(operation.in, values);
-    call.Send();
-    call.Collect(&values);
-    return values;
 }

@@ -1,57 +1,36 @@
 #pragma once
 
-#include "data/ValueBlock.h"
 #include "host/HostCall.h"
-#include "ui/DialogOperations.h"
 
 class FourDDialog;
 
-/// Values that go with a dialog operation, those that its row in the table lists, in and out.
-struct DialogValues {
-    FourDDialog* dialog = nullptr;
-    const char* name = nullptr;
-    double real = 0;
-    DateBlock date = {};
-    long number = 0;
-    const unsigned char* string = nullptr;
-    const void* address = nullptr; ///< also a classic text's handle, or the filter
-    FDStringBlock text = {};       ///< an engine call's text
-    long param2 = 0;
-    long param3 = 0;
-    long param4 = 0;
-    unsigned char flag1 = 0;
-    short table = 0;
-    short field = 0;
-    OSErr error = 0;
-    // Buffers of 256 bytes for what comes out; null when it is not wanted.
-    char* nameResult = nullptr;
-    unsigned char* stringResult = nullptr;
-};
-
-/// The host call of a dialog operation: the record is classic or engine as its row says.
-class DialogCall {
+/// A host call for an operation on a dialog. What does not travel in a field of both records:
+///
+///                                     classic record          engine record
+///     name of a variable or object    name *                  uniName
+///     Pascal string                   valueText **            uniText
+///     real                            value.real, 80 bits     value.real, a double
+///     text                            handle                  string
+///
+/// *  zero-terminated, cut to 255 characters, not a Pascal string
+/// ** cut to 141 characters
+class DialogCall : public HostCall {
   public:
-    explicit DialogCall(const DialogOperation& itsOperation);
-    bool IsEngine() { return call.EngineOnly() != nullptr; }
-    /// Puts those of the values into the record that the set names.
-    void Place(DialogField::Set fields, const DialogValues& values);
-    void Send() { call.Send(); }
-    /// What the record holds of what the operation answers, in place of what the values held.
-    void Collect(DialogValues* values);
-    /// Goes on with another operation of the same kind, in the record as the host left it.
-    void GoOnWith(const DialogOperation& next);
+    /// The dialog, or dialog context, goes into param1; null for a new context.
+    DialogCall(Selector operation, FourDDialog* dialog);
+    /// The same for a variable or object.
+    DialogCall(Selector operation, FourDDialog* dialog, const char* name,
+               bool wantsEngine = gHost.HasEngine());
 
-  private:
-    void PlaceName(const char* name);
-    void PlaceString(const unsigned char* string);
-    void PlaceReal(double real);
-    void CollectName(char* name);
-    void CollectString(unsigned char* string);
-    double CollectReal();
+    void SetName(const char* name);
+    void SetString(const unsigned char* string); ///< null sends none
+    void SetReal(double real);
+    void SetAddress(const void* address); ///< in `handle`
 
-    const DialogOperation* operation;
-    HostCall call;
+    /// Sends the call, and shows the fields as they were answered.
+    const CallFields& Answer();
+    FourDDialog* Dialog();    ///< in param1
+    void GetName(char* name); ///< 256 bytes, here and below; null is left alone
+    void GetString(unsigned char* string);
+    double GetReal();
 };
-
-/// Performs an operation: places, sends and collects what its row lists.
-DialogValues Perform(const DialogOperation& operation, DialogValues values);

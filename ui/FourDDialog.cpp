@@ -14,33 +14,64 @@
 
 namespace {
 
+/// Goes with every new dialog.
+constexpr long DialogTag = 0x35363536; // "5656"
+/// Host version from which texts are set by host strings; everything else takes the engine record
+/// one version earlier.
+constexpr unsigned TextsByHostString = 0x1200;
+
 unsigned char Flag(long answered) {
     return answered != 0 ? 1 : 0;
 }
 
-/// What an empty recording makes, with six zero bytes behind it; the caller disposes of it.
+/// A Pascal string out of a text, or of the plug-in's string list.
+struct PascalText {
+    explicit PascalText(const char* text) { _CopyC2PStr(text, string); }
+    PascalText(short listID, short index) { FourD::GetPluginIndString(string, listID, index); }
+
+    Str255 string = {};
+};
+
+/// An operation that sets a flag.
+void SendFlag(Selector operation, FourDDialog* dialog, const char* name, unsigned char on) {
+    DialogCall call(operation, dialog, name);
+    call->param2 = on;
+    call.Send();
+}
+
+void SendString(Selector operation, FourDDialog* dialog, const char* name,
+                const unsigned char* string) {
+    DialogCall call(operation, dialog, name);
+    call.SetString(string);
+    call.Send();
+}
+
+/// Ends a dialog.
+void SendEnd(FourDDialog* dialog, long cancelled) {
+    DialogCall call(Select("DialogEnd"), dialog);
+    call->param2 = cancelled;
+    call.Send();
+}
+
+/// A value is read and written at its address.
+OSErr SendValue(Selector operation, FourDDialog* dialog, const char* name, ValueBlock* value) {
+    DialogCall call(operation, dialog, name);
+    call.SetAddress(value);
+    return call.Answer().error;
+}
+
+/// What an empty recording makes, with six zero bytes behind it; the caller disposes of it. Null
+/// without memory, and while the plug-in records a picture of its own, which goes on.
 Handle EmptyPicture() {
     const Rect frame = {};
     auto* const picture = reinterpret_cast<Handle>(OpenPicture(&frame));
+    if (picture == nullptr) {
+        return nullptr;
+    }
     ClosePicture();
     const unsigned char zeros[6] = {};
-    if (picture != nullptr) {
-        PtrAndHand(zeros, picture, sizeof zeros);
-    }
+    PtrAndHand(zeros, picture, sizeof zeros);
     return picture;
-}
-
-void SendHostString(FourDDialog* dialog, const char* name, Handle text) {
-    FDStringBlock string = {};
-    if (FourD::CreateFDString(&string) != 0) {
-        return;
-    }
-    if (text != nullptr) {
-        const SHandleLocker locked(text);
-        FourD::CopyStringBufferToFDString(*text, GetHandleSize(text), &string);
-    }
-    Perform(Operation("SetTextVar"), {.dialog = dialog, .name = name, .text = string});
-    FourD::DisposeFDStringBlock(&string);
 }
 
 /// The characters of a host string in a new handle, exactly sized.
@@ -59,7 +90,9 @@ Handle HandleOf(FDStringBlock* string) {
 // --- Life -------------------------------------------------------------------------------------
 
 FourDDialog* FourDDialog::CreateFourDDialogContext() {
-    return Perform(Operation("CreateFourDDialogContext"), {}).dialog;
+    DialogCall call(Select("CreateFourDDialogContext"), nullptr);
+    call.Send();
+    return call.Dialog();
 }
 
 FourDDialog* FourDDialog::CreateFourDDialog(const unsigned char* formName,
@@ -72,93 +105,104 @@ FourDDialog* FourDDialog::CreateFourDDialog(const unsigned char* formName,
     if (formName != nullptr) {
         _CopyP2CStr(formName, name);
     }
-    const DialogValues created =
-        Perform(Operation("CreateFourDDialog"), {.dialog = context,
-                                                 .name = name,
-                                                 .string = windowTitle,
-                                                 .address = rect != nullptr ? rect : &none,
-                                                 .param2 = windowType,
-                                                 .param3 = windowOptions,
-                                                 .param4 = DialogTag,
-                                                 .flag1 = flag});
+    DialogCall call(Select("CreateFourDDialog"), context, name);
+    call.SetString(windowTitle);
+    call->param2 = windowType;
+    call->param3 = windowOptions;
+    call->flag1 = flag;
+    call.SetAddress(rect != nullptr ? rect : &none);
+    call->param4 = DialogTag;
+    call.Send();
     // A host that refuses leaves the context where the dialog would be.
-    return created.error == 0 ? created.dialog : nullptr;
+    return call->error == 0 ? call.Dialog() : nullptr;
 }
 
 void FourDDialog::Close(FourDDialog* dialog) {
-    Perform(Operation("Close"), {.dialog = dialog});
+    DialogCall(Select("DialogClose"), dialog).Send();
 }
 
 void FourDDialog::ModalDialog(FourDDialog* dialog, DialogFilter filter, char* objectName,
                               unsigned char* done, unsigned char* cancelled) {
-    const DialogValues hit = Perform(
-        Operation("ModalDialog"), {.dialog = dialog, .address = filter, .nameResult = objectName});
+    DialogCall call(Select("ModalDialog"), dialog);
+    if (call.EngineOnly() == nullptr) {
+        call.SetAddress(filter);
+    }
+    call.Send();
+    call.GetName(objectName);
     if (done != nullptr) {
-        *done = Flag(hit.param2);
+        *done = Flag(call->param2);
     }
     if (cancelled != nullptr) {
-        *cancelled = Flag(hit.param3);
+        *cancelled = Flag(call->param3);
     }
 }
 
 void FourDDialog::Cancel(FourDDialog* dialog) {
-    Perform(Operation("Cancel"), {.dialog = dialog, .param2 = 1});
+    SendEnd(dialog, 1);
 }
 
 void FourDDialog::Validate(FourDDialog* dialog) {
-    Perform(Operation("Validate"), {.dialog = dialog});
+    SendEnd(dialog, 0);
 }
 
 // --- The dialog as a whole ----------------------------------------------------------------------
 
 long FourDDialog::SwitchTo4DContext(FourDDialog* dialog) {
-    return Perform(Operation("SwitchTo4DContext"), {.dialog = dialog}).param2;
+    return DialogCall(Select("DialogSwitchTo4DContext"), dialog).Answer().param2;
 }
 
 void FourDDialog::SwitchToDlogContext(FourDDialog* dialog, long saved) {
-    Perform(Operation("SwitchToDlogContext"), {.dialog = dialog, .param2 = saved});
+    DialogCall call(Select("DialogSwitchToDlogContext"), dialog);
+    call->param2 = saved;
+    call.Send();
 }
 
 void FourDDialog::BeginUpdateVars(FourDDialog* dialog) {
-    Perform(Operation("BeginUpdateVars"), {.dialog = dialog});
+    DialogCall(Select("DialogBeginUpdateVars"), dialog).Send();
 }
 
 void FourDDialog::EndUpdateVars(FourDDialog* dialog) {
-    Perform(Operation("EndUpdateVars"), {.dialog = dialog});
+    DialogCall(Select("DialogEndUpdateVars"), dialog).Send();
 }
 
 void FourDDialog::GotoPage(FourDDialog* dialog, long page) {
-    Perform(Operation("GotoPage"), {.dialog = dialog, .param2 = page});
+    DialogCall call(Select("DialogGotoPage"), dialog);
+    call->param2 = page;
+    call.Send();
 }
 
 long FourDDialog::CurrentPage(FourDDialog* dialog) {
-    return Perform(Operation("CurrentPage"), {.dialog = dialog}).param2;
+    return DialogCall(Select("DialogCurrentPage"), dialog).Answer().param2;
 }
 
 void FourDDialog::GetLastObject(FourDDialog* dialog, char* name) {
-    Perform(Operation("GetLastObject"), {.dialog = dialog, .nameResult = name});
+    DialogCall call(Select("DialogGetLastObject"), dialog);
+    call.Send();
+    call.GetName(name);
 }
 
 void FourDDialog::GotoVariable(FourDDialog* dialog, const char* name) {
-    Perform(Operation("GotoVariable"), {.dialog = dialog, .name = name});
+    DialogCall(Select("DialogGotoVariable"), dialog, name).Send();
 }
 
 void FourDDialog_SetUserData(FourDDialog* dialog, void* data) {
-    Perform(Operation("SetUserData"), {.dialog = dialog, .address = data});
+    DialogCall call(Select("DialogSetUserData"), dialog);
+    call.SetAddress(data);
+    call.Send();
 }
 
 void* FourDDialog_GetUserData(FourDDialog* dialog) {
-    return const_cast<void*>(Perform(Operation("GetUserData"), {.dialog = dialog}).address);
+    return DialogCall(Select("DialogGetUserData"), dialog).Answer().handle;
 }
 
 // --- Variables ----------------------------------------------------------------------------------
 
 OSErr FourDDialog::GetVar(FourDDialog* dialog, const char* name, ValueBlock* value) {
-    return Perform(Operation("GetVar"), {.dialog = dialog, .name = name, .address = value}).error;
+    return SendValue(Select("DialogGetVar"), dialog, name, value);
 }
 
 OSErr FourDDialog::SetVar(FourDDialog* dialog, const char* name, ValueBlock* value) {
-    return Perform(Operation("SetVar"), {.dialog = dialog, .name = name, .address = value}).error;
+    return SendValue(Select("DialogSetVar"), dialog, name, value);
 }
 
 unsigned char FourDDialog::GetBooleanVar(FourDDialog* dialog, const char* name) {
@@ -178,33 +222,39 @@ void FourDDialog::SetBooleanVar(FourDDialog* dialog, const char* name, unsigned 
 }
 
 long FourDDialog::GetLongVar(FourDDialog* dialog, const char* name) {
-    return Perform(Operation("GetLongVar"), {.dialog = dialog, .name = name}).number;
+    return DialogCall(Select("DialogGetLongVar"), dialog, name).Answer().value.number;
 }
 
 void FourDDialog::SetLongVar(FourDDialog* dialog, const char* name, long value) {
-    Perform(Operation("SetLongVar"), {.dialog = dialog, .name = name, .number = value});
+    DialogCall call(Select("DialogSetLongVar"), dialog, name);
+    call->value.number = value;
+    call.Send();
 }
 
 double FourDDialog::GetNativeRealVar(FourDDialog* dialog, const char* name) {
-    return Perform(Operation("GetNativeRealVar"), {.dialog = dialog, .name = name}).real;
+    DialogCall call(Select("DialogGetNativeRealVar"), dialog, name);
+    call.Send();
+    return call.GetReal();
 }
 
 void FourDDialog::SetNativeRealVar(FourDDialog* dialog, const char* name, double value) {
-    Perform(Operation("SetNativeRealVar"), {.dialog = dialog, .name = name, .real = value});
+    DialogCall call(Select("DialogSetNativeRealVar"), dialog, name);
+    call.SetReal(value);
+    call.Send();
 }
 
 void FourDDialog::GetStringVar(FourDDialog* dialog, const char* name, unsigned char* value) {
-    Perform(Operation("GetStringVar"), {.dialog = dialog, .name = name, .stringResult = value});
+    DialogCall call(Select("DialogGetStringVar"), dialog, name);
+    call.Send();
+    call.GetString(value);
 }
 
 void FourDDialog::SetStringVar(FourDDialog* dialog, const char* name, const unsigned char* value) {
-    Perform(Operation("SetStringVar"), {.dialog = dialog, .name = name, .string = value});
+    SendString(Select("DialogSetStringVar"), dialog, name, value);
 }
 
 void FourDDialog::SetStringVar(FourDDialog* dialog, const char* name, short listID, short index) {
-    Str255 value = {};
-    FourD::GetPluginIndString(value, listID, index);
-    SetStringVar(dialog, name, value);
+    SetStringVar(dialog, name, PascalText(listID, index).string);
 }
 
 void FourDDialog::SetStringVar(FourDDialog* dialog, const char* name, const char* format, ...) {
@@ -213,32 +263,42 @@ void FourDDialog::SetStringVar(FourDDialog* dialog, const char* name, const char
     va_start(arguments, format);
     std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
-    Str255 value = {};
-    _CopyC2PStr(text, value);
-    SetStringVar(dialog, name, value);
+    SetStringVar(dialog, name, PascalText(text).string);
 }
 
 Handle FourDDialog::GetTextVar(FourDDialog* dialog, const char* name) {
-    DialogValues answered = Perform(Operation("GetTextVar"), {.dialog = dialog, .name = name});
-    if (!gHost.HasEngine()) {
-        return static_cast<Handle>(const_cast<void*>(answered.address));
+    DialogCall call(Select("DialogGetTextVar"), dialog, name);
+    call.Send();
+    EngineFields* const engine = call.EngineOnly();
+    if (engine == nullptr) {
+        return call->handle;
     }
-    if (answered.error != 0) {
-        return nullptr;
-    }
-    Handle text = HandleOf(&answered.text);
-    FourD::DisposeFDStringBlock(&answered.text);
+    Handle text = HandleOf(&engine->string); // whatever came back, with an error too
+    FourD::DisposeFDStringBlock(&engine->string);
     return text;
 }
 
 void FourDDialog::SetTextVar(FourDDialog* dialog, const char* name, Handle text) {
-    if (gHost.BcdVersion() >= Operation("SetTextVar").engineFrom) {
-        SendHostString(dialog, name, text);
+    DialogCall call(Select("DialogSetTextVar"), dialog, name,
+                    gHost.BcdVersion() >= TextsByHostString);
+    EngineFields* const engine = call.EngineOnly();
+    if (engine == nullptr) {
+        const TemporaryHandle empty(text == nullptr ? NewHandle(0) : nullptr);
+        call->handle = text != nullptr ? text : empty.Get();
+        call.Send();
         return;
     }
-    const TemporaryHandle empty(text == nullptr ? NewHandle(0) : nullptr);
-    Perform(Operation("SetTextVar"),
-            {.dialog = dialog, .name = name, .address = text != nullptr ? text : empty.Get()});
+    FDStringBlock string = {};
+    if (FourD::CreateFDString(&string) != 0) {
+        return;
+    }
+    if (text != nullptr) {
+        const SHandleLocker locked(text);
+        FourD::CopyStringBufferToFDString(*text, GetHandleSize(text), &string);
+    }
+    engine->string = string;
+    call.Send();
+    FourD::DisposeFDStringBlock(&string);
 }
 
 void FourDDialog::SetTextVar(FourDDialog* dialog, const char* name, const unsigned char* text) {
@@ -257,117 +317,120 @@ Picture** FourDDialog::GetPictureVar(FourDDialog*, const char*) {
 
 void FourDDialog::SetPictureVar(FourDDialog* dialog, const char* name, Picture** picture) {
     const TemporaryHandle empty(picture == nullptr ? EmptyPicture() : nullptr);
-    const void* const sent = picture != nullptr ? static_cast<void*>(picture) : empty.Get();
-    Perform(Operation("SetPictureVar"), {.dialog = dialog, .name = name, .address = sent});
+    DialogCall call(Select("DialogSetPictureVar"), dialog, name);
+    call->handle = picture != nullptr ? reinterpret_cast<Handle>(picture) : empty.Get();
+    call.Send();
 }
 
 short FourDDialog::GetDateVar(FourDDialog* dialog, const char* name, DateBlock* date) {
-    *date = Perform(Operation("GetDateVar"), {.dialog = dialog, .name = name}).date;
+    *date = DialogCall(Select("DialogGetDateVar"), dialog, name).Answer().value.date;
     return date->year;
 }
 
 void FourDDialog::SetDateVar(FourDDialog* dialog, const char* name, DateBlock date) {
-    Perform(Operation("SetDateVar"), {.dialog = dialog, .name = name, .date = date});
+    DialogCall call(Select("DialogSetDateVar"), dialog, name);
+    call->value.date = date;
+    call.Send();
 }
 
 long FourDDialog::GetTimeVar(FourDDialog* dialog, const char* name) {
-    return Perform(Operation("GetTimeVar"), {.dialog = dialog, .name = name}).number;
+    return DialogCall(Select("DialogGetTimeVar"), dialog, name).Answer().value.number;
 }
 
 void FourDDialog::SetTimeVar(FourDDialog* dialog, const char* name, long seconds) {
-    Perform(Operation("SetTimeVar"), {.dialog = dialog, .name = name, .number = seconds});
+    DialogCall call(Select("DialogSetTimeVar"), dialog, name);
+    call->value.number = seconds;
+    call.Send();
 }
 
 // --- Objects ------------------------------------------------------------------------------------
 
 void FourDDialog::SetVarEnabled(FourDDialog* dialog, const char* name, unsigned char on) {
-    Perform(Operation("SetVarEnabled"), {.dialog = dialog, .name = name, .param2 = on});
+    SendFlag(Select("DialogSetVarEnabled"), dialog, name, on);
 }
 
 void FourDDialog::SetVarVisible(FourDDialog* dialog, const char* name, unsigned char on) {
-    Perform(Operation("SetVarVisible"), {.dialog = dialog, .name = name, .param2 = on});
+    SendFlag(Select("DialogSetVarVisible"), dialog, name, on);
 }
 
 void FourDDialog::SetObjVisible(FourDDialog* dialog, const char* name, unsigned char on) {
-    Perform(Operation("SetObjVisible"), {.dialog = dialog, .name = name, .param2 = on});
+    SendFlag(Select("DialogSetObjVisible"), dialog, name, on);
 }
 
 void FourDDialog::SetEditable(FourDDialog* dialog, const char* name, unsigned char on) {
-    Perform(Operation("SetEditable"), {.dialog = dialog, .name = name, .param2 = on});
+    SendFlag(Select("DialogSetEditable"), dialog, name, on);
 }
 
 void FourDDialog::SetThreeStateCheckBox(FourDDialog* dialog, const char* name, unsigned char on) {
-    Perform(Operation("SetThreeStateCheckBox"), {.dialog = dialog, .name = name, .param2 = on});
+    SendFlag(Select("DialogSetThreeStateCheckBox"), dialog, name, on);
 }
 
 void FourDDialog::SetNumVarMinMax(FourDDialog* dialog, const char* name, double min, double max) {
-    DialogValues values = {.dialog = dialog, .name = name, .real = min, .param2 = 1};
-    DialogCall call(Operation("SetNumVarMin"));
-    call.Place(Operation("SetNumVarMin").in, values);
+    DialogCall call(Select("DialogSetNumVarMin"), dialog, name);
+    call->param2 = 1;
+    call.SetReal(min);
     call.Send();
     // One record for both calls: name and flag are written again for newer hosts only.
-    values.real = max;
-    call.GoOnWith(Operation("SetNumVarMax"));
-    call.Place(call.IsEngine() ? DialogField::Name | DialogField::Param2 | DialogField::Real
-                               : DialogField::Real,
-               values);
+    if (call.EngineOnly() != nullptr) {
+        call.SetName(name);
+        call->param2 = 1;
+    }
+    call.SetReal(max);
+    call.GoOnWith(Select("DialogSetNumVarMax"));
     call.Send();
 }
 
 void FourDDialog::SetEntryFilter(FourDDialog* dialog, const char* name,
                                  const unsigned char* filter) {
-    Perform(Operation("SetEntryFilter"), {.dialog = dialog, .name = name, .string = filter});
+    SendString(Select("DialogSetEntryFilter"), dialog, name, filter);
 }
 
 void FourDDialog::SetEntryFormat(FourDDialog* dialog, const char* name,
                                  const unsigned char* format) {
-    Perform(Operation("SetEntryFormat"), {.dialog = dialog, .name = name, .string = format});
+    SendString(Select("DialogSetEntryFormat"), dialog, name, format);
 }
 
 void FourDDialog::SetVarTitle(FourDDialog* dialog, const char* name, const unsigned char* title) {
-    Perform(Operation("SetVarTitle"),
-            {.dialog = dialog, .name = name, .string = title, .param2 = 1});
+    DialogCall call(Select("DialogSetTitle"), dialog, name);
+    call.SetString(title);
+    call->param2 = 1; // by its variable
+    call.Send();
 }
 
 void FourDDialog::SetVarTitle(FourDDialog* dialog, const char* name, const char* title) {
-    Str255 string = {};
-    _CopyC2PStr(title, string);
-    SetVarTitle(dialog, name, string);
+    SetVarTitle(dialog, name, PascalText(title).string);
 }
 
 void FourDDialog::SetVarTitle(FourDDialog* dialog, const char* name, short listID, short index) {
-    Str255 string = {};
-    FourD::GetPluginIndString(string, listID, index);
-    SetVarTitle(dialog, name, string);
+    SetVarTitle(dialog, name, PascalText(listID, index).string);
 }
 
 void FourDDialog::SetObjTitle(FourDDialog* dialog, const char* name, const unsigned char* title) {
-    Perform(Operation("SetObjTitle"), {.dialog = dialog, .name = name, .string = title});
+    DialogCall call(Select("DialogSetTitle"), dialog, name, false);
+    call.SetString(title);
+    call.Send();
 }
 
 void FourDDialog::SetObjTitle(FourDDialog* dialog, const char* name, const char* title) {
-    Str255 string = {};
-    _CopyC2PStr(title, string);
-    SetObjTitle(dialog, name, string);
+    SetObjTitle(dialog, name, PascalText(title).string);
 }
 
 void FourDDialog::SetObjTitle(FourDDialog* dialog, const char* name, short listID, short index) {
-    Str255 string = {};
-    FourD::GetPluginIndString(string, listID, index);
-    SetObjTitle(dialog, name, string);
+    SetObjTitle(dialog, name, PascalText(listID, index).string);
 }
 
 void FourDDialog::UpdateObjTitle(FourDDialog* dialog, const char* name) {
-    Perform(Operation("UpdateObjTitle"), {.dialog = dialog, .name = name});
+    DialogCall(Select("DialogUpdateObjTitle"), dialog, name).Send();
 }
 
 void FourDDialog::GetRect(FourDDialog* dialog, const char* name, Rect* rect) {
-    const DialogValues answered = Perform(Operation("GetRect"), {.dialog = dialog, .name = name});
-    const long corners[] = {answered.param2, answered.param3};
+    DialogCall call(Select("DialogGetRect"), dialog, name);
+    call.Send();
+    const long corners[] = {call->param2, call->param3};
     static_assert(sizeof corners == sizeof *rect);
     std::memcpy(rect, corners, sizeof *rect);
 }
 
 void FourDDialog::Redraw(FourDDialog* dialog, const char* name) {
-    Perform(Operation("Redraw"), {.dialog = dialog, .name = name});
+    DialogCall(Select("DialogRedraw"), dialog, name).Send();
 }

@@ -13,8 +13,8 @@ using DialogFilter = void*;
 
 /// A dialog that the host runs from a form in the plug-in's resources. A `FourDDialog*` is the
 /// host's reference to a dialog or dialog context, never looked into; null is no dialog. Each
-/// operation is one host call, except where it says otherwise; ui/DialogOperations.h lists their
-/// selectors and where their values travel.
+/// operation is one host call, except where it says otherwise, whose selector has the operation's
+/// name in host/Selectors.h.
 ///
 /// Variables and objects have names, zero-terminated and cut to 255 characters. Pascal strings are
 /// cut to 141 characters on hosts before 11.0. Nothing is reported but what is answered: a getter
@@ -76,7 +76,8 @@ class FourDDialog {
     static void SetStringVar(FourDDialog* dialog, const char* name, short listID, short index);
     static void SetStringVar(FourDDialog* dialog, const char* name, const char* format, ...)
         __attribute__((format(printf, 3, 4)));
-    /// A text as a new handle of its characters, which the caller disposes of.
+    /// A text as a new handle of its characters, which the caller disposes of. Hosts from 11.0 on
+    /// answer a host string, which is converted and released, with an error too.
     static Handle GetTextVar(FourDDialog* dialog, const char* name);
     /// The handle stays the caller's; null stands for an empty text, in every form. Hosts from 12.0
     /// on get a host string made of it.
@@ -85,7 +86,9 @@ class FourDDialog {
     static void SetTextVar(FourDDialog* dialog, const char* name, const char* text);
     /// Pictures can be set but not read: always null.
     static Picture** GetPictureVar(FourDDialog* dialog, const char* name);
-    /// The handle stays the caller's; null stands for an empty picture. Classic on every host.
+    /// The handle stays the caller's; null stands for an empty picture. While the plug-in records a
+    /// picture of its own, and without memory, none can be made: then the host gets a null handle.
+    /// Classic on every host.
     static void SetPictureVar(FourDDialog* dialog, const char* name, Picture** picture);
     /// Answers the year.
     static short GetDateVar(FourDDialog* dialog, const char* name, DateBlock* date);

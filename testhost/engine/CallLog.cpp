@@ -1,8 +1,8 @@
 #include "testhost/engine/CallLog.h"
 
 #include "testhost/engine/RecordFields.h"
+#include "testhost/engine/Services.h"
 #include "testhost/engine/TypedValue.h"
-#include "ui/DialogOperations.h"
 
 #include <algorithm>
 #include <cstring>
@@ -30,8 +30,8 @@ size_t BytesInUse(const RecordFieldInfo& field, std::span<const unsigned char> r
 
 // "name = value" for every field that `picked` accepts.
 template <typename Picked>
-std::string FieldList(const LoggedCall& call, std::span<const unsigned char> record,
-                      Picked picked) {
+std::string ListFields(const LoggedCall& call, std::span<const unsigned char> record,
+                       Picked picked) {
     const bool engine = call.IsEngine();
     std::string list;
     for (const RecordFieldInfo& field : RecordFields()) {
@@ -49,10 +49,11 @@ std::string FieldList(const LoggedCall& call, std::span<const unsigned char> rec
 // Classic dialog operations have names that end with a zero byte, and 80-bit reals.
 std::string LoggedCall::FieldText(const RecordFieldInfo& field,
                                   std::span<const unsigned char> record) const {
-    const bool special =
-        kind == Kind::Classic && std::ranges::any_of(DialogOperations, [&](const auto& operation) {
-            return operation.selector.name == name;
-        });
+    const auto isOf = [this](std::span<const Service> services) {
+        return std::ranges::any_of(
+            services, [this](const Service& service) { return service.selector.name == name; });
+    };
+    const bool special = kind == Kind::Classic && (isOf(DialogServices()) || isOf(AreaServices()));
     const std::span<const unsigned char> bytes =
         record.subspan(field.Offset(IsEngine()), field.Size(IsEngine()));
     if (special && field.bit == RecordField::Name) {
@@ -92,10 +93,10 @@ std::string LoggedCall::Describe() const {
     std::span answered(after);
     std::string text =
         name + " (" + std::to_string(selector) + (IsEngine() ? ", engine)" : ", classic)");
-    std::string inputs = FieldList(*this, sent, [&](size_t offset, size_t size) {
+    std::string inputs = ListFields(*this, sent, [&](size_t offset, size_t size) {
         return !IsZero(sent.subspan(offset, size));
     });
-    std::string outputs = FieldList(*this, answered, [&](size_t offset, size_t size) {
+    std::string outputs = ListFields(*this, answered, [&](size_t offset, size_t size) {
         return !std::ranges::equal(sent.subspan(offset, size), answered.subspan(offset, size));
     });
     if (!inputs.empty()) {

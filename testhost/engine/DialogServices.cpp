@@ -3,11 +3,10 @@
 #include "testhost/engine/DialogRequest.h"
 #include "testhost/engine/Services.h"
 #include "testhost/toolbox/Control.h"
-#include "ui/DialogOperations.h"
 
 #include <cstring>
 
-// Dialogs and their variables. Where each operation's values lie is told by ui/DialogOperations.h.
+// Dialogs and their variables.
 
 namespace {
 using Request = DialogRequest;
@@ -16,46 +15,7 @@ using FilterProcedure = void(__attribute__((__cdecl__)) *)(void* dialog, EventRe
                                                            unsigned char enabled,
                                                            unsigned char editable);
 
-// --- Where values lie ----------------------------------------------------------------------------
-
-struct FieldPlace {
-    DialogField::Set field;
-    RecordField::Set classic;
-    RecordField::Set engine;
-};
-
-constexpr FieldPlace fieldPlaces[] = {
-    {DialogField::Dialog, RecordField::Param1, RecordField::Param1},
-    {DialogField::Name, RecordField::Name, RecordField::UniName},
-    {DialogField::Real, RecordField::ValueReal, RecordField::ValueReal},
-    {DialogField::Date, RecordField::ValueDate, RecordField::ValueDate},
-    {DialogField::Number, RecordField::ValueNumber, RecordField::ValueNumber},
-    {DialogField::String, RecordField::ValueText, RecordField::UniText},
-    {DialogField::Text, RecordField::Handle, RecordField::HostString},
-    {DialogField::Address, RecordField::Handle, RecordField::Handle},
-    {DialogField::Filter, RecordField::Handle, RecordField::None},
-    {DialogField::Param2, RecordField::Param2, RecordField::Param2},
-    {DialogField::Param3, RecordField::Param3, RecordField::Param3},
-    {DialogField::Param4, RecordField::Param4, RecordField::Param4},
-    {DialogField::Rectangle, RecordField::Param2 | RecordField::Param3,
-     RecordField::Param2 | RecordField::Param3},
-    {DialogField::Flag1, RecordField::Flag1, RecordField::Flag1},
-    {DialogField::Table, RecordField::Table, RecordField::Table},
-    {DialogField::Field, RecordField::Field, RecordField::Field},
-};
-
-// What the operations of a selector may fill in.
-consteval RecordField::Set Inputs(std::string_view selector, bool engine) {
-    RecordField::Set inputs = RecordField::None;
-    for (const DialogOperation& operation : DialogOperations) {
-        for (const FieldPlace& place : fieldPlaces) {
-            if (operation.selector.name == selector && (operation.in & place.field) != 0) {
-                inputs = inputs | (engine ? place.engine : place.classic);
-            }
-        }
-    }
-    return inputs;
-}
+constexpr long dialogTag = 0x35363536; // "5656": goes with every new dialog
 
 std::string Pascal(const std::string& text) {
     return static_cast<char>(text.size()) + text;
@@ -86,7 +46,7 @@ void NewContext(ServiceCall& call) {
 void Create(Request& request) {
     constexpr OSType formType = 0x464F3444; // FO4D
     ServiceCall& call = request.call;
-    if (call.fields.param4 != DialogTag || call.fields.handle == nullptr) {
+    if (call.fields.param4 != dialogTag || call.fields.handle == nullptr) {
         call.host.Report("A new dialog came without its tag or the address of a rectangle.");
     }
     const long reference = call.fields.param1;
@@ -432,129 +392,151 @@ void OnDialog(ServiceCall& call) {
     Serve(request);
 }
 
-consteval Service Row(std::string_view selector, void (*serve)(ServiceCall&)) {
-    return {Select(selector), RecordField::None, serve, Inputs(selector, true),
-            Inputs(selector, false)};
+// `in` is what may come in a classic call; in an engine call texts come as UTF-16.
+consteval Service Row(std::string_view selector, RecordField::Set in, void (*serve)(ServiceCall&)) {
+    constexpr auto texts = static_cast<unsigned>(RecordField::Name | RecordField::ValueText);
+    const auto others = static_cast<RecordField::Set>(in & ~texts);
+    const auto name = (in & RecordField::Name) != 0 ? RecordField::UniName : RecordField::None;
+    const auto text = (in & RecordField::ValueText) != 0 ? RecordField::UniText : RecordField::None;
+    return {Select(selector), others, serve, name | text,
+            static_cast<RecordField::Set>(in & texts)};
 }
 
+using RecordField::Field, RecordField::Flag1, RecordField::Param2, RecordField::Param3,
+    RecordField::Param4, RecordField::Table, RecordField::ValueDate, RecordField::ValueNumber,
+    RecordField::ValueReal, RecordField::ValueText;
+constexpr auto whole = RecordField::Param1;                     // a dialog as a whole
+constexpr auto named = RecordField::Param1 | RecordField::Name; // a variable or object
+constexpr auto element = named | Param2;
+constexpr auto address = RecordField::Handle;
 constexpr auto byVariable = Dialog::By::Variable;
 constexpr auto byEither = Dialog::By::Either;
 
 constexpr Service services[] = {
-    Row("DialogNewContext", NewContext),
-    Row("DialogCreate", OnDialog<Create>),
-    Row("DialogClose", OnDialog<Close>),
-    Row("DialogModal", OnDialog<Modal>),
-    Row("DialogEnd", OnDialog<[](Request& request) {
+    Row("CreateFourDDialogContext", RecordField::None, NewContext),
+    Row("CreateFourDDialog", named | ValueText | Param2 | Param3 | Flag1 | address | Param4,
+        OnDialog<Create>),
+    Row("DialogClose", whole, OnDialog<Close>),
+    // The filter procedure comes in classic calls only.
+    {Select("ModalDialog"), whole, OnDialog<Modal>, RecordField::None, address},
+    Row("DialogEnd", whole | Param2, OnDialog<[](Request& request) {
             request.dialog.ended =
                 request.Flag() ? DialogOutcome::Cancelled : DialogOutcome::Validated;
         }>),
-    Row("DialogLeaveContext", OnDialog<LeaveContext>),
-    Row("DialogEnterContext", OnDialog<EnterContext>),
-    Row("DialogBeginUpdate", OnDialog<[](Request& request) { ++request.dialog.updates; }>),
-    Row("DialogEndUpdate", OnDialog<EndUpdate>),
-    Row("DialogGotoPage", OnDialog<GotoPage>),
-    Row("DialogCurrentPage",
+    Row("DialogSwitchTo4DContext", whole, OnDialog<LeaveContext>),
+    Row("DialogSwitchToDlogContext", whole | Param2, OnDialog<EnterContext>),
+    Row("DialogBeginUpdateVars", whole,
+        OnDialog<[](Request& request) { ++request.dialog.updates; }>),
+    Row("DialogEndUpdateVars", whole, OnDialog<EndUpdate>),
+    Row("DialogGotoPage", whole | Param2, OnDialog<GotoPage>),
+    Row("DialogCurrentPage", whole,
         OnDialog<[](Request& request) { request.call.fields.param2 = request.dialog.page; }>),
-    Row("DialogSetUserData",
+    Row("DialogSetUserData", whole | address,
         OnDialog<[](Request& request) { request.dialog.userData = request.call.fields.handle; }>),
-    Row("DialogGetUserData", OnDialog<[](Request& request) {
+    Row("DialogGetUserData", whole, OnDialog<[](Request& request) {
             request.call.fields.handle = static_cast<Handle>(request.dialog.userData);
         }>),
 
-    Row("DialogGetVar", OnDialog<GetVar>),
-    Row("DialogSetVar", OnDialog<SetVar>),
-    Row("DialogGetLongVar", OnDialog<[](Request& request) {
+    Row("DialogGetVar", named | address, OnDialog<GetVar>),
+    Row("DialogSetVar", named | address, OnDialog<SetVar>),
+    Row("DialogGetLongVar", named, OnDialog<[](Request& request) {
             request.call.fields.value.number = request.Get(ValueKind::Long).numbers.at(0);
         }>),
-    Row("DialogSetLongVar", OnDialog<[](Request& request) {
+    Row("DialogSetLongVar", named | ValueNumber, OnDialog<[](Request& request) {
             request.Set(LongValue(request.call.fields.value.number));
         }>),
-    Row("DialogGetRealVar",
+    Row("DialogGetNativeRealVar", named,
         OnDialog<[](Request& request) { request.AnswerReal(request.Get(ValueKind::Real).real); }>),
-    Row("DialogSetRealVar",
+    Row("DialogSetNativeRealVar", named | ValueReal,
         OnDialog<[](Request& request) { request.Set(RealValue(request.Real())); }>),
-    Row("DialogGetStringVar", OnDialog<[](Request& request) {
+    Row("DialogGetStringVar", named, OnDialog<[](Request& request) {
             request.call.AnswerText(request.Get(ValueKind::String).texts.at(0));
         }>),
-    Row("DialogSetStringVar",
+    Row("DialogSetStringVar", named | ValueText,
         OnDialog<[](Request& request) { request.Set(StringValue(request.String())); }>),
-    Row("DialogSetPictureVar", OnDialog<SetPictureVar>),
-    Row("DialogSetDateVar", OnDialog<SetDateVar>),
-    Row("DialogGetDateVar", OnDialog<GetDateVar>),
-    Row("DialogSetTextVar",
-        OnDialog<[](Request& request) { request.Set(TextValue(request.Text())); }>),
-    Row("DialogGetTextVar", OnDialog<[](Request& request) {
+    Row("DialogSetPictureVar", named | address, OnDialog<SetPictureVar>),
+    Row("DialogSetDateVar", named | ValueDate, OnDialog<SetDateVar>),
+    Row("DialogGetDateVar", named, OnDialog<GetDateVar>),
+    {Select("DialogSetTextVar"), whole,
+     OnDialog<[](Request& request) { request.Set(TextValue(request.Text())); }>,
+     RecordField::UniName | RecordField::HostString, RecordField::Name | address},
+    Row("DialogGetTextVar", named, OnDialog<[](Request& request) {
             request.AnswerText(request.Get(ValueKind::Text).texts.at(0));
         }>),
-    Row("DialogSetTimeVar", OnDialog<[](Request& request) {
+    Row("DialogSetTimeVar", named | ValueNumber, OnDialog<[](Request& request) {
             request.Set({.kind = ValueKind::Time, .numbers = {request.call.fields.value.number}});
         }>),
-    Row("DialogGetTimeVar", OnDialog<[](Request& request) {
+    Row("DialogGetTimeVar", named, OnDialog<[](Request& request) {
             request.call.fields.value.number = request.Get(ValueKind::Time).numbers.at(0);
         }>),
 
-    Row("DialogSetVarEnabled", OnDialog<SetFlag<&DialogObject::enabled, byVariable>>),
-    Row("DialogSetVarVisible", OnDialog<SetFlag<&DialogObject::visible, byVariable>>),
-    Row("DialogSetObjVisible", OnDialog<SetFlag<&DialogObject::visible, Dialog::By::Object>>),
-    Row("DialogSetEditable", OnDialog<SetFlag<&DialogObject::editable, byEither>>),
-    Row("DialogSetThreeState", OnDialog<SetFlag<&DialogObject::threeState, byEither>>),
-    Row("DialogSetNumVarMin", OnDialog<SetBound<&DialogObject::minimum>>),
-    Row("DialogSetNumVarMax", OnDialog<SetBound<&DialogObject::maximum>>),
-    Row("DialogSetTitle", OnDialog<SetTitle>),
-    Row("DialogUpdateObjTitle", OnDialog<Redraw<Dialog::By::Object>>),
-    Row("DialogSetEntryFilter", OnDialog<SetString<&DialogObject::filter>>),
-    Row("DialogSetEntryFormat", OnDialog<SetString<&DialogObject::format>>),
-    Row("DialogGetRect", OnDialog<GetRect>),
-    Row("DialogRedraw", OnDialog<Redraw<Dialog::By::Object>>),
-    Row("DialogLastObject",
+    Row("DialogSetVarEnabled", named | Param2,
+        OnDialog<SetFlag<&DialogObject::enabled, byVariable>>),
+    Row("DialogSetVarVisible", named | Param2,
+        OnDialog<SetFlag<&DialogObject::visible, byVariable>>),
+    Row("DialogSetObjVisible", named | Param2,
+        OnDialog<SetFlag<&DialogObject::visible, Dialog::By::Object>>),
+    Row("DialogSetEditable", named | Param2, OnDialog<SetFlag<&DialogObject::editable, byEither>>),
+    Row("DialogSetThreeStateCheckBox", named | Param2,
+        OnDialog<SetFlag<&DialogObject::threeState, byEither>>),
+    Row("DialogSetNumVarMin", named | Param2 | ValueReal,
+        OnDialog<SetBound<&DialogObject::minimum>>),
+    Row("DialogSetNumVarMax", named | Param2 | ValueReal,
+        OnDialog<SetBound<&DialogObject::maximum>>),
+    Row("DialogSetTitle", named | ValueText | Param2, OnDialog<SetTitle>),
+    Row("DialogUpdateObjTitle", named, OnDialog<Redraw<Dialog::By::Object>>),
+    Row("DialogSetEntryFilter", named | ValueText, OnDialog<SetString<&DialogObject::filter>>),
+    Row("DialogSetEntryFormat", named | ValueText, OnDialog<SetString<&DialogObject::format>>),
+    Row("DialogGetRect", named, OnDialog<GetRect>),
+    Row("DialogRedraw", named, OnDialog<Redraw<Dialog::By::Object>>),
+    Row("DialogGetLastObject", whole,
         OnDialog<[](Request& request) { request.AnswerName(request.dialog.lastObject); }>),
-    Row("DialogGotoVariable", OnDialog<[](Request& request) {
+    Row("DialogGotoVariable", named, OnDialog<[](Request& request) {
             request.ForEach(byVariable,
                             [&](DialogObject& object) { request.dialog.lastObject = object.name; });
         }>),
 
-    Row("DialogNewLongArray", OnDialog<NewArray<ValueKind::LongArray>>),
-    Row("DialogNewRealArray", OnDialog<NewArray<ValueKind::RealArray>>),
-    Row("DialogNewStringArray", OnDialog<NewArray<ValueKind::StringArray>>),
-    Row("DialogNewTextArray", OnDialog<NewArray<ValueKind::TextArray>>),
-    Row("DialogNewPictureArray", OnDialog<NewArray<ValueKind::PictureArray>>),
-    Row("DialogSetLongElement", OnDialog<[](Request& request) {
+    Row("DialogNewArrayLong", named, OnDialog<NewArray<ValueKind::LongArray>>),
+    Row("DialogNewArrayReal", named, OnDialog<NewArray<ValueKind::RealArray>>),
+    Row("DialogNewArrayString", named, OnDialog<NewArray<ValueKind::StringArray>>),
+    Row("DialogNewArrayText", named, OnDialog<NewArray<ValueKind::TextArray>>),
+    Row("DialogNewArrayPicture", named, OnDialog<NewArray<ValueKind::PictureArray>>),
+    Row("DialogSetArrayElementLong", element | ValueNumber, OnDialog<[](Request& request) {
             request.SetElement(LongValue(request.call.fields.value.number));
         }>),
-    Row("DialogSetRealElement",
+    Row("DialogSetArrayElementReal", element | ValueReal,
         OnDialog<[](Request& request) { request.SetElement(RealValue(request.Real())); }>),
-    Row("DialogSetStringElement",
+    Row("DialogSetArrayElementString", element | ValueText,
         OnDialog<[](Request& request) { request.SetElement(StringValue(request.String())); }>),
-    Row("DialogSetTextElement",
+    Row("DialogSetArrayElementText", element | address,
         OnDialog<[](Request& request) { request.SetElement(TextValue(request.Text())); }>),
-    Row("DialogSetPictureElement",
+    Row("DialogSetArrayElementPicture", element | address,
         OnDialog<[](Request& request) { request.SetElement(PictureValue(request.Bytes())); }>),
-    Row("DialogGetLongElement", OnDialog<GetLongElement>),
-    Row("DialogGetRealElement", OnDialog<GetRealElement>),
-    Row("DialogGetStringElement", OnDialog<GetStringElement>),
-    Row("DialogGetTextElement", OnDialog<GetTextElement>),
-    Row("DialogArraySize", OnDialog<[](Request& request) {
+    Row("DialogGetArrayElementLong", element, OnDialog<GetLongElement>),
+    Row("DialogGetArrayElementReal", element, OnDialog<GetRealElement>),
+    Row("DialogGetArrayElementString", element, OnDialog<GetStringElement>),
+    Row("DialogGetArrayElementText", element, OnDialog<GetTextElement>),
+    Row("DialogGetArraySize", named, OnDialog<[](Request& request) {
             request.call.fields.param2 = request.dialog.ArraySize(request.Name());
         }>),
-    Row("DialogDeleteElements", OnDialog<[](Request& request) {
+    Row("DialogDeleteArrayElements", element | Param3, OnDialog<[](Request& request) {
             request.dialog.DeleteElements(request.Name(), request.call.fields.param2,
                                           request.call.fields.param3);
         }>),
-    Row("DialogLoadStringList", OnDialog<LoadStringList>),
-    Row("DialogLoadTableNames", OnDialog<LoadTableNames>),
-    Row("DialogLoadFieldNames", OnDialog<LoadFieldNames>),
-    Row("DialogLoadTTR", OnDialog<LoadParagraphs>),
+    Row("DialogLoadTextArrayFromResource", named | Param2 | Param3, OnDialog<LoadStringList>),
+    Row("DialogLoadTextArrayFromTableNames", named | Param2, OnDialog<LoadTableNames>),
+    Row("DialogLoadTextArrayFromFieldNames", named | Table | Param2, OnDialog<LoadFieldNames>),
+    Row("DialogLoadTextArrayFromTTR", named | address | Param2, OnDialog<LoadParagraphs>),
 
-    Row("DialogNewTableFieldHList", OnDialog<[](Request& request) {
+    Row("DialogNewTableFieldHList", named | Table | Param2 | Param3, OnDialog<[](Request& request) {
             request.dialog.NewFieldList(request.Name(), request.call.fields.table,
                                         request.call.fields.param2);
         }>),
-    Row("DialogClearHList",
+    Row("DialogClearHList", named,
         OnDialog<[](Request& request) { request.dialog.ClearFieldList(request.Name()); }>),
-    Row("DialogGetTableField", OnDialog<GetTableField>),
-    Row("DialogSetTableField", OnDialog<SetTableField>),
-    Row("DialogDragInfo", OnDialog<DragInfo>),
+    Row("DialogGetTableFieldFromHList", named | Param2, OnDialog<GetTableField>),
+    Row("DialogSetTableFieldInHList", named | Table | Field | Param2, OnDialog<SetTableField>),
+    Row("DialogGetDragInfo", whole, OnDialog<DragInfo>),
 
     {Select("DialogFromWindow"), RecordField::Param2, DialogFromWindow},
     {Select("WindowFromDialog"), RecordField::Param1, WindowFromDialog},
