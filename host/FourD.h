@@ -12,7 +12,7 @@ struct FieldInfo;
 /// service that the host refuses answers what its record holds, which is zero. A null name, value
 /// or place for a result reaches nobody: -50 where the host's result is answered, 0 where a number
 /// or truth value is. Where null means something (a result that is not wanted, no handle, no
-/// window), that is said. Only the operations on resources and styles need what they are given.
+/// window), that is said.
 class FourD {
   public:
     // --- The two call functions -----------------------------------------------------------
@@ -470,6 +470,7 @@ class FourD {
     static OSErr Get4DResTimestamp(long file, unsigned long type, short id, long* timestamp);
     static OSErr Get4DRes(long file, unsigned long type, short id, char*** resource);
     static OSErr Set4DRes(long file, unsigned long type, short id, char** resource);
+    /// The name may be null: none.
     static OSErr Add4DRes(long file, unsigned long type, short id, const unsigned char* name,
                           char** resource);
     static OSErr Del4DRes(long file, unsigned long type, short id);

@@ -28,8 +28,6 @@ class HostCall {
     CallFields* operator->() { return fields; }
     /// What only the engine record has; null in a classic call.
     EngineFields* EngineOnly() { return engineCall ? &engine : nullptr; }
-    /// The Pascal string that ends the value area, at most 141 (engine: 91) characters.
-    unsigned char* ValueText() { return engineCall ? engine.valueText : classic.valueText; }
 
     HostCall& PutNumbers(long param1, long param2 = 0);
     /// Window in `handle`; null for none.

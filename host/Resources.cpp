@@ -67,7 +67,7 @@ Handle FourD::GetPluginResource(unsigned long type, short id) {
 
 Handle FourD::GetPluginResourceByName(unsigned long type, const unsigned char* name) {
     const SResFileSetter setter(gHost.pluginResFile);
-    return GetNamedResource(type, name);
+    return name != nullptr ? GetNamedResource(type, name) : nullptr;
 }
 
 short FourD::GetResNum(unsigned long mapType, unsigned long type, short localID) {
@@ -85,18 +85,27 @@ short FourD::GetResNum(unsigned long mapType, unsigned long type, short localID)
 }
 
 void FourD::GetPluginIndString(unsigned char* out, short listID, short index) {
+    if (out == nullptr) {
+        return;
+    }
     const SResFileSetter setter(gHost.pluginResFile);
     out[0] = 0;
     GetIndString(out, listID, index);
 }
 
 void FourD::GetPluginIndCString(char* out, short listID, short index) {
+    if (out == nullptr) {
+        return;
+    }
     Str255 item;
     GetPluginIndString(item, listID, index);
     _CopyP2CStr(item, out);
 }
 
 void FourD::GetPluginSprIndString(unsigned char* out, short listID, short index, ...) {
+    if (out == nullptr) {
+        return;
+    }
     char format[256];
     GetPluginIndCString(format, listID, index);
     char text[512];
@@ -112,6 +121,9 @@ void FourD::GetPluginSprIndString(unsigned char* out, short listID, short index,
 }
 
 void FourD::EvalPluginStringWithResRefs(unsigned char* text) {
+    if (text == nullptr) {
+        return;
+    }
     char buffer[256];
     _CopyP2CStr(text, buffer);
     const std::string_view whole = buffer;

@@ -15,173 +15,99 @@
 
 #include "host/FourD.h"
 #include "host/HostCall.h"
-#include "platform/ResultCodes.h"
-#include "shell/Strings.h"
 
 namespace {
 
-void SetName(HostCall& call, const unsigned char* name) {
-    if (name != nullptr) {
-        _CopyPStr(name, call->name);
+/// A call about a file, about its resources of a type, or about one of those: by its identifier, or
+/// an index from 1.
+class ResourceCall : public HostCall {
+  public:
+    explicit ResourceCall(Selector selector, long file, unsigned long type = 0, long place = 0)
+        : HostCall(selector) {
+        PutNumbers(file, static_cast<long>(type));
+        (*this)->param3 = place;
     }
-}
-
-void SetTypeInFile(HostCall& call, long file, unsigned long type) {
-    call->param1 = file;
-    call->param2 = static_cast<long>(type);
-}
-
-void SetResource(HostCall& call, long file, unsigned long type, short id) {
-    SetTypeInFile(call, file, type);
-    call->param3 = id;
-}
-
-/// Sends a call that answers nothing.
-OSErr Send(HostCall& call) {
-    call.Send();
-    return call->error;
-}
-
-/// Sends a call that answers a number; 0 on error.
-template <typename Number>
-OSErr SendForNumber(HostCall& call, Number* number) {
-    call.Send();
-    *number = call->error == ResultCode::NoError ? static_cast<Number>(call->param1) : Number{0};
-    return call->error;
-}
-
-/// Sends a call that answers a handle; null on error.
-OSErr SendForHandle(HostCall& call, Handle* handle) {
-    call.Send();
-    *handle = call->error == ResultCode::NoError ? call->handle : nullptr;
-    return call->error;
-}
+};
 
 } // namespace
 
 OSErr FourD::Open4DResFile(const unsigned char* path, long* file) {
-    HostCall call(Select("OpenResFile"));
-    SetName(call, path);
-    return SendForNumber(call, file);
+    return HostCall(Select("OpenResFile")).PutName(path).SendForNumber(file);
 }
 
 OSErr FourD::Create4DResFile(const unsigned char* path, long* file) {
-    HostCall call(Select("CreateResFile"));
-    SetName(call, path);
-    return SendForNumber(call, file);
+    return HostCall(Select("CreateResFile")).PutName(path).SendForNumber(file);
 }
 
 OSErr FourD::Close4DResFile(long file) {
-    HostCall call(Select("CloseResFile"));
-    call->param1 = file;
-    return Send(call);
+    return ResourceCall(Select("CloseResFile"), file).SendForError();
 }
 
 OSErr FourD::Update4DResFile(long file) {
-    HostCall call(Select("UpdateResFile"));
-    call->param1 = file;
-    return Send(call);
+    return ResourceCall(Select("UpdateResFile"), file).SendForError();
 }
 
 OSErr FourD::GetStruct4DResFileRef(long* file) {
-    HostCall call(Select("StructResFileRef"));
-    return SendForNumber(call, file);
+    return HostCall(Select("StructResFileRef")).SendForNumber(file);
 }
 
 OSErr FourD::Count4DResTypes(long file, long* count) {
-    HostCall call(Select("CountResTypes"));
-    call->param1 = file;
-    return SendForNumber(call, count);
+    return ResourceCall(Select("CountResTypes"), file).SendForNumber(count);
 }
 
 OSErr FourD::GetIndResType(long file, long index, unsigned long* type) {
-    HostCall call(Select("IndResType"));
-    call->param1 = file;
-    call->param3 = index;
-    return SendForNumber(call, type);
+    return ResourceCall(Select("IndResType"), file, 0, index).SendForNumber(type);
 }
 
 OSErr FourD::Get4DResTypeList(long file, char*** types) {
-    HostCall call(Select("ResTypeList"));
-    call->param1 = file;
-    return SendForHandle(call, types);
+    return ResourceCall(Select("ResTypeList"), file).SendForHandle(types);
 }
 
 OSErr FourD::Count4DRes(long file, unsigned long type, long* count) {
-    HostCall call(Select("CountRes"));
-    SetTypeInFile(call, file, type);
-    return SendForNumber(call, count);
+    return ResourceCall(Select("CountRes"), file, type).SendForNumber(count);
 }
 
 OSErr FourD::GetInd4DResID(long file, unsigned long type, long index, short* id) {
-    HostCall call(Select("IndResID"));
-    SetTypeInFile(call, file, type);
-    call->param3 = index;
-    return SendForNumber(call, id);
+    return ResourceCall(Select("IndResID"), file, type, index).SendForNumber(id);
 }
 
 OSErr FourD::Get4DResIDList(long file, unsigned long type, char*** ids) {
-    HostCall call(Select("ResIDList"));
-    SetTypeInFile(call, file, type);
-    return SendForHandle(call, ids);
+    return ResourceCall(Select("ResIDList"), file, type).SendForHandle(ids);
 }
 
 OSErr FourD::Get4DResName(long file, unsigned long type, short id, unsigned char* name) {
-    HostCall call(Select("ResName"));
-    SetResource(call, file, type, id);
-    call.Send();
-    name[0] = 0;
-    if (call->error == ResultCode::NoError) {
-        _CopyPStr(call->name, name);
-    }
-    return call->error;
+    return ResourceCall(Select("ResName"), file, type, id).SendForName(name);
 }
 
 OSErr FourD::Set4DResName(long file, unsigned long type, short id, const unsigned char* name) {
-    HostCall call(Select("SetResName"));
-    SetResource(call, file, type, id);
-    SetName(call, name);
-    return Send(call);
+    return ResourceCall(Select("SetResName"), file, type, id).PutName(name).SendForError();
 }
 
 OSErr FourD::Get4DResTimestamp(long file, unsigned long type, short id, long* timestamp) {
-    HostCall call(Select("ResTimestamp"));
-    SetResource(call, file, type, id);
-    return SendForNumber(call, timestamp);
+    return ResourceCall(Select("ResTimestamp"), file, type, id).SendForNumber(timestamp);
 }
 
 OSErr FourD::Get4DRes(long file, unsigned long type, short id, char*** resource) {
-    HostCall call(Select("GetRes"));
-    SetResource(call, file, type, id);
-    return SendForHandle(call, resource);
+    return ResourceCall(Select("GetRes"), file, type, id).SendForHandle(resource);
 }
 
 OSErr FourD::Set4DRes(long file, unsigned long type, short id, char** resource) {
-    HostCall call(Select("SetRes"));
-    SetResource(call, file, type, id);
-    call->handle = resource;
-    return Send(call);
+    return ResourceCall(Select("SetRes"), file, type, id).PutAddress(resource).SendForError();
 }
 
 OSErr FourD::Add4DRes(long file, unsigned long type, short id, const unsigned char* name,
                       char** resource) {
-    HostCall call(Select("AddRes"));
-    SetResource(call, file, type, id);
-    SetName(call, name);
-    call->handle = resource;
-    return Send(call);
+    constexpr unsigned char NoName[] = {0};
+    ResourceCall call(Select("AddRes"), file, type, id);
+    return call.PutName(name != nullptr ? name : NoName).PutAddress(resource).SendForError();
 }
 
 OSErr FourD::Del4DRes(long file, unsigned long type, short id) {
-    HostCall call(Select("DelRes"));
-    SetResource(call, file, type, id);
-    return Send(call);
+    return ResourceCall(Select("DelRes"), file, type, id).SendForError();
 }
 
 OSErr FourD::GetUnique4DResID(long file, unsigned long type, short* id) {
-    HostCall call(Select("UniqueResID"));
-    SetTypeInFile(call, file, type);
-    return SendForNumber(call, id);
+    return ResourceCall(Select("UniqueResID"), file, type).SendForNumber(id);
 }
 
 OSErr FourD::Lock4DRes(long, unsigned long, short) {

@@ -54,6 +54,9 @@ std::span<const Style> RecordsOf(Handle list) {
 /// Copies the first record of a list that is `wanted`, or zeros.
 template <typename Style, typename Wanted>
 OSErr FindStyle(Handle list, Style* style, Wanted wanted) {
+    if (style == nullptr) {
+        return ResultCode::BadParameter;
+    }
     *style = {};
     if (list == nullptr || GetHandleSize(list) < SmallestStyleList) {
         return ResultCode::BadParameter;
@@ -82,7 +85,11 @@ OSErr FindStyleByID(Handle list, short id, Style* style) {
 template <typename Style>
 OSErr FindStyleByName(Handle list, const unsigned char* name, Style* style) {
     Str255 wanted;
-    _CopyPStr(name, wanted); // StringsEqual takes what may be written to
+    if (name == nullptr) {
+        list = nullptr; // to find nothing in
+    } else {
+        _CopyPStr(name, wanted); // StringsEqual takes what may be written to
+    }
     return FindStyle(list, style, [&wanted](const Style& record) {
         Str31 own;
         std::memcpy(own, record.name, sizeof own);
@@ -91,10 +98,14 @@ OSErr FindStyleByName(Handle list, const unsigned char* name, Style* style) {
     });
 }
 
-/// Takes the style out of a resource, which is released.
-template <typename Style>
-OSErr TakeStyle(Handle resource, Style* style) {
+/// Takes the style out of the resource that `fetch` fetches, which is released.
+template <typename Style, typename Fetch>
+OSErr TakeStyle(Style* style, Fetch fetch) {
+    if (style == nullptr) {
+        return ResultCode::BadParameter;
+    }
     *style = {};
+    const Handle resource = fetch();
     if (resource == nullptr) {
         return ResultCode::ResourceNotFound;
     }
@@ -108,12 +119,15 @@ OSErr TakeStyle(Handle resource, Style* style) {
 
 /// The entry of a style for the host's platform interface.
 template <typename Style>
-OSErr PlatformEntry(const Style& style, FourDPlatformStyle* spec) {
+OSErr PlatformEntry(const Style* style, FourDPlatformStyle* spec) {
+    if (style == nullptr || spec == nullptr) {
+        return ResultCode::BadParameter;
+    }
     *spec = {};
     long kind = 0;
     const auto error = static_cast<OSErr>(FourD::GetPlatformInterface(&kind));
     if (error == ResultCode::NoError) {
-        *spec = EntryForPlatform(style.platforms, kind);
+        *spec = EntryForPlatform(style->platforms, kind);
     }
     return error;
 }
@@ -121,10 +135,13 @@ OSErr PlatformEntry(const Style& style, FourDPlatformStyle* spec) {
 /// The same of the extended style that `find` fetches.
 template <typename Find>
 OSErr PlatformEntryOf(Find find, FourDPlatformStyle* spec) {
+    if (spec == nullptr) {
+        return ResultCode::BadParameter;
+    }
     *spec = {};
     FourDStyleX style;
     const OSErr error = find(&style);
-    return error != ResultCode::NoError ? error : PlatformEntry(style, spec);
+    return error != ResultCode::NoError ? error : PlatformEntry(&style, spec);
 }
 
 } // namespace
@@ -137,15 +154,15 @@ FourDPlatformStyle EntryForPlatform(std::span<const FourDPlatformStyle> entries,
 }
 
 OSErr FourD::GetStyleRes(short id, FourDStyle* style) {
-    return TakeStyle(GetPluginResource(StyleType, id), style);
+    return TakeStyle(style, [=] { return GetPluginResource(StyleType, id); });
 }
 
 OSErr FourD::GetStyleXResByID(short id, FourDStyleX* style) {
-    return TakeStyle(GetPluginResource(ExtendedStyleType, id), style);
+    return TakeStyle(style, [=] { return GetPluginResource(ExtendedStyleType, id); });
 }
 
 OSErr FourD::GetStyleXResByName(const unsigned char* name, FourDStyleX* style) {
-    return TakeStyle(GetPluginResourceByName(ExtendedStyleType, name), style);
+    return TakeStyle(style, [=] { return GetPluginResourceByName(ExtendedStyleType, name); });
 }
 
 OSErr FourD::GetStyleByID(char** list, short id, FourDStyle* style) {
@@ -165,11 +182,11 @@ OSErr FourD::GetStyleXByName(char** list, const unsigned char* name, FourDStyleX
 }
 
 OSErr FourD::GetPlatformStyle(const FourDStyle* style, FourDPlatformStyle* spec) {
-    return PlatformEntry(*style, spec);
+    return PlatformEntry(style, spec);
 }
 
 OSErr FourD::GetPlatformStyle(const FourDStyleX* style, FourDPlatformStyle* spec) {
-    return PlatformEntry(*style, spec);
+    return PlatformEntry(style, spec);
 }
 
 OSErr FourD::GetPlatformStyleByID(char** list, short id, FourDPlatformStyle* spec) {
@@ -185,6 +202,9 @@ OSErr FourD::GetPlatformStyleSpecByName(const unsigned char* name, FourDPlatform
 }
 
 OSErr FourD::GetRGBColor(long color, RGBColor* rgb) {
+    if (rgb == nullptr) {
+        return ResultCode::BadParameter;
+    }
     *rgb = {};
     if (color < -4) {
         return ResultCode::BadParameter;
@@ -198,6 +218,9 @@ OSErr FourD::GetRGBColor(long color, RGBColor* rgb) {
 }
 
 OSErr FourD::GetDrawingColor(short index, long* red, long* green, long* blue) {
+    if (red == nullptr || green == nullptr || blue == nullptr) {
+        return ResultCode::BadParameter;
+    }
     *red = *green = *blue = 0;
     if (index < 0 || index > 3) {
         return ResultCode::BadParameter;
@@ -216,10 +239,8 @@ OSErr FourD::GetDrawingColor(short index, long* red, long* green, long* blue) {
 
 OSErr FourD::GetColors(SysColors4D** colors) {
     HostCall call(Select("SystemColors"));
-    call.Send();
-    *colors =
-        call->error == ResultCode::NoError ? reinterpret_cast<SysColors4D*>(call->handle) : nullptr;
-    return call->error;
+    return call.SendThen(colors, static_cast<SysColors4D*>(nullptr),
+                         [&] { *colors = reinterpret_cast<SysColors4D*>(call->handle); });
 }
 
 long Hack4DStdColor(long color) {

@@ -221,6 +221,7 @@ TEST_P(EnvironmentTest, NothingIsSentWhereThereIsNoSuchCall) {
 
 TEST_P(EnvironmentTest, NullArgumentsReachNobody) {
     constexpr long Bad = -50;
+    constexpr OSType AnyType = 0x54595045;
     struct Row {
         const char* name;
         std::function<long()> call;
@@ -242,6 +243,9 @@ TEST_P(EnvironmentTest, NullArgumentsReachNobody) {
     REAL_U* noReal = nullptr;
     FieldData* noData = nullptr;
     ValueBlock* noValue = nullptr;
+    FourDStyleX* noStyle = nullptr;
+    FourDStyleX style{};
+    FourDPlatformStyle entry{};
     const Row rows[] = {
         {"GetStructFile", [] { return FourD::GetStructFile(nullptr); }, Bad},
         {"GetStructFolder", [] { return FourD::GetStructFolder(nullptr); }, Bad},
@@ -328,6 +332,25 @@ TEST_P(EnvironmentTest, NullArgumentsReachNobody) {
         {"GetPackedRecord", [] { return FourD::GetPackedRecord(1, nullptr); }, Bad},
         {"GetPrintInfo", [] { return FourD::GetPrintInfo(nullptr); }, Bad},
         {"CreateTip", [] { return FourD::CreateTip(nullptr); }, Bad},
+        {"Open4DResFile", [&] { return FourD::Open4DResFile(nullptr, &number); }, Bad},
+        {"GetStruct4DResFileRef", [] { return FourD::GetStruct4DResFileRef(nullptr); }, Bad},
+        {"Get4DResIDList", [] { return FourD::Get4DResIDList(1, AnyType, nullptr); }, Bad},
+        {"Get4DResName", [] { return FourD::Get4DResName(1, AnyType, 1, nullptr); }, Bad},
+        {"Set4DResName", [] { return FourD::Set4DResName(1, AnyType, 1, nullptr); }, Bad},
+        {"Add4DRes", [&] { return FourD::Add4DRes(1, AnyType, 1, name, nullptr); }, Bad},
+        {"GetStyleXResByName", [=] { return FourD::GetStyleXResByName(nullptr, noStyle); }, Bad},
+        {"GetStyleXByName", [&] { return FourD::GetStyleXByName(&noPath, nullptr, &style); }, Bad},
+        {"GetStyleXByID", [=] { return FourD::GetStyleXByID(nullptr, 1, noStyle); }, Bad},
+        {"GetPlatformStyle", [&] { return FourD::GetPlatformStyle(noStyle, &entry); }, Bad},
+        {"GetPlatformStyle to nowhere", [&] { return FourD::GetPlatformStyle(&style, nullptr); },
+         Bad},
+        {"GetPlatformStyleByID", [] { return FourD::GetPlatformStyleByID(nullptr, 1, nullptr); },
+         Bad},
+        {"GetRGBColor", [] { return FourD::GetRGBColor(-1, nullptr); }, Bad},
+        {"GetDrawingColor", [&] { return FourD::GetDrawingColor(0, &number, &number, nullptr); },
+         Bad},
+        {"GetColors", [] { return FourD::GetColors(nullptr); }, Bad},
+        {"GetPluginIndString", [=] { return FourD::GetPluginIndString(noString, 1, 1), 0; }, 0},
         {"EditPict", [] { return FourD::EditPict(nullptr); }, 0},
         {"GetPictureData", [] { return FourD::GetPictureData(nullptr, 1, nullptr); }, Bad},
         {"CreateNativeBitmapImage",

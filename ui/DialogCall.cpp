@@ -3,29 +3,13 @@
 #include "host/FourD.h"
 #include "shell/Strings.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace {
 
 constexpr long LongestName = 255;
-/// What the classic record's value area holds.
-constexpr size_t LongestClassicString = sizeof(ParameterBlock::valueText) - 1;
 /// Bytes that 255 units may become in any code page, with a terminator.
 constexpr size_t WidestText = 1024;
-
-/// 8-bit text of the record's UTF-16, whether the host has terminated it or not.
-void CopyUnits(unsigned short (&units)[256], char (&text)[WidestText]) {
-    units[255] = 0;
-    text[0] = '\0';
-    FourD::CopyUniCharsToChars(units, text);
-}
-
-/// Copies a Pascal string, cut to what the classic record holds.
-void CopyClassicString(const unsigned char* string, unsigned char* target) {
-    target[0] = static_cast<unsigned char>(std::min<size_t>(string[0], LongestClassicString));
-    std::memcpy(target + 1, string + 1, target[0]);
-}
 
 } // namespace
 
@@ -52,14 +36,9 @@ void DialogCall::SetName(const char* name) {
 }
 
 void DialogCall::SetString(const unsigned char* string) {
-    if (string == nullptr) {
-        return;
+    if (string != nullptr) {
+        PutText(string);
     }
-    if (EngineFields* const engineFields = EngineOnly()) {
-        FourD::CopyPStrToUniChars(string, engineFields->uniText);
-        return;
-    }
-    CopyClassicString(string, ValueText());
 }
 
 void DialogCall::SetReal(double real) {
@@ -88,26 +67,20 @@ void DialogCall::GetName(char* name) {
         return;
     }
     if (EngineFields* const engineFields = EngineOnly()) {
-        char text[WidestText];
-        CopyUnits(engineFields->uniName, text);
+        char text[WidestText] = "";
+        engineFields->uniName[LongestName] = 0; // the host may have left no terminator
+        FourD::CopyUniCharsToChars(engineFields->uniName, text);
         _CopyCStrN(text, name, LongestName);
         return;
     }
-    (*this)->name[LongestName] = 0; // the host may have left no terminator
+    (*this)->name[LongestName] = 0;
     _CopyCStrN(reinterpret_cast<const char*>((*this)->name), name, LongestName);
 }
 
 void DialogCall::GetString(unsigned char* string) {
-    if (string == nullptr) {
-        return;
+    if (string != nullptr) {
+        TakeText(string);
     }
-    if (EngineFields* const engineFields = EngineOnly()) {
-        char text[WidestText];
-        CopyUnits(engineFields->uniText, text);
-        _CopyC2PStr(text, string);
-        return;
-    }
-    CopyClassicString(ValueText(), string);
 }
 
 double DialogCall::GetReal() {
