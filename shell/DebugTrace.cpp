@@ -6,6 +6,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include <windows.h>
 
@@ -21,7 +22,7 @@ namespace {
 constexpr long PathCapacity = 512;
 constexpr unsigned long DomainCount = 256;
 
-void (*writeOut)(const char* text);
+void (*put)(const char* text);   ///< where texts go; they come out together with Send
 char fileName[PathCapacity + 1]; ///< as given to _DbgInit
 std::FILE* traceFile;
 bool atStartOfLine = true;
@@ -31,7 +32,10 @@ bool IsDomainOn(unsigned long domain) {
     return domain < DomainCount && _LongBitTst(gDebugSettings.domains, domain);
 }
 
-void Format(const char* format, std::va_list arguments) {
+void Format(bool wanted, const char* format, std::va_list arguments) {
+    if (!wanted) {
+        return;
+    }
     formatBuffer[0] = '\0';
     std::vsnprintf(formatBuffer, sizeof formatBuffer, format, arguments);
     _DbgTraceOut(formatBuffer);
@@ -49,14 +53,54 @@ void WriteBanner(const char* event) {
     _DbgTraceOut(banner);
 }
 
-/// Writes one line, or the beginning of one.
-void WritePiece(const char* text) {
-    if (atStartOfLine) {
-        for (long level = 0; level < gDebugSettings.indentation; ++level) {
-            writeOut("   ");
-        }
+char consoleLine[4096]; // a longer line comes out in several calls
+std::size_t consoleLength;
+
+void Send() {
+    if (consoleLength > 0) {
+        consoleLine[std::exchange(consoleLength, 0)] = '\0';
+        OutputDebugStringA(consoleLine);
     }
-    writeOut(text);
+    if (traceFile != nullptr) {
+        std::fflush(traceFile);
+    }
+}
+
+void PutConsole(const char* text) {
+    for (; *text != '\0'; ++text) {
+        if (consoleLength == sizeof consoleLine - 1) {
+            Send();
+        }
+        consoleLine[consoleLength++] = *text;
+    }
+}
+
+void PutFile(const char* text) {
+    if (traceFile == nullptr) {
+        const char* const name = gDebugSettings.fileName;
+        traceFile = std::fopen(name != nullptr && *name != '\0' ? name : "Debug.log", "a");
+    }
+    if (traceFile == nullptr) {
+        return;
+    }
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+#pragma GCC diagnostic ignored "-Wformat-security"
+    std::fprintf(traceFile, text);
+#pragma GCC diagnostic pop
+}
+
+/// Writes one line, or the beginning of one. The parts are put apart because the text is a format
+/// in a file, where a "%" at its end must not meet the line feed.
+void WritePiece(const char* text, const char* end) {
+    const long levels = atStartOfLine ? gDebugSettings.indentation : 0;
+    for (long level = 0; level < levels; ++level) {
+        put("   ");
+    }
+    put(text);
+    put(end);
+    Send();
+    atStartOfLine = *end != '\0';
 }
 
 } // namespace
@@ -73,9 +117,9 @@ void _DbgInit(long level, long output, const char* name) {
     std::memset(gDebugSettings.domains, 0, sizeof gDebugSettings.domains);
     _LongBitSet(gDebugSettings.domains, 0);
     if (output == DebugOutput::Console) {
-        writeOut = _DbgOutputConsole;
+        put = PutConsole;
     } else if (output == DebugOutput::File) {
-        writeOut = _DbgOutputFile;
+        put = PutFile;
     }
     WriteBanner("Started");
 }
@@ -91,55 +135,43 @@ void _DbgDeinit() {
 void _DbgTraceV(const char* format, ...) {
     std::va_list arguments; // NOLINT(cppcoreguidelines-init-variables): va_start does
     va_start(arguments, format);
-    Format(format, arguments);
+    Format(true, format, arguments);
     va_end(arguments);
 }
 
 void _DbgTraceVL(long level, const char* format, ...) {
-    if (gDebugSettings.level < level) {
-        return;
-    }
     std::va_list arguments; // NOLINT(cppcoreguidelines-init-variables): va_start does
     va_start(arguments, format);
-    Format(format, arguments);
+    Format(gDebugSettings.level >= level, format, arguments);
     va_end(arguments);
 }
 
 void _DbgDomainTraceV(unsigned long domain, const char* format, ...) {
-    if (!IsDomainOn(domain)) {
-        return;
-    }
     std::va_list arguments; // NOLINT(cppcoreguidelines-init-variables): va_start does
     va_start(arguments, format);
-    Format(format, arguments);
+    Format(IsDomainOn(domain), format, arguments);
     va_end(arguments);
 }
 
 void _DbgDomainTraceVL(unsigned long domain, long level, const char* format, ...) {
-    if (!IsDomainOn(domain) || gDebugSettings.level < level) {
-        return;
-    }
     std::va_list arguments; // NOLINT(cppcoreguidelines-init-variables): va_start does
     va_start(arguments, format);
-    Format(format, arguments);
+    Format(IsDomainOn(domain) && gDebugSettings.level >= level, format, arguments);
     va_end(arguments);
 }
 
 void _DbgTraceOut(char* text) {
-    if (writeOut == nullptr || text == nullptr) {
+    if (put == nullptr || text == nullptr) {
         return;
     }
     while (char* const end = std::strchr(text, '\n')) {
         *end = '\0';
-        WritePiece(text);
+        WritePiece(text, "\n");
         *end = '\n';
-        writeOut("\n");
-        atStartOfLine = true;
         text = end + 1;
     }
     if (*text != '\0') {
-        WritePiece(text);
-        atStartOfLine = false;
+        WritePiece(text, "");
     }
 }
 
@@ -148,17 +180,6 @@ void _DbgOutputConsole(const char* text) {
 }
 
 void _DbgOutputFile(const char* text) {
-    if (traceFile == nullptr) {
-        const char* const name = gDebugSettings.fileName;
-        traceFile = std::fopen(name != nullptr && *name != '\0' ? name : "Debug.log", "a");
-    }
-    if (traceFile == nullptr) {
-        return;
-    }
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-#pragma GCC diagnostic ignored "-Wformat-security"
-    std::fprintf(traceFile, text);
-#pragma GCC diagnostic pop
-    std::fflush(traceFile);
+    PutFile(text);
+    Send();
 }

@@ -11,10 +11,24 @@
 #include <gtest/gtest.h>
 #include <regex>
 #include <string>
+#include <vector>
 
 #include <windows.h>
 
 namespace {
+
+std::vector<std::string> consoleTexts; ///< one for each call, since a test looks for them
+
+/// The debugger's console is told by an exception, which nobody else sees when no debugger is
+/// there.
+LONG CALLBACK NoteConsoleText(EXCEPTION_POINTERS* exception) {
+    const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
+    if (record.ExceptionCode != DBG_PRINTEXCEPTION_C) {
+        return EXCEPTION_CONTINUE_SEARCH;
+    }
+    consoleTexts.emplace_back(reinterpret_cast<const char*>(record.ExceptionInformation[1]));
+    return EXCEPTION_CONTINUE_EXECUTION;
+}
 
 class DebugTraceTest : public testing::Test {
   protected:
@@ -98,6 +112,43 @@ TEST_F(DebugTraceTest, FormatsTwiceAndCuts) {
     EXPECT_EQ(Since(start).size(), 10U + 16383U);
     _DbgTraceV("%s", "");
     EXPECT_EQ(Since(start).size(), 10U + 16383U);
+}
+
+TEST_F(DebugTraceTest, KeepsTheEndOfALineApartFromItsFormat) {
+    Start(0);
+    const std::size_t start = Contents().size();
+    gDebugSettings.indentation = 1;
+    _DbgTraceV("5%%\n6%%5\n7"); // a "%" without a conversion ends the text
+    EXPECT_EQ(Since(start), "   5\n   6\n   7");
+}
+
+TEST_F(DebugTraceTest, WritesLinesWholeAndAtOnce) {
+    const std::string blanks(6, ' ');
+    const std::string longLine(40000, 'x');
+    std::string text = "a\n\n" + longLine + "\nb";
+    Start(0);
+    const std::size_t start = Contents().size();
+    gDebugSettings.indentation = 2;
+    _DbgTraceOut(text.data());
+    const std::string written =
+        blanks + "a\n" + blanks + "\n" + blanks + longLine + "\n" + blanks + "b";
+    EXPECT_EQ(Since(start), written);
+
+    void* const watch = AddVectoredExceptionHandler(1, NoteConsoleText);
+    _DbgInit(0, DebugOutput::Console, nullptr);
+    gDebugSettings.indentation = 2;
+    consoleTexts.clear();
+    _DbgTraceOut(text.data());
+    RemoveVectoredExceptionHandler(watch);
+    ASSERT_GT(consoleTexts.size(), 3u);
+    EXPECT_EQ(consoleTexts[0], blanks + "a\n");
+    EXPECT_EQ(consoleTexts[1], blanks + "\n");
+    EXPECT_EQ(consoleTexts.back(), blanks + "b");
+    std::string all;
+    for (const std::string& piece : consoleTexts) {
+        all += piece;
+    }
+    EXPECT_EQ(all, written);
 }
 
 TEST_F(DebugTraceTest, KeepsTheOutputForAnUnknownOneAndOpensTheFileAgain) {
