@@ -3,9 +3,10 @@
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
+#include "shell/CopyAndDelete.h"
 #include "shell/FileSpecs.h"
-#include "shell/LongPaths.h"
-#include "shell/SafeOutput.h"
+#include "shell/NativePaths.h"
+#include "shell/TemporaryFiles.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdio>

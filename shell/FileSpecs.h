@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Types.h"
-#include "shell/LongPaths.h"
+#include "shell/NativePaths.h"
 
 class CTextBlock;
 struct FInfo;
@@ -15,8 +15,10 @@ struct FInfo;
 // folder; -108 no memory; others as they come from the toolbox or as GetLastOSErr() maps them. A
 // specification to be filled is emptied (volume, parent and name length 0) first.
 
-/// Volume, parent and name length 0.
+/// Volume, parent and name length 0. Null is ignored.
 void ZeroFileSpec(FSSpec* spec);
+/// Whether it is so. Elsewhere such a specification stands for the current folder.
+bool IsEmptyFileSpec(const FSSpec& spec);
 
 // --- Native paths ---------------------------------------------------------------------------
 
@@ -29,7 +31,9 @@ OSErr NativePathToFileSpec(const char* path, long length, FSSpec* spec);
 /// length of 0 ask for the length. A missing item has the result of asking for its folder, mostly
 /// 0; when that is no folder either, `length` is left alone.
 OSErr FileSpecToNativePath(const FSSpec* spec, char* out, long* length);
-/// The same.
+/// The same path as a whole; empty where FileSpecToNativePath leaves `length` alone.
+OSErr ReadNativePath(const FSSpec* spec, NativePath* path);
+/// The same as FileSpecToNativePath.
 OSErr XFileSpecToNativePath(const FSSpec* spec, char* out, long* length);
 
 /// The same conversions with the path in a text block, in the host's character set.

@@ -3,15 +3,14 @@
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
+#include "shell/CopyAndDelete.h"
 #include "shell/Entry.h"
 #include "shell/FileSpecs.h"
 #include "shell/FourDPlug.h"
-#include "shell/LongPaths.h"
-#include "shell/SafeOutput.h"
+#include "shell/NativePaths.h"
 #include "shell/Strings.h"
+#include "shell/TemporaryFiles.h"
 
-#include <algorithm>
-#include <cstdio>
 #include <cstring>
 
 #include <windows.h>
@@ -23,48 +22,21 @@ constexpr const char* LogsName = "Vorlogs";
 
 /// Whether `path` is a folder: 0, -43 when it does not exist, -120 when it is something else.
 OSErr CheckFolder(const char* path) {
-    const DWORD attributes = *path != '\0' ? GetFileAttributesA(path) : INVALID_FILE_ATTRIBUTES;
-    if (attributes == INVALID_FILE_ATTRIBUTES) {
+    if (!HasAttributes(path, 0)) {
         return ResultCode::FileNotFound;
     }
-    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? ResultCode::NoError
-                                                        : ResultCode::NotAFolder;
+    return IsFolderPath(path) ? ResultCode::NoError : ResultCode::NotAFolder;
 }
 
-/// Joins folder and name with one backslash; -37 when the path would not be one that Windows takes.
-OSErr JoinPath(const char* folder, const char* name, char (&path)[MAX_PATH]) {
-    const std::size_t length = std::strlen(folder);
-    const bool ends = length > 0 && folder[length - 1] == '\\';
-    const int written = std::snprintf(path, sizeof path, ends ? "%s%s" : "%s\\%s", folder, name);
-    return written > 0 && written < MAX_PATH ? ResultCode::NoError : ResultCode::BadName;
-}
-
-/// Joins and checks in one go.
-OSErr FindFolder(const char* folder, const char* name, char (&path)[MAX_PATH]) {
-    const OSErr error = JoinPath(folder, name, path);
-    return error == ResultCode::NoError ? CheckFolder(path) : error;
-}
-
-/// Stores a folder's path with its trailing backslash; -37 when that would need more than MAX_PATH
-/// bytes.
-OSErr GiveFolderPath(const char* path, char* out) {
-    if (std::strlen(path) + 2 > MAX_PATH) {
-        return ResultCode::BadName;
+/// Finds a folder by its name in another one; as CheckFolder for both, or -37 when the path would
+/// not be one that Windows takes.
+OSErr FindFolder(const char* in, const char* name, NativePath* path) {
+    if (const OSErr error = CheckFolder(in)) {
+        return error;
     }
-    _CopyCStr(path, out);
-    _CatCStr("\\", out);
-    return ResultCode::NoError;
-}
-
-bool IsEmpty(const FSSpec& spec) {
-    return spec.vRefNum == 0 && spec.parID == 0 && spec.name[0] == 0;
-}
-
-/// Specification of a name in the folder whose inside `folder` specifies.
-OSErr MakeInside(const FSSpec& folder, const char* name, FSSpec* spec) {
-    Str63 pascalName;
-    _CopyC2PStrN(name, pascalName, 63);
-    return FSMakeFSSpec(folder.vRefNum, folder.parID, pascalName, spec);
+    const bool joined =
+        path->SetTo(in) && path->AddBackslash() && path->Add(name) && path->length < MAX_PATH;
+    return joined ? CheckFolder(path->bytes) : OSErr{ResultCode::BadName};
 }
 
 /// Stores the specification of the logs folder in `folder`; 0 when it is one, -120 when the name
@@ -81,26 +53,22 @@ OSErr FindLogs(const FSSpec& folder, FSSpec* logs) {
     return isFolder != 0 ? ResultCode::NoError : ResultCode::NotAFolder;
 }
 
-/// Native path of a specification that need not exist, cut to `size` - 1 characters. -43 is none.
-OSErr GivePath(const FSSpec& spec, char* out, long size) {
+/// Native path of a specification that need not exist, cut to `size` - 1 characters, unless making
+/// it came to another error than that. -43 for an empty one.
+OSErr GivePath(OSErr error, const FSSpec& spec, char* out, long size) {
+    if (error != ResultCode::NoError && error != ResultCode::FileNotFound) {
+        return error;
+    }
     if (out == nullptr || size < 1) {
         return ResultCode::BadParameter;
     }
-    out[0] = '\0';
-    if (IsEmpty(spec)) { // it would stand for the current folder
+    *out = '\0';
+    if (IsEmptyFileSpec(spec)) { // it would stand for the current folder
         return ResultCode::FileNotFound;
     }
-    char path[LongestPath + 1] = {};
-    long length = LongestPath;
-    const OSErr error = FileSpecToNativePath(&spec, path, &length);
-    if (path[0] == '\0') {
-        length = 0; // the folder around it has gone meanwhile
-    }
-    if (error == ResultCode::NoError || error == ResultCode::FileNotFound) {
-        const long given = std::clamp(length, 0L, std::min(size - 1, LongestPath));
-        std::copy_n(path, given, out);
-        out[given] = '\0';
-    }
+    NativePath path;
+    error = ReadNativePath(&spec, &path);
+    _CopyCStrN(path.bytes, out, size - 1); // empty when the folder around it has gone meanwhile
     return error == ResultCode::FileNotFound ? ResultCode::NoError : error;
 }
 
@@ -113,42 +81,39 @@ OSErr FourDPlug::GetPluginParentFolderSpec(FSSpec* spec) {
 
 OSErr FourDPlug::GetTarnwellFolderPathWin(char* out) {
     out[0] = '\0';
-    OSErr error = CheckFolder(gHost.prefsFolderPath);
-    char path[MAX_PATH];
+    NativePath path;
+    const OSErr error = FindFolder(gHost.prefsFolderPath, MakersName, &path);
     if (error == ResultCode::NoError) {
-        error = FindFolder(gHost.prefsFolderPath, MakersName, path);
-    }
-    if (error == ResultCode::NoError) {
-        _CopyCStr(path, out);
+        _CopyCStr(path.bytes, out);
     }
     return error;
 }
 
 OSErr FourDPlug::GetTarnwellFolderSpec(FSSpec* out, unsigned char create) {
     ZeroFileSpec(out);
-    if (IsEmpty(gHost.prefsFolder)) {
+    if (IsEmptyFileSpec(gHost.prefsFolder)) {
         return ResultCode::FileNotFound;
     }
     FSSpec folder = gHost.prefsFolder;
-    OSErr error = GoInsideFolder(&folder);
-    if (error != ResultCode::NoError) {
+    if (const OSErr error = GoInsideFolder(&folder)) {
         return error;
     }
-    FSSpec makers;
-    error = MakeInside(folder, MakersName, &makers);
+    Str63 name;
+    _CopyC2PStr(MakersName, name);
+    OSErr error = FSMakeFSSpec(folder.vRefNum, folder.parID, name, out);
     if (error == ResultCode::FileNotFound && create != 0) {
-        char path[LongestPath + 1];
-        GivePath(makers, path, sizeof path);
-        if (path[0] == '\0') {
-            return ResultCode::FileNotFound;
+        NativePath path;
+        ReadNativePath(out, &path);
+        if (path.length > 0) {
+            error = CreateDirectoryA(path.bytes, nullptr) != 0 ? ResultCode::NoError
+                                                               : ResultCode::BadName;
         }
-        error = CreateDirectoryA(path, nullptr) != 0 ? ResultCode::NoError : ResultCode::BadName;
     }
     if (error == ResultCode::NoError) {
-        error = GoInsideFolder(&makers);
+        error = GoInsideFolder(out);
     }
-    if (error == ResultCode::NoError) {
-        *out = makers;
+    if (error != ResultCode::NoError) {
+        ZeroFileSpec(out);
     }
     return error;
 }
@@ -160,85 +125,75 @@ OSErr FourDPlug::GetLogsFolderPathWin(char* out) {
     if (FourD::Is4DClient() != 0) {
         return ResultCode::NoError;
     }
-    char path[MAX_PATH];
-    if (gHost.structureFolderPath[0] != '\0' &&
-        FindFolder(gHost.structureFolderPath, LogsName, path) == ResultCode::NoError) {
-        return GiveFolderPath(path, out);
+    NativePath path;
+    OSErr error = FindFolder(gHost.structureFolderPath, LogsName, &path);
+    if (error != ResultCode::NoError) {
+        char makers[MAX_PATH];
+        error = GetTarnwellFolderPathWin(makers);
+        if (error == ResultCode::NoError) {
+            error = FindFolder(makers, LogsName, &path);
+        }
     }
-    char makers[MAX_PATH];
-    OSErr error = GetTarnwellFolderPathWin(makers);
-    if (error == ResultCode::NoError) {
-        error = FindFolder(makers, LogsName, path);
+    if (error != ResultCode::NoError) {
+        return error;
     }
-    return error == ResultCode::NoError ? GiveFolderPath(path, out) : error;
+    if (!path.AddBackslash() || path.length >= MAX_PATH) {
+        return ResultCode::BadName;
+    }
+    _CopyCStr(path.bytes, out);
+    return ResultCode::NoError;
 }
 
 OSErr FourDPlug::GetLogsFolderSpec(FSSpec* out) {
-    ZeroFileSpec(out);
-    FSSpec logs;
     FSSpec folder;
-    if (GetPluginParentFolderSpec(&folder) == ResultCode::NoError &&
-        FindLogs(folder, &logs) == ResultCode::NoError) {
-        *out = logs;
-        return ResultCode::NoError;
-    }
-    if (FourD::Is4DClient() == 0 && !IsEmpty(gHost.structureFolder) &&
-        FindLogs(gHost.structureFolder, &logs) == ResultCode::NoError) {
-        *out = logs;
-        return ResultCode::NoError;
-    }
-    OSErr error = GetTarnwellFolderSpec(&folder, 0);
+    OSErr error = GetPluginParentFolderSpec(&folder);
     if (error == ResultCode::NoError) {
-        error = FindLogs(folder, &logs);
+        error = FindLogs(folder, out);
     }
-    if (error == ResultCode::NoError) {
-        *out = logs;
+    if (error != ResultCode::NoError && FourD::Is4DClient() == 0 &&
+        !IsEmptyFileSpec(gHost.structureFolder)) {
+        error = FindLogs(gHost.structureFolder, out);
+    }
+    if (error != ResultCode::NoError) {
+        error = GetTarnwellFolderSpec(&folder, 0);
+        if (error == ResultCode::NoError) {
+            error = FindLogs(folder, out);
+        }
+    }
+    if (error != ResultCode::NoError) {
+        ZeroFileSpec(out);
     }
     return error;
 }
 
 OSErr FourDPlug::GetLogsFolderPath(char* out, long size) {
     FSSpec logs;
-    const OSErr error = GetLogsFolderSpec(&logs);
-    return error == ResultCode::NoError ? GivePath(logs, out, size) : error;
+    return GivePath(GetLogsFolderSpec(&logs), logs, out, size);
 }
 
 OSErr FourDPlug::GetTempFolderSpec(FSSpec* out, unsigned char create) {
     ZeroFileSpec(out);
-    char systemFolder[263] = {};
-    if (GetTempPathA(sizeof systemFolder, systemFolder) == 0 || systemFolder[0] == '\0') {
-        return ResultCode::NoError;
-    }
-    char folder[LongestPath + 1];
-    const unsigned long length = GetLongPathNameCompat(systemFolder, folder, sizeof folder);
-    if (length == 0) {
-        return GetLastOSErr();
-    }
-    if (length >= sizeof folder) {
-        return ResultCode::BadName;
+    NativePath folder;
+    OSErr error = FindTempFolder(&folder);
+    if (error != ResultCode::NoError || folder.length == 0) {
+        return error;
     }
     // The window's handle gives each running host a folder of its own.
-    const bool ends = folder[length - 1] == '\\';
-    const int added =
-        std::snprintf(folder + length, sizeof folder - length, "%s%s_%08lX", ends ? "" : "\\",
-                      info->productName, FourD::MacPortToHWND(gHost.startupWindow));
-    if (added < 0 || static_cast<unsigned long>(added) >= sizeof folder - length) {
+    char window[9];
+    _LongToHex(FourD::MacPortToHWND(gHost.startupWindow), window);
+    if (!folder.Add(info->productName) || !folder.Add("_") || !folder.Add(window)) {
         return ResultCode::BadName;
     }
-    OSErr error = NativePathToFileSpec(folder, static_cast<long>(length) + added, out);
+    error = NativePathToFileSpec(folder.bytes, folder.length, out);
     if (error == ResultCode::FileNotFound && create != 0) {
-        error = CreateDirectoryA(folder, nullptr) != 0 ? ResultCode::NoError : GetLastOSErr();
+        error = CreateDirectoryA(folder.bytes, nullptr) != 0 ? ResultCode::NoError : GetLastOSErr();
     }
     return error;
 }
 
 OSErr FourDPlug::GetTempFolderPath(char* out, long size, unsigned char create) {
     FSSpec folder;
-    const OSErr error = GetTempFolderSpec(&folder, create);
-    if (error != ResultCode::NoError && error != ResultCode::FileNotFound) {
-        return error;
-    }
-    return GivePath(folder, out, size);
+    return GivePath(GetTempFolderSpec(&folder, create), folder, out, size);
 }
 
 OSErr FourDPlug::GetTempFileSpec(FSSpec* out, const char* base, const char* extension) {
@@ -248,7 +203,7 @@ OSErr FourDPlug::GetTempFileSpec(FSSpec* out, const char* base, const char* exte
     if (error != ResultCode::NoError) {
         return error;
     }
-    if (IsEmpty(folder)) { // -43 would say that a free name has been found
+    if (IsEmptyFileSpec(folder)) { // -43 would say that a free name has been found
         return ResultCode::NotAFolder;
     }
     return GetTempFileSpecInFolder(out, &folder, base, extension);
@@ -256,17 +211,13 @@ OSErr FourDPlug::GetTempFileSpec(FSSpec* out, const char* base, const char* exte
 
 OSErr FourDPlug::GetTempFilePath(char* out, long size, const char* base, const char* extension) {
     FSSpec file;
-    const OSErr error = GetTempFileSpec(&file, base, extension);
-    if (error != ResultCode::NoError && error != ResultCode::FileNotFound) {
-        return error;
-    }
-    return GivePath(file, out, size);
+    return GivePath(GetTempFileSpec(&file, base, extension), file, out, size);
 }
 
 /// Deletes the temporary folder with its contents; one that was never made is not looked for twice.
 void FourDPlug::DeleteTempFolder() {
     FSSpec folder;
-    if (GetTempFolderSpec(&folder, 0) == ResultCode::NoError && !IsEmpty(folder)) {
+    if (GetTempFolderSpec(&folder, 0) == ResultCode::NoError && !IsEmptyFileSpec(folder)) {
         DeleteDirSpec(&folder);
     }
 }

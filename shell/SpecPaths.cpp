@@ -1,21 +1,37 @@
-// File specifications from and to the toolbox's own full paths, and to paths in text blocks.
+// File specifications from and to native paths, the toolbox's own full paths, and paths in text
+// blocks.
+
+#include "shell/SpecPaths.h"
 
 #include "data/Handles.h"
 #include "data/TextBlock.h"
 #include "platform/ResultCodes.h"
-#include "platform/Toolbox.h"
 #include "shell/FileSpecs.h"
-#include "shell/LongPaths.h"
-#include "shell/PathBlock.h"
 #include "shell/Strings.h"
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 namespace {
 
-constexpr long ConversionRoom = 64; // bytes by which a converted text may be longer
-constexpr short LongestString = sizeof(Str255) - 1;
+template <typename Conversion>
+void Convert(std::string_view text, Conversion conversion, unsigned char* string) {
+    char converted[LongestString + ConversionRoom];
+    const long length = conversion(text.data(), converted, static_cast<long>(text.size()));
+    string[0] = static_cast<unsigned char>(std::clamp(length, 0L, LongestString));
+    std::copy_n(converted, string[0], string + 1);
+}
+
+/// Specification of a path in the ANSI code page; -50 when it has 256 characters and more.
+OSErr MakeSpecOfAnsi(std::string_view path, FSSpec* spec) {
+    if (path.size() > LongestString) {
+        return ResultCode::BadParameter;
+    }
+    Str255 string;
+    ToMacintosh(path, string);
+    return FSMakeFSSpec(0, 0, string, spec);
+}
 
 /// How many characters of a text are there: the length in one that came from outside may be more
 /// than its handle holds. 0 for null.
@@ -26,37 +42,152 @@ long LengthOf(const CTextBlock* text) {
 
 } // namespace
 
-OSErr CTextBlockToFileSpec(CTextBlock* text, FSSpec* spec) {
+void ToAnsi(std::string_view text, Str255 string) {
+    const auto toAnsi = [](const char* from, char* to, long length) {
+        return ASI_MacToAnsiBuf(from, to, length, 1);
+    };
+    Convert(text, toAnsi, string);
+}
+
+void ToMacintosh(std::string_view text, Str255 string) {
+    Convert(text, ASI_AnsiToMacBuf, string);
+}
+
+OSErr NativePathToFileSpec(const char* path, long length, FSSpec* spec) {
+    ZeroFileSpec(spec);
+    if (spec == nullptr || path == nullptr || length < 1) {
+        return ResultCode::BadParameter;
+    }
+    if (length == std::numeric_limits<long>::max()) {
+        return ResultCode::MemoryFull;
+    }
+    const PathBlock given(NewPtrClear(length + 1));
+    if (given == nullptr) {
+        return ResultCode::MemoryFull;
+    }
+    std::copy_n(path, length, given.get());
+    NativePath shortForm;
+    if (!GetShortForm(given.get(), &shortForm)) {
+        const OSErr error = GetLastOSErr();
+        return error == ResultCode::FileNotFound
+                   ? MakeSpecOfAnsi({given.get(), static_cast<std::size_t>(length)}, spec)
+                   : error;
+    }
+    if (shortForm.length == 2 && shortForm.bytes[1] == ':') {
+        shortForm.AddBackslash(); // a drive alone: its root
+    }
+    return MakeSpecOfAnsi(shortForm.bytes, spec);
+}
+
+OSErr ReadNativePath(const FSSpec* spec, NativePath* path) {
+    path->CutTo(0);
     if (spec == nullptr) {
         return ResultCode::BadParameter;
     }
+    const PathBlock given(NewPtrClear(LongestPath + 1));
+    if (given == nullptr) {
+        return ResultCode::MemoryFull;
+    }
+    Str255 name;
+    GetFileSpecName(spec, name);
+    ToAnsi(CharactersOf(name), name);
+    ASI_HFSpec(spec->parID, spec->vRefNum, name, given.get());
+    if (*given == '\0') {
+        return ResultCode::VolumeNotFound;
+    }
+    NativePath shortForm;
+    if (GetShortForm(given.get(), &shortForm)) {
+        if (!GetLongForm(given.get(), path)) {
+            return GetLastOSErr();
+        }
+        if (IsFolderPath(path->bytes)) {
+            path->AddBackslash();
+        }
+        return ResultCode::NoError;
+    }
+    if (const OSErr error = GetLastOSErr(); error != ResultCode::FileNotFound) {
+        return error;
+    }
+    constexpr unsigned char NoName[] = {0};
+    *given = '\0';
+    const OSErr error = ASI_HFSpec(spec->parID, spec->vRefNum, NoName, given.get());
+    if (!IsFolderPath(given.get())) {
+        return error; // deliberate, even when it is 0: callers find the path empty then
+    }
+    const bool isLong = GetLongForm(given.get(), path) && path->AddBackslash();
+    if (!isLong || !path->Add(CharactersOf(name))) {
+        path->CutTo(0);
+        return ResultCode::NotAFolder;
+    }
+    return error;
+}
+
+OSErr FileSpecToNativePath(const FSSpec* spec, char* out, long* length) {
+    NativePath path;
+    const OSErr error = ReadNativePath(spec, &path);
+    if (path.length == 0) {
+        return error;
+    }
+    long count = path.length;
+    if (length != nullptr) {
+        // Deliberate: a length below 1 is no limit; callers who know the length pass it so.
+        count = *length >= 1 ? std::min(*length, count) : count;
+        *length = path.length;
+    }
+    if (out != nullptr) {
+        std::copy_n(path.bytes, count, out); // deliberately no terminator: callers set their own
+    }
+    return error;
+}
+
+OSErr XFileSpecToNativePath(const FSSpec* spec, char* out, long* length) {
+    return FileSpecToNativePath(spec, out, length);
+}
+
+OSErr ReadFolderPath(const FSSpec* folder, NativePath* path) {
+    if (const OSErr error = ReadNativePath(folder, path)) {
+        return error;
+    }
+    if (!IsFolderPath(path->bytes)) { // an empty path is none either
+        return ResultCode::NotAFolder;
+    }
+    path->AddBackslash();
+    return ResultCode::NoError;
+}
+
+bool AddName(const unsigned char* name, NativePath* folder) {
+    Str255 ansiName;
+    ToAnsi(CharactersOf(name), ansiName);
+    return folder->Add(CharactersOf(ansiName));
+}
+
+OSErr CTextBlockToFileSpec(CTextBlock* text, FSSpec* spec) {
     ZeroFileSpec(spec);
     const long length = LengthOf(text);
-    if (length < 1) {
+    if (spec == nullptr || length < 1) {
         return ResultCode::BadParameter;
     }
-    const PathBlock path(length + ConversionRoom);
-    if (!path) {
+    const PathBlock path(NewPtrClear(length + ConversionRoom));
+    if (path == nullptr) {
         return ResultCode::MemoryFull;
     }
     const SHandleLocker locker(text->GetHandle());
-    const long pathLength = ASI_MacToAnsiBuf(*text->GetHandle(), path.Bytes(), length, 1);
-    return NativePathToFileSpec(path.Bytes(), pathLength, spec);
+    const long pathLength = ASI_MacToAnsiBuf(*text->GetHandle(), path.get(), length, 1);
+    return NativePathToFileSpec(path.get(), pathLength, spec);
 }
 
 OSErr FileSpecToCTextBlock(const FSSpec* spec, CTextBlock* text) {
     if (text == nullptr) {
         return ResultCode::BadParameter;
     }
-    PathBlock path;
-    long length = 0;
-    if (const OSErr error = ReadNativePath(spec, 0, &path, &length)) {
+    NativePath path;
+    if (const OSErr error = ReadNativePath(spec, &path)) {
         return error;
     }
-    const auto error = static_cast<OSErr>(text->SetLength(static_cast<short>(length)));
-    if (error == ResultCode::NoError && length > 0) {
+    const auto error = static_cast<OSErr>(text->SetLength(static_cast<short>(path.length)));
+    if (error == ResultCode::NoError && path.length > 0) {
         const SHandleLocker locker(text->GetHandle());
-        ASI_AnsiToMacBuf(path.Bytes(), *text->GetHandle(), length);
+        ASI_AnsiToMacBuf(path.bytes, *text->GetHandle(), path.length);
     }
     return error;
 }
@@ -86,11 +217,10 @@ OSErr ASI_FSMakeFSSpec(short volume, long directory, const unsigned char* name, 
 }
 
 OSErr ASI_FSSpecToPath(const FSSpec* spec, char* path) {
-    if (path == nullptr) {
-        return ResultCode::BadParameter;
+    if (path != nullptr) {
+        *path = '\0';
     }
-    path[0] = '\0';
-    if (spec == nullptr) {
+    if (path == nullptr || spec == nullptr) {
         return ResultCode::BadParameter;
     }
     Str63 name;
@@ -98,25 +228,22 @@ OSErr ASI_FSSpecToPath(const FSSpec* spec, char* path) {
     if (const OSErr error = ASI_HFSpec(spec->parID, spec->vRefNum, name, path)) {
         return error;
     }
-    const auto length = static_cast<long>(std::strlen(path));
+    const std::string_view text = path;
     unsigned char isFolder = 0;
     IsFolder(spec, &isFolder);
-    if (isFolder != 0 && length > 0 && length < LongestPath) { // as far as the buffer reaches
-        AddBackslash(path, length);
+    if (isFolder != 0 && !text.empty() && text.back() != '\\' && text.size() < LongestPath) {
+        _CatCStr("\\", path); // as far as the buffer reaches
     }
     return ResultCode::NoError;
 }
 
 OSErr P_FSpLocationFromFullPath(short length, const void* path, FSSpec* spec) {
-    if (spec == nullptr) {
+    ZeroFileSpec(spec);
+    if (spec == nullptr || path == nullptr || length < 0) {
         return ResultCode::BadParameter;
     }
-    ZeroFileSpec(spec);
     if (length > LongestString) {
         return ResultCode::VolumeNotFound;
-    }
-    if (path == nullptr || length < 0) {
-        return ResultCode::BadParameter;
     }
     Str255 string;
     string[0] = static_cast<unsigned char>(length);
@@ -125,21 +252,18 @@ OSErr P_FSpLocationFromFullPath(short length, const void* path, FSSpec* spec) {
 }
 
 OSErr P_FSpGetFullPath(const FSSpec* spec, short* length, Handle* path) {
-    if (length == nullptr) {
-        return ResultCode::BadParameter;
+    if (length != nullptr) {
+        *length = 0;
     }
-    *length = 0;
-    if (path == nullptr) {
+    if (length == nullptr || path == nullptr) {
         return ResultCode::BadParameter;
     }
     char bytes[LongestPath + 1];
-    OSErr error = ASI_FSSpecToPath(spec, bytes);
-    if (error != ResultCode::NoError) {
+    if (const OSErr error = ASI_FSSpecToPath(spec, bytes)) {
         return error;
     }
     const std::size_t pathLength = std::strlen(bytes);
-    error = ResizeOrNewHandle(path, static_cast<unsigned long>(pathLength));
-    if (error != ResultCode::NoError) {
+    if (const OSErr error = ResizeOrNewHandle(path, static_cast<unsigned long>(pathLength))) {
         return error;
     }
     std::copy_n(bytes, pathLength, **path);
@@ -165,17 +289,13 @@ OSErr FSSpecToCTextBlock(const FSSpec* spec, CTextBlock* text) {
         return ResultCode::BadParameter;
     }
     text->SetLength(0);
-    short length = 0;
-    Handle path = nullptr;
-    OSErr error = P_FSpGetFullPath(spec, &length, &path);
+    char path[LongestPath + 1];
+    OSErr error = ASI_FSSpecToPath(spec, path);
     if (error == ResultCode::NoError) {
         error = static_cast<OSErr>(text->SetTo(path));
     }
     if (error != ResultCode::NoError) {
         text->SetLength(0);
-    }
-    if (path != nullptr) {
-        DisposeHandle(path);
     }
     return error;
 }

@@ -5,7 +5,8 @@
 #include "data/TextBlock.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "shell/SafeOutput.h"
+#include "shell/CopyAndDelete.h"
+#include "shell/TemporaryFiles.h"
 #include "testhost/engine/ScratchFolder.h"
 #include "tests/Fixture.h"
 
@@ -266,6 +267,44 @@ TEST_F(FileSpecsTest, FreeNamesAreCountedInHexadecimal) {
         EXPECT_EQ(PathOf(spec), path);
     }
     SetEnvironmentVariableA("TMP", former);
+}
+
+TEST_F(FileSpecsTest, FreeNamesAreThoseThatHaveNoSpecificationYet) {
+    // One candidate after the other, each by its specification.
+    const auto firstFree = [](const FSSpec& folder, const string& base, const string& extension,
+                              FSSpec* found) {
+        for (int i = 0;; ++i) {
+            char number[8] = "";
+            std::snprintf(number, sizeof number, i > 0 ? ".%X" : "", static_cast<unsigned>(i));
+            const string name = base + number + (extension.empty() ? "" : "." + extension);
+            const OSErr error = MakeFSSpecInFolder(&folder, PascalString(name), found);
+            if (error != NoError) {
+                return error;
+            }
+        }
+    };
+    const string longName(62, 'n');
+    for (const string& name : {string("a"), string("a.1.txt"), string("a.3.txt"), longName}) {
+        File(name, "");
+        File("A long folder\\" + name, "");
+    }
+    FSSpec entered = Spec("A long folder");
+    EXPECT_EQ(GoInsideFolder(&entered), NoError);
+    for (const string base : {"a", "a.", "CON", "\x8E", "a?", "..\\plain", "", longName.c_str()}) {
+        for (const string extension : {"", "txt"}) {
+            for (const FSSpec& folder : {Spec(""), entered}) {
+                FSSpec expected{};
+                FSSpec found{};
+                const OSErr error = firstFree(folder, base, extension, &expected);
+                EXPECT_EQ(GetTempFileSpecInFolder(&found, &folder, base.c_str(), extension.c_str()),
+                          error)
+                    << base << " " << extension;
+                EXPECT_EQ(PathOf(found), PathOf(error == FileNotFound ? expected : FSSpec{}));
+            }
+        }
+    }
+    FSSpec file = Spec("plain.txt");
+    EXPECT_EQ(GetTempFileSpecInFolder(&file, &file, "a", ""), NotAFolder);
 }
 
 TEST_F(FileSpecsTest, CopiesAndDeletesStayWhereTheyBelong) {

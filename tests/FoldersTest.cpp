@@ -4,7 +4,7 @@
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "shell/FileSpecs.h"
-#include "shell/SafeOutput.h"
+#include "shell/TemporaryFiles.h"
 #include "tests/Fixture.h"
 
 #include <filesystem>

@@ -4,9 +4,9 @@
 #include "platform/Toolbox.h"
 #include "shell/DebugTrace.h"
 #include "shell/FileSpecs.h"
-#include "shell/LongPaths.h"
-#include "shell/SafeOutput.h"
+#include "shell/NativePaths.h"
 #include "shell/Strings.h"
+#include "shell/TemporaryFiles.h"
 
 namespace {
 

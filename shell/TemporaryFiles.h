@@ -2,8 +2,8 @@
 
 #include "platform/Types.h"
 
-// Temporary files, copies, and files that are replaced only when the new one is whole. Result
-// codes are those of shell/FileSpecs.h.
+// Temporary files, and files that are replaced only when the new one is whole. Result codes are
+// those of shell/FileSpecs.h.
 
 // --- Temporary files ------------------------------------------------------------------------
 
@@ -18,14 +18,6 @@ OSErr GetTempFileSpecInFolder(FSSpec* out, const FSSpec* folder, const char* bas
                               const char* extension);
 /// The same in the system's temporary folder.
 OSErr GetTempFileSpec(FSSpec* out, const char* base, const char* extension);
-
-// --- Copy and delete ------------------------------------------------------------------------
-
-/// Copies a file. An existing one is replaced when `overwrite` is set, else -48.
-OSErr CopyFileSpec(const FSSpec* from, const FSSpec* to, bool overwrite);
-/// Deletes a folder with its contents, as EmptyDirectory does; of a link to a folder the link only.
-/// -50 for an empty specification, -54 for a drive's root, with nothing deleted.
-OSErr DeleteDirSpec(const FSSpec* folder);
 
 // --- Safe output ----------------------------------------------------------------------------
 // Write to `temporary`, then clean up with the code of the writing: after a failure the old target
