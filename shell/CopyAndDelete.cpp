@@ -11,6 +11,13 @@ namespace {
 
 constexpr long DriveRootLength = 3; // "C:\"
 
+/// Opens a file or folder, and no more than the link where it is one.
+HANDLE OpenLink(const char* path, DWORD access, DWORD flags) {
+    return CreateFileA(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                       nullptr, OPEN_EXISTING,
+                       FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS | flags, nullptr);
+}
+
 /// The name by which an entry can be reached. One that the ANSI code page lacks comes with question
 /// marks, or with a backslash or dots that would lead elsewhere: then the short one; null without.
 const char* NameOf(const WIN32_FIND_DATAA& entry) {
@@ -64,31 +71,35 @@ bool IsFolderLink(const char* path) {
     if (path == nullptr || !HasAttributes(path, LinkBits)) {
         return false;
     }
-    return true;
+    WIN32_FIND_DATAA entry{};
+    const HANDLE search = FindFirstFileA(path, &entry);
+    if (search != INVALID_HANDLE_VALUE) {
+        FindClose(search);
+    }
+    // The mark of what stands for another name. Where the system tells of none (Wine), and when it
+    // cannot be had, the folder is taken for a link, which keeps what is in it.
+    const DWORD tag = entry.dwReserved0;
+    return tag == 0 || IsReparseTagNameSurrogate(tag);
 }
 
 bool DeleteFolderLink(const char* path) {
-    const HANDLE link = CreateFileA(
-        path, DELETE | FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-        nullptr, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    const HANDLE link = OpenLink(path, FILE_READ_ATTRIBUTES, 0);
     if (link == INVALID_HANDLE_VALUE) {
         return false;
     }
-    // Some systems follow it nevertheless: then what was opened is no link.
     BY_HANDLE_FILE_INFORMATION opened;
-    bool deleted = GetFileInformationByHandle(link, &opened) != 0 &&
-                   (opened.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-    if (deleted) {
-        FILE_DISPOSITION_INFO disposition{TRUE};
-        deleted = SetFileInformationByHandle(link, FileDispositionInfo, &disposition,
-                                             sizeof disposition) != 0;
+    HANDLE deleted = INVALID_HANDLE_VALUE;
+    if (GetFileInformationByHandle(link, &opened) != 0 &&
+        (opened.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+        deleted = OpenLink(path, DELETE, FILE_FLAG_DELETE_ON_CLOSE);
     } else {
-        SetLastError(ERROR_ACCESS_DENIED);
+        SetLastError(ERROR_ACCESS_DENIED); // some systems follow it: what was opened is no link
     }
-    const DWORD error = GetLastError();
+    if (deleted != INVALID_HANDLE_VALUE) {
+        CloseHandle(deleted);
+    }
     CloseHandle(link);
-    SetLastError(error);
-    return deleted;
+    return deleted != INVALID_HANDLE_VALUE;
 }
 
 bool EmptyDirectory(const char* path) {
@@ -122,6 +133,9 @@ OSErr DeleteDirSpec(const FSSpec* folder) {
     NativePath path;
     if (const OSErr error = ReadNativePath(folder, &path)) {
         return error;
+    }
+    if (path.length == 0) {
+        return ResultCode::FileNotFound; // what it was in has gone, too
     }
     if (path.length <= DriveRootLength) {
         return ResultCode::NoPermission; // a drive's root cannot be deleted, so it is not emptied

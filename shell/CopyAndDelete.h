@@ -6,7 +6,7 @@
 // those of shell/FileSpecs.h.
 
 /// Whether this is the path of a link (symbolic or junction) to a folder, without a backslash at
-/// the end.
+/// the end. Folders that carry a mark of another kind, as synchronised ones do, are none.
 bool IsFolderLink(const char* path);
 /// Deletes such a link and never what it leads to. False, with the system's last error, when it is
 /// still there; that is so where the system can only follow it (Wine).
@@ -20,5 +20,6 @@ bool EmptyDirectory(const char* path);
 /// Copies a file. An existing one is replaced when `overwrite` is set, else -48.
 OSErr CopyFileSpec(const FSSpec* from, const FSSpec* to, bool overwrite);
 /// Deletes a folder with its contents, as EmptyDirectory does; of a link to a folder the link only.
-/// -50 for an empty specification, -54 for a drive's root, with nothing deleted.
+/// -43 when it is not there, nor perhaps what it was in; -50 for an empty specification, -54 for a
+/// drive's root, with nothing deleted.
 OSErr DeleteDirSpec(const FSSpec* folder);

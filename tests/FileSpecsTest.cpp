@@ -327,6 +327,11 @@ TEST_F(FileSpecsTest, CopiesAndDeletesStayWhereTheyBelong) {
     EXPECT_EQ(DeleteDirSpec(&folder), NoError);
     EXPECT_EQ(DeleteDirSpec(&folder), FileNotFound);
     EXPECT_NE(DeleteDirSpec(&to), NoError);
+    scratch.Inside("outer");
+    scratch.Inside("outer\\inner");
+    const FSSpec inner = Spec("outer\\inner");
+    EXPECT_EQ(std::filesystem::remove_all(root + "outer"), 2u);
+    EXPECT_EQ(DeleteDirSpec(&inner), FileNotFound);
     // An empty specification stands for the current folder elsewhere.
     const std::filesystem::path former = std::filesystem::current_path();
     std::filesystem::current_path(root);
@@ -366,6 +371,8 @@ void RunUnix(const string& command, const string& folder, const string& link, bo
     }
 }
 
+// Not to be seen under Wine: that a link goes when it is deleted, and that a folder with a mark of
+// another kind, as synchronised folders have, is emptied; there no folder but a link has one.
 TEST_F(FileSpecsTest, LinksAreNotFollowed) {
     scratch.Inside("Folder");
     for (const string name : {"A long folder", "caf\xE9"}) { // one with a file in it, one without
