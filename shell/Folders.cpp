@@ -178,9 +178,13 @@ OSErr FourDPlug::GetTempFolderSpec(FSSpec* out, unsigned char create) {
     if (error != ResultCode::NoError || folder.length == 0) {
         return error;
     }
-    // The window's handle gives each running host a folder of its own.
+    // The window's handle gives each running host a folder of its own. It is asked for once: when
+    // the folder is to be deleted, the window may have gone.
+    if (!tempFolderWindow) {
+        tempFolderWindow = FourD::MacPortToHWND(gHost.startupWindow);
+    }
     char window[9];
-    _LongToHex(FourD::MacPortToHWND(gHost.startupWindow), window);
+    _LongToHex(*tempFolderWindow, window);
     if (!folder.Add(info->productName) || !folder.Add("_") || !folder.Add(window)) {
         return ResultCode::BadName;
     }
@@ -220,6 +224,7 @@ void FourDPlug::DeleteTempFolder() {
     if (GetTempFolderSpec(&folder, 0) == ResultCode::NoError && !IsEmptyFileSpec(folder)) {
         DeleteDirSpec(&folder);
     }
+    tempFolderWindow.reset();
 }
 
 void FourDPlug::InitDebugLog(long) {}

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 /// A command's body: the host's parameter array and result cell.
 using CommandHandler = void (*)(CXParam* params, CXResult* result);
@@ -117,8 +118,8 @@ class FourDPlug {
     static OSErr GetLogsFolderSpec(FSSpec* out);
     /// Native path of that.
     static OSErr GetLogsFolderPath(char* out, long size);
-    /// The plug-in's temporary folder, one for each running host. It is deleted by Deinit. An empty
-    /// specification, and 0, when the system has no temporary folder.
+    /// The plug-in's temporary folder, one for each running host. It keeps its name until Deinit,
+    /// which deletes it. An empty specification, and 0, when the system has no temporary folder.
     OSErr GetTempFolderSpec(FSSpec* out, unsigned char create);
     /// Its native path, whether it exists or not.
     OSErr GetTempFolderPath(char* out, long size, unsigned char create);
@@ -187,6 +188,8 @@ class FourDPlug {
     char* HandleReadOnServer(ReadWriteBlock* block);
     void HandleWriteOnServer(ReadWriteBlock* block, char* data);
     void HandleCleanupOnServer(ReadWriteBlock* block, char* data);
+
+    std::optional<unsigned long> tempFolderWindow; ///< in the folder's name, from its first use on
 };
 
 /// The library's one plug-in object. Defined by the plug-in, statically initialised. While it is

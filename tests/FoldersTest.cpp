@@ -245,10 +245,19 @@ TEST_P(FoldersTest, TheTemporaryFolderIsTheSessionsOwnAndGoesWithIt) {
     EXPECT_EQ(plug.GetTempFilePath(path, sizeof path, "draft", "txt"), 0);
     EXPECT_EQ(fs::path(path).filename(), "draft.1.txt");
     fs::create_directories(fs::path(folder) / "deeper" / "still");
+    // The window may go before the folder, whose name stays.
+    host.windows.Remove(gHost.startupWindow);
+    EXPECT_EQ(plug.GetTempFolderPath(path, sizeof path, 1), 0);
+    EXPECT_EQ(Plain(path), Plain(folder));
     session.Stop();
     EXPECT_FALSE(fs::exists(folder));
     EXPECT_TRUE(fs::exists(others));
     fs::remove(others);
+
+    host.windows.AddInFront(1, WindowKind::Regular);
+    Start();
+    EXPECT_EQ(plug.GetTempFolderPath(path, sizeof path, 0), 0);
+    EXPECT_NE(Plain(path), Plain(folder));
 }
 
 } // namespace
