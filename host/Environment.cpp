@@ -57,15 +57,6 @@ long SwitchEnvironment(Selector selector, unsigned char mode) {
     return answer;
 }
 
-/// Specification by a volume, a folder and a name or path; an empty one on any error.
-OSErr MakeSpec(short volume, long folder, const unsigned char* name, FSSpec* spec) {
-    const OSErr error = FSMakeFSSpec(volume, folder, name, spec);
-    if (error != ResultCode::NoError) {
-        ZeroFileSpec(spec);
-    }
-    return error;
-}
-
 /// Specification of the inside of the folder that holds a file.
 OSErr FolderOf(OSErr (*fileOf)(FSSpec* spec), FSSpec* spec) {
     const OSErr error = fileOf(spec);
@@ -76,23 +67,18 @@ OSErr FolderOf(OSErr (*fileOf)(FSSpec* spec), FSSpec* spec) {
     return FSMakeFSSpec(spec->vRefNum, spec->parID, &noName, spec);
 }
 
-/// Keeps the structure's paths and what they specify.
-void KeepStructure() {
-    _GetStructurePaths(gHost.structureFolderPath, gHost.structureFilePath);
-    const auto locate = [](const char* path, FSSpec* spec) -> OSErr {
-        if (*path == '\0') {
-            return ResultCode::FileNotFound; // it would stand for the current folder
-        }
-        const OSErr error =
-            P_FSpLocationFromFullPath(static_cast<short>(std::strlen(path)), path, spec);
-        if (error != ResultCode::NoError) {
-            ZeroFileSpec(spec);
-        }
-        return error;
-    };
-    if (locate(gHost.structureFolderPath, &gHost.structureFolder) == ResultCode::NoError) {
-        locate(gHost.structureFilePath, &gHost.structureFile);
+/// Keeps what a path specifies. False, with an empty specification, when that is nothing, when the
+/// path has more than 255 characters, and for an empty one, which would stand for the current
+/// folder.
+bool Locate(const char* path, decltype(&MakeSpecOfPath) make, FSSpec* spec) {
+    Str255 string;
+    _CopyC2PStr(path, string);
+    const bool found = string[0] != 0 && path[string[0]] == '\0' &&
+                       make(0, 0, string, spec) == ResultCode::NoError;
+    if (!found) {
+        ZeroFileSpec(spec);
     }
+    return found;
 }
 
 } // namespace
@@ -111,14 +97,13 @@ void FourD::Init(PackInitBlock* init) {
     gHost.pluginResFile = CurResFile();
     gHost.programInfo = _GetProgramInfo();
     if (Is4DClient() == 0) {
-        KeepStructure();
+        _GetStructurePaths(gHost.structureFolderPath, gHost.structureFilePath);
+        if (Locate(gHost.structureFolderPath, ASI_FSMakeFSSpec, &gHost.structureFolder)) {
+            Locate(gHost.structureFilePath, ASI_FSMakeFSSpec, &gHost.structureFile);
+        }
     }
     _GetPrefsFolderPath(gHost.prefsFolderPath);
-    Str255 prefsPath;
-    _CopyC2PStr(gHost.prefsFolderPath, prefsPath);
-    if (prefsPath[0] != 0) {
-        MakeSpec(0, 0, prefsPath, &gHost.prefsFolder);
-    }
+    Locate(gHost.prefsFolderPath, MakeSpecOfPath, &gHost.prefsFolder);
     gHost.macGlobals = _GetMacGlobals();
     gHost.startupProcess = CurrentProcess();
     gHost.startupWindow = GetFrontmostNonFloatingWindowOfProcess(1);

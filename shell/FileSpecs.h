@@ -67,9 +67,14 @@ OSErr GetParentFolderSpec(const FSSpec* spec, FSSpec* parent);
 OSErr MakeFSSpecInFolder(const FSSpec* folder, const unsigned char* name, FSSpec* out);
 
 // --- Toolbox paths --------------------------------------------------------------------------
-// The toolbox's own full paths, in neither short nor long form in particular.
+// The toolbox's own full paths, in neither short nor long form in particular. It takes them in the
+// host's character set, and gives them with the folders in the ANSI code page and the name as it
+// stood. So a path with characters beyond ASCII by which nothing is found is tried in the other set
+// as well, and with only its folders in that.
 
-/// Specification by volume, directory and name, made once more from its own full path, which
+/// FSMakeFSSpec of a path (Pascal string) in either character set.
+OSErr MakeSpecOfPath(short volume, long directory, const unsigned char* path, FSSpec* spec);
+/// The same by volume, directory and name or path, made once more from its own full path, which
 /// stops at 255 characters.
 OSErr ASI_FSMakeFSSpec(short volume, long directory, const unsigned char* name, FSSpec* spec);
 /// Path with a terminator; `path` holds LongestPath + 1 bytes.

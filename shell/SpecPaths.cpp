@@ -11,10 +11,12 @@
 
 #include <algorithm>
 #include <cstring>
+#include <initializer_list>
 #include <limits>
 
 namespace {
 
+/// Stores a converted text, cut to what a Pascal string holds.
 template <typename Conversion>
 void Convert(std::string_view text, Conversion conversion, unsigned char* string) {
     char converted[LongestString + ConversionRoom];
@@ -31,6 +33,49 @@ OSErr MakeSpecOfAnsi(std::string_view path, FSSpec* spec) {
     Str255 string;
     ToMacintosh(path, string);
     return FSMakeFSSpec(0, 0, string, spec);
+}
+
+/// How many characters stand in front of the last name of a path; a backslash at the end of it does
+/// not count as one.
+std::size_t FolderLength(std::string_view path) {
+    return path.empty() ? 0 : path.substr(0, path.size() - 1).find_last_of('\\') + 1;
+}
+
+/// FSMakeFSSpec of a path as it stands. When nothing is found so, and the path has characters
+/// beyond ASCII, again with its first characters, as many as each of `ansiLengths`, converted from
+/// the ANSI code page. The best result counts, among like ones the first: there, then missing in a
+/// folder that is there.
+OSErr MakeSpec(short volume, long directory, const unsigned char* path,
+               std::initializer_list<std::size_t> ansiLengths, FSSpec* spec) {
+    if (spec == nullptr) {
+        return ResultCode::BadParameter;
+    }
+    FSSpec found{};
+    OSErr error = FSMakeFSSpec(volume, directory, path, &found);
+    const std::string_view text = path != nullptr ? CharactersOf(path) : std::string_view();
+    const bool isAscii = std::all_of(text.begin(), text.end(), [](char character) {
+        return static_cast<unsigned char>(character) < 0x80;
+    });
+    for (const std::size_t ansiLength : ansiLengths) {
+        if (error == ResultCode::NoError || isAscii) {
+            break;
+        }
+        Str255 converted;
+        ToMacintosh(text.substr(0, ansiLength), converted);
+        const std::size_t added =
+            std::min(text.size() - ansiLength, sizeof(Str255) - 1 - converted[0]);
+        std::copy_n(text.begin() + ansiLength, added, converted + 1 + converted[0]);
+        converted[0] = static_cast<unsigned char>(converted[0] + added);
+        FSSpec again{};
+        const OSErr result = FSMakeFSSpec(volume, directory, converted, &again);
+        if (result == ResultCode::NoError ||
+            (result == ResultCode::FileNotFound && error != ResultCode::FileNotFound)) {
+            error = result;
+            found = again;
+        }
+    }
+    *spec = found; // only now: the path may be the name in it
+    return error;
 }
 
 /// How many characters of a text are there: the length in one that came from outside may be more
@@ -196,24 +241,25 @@ OSErr XFileSpecToCTextBlock(const FSSpec* spec, CTextBlock* text) {
     return FileSpecToCTextBlock(spec, text);
 }
 
+OSErr MakeSpecOfPath(short volume, long directory, const unsigned char* path, FSSpec* spec) {
+    const std::string_view text = path != nullptr ? CharactersOf(path) : std::string_view();
+    return MakeSpec(volume, directory, path, {text.size(), FolderLength(text)}, spec);
+}
+
 OSErr ASI_FSMakeFSSpec(short volume, long directory, const unsigned char* name, FSSpec* spec) {
-    if (spec == nullptr) {
-        return ResultCode::BadParameter;
-    }
-    FSSpec given{};
-    const OSErr error = FSMakeFSSpec(volume, directory, name, &given);
-    *spec = given; // only now: the name may be the one in it
-    if (error != ResultCode::NoError) {
+    if (const OSErr error = MakeSpecOfPath(volume, directory, name, spec)) {
         return error;
     }
+    const FSSpec given = *spec;
     ZeroFileSpec(spec);
     char path[LongestPath + 1] = {};
-    if (const OSErr pathError = ASI_HFSpec(given.parID, given.vRefNum, given.name, path)) {
-        return pathError;
+    if (const OSErr error = ASI_HFSpec(given.parID, given.vRefNum, given.name, path)) {
+        return error;
     }
     Str255 string;
     _CopyC2PStr(path, string); // deliberately cut to 255 characters: the toolbox takes no more
-    return FSMakeFSSpec(0, 0, string, spec);
+    // The toolbox gives the folders in the ANSI code page, and the name as it stood.
+    return MakeSpec(0, 0, string, {FolderLength(CharactersOf(string))}, spec);
 }
 
 OSErr ASI_FSSpecToPath(const FSSpec* spec, char* path) {

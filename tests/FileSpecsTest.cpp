@@ -59,8 +59,9 @@ class FileSpecsTest : public HostTest {
         ToolboxSetStrict(1);
         scratch.Inside("A long folder");
         scratch.Inside("caf\xE9");
-        for (const char* const name :
-             {"plain.txt", "A long folder\\A long file.text", "\xE9.txt"}) {
+        scratch.Inside("\xC9t\xE9");
+        for (const char* const name : {"plain.txt", "A long folder\\A long file.text", "\xE9.txt",
+                                       "\xC9t\xE9\\plain.txt", "\xC9t\xE9\\\xE9.txt"}) {
             File(name, "old");
         }
     }
@@ -126,7 +127,8 @@ TEST_F(FileSpecsTest, PathsSurviveTheRoundTrip) {
         EXPECT_EQ(std::memcmp(&spec, &again, 7u + spec.name[0]), 0) << name;
     }
     // Also when the toolbox's own names and paths are used.
-    for (const string name : {"plain.txt", "A long folder", "caf\x8E", "\x8E.txt"}) {
+    for (const string name : {"plain.txt", "A long folder", "caf\x8E", "\x8E.txt", "\x83t\x8E",
+                              "\x83t\x8E\\plain.txt", "\x83t\x8E\\\x8E.txt"}) {
         const FSSpec spec = NamedSpec(name);
         EXPECT_EQ(FSSpecToCTextBlock(&spec, &text), NoError);
         EXPECT_EQ(CTextBlockToFSSpec(&text, &again), NoError);
@@ -137,6 +139,34 @@ TEST_F(FileSpecsTest, PathsSurviveTheRoundTrip) {
     FSSpec drive{};
     EXPECT_EQ(NativePathToFileSpec("C:", 2, &drive), NoError);
     EXPECT_EQ(PathOf(drive), "C:\\");
+}
+
+TEST_F(FileSpecsTest, FullPathsAreTakenInEitherCharacterSet) {
+    const auto macintosh = [](string text) {
+        ASI_AnsiToMacBuf(text.data(), text.data(), static_cast<long>(text.size()));
+        return text;
+    };
+    const string folder = root + "\xC9t\xE9\\";
+    for (const string name : {"plain.txt", "\xE9.txt", "missing.txt", "\xE0.txt", ""}) {
+        // The last one is what the toolbox makes of a specification.
+        for (const string& path : {folder + name, macintosh(folder + name),
+                                   folder + (Exists(folder + name) ? macintosh(name) : name)}) {
+            FSSpec spec{};
+            EXPECT_EQ(ASI_FSMakeFSSpec(0, 0, PascalString(path), &spec),
+                      Exists(folder + name) ? NoError : FileNotFound);
+            EXPECT_EQ(PathOf(spec), folder + name);
+        }
+    }
+    // The letter \x8E of the toolbox is another one in the ANSI code page, where it has a file,
+    // too.
+    File("\xC9t\xE9\\\x8E.txt", "");
+    FSSpec spec{};
+    EXPECT_EQ(ASI_FSMakeFSSpec(0, 0, PascalString(macintosh(folder + "\xE9.txt")), &spec), NoError);
+    EXPECT_EQ(PathOf(spec), folder + "\xE9.txt");
+    // Where the sets agree, nothing is asked twice.
+    ToolboxFailFile(2);
+    EXPECT_EQ(ASI_FSMakeFSSpec(0, 0, PascalString("C:\\missing"), &spec), FileNotFound);
+    EXPECT_EQ(ToolboxFailFile(0), 1);
 }
 
 TEST_F(FileSpecsTest, ErrorsOfTheSystemHaveCodesOfTheToolbox) {

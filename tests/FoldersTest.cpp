@@ -5,6 +5,7 @@
 #include "platform/Toolbox.h"
 #include "shell/FileSpecs.h"
 #include "shell/TemporaryFiles.h"
+#include "testhost/engine/ScratchFolder.h"
 #include "tests/Fixture.h"
 
 #include <filesystem>
@@ -160,6 +161,40 @@ TEST(LongFoldersTest, APathThatDoesNotFitIsEmpty) {
         session.Stop();
         session.ReportLeaks();
         EXPECT_EQ(host.problems, std::vector<std::string>{});
+    }
+}
+
+TEST(AccentedFoldersTest, AreKeptAndUsedLikeOthers) {
+    TestPlug plug;
+    for (const bool isClassic : {true, false}) {
+        for (const std::string name : {"Base.4DB", "\xC9t\xE9.4DB"}) {
+            ScratchFolder scratch;
+            const std::string structure = scratch.Inside("\xC9t\xE9");
+            const std::string prefs = scratch.Inside("\xC9t\xE9\\Pr\xE9");
+            std::ofstream(structure + name) << "";
+            fs::create_directory(structure + "Vorlogs");
+            Host host({.version = static_cast<unsigned short>(isClassic ? 0x0680 : 0x1130),
+                       .structureName = name,
+                       .structureFolder = structure,
+                       .prefsFolder = prefs});
+            Session session(host, EntryPoints{FourDPack, FourDPackex});
+            session.Start();
+            const Host::Scope inside(host);
+            FSSpec spec;
+            EXPECT_EQ(FourD::GetStructFile(&spec), 0);
+            EXPECT_EQ(PathOf(spec), structure + name);
+            EXPECT_EQ(FourD::GetStructFolder(&spec), 0);
+            EXPECT_EQ(PathOf(spec), structure);
+            EXPECT_EQ(PathOf(gHost.structureFolder), structure);
+            EXPECT_EQ(PathOf(gHost.prefsFolder), prefs);
+            EXPECT_EQ(FourDPlug::GetTarnwellFolderSpec(&spec, 1), 0);
+            EXPECT_EQ(PathOf(spec), prefs + "Tarnwell\\");
+            EXPECT_EQ(FourDPlug::GetLogsFolderSpec(&spec), 0);
+            EXPECT_EQ(PathOf(spec), structure + "Vorlogs\\");
+            session.Stop();
+            session.ReportLeaks();
+            EXPECT_EQ(host.problems, std::vector<std::string>{});
+        }
     }
 }
 
