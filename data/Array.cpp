@@ -46,6 +46,9 @@ void* CArray::ComputeAddress(long index) const {
 }
 
 void CArray::AtPut(long index, const unsigned char* string) {
+    if (string == nullptr) {
+        return;
+    }
     if (IsArrayUnicode()) {
         unsigned short text[256];
         FourD::CopyPStrToUniChars(string, text);
@@ -56,7 +59,7 @@ void CArray::AtPut(long index, const unsigned char* string) {
 }
 
 void CArray::AtPut(long index, const unsigned short* text) {
-    if (Elements(ValueType::UnicodeTextArray).Address(index) == nullptr) {
+    if (text == nullptr || Elements(ValueType::UnicodeTextArray).Address(index) == nullptr) {
         return;
     }
     FDStringBlock element{};
@@ -111,8 +114,9 @@ long CArray::SetRowSize(long row, long size) {
     const SArrayLocker locked(this);
     const short type = Get2DType();
     ArrayRow* const found = Row(row);
-    // The host's arrays have two dimensions: a row of rows is broken, and could hold itself.
-    if (found == nullptr || type == ValueType::ArrayOfArrays) {
+    // A row of rows is broken, and so is one that has the array's own storage.
+    if (found == nullptr || type == ValueType::ArrayOfArrays ||
+        found->array.elements == fValue.array.elements) {
         return ResultCode::NoError;
     }
     return _SetArraySize(found->array, type, size);

@@ -160,6 +160,9 @@ long CFourDBaseArrayVar::TextLength(Index... index) {
 
 template <typename Target, typename... Index>
 void CFourDBaseArrayVar::CopyText(Target* out, Index... index) {
+    if (out == nullptr) {
+        return;
+    }
     *out = {};
     const auto copy = [=](const CTextBlock& text) { text.CopyTo(out); };
     ValueBlock value{};
@@ -199,7 +202,9 @@ void CFourDTextArrayVar::GetTextElementValue(long index, char* out) {
 }
 
 void CFourDTextArrayVar::SetTextElementValue(long index, char* source) {
-    ReplaceText(source, index);
+    if (source != nullptr) {
+        ReplaceText(source, index);
+    }
 }
 
 long CFourDText2DArrayVar::GetTextElementLength(long row, long column) {
@@ -219,5 +224,7 @@ void CFourDText2DArrayVar::GetTextElementValue(long row, long column, char* out)
 }
 
 void CFourDText2DArrayVar::SetTextElementValue(long row, long column, char* source) {
-    ReplaceText(source, row, column);
+    if (source != nullptr) {
+        ReplaceText(source, row, column);
+    }
 }

@@ -16,7 +16,7 @@ const Base64Kernel& FastestKernel() {
 /// Replaces the contents of a handle with what `code` makes of them.
 void CodeHandle(Handle handle, unsigned long (*getLength)(unsigned long),
                 unsigned long (*code)(void*, const void*, unsigned long)) {
-    const Size size = handle ? GetHandleSize(handle) : 0;
+    const Size size = SizeIfThere(handle);
     if (size <= 0) {
         return;
     }

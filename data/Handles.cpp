@@ -50,7 +50,7 @@ HOST_CALL OSErr ResizeOrNewHandle(Handle* handle, unsigned long size) {
 }
 
 HOST_CALL OSErr CopyHandle(Handle source, Handle* copy) {
-    const Size size = source != nullptr ? GetHandleSize(source) : 0;
+    const Size size = SizeIfThere(source);
     const OSErr error = ResizeOrNewHandle(copy, static_cast<unsigned long>(size));
     if (error == ResultCode::NoError && source != nullptr && *copy != nullptr) {
         BlockMove(*source, **copy, size);
@@ -154,6 +154,10 @@ void DisposeIfThere(Handle handle) {
     if (handle != nullptr) {
         DisposeHandle(handle);
     }
+}
+
+Size SizeIfThere(Handle handle) {
+    return handle != nullptr ? GetHandleSize(handle) : 0;
 }
 
 SHandleLocker::SHandleLocker(char** handle) {

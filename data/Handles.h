@@ -49,8 +49,9 @@ HOST_CALL OSErr FourDPtrAndHand(const void* bytes, Handle target, long length);
 HOST_CALL OSErr FourDPtrToHand(const void* bytes, Handle* out, long length);
 }
 
-/// Disposes of a platform handle, or does nothing for null.
+// A platform handle that may be null: disposes of it, and its bytes, 0 for null.
 void DisposeIfThere(Handle handle);
+Size SizeIfThere(Handle handle);
 
 /// Result of the last host-handle call.
 extern OSErr gFourDLastMemErr;

@@ -55,6 +55,13 @@ OSErr CStream::Read(short* value) {
     return ReadNumber(*this, value);
 }
 
+OSErr CStream::Read(DateBlock* date) {
+    DateBlock stored{};
+    const OSErr error = ReadData(&stored, sizeof stored);
+    *date = error == ResultCode::NoError ? stored : DateBlock{};
+    return error;
+}
+
 OSErr CStream::Write(unsigned char* string, unsigned char align) {
     const OSErr error = WriteData(string, string[0] + 1);
     return error == ResultCode::NoError && align != 0 ? WriteWordAlign() : error;
@@ -78,24 +85,30 @@ OSErr CStream::Read(unsigned char* string, unsigned char align) {
     return error == ResultCode::NoError && align != 0 ? ReadWordAlign() : error;
 }
 
+namespace {
+
+/// A handle that is locked while its bytes are written or read.
+class LockedBytes {
+  public:
+    explicit LockedBytes(Handle itsHandle) : handle(itsHandle) { HLock(handle); }
+    ~LockedBytes() { HUnlock(handle); }
+    LockedBytes(const LockedBytes&) = delete;
+    LockedBytes& operator=(const LockedBytes&) = delete;
+    char* From(long offset) const { return *handle + offset; }
+
+  private:
+    Handle handle;
+};
+
+} // namespace
+
 OSErr CStream::WriteLocked(Handle source, long length) {
-    if (length < 1) {
-        return ResultCode::NoError;
-    }
-    HLock(source);
-    const OSErr error = WriteData(*source, length);
-    HUnlock(source);
-    return error;
+    return length > 0 ? WriteData(LockedBytes(source).From(0), length) : OSErr{ResultCode::NoError};
 }
 
 OSErr CStream::ReadLocked(Handle target, long offset, long length) {
-    if (length < 1) {
-        return ResultCode::NoError;
-    }
-    HLock(target);
-    const OSErr error = ReadData(*target + offset, length);
-    HUnlock(target);
-    return error;
+    return length > 0 ? ReadData(LockedBytes(target).From(offset), length)
+                      : OSErr{ResultCode::NoError};
 }
 
 /// Resizes, or makes, a handle and fills it. It grows in steps, each of them as large as what has
@@ -117,8 +130,9 @@ OSErr CStream::ReadInSteps(Handle* handle, long size) {
 
 OSErr CStream::Write(CTextBlock* text, unsigned char align) {
     Handle const bytes = text->GetHandle();
-    const long stored = bytes != nullptr ? GetHandleSize(bytes) : 0;
-    const auto length = static_cast<short>(std::clamp<long>(text->GetLength(), 0, stored));
+    // A host's record may hold more than a text of ours, which is what will be read.
+    const long most = std::min<long>(SizeIfThere(bytes), CTextBlock::MaxLength);
+    const auto length = static_cast<short>(std::clamp<long>(text->GetLength(), 0, most));
     OSErr error = Write(length);
     if (error == ResultCode::NoError) {
         error = WriteLocked(bytes, length);
@@ -148,7 +162,7 @@ OSErr CStream::Read(CTextBlock* text, unsigned char align) {
 }
 
 OSErr CStream::Write(char** handle, unsigned char align) {
-    const long size = handle != nullptr ? GetHandleSize(handle) : 0;
+    const long size = SizeIfThere(handle);
     OSErr error = Write(size);
     if (error == ResultCode::NoError) {
         error = WriteLocked(handle, size);
@@ -206,6 +220,7 @@ CHandleStream::CHandleStream(char** streamHandle, long growth)
 
 CHandleStream::~CHandleStream() {
     if (handle != nullptr) {
+        Settle();
         CHandleStream::SetSize(position);
         HSetState(handle, savedState);
     }
@@ -248,7 +263,7 @@ long CHandleStream::GrowthSize(long need) const {
 }
 
 OSErr CHandleStream::WriteData(void* data, long count) {
-    if (count < 0) {
+    if (count < 0 || (data == nullptr && count > 0)) {
         return ResultCode::BadParameter;
     }
     Settle();
@@ -264,6 +279,9 @@ OSErr CHandleStream::WriteData(void* data, long count) {
         if (error != ResultCode::NoError) {
             return error;
         }
+        if (GetHandleSize(handle) - position < count) {
+            return ResultCode::MemoryFull; // a SetSize of a derived class, which did not
+        }
     }
     if (count > 0) {
         BlockMove(data, *handle + position, count);
@@ -274,7 +292,7 @@ OSErr CHandleStream::WriteData(void* data, long count) {
 }
 
 OSErr CHandleStream::ReadData(void* buffer, long count) {
-    if (count < 0) {
+    if (count < 0 || (buffer == nullptr && count > 0)) {
         return ResultCode::BadParameter;
     }
     if (count == 0) {

@@ -35,9 +35,9 @@ class CStream {
     OSErr Read(short* value);
 
     // The 6 bytes of the record, as they are in memory: deliberately not swapped, as stored dates
-    // have always been.
+    // have always been. After an error the date is empty, as a number is 0.
     OSErr Write(DateBlock* date) { return WriteData(date, sizeof *date); }
-    OSErr Read(DateBlock* date) { return ReadData(date, sizeof *date); }
+    OSErr Read(DateBlock* date);
 
     // A Pascal string: the length byte and that many characters. `string` holds 256 bytes; after
     // an error it has what was read, up to the last byte that is not 0.

@@ -5,6 +5,7 @@
 #include "platform/Toolbox.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 
 namespace {
@@ -17,10 +18,6 @@ short Measure(const char* text) {
 
 short Clamp(long length) {
     return static_cast<short>(std::min<long>(length, CTextBlock::MaxLength));
-}
-
-long SizeOf(Handle handle) {
-    return handle != nullptr ? GetHandleSize(handle) : 0;
 }
 
 const char* Characters(const unsigned char* string) {
@@ -40,23 +37,23 @@ CTextBlock::CTextBlock(const unsigned char (&string)[256])
 CTextBlock::CTextBlock(const char* text) : CTextBlock(text, Measure(text)) {}
 
 CTextBlock::CTextBlock(const char* bytes, short length) {
-    SetLength(length);
+    SetLength(bytes != nullptr ? length : 0);
     Fill(nullptr, bytes, 0, fSize);
 }
 
 CTextBlock::CTextBlock(char** handle) {
-    SetLength(static_cast<short>(SizeOf(handle)));
+    SetLength(static_cast<short>(SizeIfThere(handle)));
     Fill(handle, nullptr, 0, fSize);
 }
 
 long CTextBlock::Stored() const {
-    return std::clamp<long>(fSize, 0, SizeOf(fHandle));
+    return std::clamp<long>(fSize, 0, SizeIfThere(fHandle));
 }
 
 /// Copies `length` bytes to the 0-based `position`. Does nothing where a failed allocation has
 /// left no room.
 void CTextBlock::Fill(Handle source, const char* bytes, long position, long length) {
-    if (length < 1 || position < 0 || SizeOf(fHandle) < position + length) {
+    if (length < 1 || position < 0 || SizeIfThere(fHandle) < position + length) {
         return;
     }
     const char* const from = source != nullptr ? *source : bytes;
@@ -125,7 +122,7 @@ long CTextBlock::SetTo(const char* bytes, short length) {
 }
 
 long CTextBlock::SetTo(char** handle) {
-    return SetFrom(handle, nullptr, Clamp(SizeOf(handle)));
+    return SetFrom(handle, nullptr, Clamp(SizeIfThere(handle)));
 }
 
 long CTextBlock::AppendFrom(Handle source, const char* bytes, long length) {
@@ -158,7 +155,7 @@ long CTextBlock::Append(const char* bytes, short length) {
 }
 
 long CTextBlock::Append(char** handle) {
-    return AppendFrom(handle, nullptr, SizeOf(handle));
+    return AppendFrom(handle, nullptr, SizeIfThere(handle));
 }
 
 void CTextBlock::CopyTo(unsigned char* string) const {
@@ -168,7 +165,7 @@ void CTextBlock::CopyTo(unsigned char* string) const {
 }
 
 void CTextBlock::CopyTo(char* text) const {
-    CopyTo(text, MaxLength);
+    CopyTo(text, SHRT_MAX); // a host's record may hold more than a text of ours
 }
 
 void CTextBlock::CopyTo(char* text, short max) const {

@@ -84,6 +84,15 @@ CTextBlock& Operations(TextBlock* text) {
     return reinterpret_cast<CTextBlock&>(*text);
 }
 
+/// Without memory the text is empty, which is no error: a record must not claim bytes that it
+/// lacks.
+template <typename Set>
+void SetOrEmpty(TextBlock* text, Set set) {
+    if (set(Operations(text)) != ResultCode::NoError) {
+        Operations(text).SetLength(0);
+    }
+}
+
 /// UTF-16 as a Pascal string; it stays empty when it cannot be had, which is no error.
 void UnicodeToString(const FDStringBlock& string, unsigned char* out) {
     const Buffer text = AnsiText(string);
@@ -113,8 +122,8 @@ void UnicodeToText(const FDStringBlock& string, TextBlock* text) {
     }
     // Measured here, because SetTo measures in 16 bits.
     const std::size_t length = std::strlen(characters.get());
-    Operations(text).SetTo(
-        characters.get(), static_cast<short>(std::min<std::size_t>(length, CTextBlock::MaxLength)));
+    const auto taken = static_cast<short>(std::min<std::size_t>(length, CTextBlock::MaxLength));
+    SetOrEmpty(text, [&](CTextBlock& target) { return target.SetTo(characters.get(), taken); });
 }
 
 /// Copies a string, formatted by the host when there is a format.
@@ -196,7 +205,7 @@ long Value2Text(ValueBlock* block, TextBlock* text, unsigned char* format) {
         UnicodeToText(block->unicode, text);
         return ResultCode::NoError;
     case ValueType::Text:
-        Operations(text).SetTo(block->text.text);
+        SetOrEmpty(text, [&](CTextBlock& target) { return target.SetTo(block->text.text); });
         return ResultCode::NoError;
     default:
         break;

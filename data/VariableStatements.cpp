@@ -1,10 +1,8 @@
 // What variables have the host execute: their declarations, and the expression for a pointer.
 
-#include "data/Handles.h"
 #include "data/Value.h"
 #include "data/Variables.h"
-#include "host/FourD.h"
-#include "platform/ResultCodes.h"
+#include "host/Formulas.h"
 #include "shell/Strings.h"
 
 #include <algorithm>
@@ -51,11 +49,8 @@ using Statement = char[256];
 void FormatDeclaration(char* out, short command, const char* before, unsigned char isInterprocess,
                        const unsigned char* name, const char* after) {
     out[0] = '\0';
-    char commandName[256] = {};
-    if (command != 0) {
-        FourD::GetCommandNameC(command, commandName);
-    }
-    if (commandName[0] == '\0') {
+    char commandName[256];
+    if (command == 0 || NameOfCommand(command, commandName) != ResultCode::NoError) {
         return;
     }
     char bareName[32];
@@ -67,23 +62,9 @@ void FormatDeclaration(char* out, short command, const char* before, unsigned ch
     }
 }
 
-/// Has the host compile a text and hands the tokens to `use`, which answers a result code.
-template <typename Use>
-OSErr WithTokens(const char* text, Use use) {
-    const TemporaryHandle source(text, static_cast<long>(std::strlen(text)));
-    if (source.Get() == nullptr) {
-        return ResultCode::MemoryFull;
-    }
-    TemporaryHandle tokens;
-    if (const OSErr error = FourD::TokenizeProc(source.Get(), tokens.Address());
-        error != ResultCode::NoError) {
-        return error;
-    }
-    return tokens.Get() != nullptr ? use(tokens.Get()) : OSErr{ResultCode::BadParameter};
-}
-
 OSErr ExecuteStatement(const char* statement) {
-    return WithTokens(statement, FourD::ExecTokenizedProc);
+    return WithTokens(statement, static_cast<long>(std::strlen(statement)),
+                      FourD::ExecTokenizedProc);
 }
 
 } // namespace
@@ -111,7 +92,7 @@ void CFourDBaseVar::DeclareUnlessDefined() {
     if (DefinedType() == fType) {
         return;
     }
-    Statement statement;
+    Statement statement = "";
     GetDeclaration(statement);
     if (statement[0] != '\0') {
         ExecuteStatement(statement);
@@ -148,17 +129,20 @@ short CFourDBaseArrayVar::ElementTypeToVarType(short elementType) {
 }
 
 void CFourDPointerVar::SetPointerToVariable(const char* name) {
-    char command[256] = {};
-    FourD::GetCommandNameC(GetPointerCommand, command);
+    char command[256];
+    if (name == nullptr || NameOfCommand(GetPointerCommand, command) != ResultCode::NoError) {
+        return;
+    }
     char expression[512];
     const int length = std::snprintf(expression, sizeof expression, "%s(\"%s\")", command, name);
-    if (command[0] == '\0' || length >= static_cast<int>(sizeof expression)) {
+    if (length >= static_cast<int>(sizeof expression)) {
         return;
     }
     ValueBlock value{};
     value.type = ValueType::Undefined;
-    const OSErr error = WithTokens(
-        expression, [&](Handle tokens) { return FourD::ExecTokenizedFunc(tokens, &value); });
+    const OSErr error = WithTokens(expression, length, [&](Handle tokens) {
+        return FourD::ExecTokenizedFunc(tokens, &value);
+    });
     if (error == ResultCode::NoError && value.type == ValueType::Pointer) {
         SetValue(&value, 1);
     }

@@ -14,13 +14,13 @@ namespace {
 
 /// Keeps a name of up to 31 characters as a Pascal string.
 void KeepName(unsigned char* kept, const char* name) {
-    _CopyC2PStrN(name, kept, 31);
+    _CopyC2PStrN(name != nullptr ? name : "", kept, 31);
 }
 
 /// The same, without the interprocess prefix; answers whether there was one.
 unsigned char KeepBareName(unsigned char* kept, const char* name) {
     Str255 whole;
-    _CopyC2PStr(name, whole);
+    _CopyC2PStr(name != nullptr ? name : "", whole);
     const unsigned char isInterprocess = FourD::StripIPVarName(whole);
     const unsigned char length = std::min<unsigned char>(whole[0], 31);
     kept[0] = length;
@@ -73,6 +73,9 @@ long CFourDVar::Send(ValueBlock& value, long conversion) {
 }
 
 long CFourDVar::GetValue(TextBlock* value) {
+    if (value == nullptr) {
+        return ResultCode::BadParameter;
+    }
     ValueBlock block{};
     const OSErr error = GetValue(&block);
     if (error != ResultCode::NoError) {
@@ -83,6 +86,9 @@ long CFourDVar::GetValue(TextBlock* value) {
 }
 
 long CFourDVar::GetOriginalArray(CArray* array) {
+    if (array == nullptr) {
+        return ResultCode::BadParameter;
+    }
     ValueBlock block{};
     if (const OSErr error = GetValue(&block); error != ResultCode::NoError) {
         return error;
@@ -129,41 +135,52 @@ long CFourDTextVar::GetTextLength() {
     return Read(value) ? value.text.length : 0;
 }
 
-void CFourDTextVar::GetTextValue(char*** text) {
-    *text = nullptr;
+template <typename Target>
+void CFourDTextVar::CopyText(Target* target) {
     ValueBlock value{};
+    if (target == nullptr) {
+        return;
+    }
+    *target = {};
     if (Read(value)) {
-        TextOf(value).CopyTo(text);
+        TextOf(value).CopyTo(target);
     }
 }
 
+template <typename Source>
+void CFourDTextVar::ReplaceText(Source source) {
+    ChangeValue([=](ValueBlock& value) { return TextOf(value).SetTo(source); });
+}
+
+void CFourDTextVar::GetTextValue(char*** text) {
+    CopyText(text);
+}
+
 void CFourDTextVar::GetTextValue(char* text) {
-    text[0] = '\0';
-    ValueBlock value{};
-    if (Read(value)) {
-        TextOf(value).CopyTo(text);
-    }
+    CopyText(text);
 }
 
 void CFourDTextVar::GetTextValue(CTextBlock* text) {
     ValueBlock value{};
-    if (Read(value)) {
-        text->SetTo(TextOf(value));
-    } else {
+    if (text != nullptr && (!Read(value) || text->SetTo(TextOf(value)) != ResultCode::NoError)) {
         text->SetLength(0);
     }
 }
 
 void CFourDTextVar::SetTextValue(char** text) {
-    ChangeValue([=](ValueBlock& value) { return TextOf(value).SetTo(text); });
+    ReplaceText(text);
 }
 
 void CFourDTextVar::SetTextValue(char* text) {
-    ChangeValue([=](ValueBlock& value) { return TextOf(value).SetTo(text); });
+    if (text != nullptr) {
+        ReplaceText(text);
+    }
 }
 
 void CFourDTextVar::SetTextValue(CTextBlock* text) {
-    ChangeValue([=](ValueBlock& value) { return TextOf(value).SetTo(text); });
+    if (text != nullptr) {
+        ReplaceText(text);
+    }
 }
 
 long CFourDBlobVar::GetBlobSize() {
@@ -172,6 +189,9 @@ long CFourDBlobVar::GetBlobSize() {
 }
 
 OSErr CFourDBlobVar::GetBlobValue(char*** data) {
+    if (data == nullptr) {
+        return ResultCode::BadParameter;
+    }
     *data = nullptr;
     ValueBlock value{};
     if (const OSErr error = GetValue(&value); error != ResultCode::NoError) {
@@ -186,12 +206,15 @@ void CFourDBlobVar::SetBlobValue(char** data) {
         Handle copy = value.blob.data;
         const OSErr error = CopyHandle(data, &copy);
         value.blob.data = copy;
-        value.blob.size = data != nullptr ? GetHandleSize(data) : 0;
+        value.blob.size = SizeIfThere(data);
         return error;
     });
 }
 
 OSErr CFourDStringVar::GetStringValue(unsigned char* string) {
+    if (string == nullptr) {
+        return ResultCode::BadParameter;
+    }
     string[0] = 0;
     ValueBlock value{};
     if (const OSErr error = GetValue(&value); error != ResultCode::NoError) {
@@ -201,9 +224,11 @@ OSErr CFourDStringVar::GetStringValue(unsigned char* string) {
 }
 
 void CFourDStringVar::SetStringValue(const unsigned char* string) {
-    ValueBlock value = EmptyValueBlock(ValueType::String);
-    _CopyPStr(string, value.string.string);
-    SetValue(&value, 0);
+    if (string != nullptr) {
+        ValueBlock value = EmptyValueBlock(ValueType::String);
+        _CopyPStr(string, value.string.string);
+        SetValue(&value, 0);
+    }
 }
 
 // --- Pointers ---------------------------------------------------------------------------------
@@ -219,6 +244,9 @@ PointerRecord* RecordOf(const ValueBlock& value) {
 } // namespace
 
 OSErr CFourDPointerVar::GetPointerValue(ValueBlock* value) {
+    if (value == nullptr) {
+        return ResultCode::BadParameter;
+    }
     *value = {};
     const OSErr error = GetValue(value);
     if (error != ResultCode::NoError || value->type != ValueType::Pointer) {
@@ -229,7 +257,7 @@ OSErr CFourDPointerVar::GetPointerValue(ValueBlock* value) {
 
 void CFourDPointerVar::SetPointerValue(ValueBlock* value) {
     ValueBlock former{};
-    if (value->type == ValueType::Pointer && Read(former)) {
+    if (value != nullptr && value->type == ValueType::Pointer && Read(former)) {
         SetValue(value, 1);
     }
 }

@@ -14,11 +14,12 @@
 // others take the bare name and are told.
 //
 // A variable that is missing, of another type or cannot be read gives 0, an empty text or a null
-// handle, and writing to it does nothing. Declaring does nothing when the variable already has the
-// type, and is silent about failures.
+// handle, and writing to it does nothing. Declare does nothing when the variable already has the
+// type; declaring is silent about failures. A null name counts as an empty one; a null text to
+// write, or place for an answer, reaches nobody: -50 where a result code is answered.
 
-/// A variable of any type, without virtual operations. Results are the host's result codes, or
-/// -1999 when the type does not allow the conversion.
+/// A variable of any type, without virtual operations. Results are the host's result codes, -1999
+/// when the type does not allow the conversion, or -108.
 class CFourDVar {
   public:
     CFourDVar(const char* name, short type);
@@ -35,7 +36,9 @@ class CFourDVar {
     long SetValue(double value) { return Store(value, NativeReal2ValueBlock); }
     long SetValue(unsigned char value) { return Store(value, Boolean2ValueBlock); }
     /// A copy of the text is sent.
-    long SetValue(TextBlock* value) { return Store(value, Text2ValueBlock); }
+    long SetValue(TextBlock* value) {
+        return value != nullptr ? Store(value, Text2ValueBlock) : long{ResultCode::BadParameter};
+    }
     long SetValue(long value) { return Store(value, Long2ValueBlock); }
     // Converted from whatever type the variable has; 0 or empty on failure.
     long GetValue(double* value) { return Fetch(value, Value2NativeReal); }
@@ -58,6 +61,9 @@ class CFourDVar {
     }
     template <typename Number>
     long Fetch(Number* number, long (*convert)(ValueBlock*, Number*)) {
+        if (number == nullptr) {
+            return ResultCode::BadParameter;
+        }
         *number = {};
         ValueBlock value{};
         const OSErr error = GetValue(&value);
@@ -160,6 +166,12 @@ class CFourDTextVar : public OfFixedType<CFourDBaseVar, ValueType::Text> {
     void SetTextValue(char* text);
     void GetTextValue(CTextBlock* text);
     void SetTextValue(CTextBlock* text);
+
+  private:
+    template <typename Target>
+    void CopyText(Target* target);
+    template <typename Source>
+    void ReplaceText(Source source);
 };
 
 class CFourDBlobVar : public OfFixedType<CFourDBaseVar, ValueType::Blob> {

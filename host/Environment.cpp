@@ -251,10 +251,12 @@ OSErr FourD::GetDataFile(FSSpec* spec) {
         return ResultCode::FileNotFound;
     }
     if (!gHost.dataFileKnown) {
-        const OSErr error = GetFSSpecBy4DCommand(DataFileCommand, &gHost.dataFile);
+        FSSpec found; // another process may ask, too, while the host evaluates the command
+        const OSErr error = GetFSSpecBy4DCommand(DataFileCommand, &found);
         if (error != ResultCode::NoError) {
             return error;
         }
+        gHost.dataFile = found;
         gHost.dataFileKnown = true;
     }
     *spec = gHost.dataFile;

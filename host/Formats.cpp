@@ -62,10 +62,7 @@ OSErr FourD::Boolean2String(unsigned char value, unsigned char* format, unsigned
 }
 
 OSErr FourD::String2String(unsigned char* text, unsigned char* format, unsigned char* out) {
-    if (text == nullptr || out == nullptr) {
-        return ResultCode::BadParameter;
-    }
-    if (text[0] >= sizeof(ParameterBlock::valueText)) {
+    if (text != nullptr && out != nullptr && text[0] >= sizeof(ParameterBlock::valueText)) {
         // The record cannot hold it, and cutting it would lose characters: it stays as it is.
         _CopyPStr(text, out);
         return ResultCode::NoError;
@@ -74,12 +71,11 @@ OSErr FourD::String2String(unsigned char* text, unsigned char* format, unsigned 
 }
 
 OSErr FourD::Date2String(DateBlock* date, long format, unsigned char* out) {
-    if (date == nullptr) {
-        return ResultCode::BadParameter;
-    }
     FormatCall call(ValueType::Date, nullptr, format);
-    call->value.date = *date;
-    return call.SendForText(out);
+    if (date != nullptr) {
+        call->value.date = *date;
+    }
+    return call.Require(date).SendForText(out);
 }
 
 OSErr FourD::Time2String(long seconds, long format, unsigned char* out) {

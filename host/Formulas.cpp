@@ -253,7 +253,7 @@ OSErr FourD::DetokenizeProc(char** tokens, char*** text) {
         return error;
     }
     const Handle characters = (*record)->hText;
-    const Size stored = characters != nullptr ? GetHandleSize(characters) : 0;
+    const Size stored = SizeIfThere(characters);
     const Size length = std::clamp(Size{(*record)->teLength}, Size{0}, stored);
     const Handle copy = NewHandle(length);
     if (copy != nullptr) {

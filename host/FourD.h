@@ -57,7 +57,8 @@ class FourD {
     static unsigned char IsV11CallerCompiled();
     /// Whether the host's progress messages are on.
     static unsigned char GetMessages();
-    /// Specification of the structure file, made anew; -43, and an empty one, on a client.
+    /// Specification of the structure file, made anew; -43, and an empty one, on a client and where
+    /// FourD::Init found none.
     static OSErr GetStructFile(FSSpec* spec);
     /// Specification of the inside of the folder that holds it; errors as above.
     static OSErr GetStructFolder(FSSpec* spec);
@@ -88,10 +89,12 @@ class FourD {
     static long GetAppType();
 
     // --- Processes and events -------------------------------------------------------------
-    // Processes have numbers from 1; 0 is no process. The host switches processes only in
-    // YieldToOthers, YieldAbsolute, GetNextEvent and PutProcessToSleep, and between commands.
+    // Processes have numbers from 1; 0 is no process. The host switches processes in
+    // YieldToOthers, YieldAbsolute, GetNextEvent and PutProcessToSleep, in what has to wait (a call
+    // to the server, a process that freezes itself), and between commands.
 
-    /// Starts a process whose body is `proc`, a HOST_CALL function without arguments. The name is
+    /// Starts a process whose body is `proc`, a HOST_CALL function without arguments, which lets
+    /// nothing that is thrown out (KeepExceptionsInside, shell/Entry.h). The name is
     /// cut to what the record holds; the stack size is in bytes. Stores the new process's number,
     /// 0 on failure, unless `procNum` is null; answers the host's result code.
     static OSErr NewXProcess(void* proc, const char* name, long stackSize, long* procNum);
@@ -139,7 +142,8 @@ class FourD {
     /// `free` may be null. Answers the host's result code.
     static OSErr CheckFreeStack(long needed, long* free);
     /// Runs `proc(arg)` on the host's main thread; only on hosts from 11.0 on. `proc` is called
-    /// by the host: declare it HOST_CALL. Answers what the call returns.
+    /// by the host: declare it HOST_CALL and let nothing that is thrown out of it, as with
+    /// NewXProcess. Answers what the call returns.
     static long ExecuteOnMainThreadV11(void (*proc)(void*), void* arg);
     /// Turns the host's progress messages on or off; answers what the call returns.
     static long SetMessages(long on);
@@ -214,7 +218,7 @@ class FourD {
 
     // --- Values as text -------------------------------------------------------------------
     // The host's own formatting (selector 47); the Pascal result takes 256 bytes. Answer the host's
-    // result code; the text is empty then. An empty format is the host's default.
+    // result code; the text is empty then. An empty or null format is the host's default.
 
     static OSErr Long2String(long value, unsigned char* format, unsigned char* out);
     static OSErr REAL2String(REAL_U value, unsigned char* format, unsigned char* out);

@@ -64,8 +64,8 @@ HostCall& HostCall::PutNumbers(long param1, long param2) {
     return *this;
 }
 
-HostCall& HostCall::PutWindow(GrafPort* window) {
-    fields->handle = reinterpret_cast<Handle>(window);
+HostCall& HostCall::PutAddressOrNull(const void* address) {
+    fields->handle = static_cast<Handle>(const_cast<void*>(address)); // one type for all
     return *this;
 }
 
@@ -90,11 +90,6 @@ HostCall& HostCall::PutText(const unsigned char* text) {
         CopyCut(text, classic.valueText);
     }
     return Require(text);
-}
-
-HostCall& HostCall::PutAddress(const void* address) {
-    fields->handle = static_cast<Handle>(const_cast<void*>(address)); // one type for all
-    return Require(address);
 }
 
 void HostCall::TakeText(unsigned char* text) {

@@ -31,7 +31,9 @@ class HostCall {
 
     HostCall& PutNumbers(long param1, long param2 = 0);
     /// Window in `handle`; null for none.
-    HostCall& PutWindow(GrafPort* window);
+    HostCall& PutWindow(GrafPort* window) { return PutAddressOrNull(window); }
+    /// Address in `handle`, null too.
+    HostCall& PutAddressOrNull(const void* address);
 
     // What a service cannot do without: nothing is sent where it is null.
 
@@ -42,7 +44,7 @@ class HostCall {
     /// characters, or uniText.
     HostCall& PutText(const unsigned char* text);
     /// Address in `handle`.
-    HostCall& PutAddress(const void* address);
+    HostCall& PutAddress(const void* address) { return PutAddressOrNull(address).Require(address); }
 
     /// Calls the host; answers what the call-back returns. The host's result code is in `error`.
     /// Both are -50 when nothing is sent, as when the host has no engine call-back for it.

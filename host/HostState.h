@@ -2,8 +2,8 @@
 
 #include "host/Records.h"
 
-/// What FourD::Init keeps of the host: written once, before any other call, then only read; and two
-/// facts that are added later.
+/// What FourD::Init keeps of the host: written once, before any other call, then only read; and a
+/// few facts that come or change later.
 struct HostState {
     unsigned long version; ///< first word of the init record; BCD in the low 16 bits
     ClassicCallBack classicCallBack;

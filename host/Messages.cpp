@@ -3,6 +3,7 @@
 #include "host/Formulas.h"
 #include "host/HostCall.h"
 #include "shell/Strings.h"
+#include "shell/TextServices.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -24,9 +25,7 @@ unsigned char* FormatMessage255(Str255& message, const char* format, std::va_lis
     if (format == nullptr) {
         return nullptr;
     }
-    char text[512] = "";
-    std::vsnprintf(text, sizeof text, format, arguments);
-    _CopyC2PStr(text, message);
+    _FormatPWithCStrV(message, format, arguments);
     return message;
 }
 

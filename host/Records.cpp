@@ -1,3 +1,4 @@
+#include "data/Handles.h"
 #include "data/TextBlock.h"
 #include "host/FieldData.h"
 #include "host/FourD.h"
@@ -27,6 +28,11 @@ OSErr SendRecordCall(Selector selector, short table, long record, unsigned char 
 }
 
 /// A typed value as the field data to send; its handle stays the value's.
+/// As many bytes as a handle has, of those that its size claims.
+long BytesOf(Handle handle, long size) {
+    return std::clamp(size, 0L, std::max(SizeIfThere(handle), 0L));
+}
+
 OSErr FieldDataOf(const ValueBlock& value, FieldData* data) {
     *data = {};
     data->type = value.type;
@@ -183,8 +189,7 @@ OSErr FourD::GetFieldData(short table, short field, FieldData* data) {
     data->type = static_cast<short>(call->param1);
     data->value = call->value;
     data->handle = call->handle;
-    const long held = data->handle != nullptr ? GetHandleSize(data->handle) : 0;
-    data->size = std::clamp(long{call->param2}, 0L, std::max(held, 0L));
+    data->size = BytesOf(data->handle, call->param2);
     call.TakeText(data->text);
     return ResultCode::NoError;
 }
@@ -216,7 +221,7 @@ OSErr FourD::SetFieldData(short table, short field, FieldData* data) {
         break;
     case FieldCarrier::Bytes:
         call->handle = data->handle;
-        call->param2 = data->size;
+        call->param2 = BytesOf(data->handle, data->size);
         break;
     case FieldCarrier::None:
         return ResultCode::UnsupportedConversion;
@@ -304,7 +309,5 @@ OSErr FourD::GetPackedRecord(short table, char*** record) {
 }
 
 OSErr FourD::SetPackedRecord(short table, char** record) {
-    TableCall call(Select("SetPackedRecord"), table);
-    call->handle = record;
-    return call.SendForError();
+    return TableCall(Select("SetPackedRecord"), table).PutAddress(record).SendForError();
 }

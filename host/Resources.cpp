@@ -2,10 +2,10 @@
 #include "host/FourD.h"
 #include "platform/Toolbox.h"
 #include "shell/Strings.h"
+#include "shell/TextServices.h"
 
 #include <algorithm>
 #include <cstdarg>
-#include <cstdio>
 #include <cstring>
 #include <span>
 #include <string_view>
@@ -66,8 +66,11 @@ Handle FourD::GetPluginResource(unsigned long type, short id) {
 }
 
 Handle FourD::GetPluginResourceByName(unsigned long type, const unsigned char* name) {
+    if (name == nullptr) {
+        return nullptr;
+    }
     const SResFileSetter setter(gHost.pluginResFile);
-    return name != nullptr ? GetNamedResource(type, name) : nullptr;
+    return GetNamedResource(type, name);
 }
 
 short FourD::GetResNum(unsigned long mapType, unsigned long type, short localID) {
@@ -108,16 +111,11 @@ void FourD::GetPluginSprIndString(unsigned char* out, short listID, short index,
     }
     char format[256];
     GetPluginIndCString(format, listID, index);
-    char text[512];
-    text[0] = '\0';
     std::va_list arguments; // NOLINT(cppcoreguidelines-init-variables): va_start does
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wvarargs" // on this platform a short takes a whole word, too
-    va_start(arguments, index);
-#pragma GCC diagnostic pop
-    std::vsnprintf(text, sizeof text, format, arguments);
+    // The parameter is a short by the published signature; the compiler takes it as it was passed.
+    va_start(arguments, index); // NOLINT(clang-diagnostic-varargs)
+    _FormatPWithCStrV(out, format, arguments);
     va_end(arguments);
-    _CopyC2PStr(text, out);
 }
 
 void FourD::EvalPluginStringWithResRefs(unsigned char* text) {

@@ -162,6 +162,9 @@ OSErr FourD::GetStyleXResByID(short id, FourDStyleX* style) {
 }
 
 OSErr FourD::GetStyleXResByName(const unsigned char* name, FourDStyleX* style) {
+    if (name == nullptr) {
+        return ResultCode::BadParameter;
+    }
     return TakeStyle(style, [=] { return GetPluginResourceByName(ExtendedStyleType, name); });
 }
 

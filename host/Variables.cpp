@@ -1,4 +1,5 @@
 #include "data/Array.h"
+#include "data/Handles.h"
 #include "host/FourD.h"
 #include "host/HostCall.h"
 #include "platform/Toolbox.h"
@@ -118,6 +119,9 @@ OSErr FourD::GetTextVar(unsigned char* name, char*** text, unsigned char copy) {
 }
 
 OSErr FourD::SetTextVar(unsigned char* name, char** text, unsigned char copy) {
+    if (name == nullptr) {
+        return ResultCode::BadParameter;
+    }
     Handle sent = text;
     if (copy != 0) {
         if (const OSErr error = Duplicate(&sent)) {
@@ -126,7 +130,7 @@ OSErr FourD::SetTextVar(unsigned char* name, char** text, unsigned char copy) {
     }
     ValueBlock value{};
     value.type = ValueType::Text;
-    const Size size = sent != nullptr ? GetHandleSize(sent) : 0;
+    const Size size = SizeIfThere(sent);
     // Not CTextBlock's limit: what the field takes.
     value.text.length = static_cast<short>(std::min<Size>(size, SHRT_MAX));
     value.text.text = sent;

@@ -93,6 +93,12 @@ void FourDPlug::HandleEvent(long selector, void* argument, std::uint32_t* result
     const auto request = [argument] { return static_cast<ReadWriteBlock*>(argument); };
     const auto data = [result] { return reinterpret_cast<char*>(std::uintptr_t{*result}); };
 
+    const bool isRequest =
+        selector <= PlugSelector::ClientConnect && selector >= PlugSelector::ServerCleanup;
+    const bool isAnswered = isRequest && selector != PlugSelector::ClientDisconnect;
+    if ((isRequest && argument == nullptr) || (isAnswered && result == nullptr)) {
+        return;
+    }
     switch (selector) {
     case PlugSelector::Init:
     case PlugSelector::InitEx: {
@@ -139,7 +145,7 @@ extern "C" {
 // The host passes (selector, params, data, result); the dispatcher takes the result before the
 // data.
 HOST_ENTRY void FourDPack(long selector, void* params, void* data, void* result) {
-    if (selector == -1 && params != nullptr) {
+    if (selector == PlugSelector::Init && params != nullptr) {
         const auto* init = static_cast<const PackInitBlock*>(params);
         entryCallBack = reinterpret_cast<void*>(init->classicCallBack);
     }

@@ -31,12 +31,8 @@ void FourDPlug::Deinit() {
 /// Frees the lists' own nodes. Deliberate: the records still in them stay alive, as the host may
 /// yet ask for an answer that one of them holds.
 void FourDPlug::DestroyLists() {
-    for (List* list : {&clients, &serverCalls}) {
-        if (*list != nullptr) {
-            _destroy_list(list);
-        }
-        *list = nullptr;
-    }
+    _destroy_list(&clients);
+    _destroy_list(&serverCalls);
 }
 
 void FourDPlug::HandleProcessStart(long) {}

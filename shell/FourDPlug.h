@@ -176,6 +176,7 @@ class FourDPlug {
     /// may let other processes run, and one of them may have been here before.
     struct ClientRemover {
         FourDPlug* plug;
+        unsigned long cookie;
         void operator()(FourDClient* client) const;
     };
     void ForgetClient(FourDClient* client);

@@ -52,6 +52,9 @@ OSErr FourDWriteOnServer(unsigned long id, short kind, char** data) {
 }
 
 OSErr FourDPlug::GetNextCallIDFromServer(unsigned long* id) {
+    if (id == nullptr) {
+        return ResultCode::BadParameter;
+    }
     *id = 0;
     TemporaryHandle answer;
     if (const OSErr error = FourDReadOnServer(0, ServerMessage::NextCallID, answer.Address());
@@ -70,6 +73,9 @@ OSErr FourDPlug::GetNextCallIDFromServer(unsigned long* id) {
 }
 
 OSErr FourDPlug::CallFuncOnServer(short kind, char** params, char*** result) {
+    if (result == nullptr) {
+        return ResultCode::BadParameter;
+    }
     *result = nullptr;
     const ServerCallTurn turn;
     unsigned long id = 0;
@@ -83,6 +89,9 @@ OSErr FourDPlug::CallFuncOnServer(short kind, char** params, char*** result) {
 }
 
 OSErr FourDPlug::CallFuncOnServer(short kind, void* data, long size, char*** result) {
+    if (result == nullptr) {
+        return ResultCode::BadParameter;
+    }
     *result = nullptr;
     TemporaryHandle params;
     const OSErr error = MakeParameters(data, size, params.Address());

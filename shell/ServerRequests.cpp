@@ -59,7 +59,7 @@ bool FourDPlug::HandleClientConnectOnServer(ReadWriteBlock* block) {
     client->cookie = cookie;
     client->process = process;
     _add_to_end(clients, client.get());
-    std::unique_ptr<FourDClient, ClientRemover> connecting(client.release(), {this});
+    std::unique_ptr<FourDClient, ClientRemover> connecting(client.release(), {this, cookie});
     DoClientConnectOnServer(connecting.get());
     static_cast<void>(connecting.release()); // now the list's
     return true;
@@ -85,12 +85,15 @@ void FourDPlug::HandleProcessEnd(long process) {
 }
 
 void FourDPlug::ForgetClient(FourDClient* client) {
-    const std::unique_ptr<FourDClient, ClientRemover> going(client, {this});
+    const std::unique_ptr<FourDClient, ClientRemover> going(client, {this, client->cookie});
     DoClientDisconnectOnServer(client);
 }
 
 void FourDPlug::ClientRemover::operator()(FourDClient* client) const {
-    if (plug->clients != nullptr && _remove_from_list(plug->clients, client) != nullptr) {
+    const bool isThere = plug->clients != nullptr && _is_in_list(plug->clients, client) != 0 &&
+                         client->cookie == cookie; // not another one in its place
+    if (isThere) {
+        _remove_from_list(plug->clients, client);
         delete client;
     }
 }

@@ -20,13 +20,6 @@ constexpr char LineFeed = 10;
 /// and only the first 255 characters are used.
 char formatBuffer[4096];
 
-long FormatP(unsigned char* out, const char* format, std::va_list arguments) {
-    formatBuffer[0] = '\0';
-    std::vsnprintf(formatBuffer, sizeof formatBuffer, format, arguments);
-    _CopyC2PStr(formatBuffer, out);
-    return out[0];
-}
-
 /// Writes the code's characters as `write` has them, and answers how many characters that makes.
 template <typename Write>
 long ForEachCharacter(OSType code, char* out, Write write) {
@@ -182,10 +175,17 @@ OSType _CStringToOSType(const char* text) {
     return _StringToOSType(string);
 }
 
+long _FormatPWithCStrV(unsigned char* out, const char* format, std::va_list arguments) {
+    formatBuffer[0] = '\0';
+    std::vsnprintf(formatBuffer, sizeof formatBuffer, format, arguments);
+    _CopyC2PStr(formatBuffer, out);
+    return out[0];
+}
+
 long _FormatPWithCStr(unsigned char* out, const char* format, ...) {
     std::va_list arguments; // NOLINT(cppcoreguidelines-init-variables): va_start does
     va_start(arguments, format);
-    const long length = FormatP(out, format, arguments);
+    const long length = _FormatPWithCStrV(out, format, arguments);
     va_end(arguments);
     return length;
 }
@@ -195,7 +195,7 @@ long _FormatPWithPStr(unsigned char* out, const unsigned char* format, ...) {
     _CopyP2CStr(format, text);
     std::va_list arguments; // NOLINT(cppcoreguidelines-init-variables): va_start does
     va_start(arguments, format);
-    const long length = FormatP(out, text, arguments);
+    const long length = _FormatPWithCStrV(out, text, arguments);
     va_end(arguments);
     return length;
 }

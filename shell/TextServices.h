@@ -2,6 +2,8 @@
 
 #include "platform/Types.h"
 
+#include <cstdarg>
+
 // Small text services: four-character codes, formatting, case, byte sizes, line endings, bits.
 
 // --- Four-character codes -------------------------------------------------------------------
@@ -26,6 +28,9 @@ OSType _CStringToOSType(const char* text);
 /// Formats as printf does and stores the first 255 characters as a Pascal string (256 bytes).
 /// Answers how many they are.
 [[gnu::format(printf, 2, 3)]] long _FormatPWithCStr(unsigned char* out, const char* format, ...);
+/// The same for a function that takes the arguments itself.
+[[gnu::format(printf, 2, 0)]] long _FormatPWithCStrV(unsigned char* out, const char* format,
+                                                     std::va_list arguments);
 /// The same with the format as a Pascal string.
 long _FormatPWithPStr(unsigned char* out, const unsigned char* format, ...);
 

@@ -56,6 +56,9 @@ const char* ReadClientQuery(char* text, unsigned long* cookie) {
 } // namespace
 
 void FourDPlug::GetVersion(unsigned char* version, unsigned char* name) {
+    if (version == nullptr || name == nullptr) {
+        return;
+    }
     char text[256];
     _CopyP2CStr(version, text);
     unsigned long cookie = 0;

@@ -3,6 +3,7 @@
 
 #include "host/FourD.h"
 #include "platform/Toolbox.h"
+#include "shell/Entry.h"
 #include "testhost/app/DatabaseFile.h"
 #include "tests/Fixture.h"
 #include "ui/AreaManager.h"
@@ -64,6 +65,9 @@ class TestArea : public CXArea {
         CXArea::InitArea(itsParams);
         Meet("init");
         EXPECT_TRUE(living.contains(this));
+        if (hook == "throw in init") {
+            throw hook;
+        }
     }
     void InitAreaPort(GrafPort* itsPort, Rect* rect) override {
         CXArea::InitAreaPort(itsPort, rect);
@@ -77,7 +81,12 @@ class TestArea : public CXArea {
         CXArea::DoScroll(rect);
         Meet("scroll");
     }
-    void CloseArea() override { Note("close"); }
+    void CloseArea() override {
+        Note("close");
+        if (hook == "throw in close") {
+            throw hook;
+        }
+    }
     void LoadDataFromField() override { Note("load"); }
     void UnloadDataToField() override { Note("unload"); }
     void DoIdle() override { Note("idle"); }
@@ -513,6 +522,54 @@ TEST_F(AreaTest, AnAreaDeletedByAHookOfAnEventIsAskedNothingMore) {
     TestArea::hook = "in";
     Area()._SetAreaPage(0); // outside any event
     EXPECT_THAT(TestArea::calls, ElementsAre("in", "close"));
+    EXPECT_THAT(TestArea::living, IsEmpty());
+}
+
+TEST_F(AreaTest, AnAreaGoesOnceWhateverItsHooksThrowAndDelete) {
+    static AreaTest* self;
+    self = this;
+    AreaInitBlock block = {};
+    const auto send = [&](Word code) {
+        KeepExceptionsInside([&] { Send(code, reinterpret_cast<unsigned long>(&block)); });
+    };
+    TestArea::hook = "throw in init";
+    send(602);
+    EXPECT_EQ(slot, nullptr);
+    EXPECT_THAT(TestArea::living, IsEmpty());
+
+    TestArea::hook.clear();
+    Create();
+    TestArea::hook = "throw in close";
+    const auto deleteAll = [](CXArea* area, void*) {
+        CXArea* place = area;
+        EventRecord event = {17, 0, 0, {0, 0}, 0};
+        KeepExceptionsInside(
+            [&] { self->manager.DispatchEvent(&event, nullptr, nullptr, &place); });
+    };
+    manager.DoToAllAreas(deleteAll, nullptr);
+    EXPECT_THAT(TestArea::living, IsEmpty());
+    EXPECT_FALSE(manager.IsAnArea(slot));
+
+    slot = nullptr;
+    TestArea::hook.clear();
+    Create();
+    TestArea::hook = "close"; // within which it is deleted once more
+    TestArea::inHandler = [] {
+        CXArea* place = *TestArea::living.begin();
+        EventRecord event = {17, 0, 0, {0, 0}, 0};
+        self->manager.DispatchEvent(&event, nullptr, nullptr, &place);
+        EXPECT_EQ(TestArea::living.size(), 1);
+    };
+    Delete();
+    EXPECT_THAT(TestArea::calls, ElementsAre("close"));
+    EXPECT_THAT(TestArea::living, IsEmpty());
+    {
+        TestManager shortLived;
+        CXArea* place = nullptr;
+        EventRecord event = {16, 0, 0, {0, 0}, 0};
+        shortLived.DispatchEvent(&event, &rect, PascalString(name), &place);
+        TestArea::hook = "throw in close";
+    }
     EXPECT_THAT(TestArea::living, IsEmpty());
 }
 

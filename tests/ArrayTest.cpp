@@ -326,6 +326,7 @@ TEST_P(ArrayTest, RemovedRowsReleaseWhatRow0SaysTheyHold) {
         // A row that holds the array itself.
         auto* first = static_cast<ArrayRow*>(array.ComputeAddress(1));
         DisposeHandle(std::exchange(first->array.elements, array.Value().array.elements));
+        EXPECT_EQ(array.SetRowSize(1, 0), 0);
         EXPECT_EQ(array.SetArraySize(0), 0);
         EXPECT_EQ(ToolboxLiveHandles(), before + 1);
     }
@@ -496,7 +497,9 @@ TEST_P(ArrayTest, UnicodeElementsAreTheHosts) {
     EXPECT_EQ(host.strings.Live(), 1);
     array.AtPut(1, host.strings.Create("three"));
     array.AtPut(2, PascalString("gone"));
-    array.AtPut(2, PascalString("")); // an empty text needs no string
+    array.AtPut(2, PascalString(""));                           // an empty text needs no string
+    array.AtPut(1, static_cast<const unsigned char*>(nullptr)); // nothing, here and below
+    array.AtPut(1, static_cast<const unsigned short*>(nullptr));
     EXPECT_EQ(host.strings.Live(), 1);
     EXPECT_EQ(textOf(1) + textOf(2), "three");
     host.FailNext("SetFDString", -1234);

@@ -147,6 +147,18 @@ TEST_P(PlugTest, DoesNothingWithoutAPlugInObject) {
     EXPECT_TRUE(SelectorsSent().empty());
 }
 
+TEST_P(PlugTest, RequestsWithoutARecordOrAPlaceForTheAnswerDoNothing) {
+    ReadWriteBlock block = {};
+    unsigned long cell = 5;
+    for (const long selector : {-201L, -202L, -205L, -206L, -207L}) {
+        session.Enter(selector, nullptr, nullptr, &cell, "without record");
+        if (selector != -202) {
+            session.Enter(selector, &block, nullptr, nullptr, "without answer");
+        }
+    }
+    EXPECT_EQ(cell, 5UL);
+}
+
 TEST(ProcessEndTest, ForgetsTheFirstClientOfTheProcessFromHost113On) {
     const auto clientsAfterEnd = [](unsigned short version) {
         Host host({.version = version, .role = Role::Server});

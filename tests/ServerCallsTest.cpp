@@ -64,6 +64,9 @@ class ServerPlug : public TestPlug {
         if (client->cookie == Thrown + 1) {
             throw std::string("kept inside");
         }
+        if (onDisconnect) {
+            onDisconnect();
+        }
     }
     void DoProcOnServer(FourDClient*, short kind, char** data) override {
         events.push_back(std::to_string(kind) + " " + OwnedHandle::BytesOf(data));
@@ -76,6 +79,7 @@ class ServerPlug : public TestPlug {
         }
     }
     std::function<void()> onConnect;
+    std::function<void()> onDisconnect;
     using FourDPlug::lastCallID;
     using FourDPlug::serverCalls;
 };
@@ -172,6 +176,20 @@ TEST(ServerCallsTest, ClientsGoOnceWhateverTheHooksDo) {
     EXPECT_TRUE(server.Connect(Thrown + 1, 4));
     server.Disconnect(Thrown + 1);
     EXPECT_TRUE(_is_empty(server.plug.clients));
+    // The client goes while it is told of; another one may then have its memory.
+    EXPECT_TRUE(server.Connect(1, 4));
+    server.plug.onDisconnect = [&] {
+        server.plug.onDisconnect = nullptr;
+        server.Disconnect(1);
+        for (unsigned long cookie = 2; cookie < 10; ++cookie) {
+            EXPECT_TRUE(server.Connect(cookie, 4));
+        }
+    };
+    server.Disconnect(1);
+    EXPECT_EQ(_num_of_objects(server.plug.clients), 8);
+    for (unsigned long cookie = 2; cookie < 10; ++cookie) {
+        server.Disconnect(cookie);
+    }
 }
 
 TEST(ServerCallsTest, AnIdentificationNeverReachesBeyondItselfOrTheRecord) {

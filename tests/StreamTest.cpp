@@ -188,6 +188,25 @@ TEST_P(StreamTest, HandleStreamsMoveGrowAndCut) {
     }
     EXPECT_EQ(handle.Bytes(), "0!");
     EXPECT_NE(HGetState(handle) & 0x40, 0);
+    {
+        CHandleStream stream(handle, 0);
+        stream.SetPosition(2);
+        SetHandleSize(handle, 1); // and nothing is written
+        EXPECT_EQ(stream.WriteData(nullptr, 1), ResultCode::BadParameter);
+        EXPECT_EQ(stream.ReadData(nullptr, 1), ResultCode::BadParameter);
+    }
+    EXPECT_EQ(handle.Bytes(), "0");
+    {
+        class Stubborn : public CHandleStream {
+          public:
+            using CHandleStream::CHandleStream;
+            OSErr SetSize(long) override { return ResultCode::NoError; }
+        } stream(handle, 0);
+        long number = 0;
+        EXPECT_EQ(stream.Write(number), ResultCode::MemoryFull);
+        stream.SetPosition(1);
+    }
+    EXPECT_EQ(handle.Bytes(), "0");
 
     CHandleStream nothing(nullptr, 100);
     char byte = 0;
@@ -250,6 +269,10 @@ TEST_P(StreamTest, StoredLengthsAreNotBelieved) {
     PascalString string("");
     EXPECT_EQ(stream.Read(string, 0), ResultCode::EndOfData);
     EXPECT_EQ(string.Text(), "abc"); // as far as it was read
+    stream.SetPosition(0);
+    DateBlock date = {1, 2, 3};
+    EXPECT_EQ(stream.Read(&date), ResultCode::EndOfData);
+    EXPECT_EQ(std::tuple(date.day + 0, date.month + 0, date.year + 0), std::tuple(0, 0, 0));
 }
 
 /// What comes through a pipe: bytes, and no answer to where they stand or how many there are.
@@ -265,6 +288,9 @@ class Pipe : public CStream {
     }
     OSErr ReadData(void* buffer, long count) override {
         mostAsked = std::max(mostAsked, count);
+        if (throws && count > 2) {
+            throw count;
+        }
         const size_t taken = std::min(bytes.size() - read, static_cast<size_t>(count));
         bytes.copy(static_cast<char*>(buffer), taken, read);
         read += taken;
@@ -274,6 +300,7 @@ class Pipe : public CStream {
     std::string bytes;
     size_t read = 0;
     long mostAsked = 0;
+    bool throws = false;
     int refused = 0;
 
   private:
@@ -307,6 +334,13 @@ TEST_P(StreamTest, PipesAreReadWithoutAsking) {
         textRead.SetLength(0);
         DisposeHandle(made);
     }
+    Pipe broken;
+    broken.Write(&text, 0);
+    broken.throws = true;
+    CTextBlock halfRead;
+    EXPECT_THROW(broken.Read(&halfRead, 0), long);
+    EXPECT_EQ(HGetState(halfRead.GetHandle()) & 0x80, 0); // not left locked
+    halfRead.SetLength(0);
     text.SetLength(0);
 
     for (const long existing : {0L, 5L}) {

@@ -212,6 +212,7 @@ TEST_P(TextBlockTest, ReadsNothingThatIsNotThere) {
         EXPECT_EQ(counted.Text(), expected);
         EXPECT_EQ(text.SetTo(view), 0);
         EXPECT_EQ(TextOf(text), expected);
+        EXPECT_EQ(CTextBlock(static_cast<const char*>(nullptr), 4).GetLength(), 0);
         EXPECT_EQ(view.GetChar(3), 0);
         view.SetChar(3, 'c');
         EXPECT_EQ(view.Append("cd"), 0);

@@ -62,7 +62,7 @@ bool IsNear(short a, short b) {
 
 // --- Events ---------------------------------------------------------------------------------
 
-/// What an area does with an event; those that answer for their handler say whether it did.
+/// What an area does with an event.
 struct CXArea::EventRow {
     unsigned short code;
     void (*act)(CXArea& area, EventRecord* event, Rect* rect);

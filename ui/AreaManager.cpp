@@ -91,13 +91,21 @@ CXAreaManager::~CXAreaManager() {
     while (!areas.empty()) {
         CXArea* area = areas.front();
         areas.erase(areas.begin());
-        DestroyAnArea(area);
+        KeepExceptionsInside([&] { DestroyAnArea(area); }); // this may be the end of the library
     }
 }
 
+/// From here on nothing is asked of the area but CloseArea, within which it may be met once more:
+/// the manager's list still has it.
 void CXAreaManager::DestroyAnArea(CXArea* area) {
-    area->CloseArea();
+    const CXArea::Scope scope(*area);
+    if (scope.IsDoomed()) {
+        return;
+    }
     area->Delete();
+    const auto unlink = [this](CXArea* closed) { UnlinkArea(closed); }; // if it throws, too
+    const std::unique_ptr<CXArea, decltype(unlink)> closing(area, unlink);
+    area->CloseArea();
 }
 
 void CXAreaManager::LinkArea(CXArea* area) {
@@ -123,8 +131,16 @@ void CXAreaManager::HandleNewArea(AreaParams* params, CXArea** area) {
         return;
     }
     LinkArea(made.get());
-    *area = made.release();
-    (*area)->Init(params);
+    const CXArea::Scope scope(*made);
+    const auto takeBack = [&](CXArea* failed) {
+        *area = nullptr;
+        UnlinkArea(failed);
+        failed->Delete();
+    };
+    std::unique_ptr<CXArea, decltype(takeBack)> initialising(made.release(), takeBack);
+    *area = initialising.get();
+    initialising->Init(params);
+    static_cast<void>(initialising.release()); // now the host's
 }
 
 void CXAreaManager::DoToAllAreas(void (*procedure)(CXArea*, void*), void* data) {
@@ -171,20 +187,16 @@ void CXAreaManager::DispatchEvent(EventRecord* event, Rect* rect, unsigned char*
         return;
     default:
         if (*area != nullptr) {
-            (*area)->HandleEvent(event, rect); // which may delete this manager, too
+            (*area)->HandleEvent(event, rect); // after which nothing here may be there any more
         }
     }
 }
 
 /// The host's place is cleared first: what CloseArea sets off must find no area there.
 void CXAreaManager::DeleteArea(CXArea** area) {
-    CXArea* last = std::exchange(*area, nullptr);
-    if (last == nullptr) {
-        return;
+    if (CXArea* last = std::exchange(*area, nullptr); last != nullptr) {
+        DestroyAnArea(last);
     }
-    last->CloseArea();
-    UnlinkArea(last);
-    last->Delete();
 }
 
 void CXAreaManager::AnswerEditor(EventRecord* event, Rect* rect, unsigned char* name) {
@@ -267,7 +279,7 @@ void FourDDialogAreaHandler(long* areaData, unsigned char* objectName, Rect* rec
 void FourDDialog::SetAreaHandler(FourDDialog* dialog, const char* objectName, void* handler,
                                  void* data) {
     DialogCall call(Select("DialogSetAreaHandler"), dialog, objectName);
-    call.SetAddress(data);
+    call.PutAddressOrNull(data);
     call->param2 = AreaHandlerConstant;
     call->param3 = call->param4 = reinterpret_cast<long>(handler);
     call.Send();
@@ -276,7 +288,7 @@ void FourDDialog::SetAreaHandler(FourDDialog* dialog, const char* objectName, vo
 CXArea* FourDDialog::SetupPluginArea(FourDDialog* dialog, const char* objectName,
                                      CXAreaManager* manager, short) {
     GrafPort* const window = WindowOf(dialog);
-    if (window == nullptr) {
+    if (window == nullptr || objectName == nullptr || manager == nullptr) {
         return nullptr;
     }
     OwnedAreaRecord record(
@@ -310,5 +322,5 @@ CXArea* FourDDialog::SetupPluginArea(FourDDialog* dialog, const char* objectName
     *record = {area, manager};
     SetAreaHandler(dialog, objectName, reinterpret_cast<void*>(FourDDialogAreaHandler),
                    record.release()); // freed with the last event
-    return area;
+    return scope.IsDoomed() ? nullptr : area;
 }

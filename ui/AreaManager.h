@@ -90,7 +90,7 @@ class CXAreaManager {
     void DoToAllAreas(void (*procedure)(CXArea* area, void* data), void* data);
 
   private:
-    static void DestroyAnArea(CXArea* area);
+    void DestroyAnArea(CXArea* area);
     void DeleteArea(CXArea** area);
     void AnswerEditor(EventRecord* event, Rect* rect, unsigned char* name);
 

@@ -152,14 +152,17 @@ void FourDDialog::SetArrayElement(FourDDialog* dialog, const char* name, long in
 
 void FourDDialog::SetArrayElement(FourDDialog* dialog, const char* name, long index,
                                   const char* value) {
-    const size_t length = value != nullptr ? std::strlen(value) : 0;
+    if (value == nullptr) {
+        value = "";
+    }
+    const size_t length = std::strlen(value);
     if (length > LongestString) {
         const TemporaryHandle text(value, static_cast<long>(length));
         SetArrayElement(dialog, name, index, text.Get());
         return;
     }
     Str255 string = {};
-    _CopyC2PStr(value != nullptr ? value : "", string);
+    _CopyC2PStr(value, string);
     SetArrayElement(dialog, name, index, string);
 }
 
@@ -172,20 +175,25 @@ void FourDDialog::SetArrayElement(FourDDialog* dialog, const char* name, long in
 void FourDDialog::SetArrayElement(FourDDialog* dialog, const char* name, long index,
                                   Picture** picture) {
     ElementCall call(Select("DialogSetArrayElementPicture"), dialog, name, index);
-    call.SetAddress(picture);
+    call.PutAddressOrNull(picture);
     call.Send();
 }
 
 void FourDDialog::GetArrayElement(FourDDialog* dialog, const char* name, long index, long* value) {
     ElementCall call(Select("DialogGetArrayElementLong"), dialog, name, index);
-    *value = call.Answer().value.number;
+    const long found = call.Answer().value.number;
+    if (value != nullptr) {
+        *value = found;
+    }
 }
 
 void FourDDialog::GetArrayElement(FourDDialog* dialog, const char* name, long index,
                                   double* value) {
     ElementCall call(Select("DialogGetArrayElementReal"), dialog, name, index);
     call.Send();
-    *value = call.GetReal();
+    if (value != nullptr) {
+        *value = call.GetReal();
+    }
 }
 
 void FourDDialog::GetArrayElement(FourDDialog* dialog, const char* name, long index,
@@ -198,12 +206,16 @@ void FourDDialog::GetArrayElement(FourDDialog* dialog, const char* name, long in
 void FourDDialog::GetArrayElement(FourDDialog* dialog, const char* name, long index, char* value) {
     Str255 string = {};
     GetArrayElement(dialog, name, index, string);
-    _CopyP2CStr(string, value);
+    if (value != nullptr) {
+        _CopyP2CStr(string, value);
+    }
 }
 
 void FourDDialog::GetArrayElement(FourDDialog* dialog, const char* name, long index, Handle* text) {
-    ElementCall call(Select("DialogGetArrayElementText"), dialog, name, index);
-    *text = call.Answer().handle;
+    if (text != nullptr) { // else nobody would own it
+        ElementCall call(Select("DialogGetArrayElementText"), dialog, name, index);
+        *text = call.Answer().handle;
+    }
 }
 
 void FourDDialog::GetArrayElement(FourDDialog*, const char*, long, Picture***) {}
@@ -231,7 +243,7 @@ long FourDDialog::FindInArray(FourDDialog* dialog, const char* name, const unsig
     return FindElement(dialog, name, [=](long index) {
         Str255 element = {};
         GetArrayElement(dialog, name, index, element);
-        return _PStringsEqual(element, value);
+        return value != nullptr && _PStringsEqual(element, value);
     });
 }
 

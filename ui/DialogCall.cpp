@@ -14,12 +14,12 @@ constexpr size_t WidestText = 1024;
 } // namespace
 
 DialogCall::DialogCall(Selector operation, FourDDialog* dialog) : HostCall(operation) {
-    (*this)->param1 = reinterpret_cast<long>(dialog);
+    PutNumbers(reinterpret_cast<long>(dialog));
 }
 
 DialogCall::DialogCall(Selector operation, FourDDialog* dialog, const char* name, bool wantsEngine)
     : HostCall(operation, wantsEngine) {
-    (*this)->param1 = reinterpret_cast<long>(dialog);
+    PutNumbers(reinterpret_cast<long>(dialog));
     SetName(name);
 }
 
@@ -47,10 +47,6 @@ void DialogCall::SetReal(double real) {
         FourD::SwapReal64To80(&value);
     }
     (*this)->value.real = value;
-}
-
-void DialogCall::SetAddress(const void* address) {
-    (*this)->handle = static_cast<Handle>(const_cast<void*>(address)); // one type for all
 }
 
 const CallFields& DialogCall::Answer() {

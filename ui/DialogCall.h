@@ -25,7 +25,6 @@ class DialogCall : public HostCall {
     void SetName(const char* name);
     void SetString(const unsigned char* string); ///< null sends none
     void SetReal(double real);
-    void SetAddress(const void* address); ///< in `handle`
 
     /// Sends the call, and shows the fields as they were answered.
     const CallFields& Answer();

@@ -26,7 +26,7 @@ unsigned char Flag(long answered) {
 
 /// A Pascal string out of a text, or of the plug-in's string list.
 struct PascalText {
-    explicit PascalText(const char* text) { _CopyC2PStr(text, string); }
+    explicit PascalText(const char* text) { _CopyC2PStr(text != nullptr ? text : "", string); }
     PascalText(short listID, short index) { FourD::GetPluginIndString(string, listID, index); }
 
     Str255 string = {};
@@ -56,7 +56,7 @@ void SendEnd(FourDDialog* dialog, long cancelled) {
 /// A value is read and written at its address.
 OSErr SendValue(Selector operation, FourDDialog* dialog, const char* name, ValueBlock* value) {
     DialogCall call(operation, dialog, name);
-    call.SetAddress(value);
+    call.PutAddressOrNull(value);
     return call.Answer().error;
 }
 
@@ -110,7 +110,7 @@ FourDDialog* FourDDialog::CreateFourDDialog(const unsigned char* formName,
     call->param2 = windowType;
     call->param3 = windowOptions;
     call->flag1 = flag;
-    call.SetAddress(rect != nullptr ? rect : &none);
+    call.PutAddressOrNull(rect != nullptr ? rect : &none);
     call->param4 = DialogTag;
     call.Send();
     // A host that refuses leaves the context where the dialog would be.
@@ -125,7 +125,7 @@ void FourDDialog::ModalDialog(FourDDialog* dialog, DialogFilter filter, char* ob
                               unsigned char* done, unsigned char* cancelled) {
     DialogCall call(Select("ModalDialog"), dialog);
     if (call.EngineOnly() == nullptr) {
-        call.SetAddress(filter);
+        call.PutAddressOrNull(filter);
     }
     call.Send();
     call.GetName(objectName);
@@ -187,7 +187,7 @@ void FourDDialog::GotoVariable(FourDDialog* dialog, const char* name) {
 
 void FourDDialog_SetUserData(FourDDialog* dialog, void* data) {
     DialogCall call(Select("DialogSetUserData"), dialog);
-    call.SetAddress(data);
+    call.PutAddressOrNull(data);
     call.Send();
 }
 
@@ -323,8 +323,12 @@ void FourDDialog::SetPictureVar(FourDDialog* dialog, const char* name, Picture**
 }
 
 short FourDDialog::GetDateVar(FourDDialog* dialog, const char* name, DateBlock* date) {
-    *date = DialogCall(Select("DialogGetDateVar"), dialog, name).Answer().value.date;
-    return date->year;
+    const DateBlock found =
+        DialogCall(Select("DialogGetDateVar"), dialog, name).Answer().value.date;
+    if (date != nullptr) {
+        *date = found;
+    }
+    return found.year;
 }
 
 void FourDDialog::SetDateVar(FourDDialog* dialog, const char* name, DateBlock date) {
@@ -428,7 +432,9 @@ void FourDDialog::GetRect(FourDDialog* dialog, const char* name, Rect* rect) {
     call.Send();
     const long corners[] = {call->param2, call->param3};
     static_assert(sizeof corners == sizeof *rect);
-    std::memcpy(rect, corners, sizeof *rect);
+    if (rect != nullptr) {
+        std::memcpy(rect, corners, sizeof *rect);
+    }
 }
 
 void FourDDialog::Redraw(FourDDialog* dialog, const char* name) {

@@ -13,12 +13,13 @@ using DialogFilter = void*;
 
 /// A dialog that the host runs from a form in the plug-in's resources. A `FourDDialog*` is the
 /// host's reference to a dialog or dialog context, never looked into; null is no dialog. Each
-/// operation is one host call, except where it says otherwise, whose selector has the operation's
-/// name in host/Selectors.h.
+/// operation is one host call, whose selector has the operation's name in host/Selectors.h, beside
+/// those that convert a real (hosts before 11.0) or make and release a host string.
 ///
-/// Variables and objects have names, zero-terminated and cut to 255 characters. Pascal strings are
-/// cut to 141 characters on hosts before 11.0. Nothing is reported but what is answered: a getter
-/// of an unknown name answers 0, an empty string or null.
+/// Variables and objects have names, zero-terminated and cut to 255 characters; null is an empty
+/// one. Pascal strings are cut to 141 characters on hosts before 11.0, and on all of them by the
+/// operations that are classic on all. Nothing is reported but what is answered: a getter of an
+/// unknown name answers 0, an empty string or null. A place for an answer may be null.
 class FourDDialog {
   public:
     // --- Life -----------------------------------------------------------------------------
@@ -202,9 +203,9 @@ class FourDDialog {
     // --- External areas (AreaManager.cpp) -----------------------------------------------------
 
     /// Puts an area of the plug-in, which its manager makes, into an object; null when the dialog
-    /// has no window, there is no memory, or the manager makes none. What the host answers does not
-    /// count: the area goes with the last event that it sends. The manager has to outlive both. The
-    /// number is not used.
+    /// has no window, there is no memory, the manager makes none, or it is deleted here. What the
+    /// host answers does not count: the area goes with the last event that it sends. The manager
+    /// has to outlive both. The number is not used.
     static CXArea* SetupPluginArea(FourDDialog* dialog, const char* objectName,
                                    CXAreaManager* manager, short number);
     /// Has the host send an object's area events to `handler` (a FourDDialogAreaHandler), with the
