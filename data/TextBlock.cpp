@@ -37,7 +37,7 @@ CTextBlock::CTextBlock(const unsigned char (&string)[256])
 CTextBlock::CTextBlock(const char* text) : CTextBlock(text, Measure(text)) {}
 
 CTextBlock::CTextBlock(const char* bytes, short length) {
-    SetLength(bytes != nullptr ? length : 0);
+    SetLength(bytes != nullptr ? length : short{0});
     Fill(nullptr, bytes, 0, fSize);
 }
 

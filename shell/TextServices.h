@@ -29,8 +29,7 @@ OSType _CStringToOSType(const char* text);
 /// Answers how many they are.
 [[gnu::format(printf, 2, 3)]] long _FormatPWithCStr(unsigned char* out, const char* format, ...);
 /// The same for a function that takes the arguments itself.
-[[gnu::format(printf, 2, 0)]] long _FormatPWithCStrV(unsigned char* out, const char* format,
-                                                     std::va_list arguments);
+long _FormatPWithCStrV(unsigned char* out, const char* format, std::va_list arguments);
 /// The same with the format as a Pascal string.
 long _FormatPWithPStr(unsigned char* out, const unsigned char* format, ...);
 
