@@ -57,7 +57,7 @@ long SwitchEnvironment(Selector selector, unsigned char mode) {
     return answer;
 }
 
-/// Specification of the inside of the folder that holds a file.
+/// Specification of the folder that holds a file.
 OSErr FolderOf(OSErr (*fileOf)(FSSpec* spec), FSSpec* spec) {
     const OSErr error = fileOf(spec);
     if (error != ResultCode::NoError) {

@@ -60,7 +60,7 @@ class FourD {
     /// Specification of the structure file, made anew; -43, and an empty one, on a client and where
     /// FourD::Init found none.
     static OSErr GetStructFile(FSSpec* spec);
-    /// Specification of the inside of the folder that holds it; errors as above.
+    /// Specification of the folder that holds it; errors as above.
     static OSErr GetStructFolder(FSSpec* spec);
     /// Switches the host to its own environment mode, or to the Mac OS one, and records which;
     /// answers what the call returns.

@@ -53,14 +53,18 @@ OSErr FindLogs(const FSSpec& folder, FSSpec* logs) {
     return isFolder != 0 ? ResultCode::NoError : ResultCode::NotAFolder;
 }
 
-/// Native path of a specification that need not exist, cut to `size` - 1 characters, unless making
-/// it came to another error than that. -43 for an empty one.
-OSErr GivePath(OSErr error, const FSSpec& spec, char* out, long size) {
-    if (error != ResultCode::NoError && error != ResultCode::FileNotFound) {
-        return error;
-    }
+/// Native path of the specification that `make`, an OSErr(FSSpec*), stores, which need not exist,
+/// cut to `size` - 1 characters. -50 without room for it; any other error of `make` than that
+/// nothing is there; -43 for an empty specification.
+template <typename Make>
+OSErr GivePath(char* out, long size, Make make) {
     if (out == nullptr || size < 1) {
         return ResultCode::BadParameter;
+    }
+    FSSpec spec;
+    OSErr error = make(&spec);
+    if (error != ResultCode::NoError && error != ResultCode::FileNotFound) {
+        return error;
     }
     *out = '\0';
     if (IsEmptyFileSpec(spec)) { // it would stand for the current folder
@@ -80,6 +84,9 @@ OSErr FourDPlug::GetPluginParentFolderSpec(FSSpec* spec) {
 }
 
 OSErr FourDPlug::GetTarnwellFolderPathWin(char* out) {
+    if (out == nullptr) {
+        return ResultCode::BadParameter;
+    }
     out[0] = '\0';
     NativePath path;
     const OSErr error = FindFolder(gHost.prefsFolderPath, MakersName, &path);
@@ -91,6 +98,9 @@ OSErr FourDPlug::GetTarnwellFolderPathWin(char* out) {
 
 OSErr FourDPlug::GetTarnwellFolderSpec(FSSpec* out, unsigned char create) {
     ZeroFileSpec(out);
+    if (out == nullptr) {
+        return ResultCode::BadParameter;
+    }
     if (IsEmptyFileSpec(gHost.prefsFolder)) {
         return ResultCode::FileNotFound;
     }
@@ -122,6 +132,9 @@ OSErr FourDPlug::GetTarnwellFolderSpec(FSSpec* out, unsigned char create) {
 // library folder before them. Deliberate: each has its own callers, who keep their logs there.
 
 OSErr FourDPlug::GetLogsFolderPathWin(char* out) {
+    if (out == nullptr) {
+        return ResultCode::BadParameter;
+    }
     if (FourD::Is4DClient() != 0) {
         return ResultCode::NoError;
     }
@@ -145,6 +158,9 @@ OSErr FourDPlug::GetLogsFolderPathWin(char* out) {
 }
 
 OSErr FourDPlug::GetLogsFolderSpec(FSSpec* out) {
+    if (out == nullptr) {
+        return ResultCode::BadParameter;
+    }
     FSSpec folder;
     OSErr error = GetPluginParentFolderSpec(&folder);
     if (error == ResultCode::NoError) {
@@ -167,12 +183,14 @@ OSErr FourDPlug::GetLogsFolderSpec(FSSpec* out) {
 }
 
 OSErr FourDPlug::GetLogsFolderPath(char* out, long size) {
-    FSSpec logs;
-    return GivePath(GetLogsFolderSpec(&logs), logs, out, size);
+    return GivePath(out, size, GetLogsFolderSpec);
 }
 
 OSErr FourDPlug::GetTempFolderSpec(FSSpec* out, unsigned char create) {
     ZeroFileSpec(out);
+    if (out == nullptr) {
+        return ResultCode::BadParameter;
+    }
     NativePath folder;
     OSErr error = FindTempFolder(&folder);
     if (error != ResultCode::NoError || folder.length == 0) {
@@ -196,12 +214,15 @@ OSErr FourDPlug::GetTempFolderSpec(FSSpec* out, unsigned char create) {
 }
 
 OSErr FourDPlug::GetTempFolderPath(char* out, long size, unsigned char create) {
-    FSSpec folder;
-    return GivePath(GetTempFolderSpec(&folder, create), folder, out, size);
+    return GivePath(out, size,
+                    [=, this](FSSpec* folder) { return GetTempFolderSpec(folder, create); });
 }
 
 OSErr FourDPlug::GetTempFileSpec(FSSpec* out, const char* base, const char* extension) {
     ZeroFileSpec(out);
+    if (out == nullptr || base == nullptr || extension == nullptr) {
+        return ResultCode::BadParameter; // before there is a folder
+    }
     FSSpec folder;
     const OSErr error = GetTempFolderSpec(&folder, 1);
     if (error != ResultCode::NoError) {
@@ -214,11 +235,11 @@ OSErr FourDPlug::GetTempFileSpec(FSSpec* out, const char* base, const char* exte
 }
 
 OSErr FourDPlug::GetTempFilePath(char* out, long size, const char* base, const char* extension) {
-    FSSpec file;
-    return GivePath(GetTempFileSpec(&file, base, extension), file, out, size);
+    return GivePath(out, size,
+                    [=, this](FSSpec* file) { return GetTempFileSpec(file, base, extension); });
 }
 
-/// Deletes the temporary folder with its contents; one that was never made is not looked for twice.
+/// Deletes the temporary folder with its contents, if it is there.
 void FourDPlug::DeleteTempFolder() {
     FSSpec folder;
     if (GetTempFolderSpec(&folder, 0) == ResultCode::NoError && !IsEmptyFileSpec(folder)) {

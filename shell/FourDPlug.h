@@ -124,6 +124,7 @@ class FourDPlug {
     /// Its native path, whether it exists or not.
     OSErr GetTempFolderPath(char* out, long size, unsigned char create);
     /// A free name in the temporary folder, which is made. Success is -43: no such file yet.
+    /// An error, also a -43 because a folder is missing, leaves the specification empty.
     OSErr GetTempFileSpec(FSSpec* out, const char* base, const char* extension);
     /// Its native path; success is 0.
     OSErr GetTempFilePath(char* out, long size, const char* base, const char* extension);

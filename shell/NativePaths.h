@@ -41,7 +41,7 @@ void strrep(char* text, char from, char to);
 /// Long form of an existing path, "/" turned into "\". Answers its length, the terminator not
 /// counted; when `out` is null or has fewer than length + 1 bytes, length + 1, and `out` is left
 /// alone; 0 for a path that is null, missing or longer than 1,040 characters in either form (see
-/// the system's last error). Relative paths come back as they are. Not re-entrant.
+/// the system's last error). A relative path stays one. Not re-entrant.
 unsigned long ShortToLongPathName(const char* path, char* out, unsigned long size);
 /// The same by the system's own function where it has one.
 unsigned long GetLongPathNameCompat(const char* path, char* out, unsigned long size);

@@ -101,8 +101,13 @@ OSErr GetTempFileSpec(FSSpec* out, const char* base, const char* extension) {
     ZeroFileSpec(out);
     FSSpec folder{};
     const OSErr error = GetTempFolderSpec(&folder);
-    return error == ResultCode::NoError ? GetTempFileSpecInFolder(out, &folder, base, extension)
-                                        : error;
+    if (error != ResultCode::NoError) {
+        return error;
+    }
+    if (IsEmptyFileSpec(folder)) { // the system named none; the current folder is not meant
+        return ResultCode::NotAFolder;
+    }
+    return GetTempFileSpecInFolder(out, &folder, base, extension);
 }
 
 OSErr CreateSafeOutputFileSpec(const FSSpec* target, FSSpec* temporary) {

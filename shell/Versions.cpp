@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Holds the longest version text: "165.15.15d255", of digits that are none.
+/// Holds the longest version text: "165.15.15d255", of a byte whose digits are above 9.
 constexpr std::size_t VersionCapacity = 16;
 
 } // namespace

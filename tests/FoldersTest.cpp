@@ -263,6 +263,13 @@ TEST_P(FoldersTest, TheTemporaryFolderIsTheSessionsOwnAndGoesWithIt) {
     char path[MAX_PATH];
     EXPECT_EQ(plug.GetTempFolderPath(path, sizeof path, 0), 0); // named, but not made
     const std::string folder = path;
+    EXPECT_EQ(plug.GetTempFileSpec(nullptr, "draft", "txt"), ResultCode::BadParameter);
+    EXPECT_EQ(plug.GetTempFilePath(path, 0, "draft", "txt"), ResultCode::BadParameter);
+    EXPECT_EQ(plug.GetTempFolderPath(nullptr, sizeof path, 1), ResultCode::BadParameter);
+    EXPECT_EQ(plug.GetTarnwellFolderPathWin(nullptr), ResultCode::BadParameter);
+    EXPECT_EQ(plug.GetTarnwellFolderSpec(nullptr, 1), ResultCode::BadParameter);
+    EXPECT_EQ(plug.GetLogsFolderPathWin(nullptr), ResultCode::BadParameter);
+    EXPECT_EQ(plug.GetLogsFolderSpec(nullptr), ResultCode::BadParameter);
     EXPECT_FALSE(fs::exists(folder));
     char name[32];
     std::snprintf(name, sizeof name, "Test_%08lX", FourD::MacPortToHWND(gHost.startupWindow));
