@@ -230,7 +230,9 @@ OSErr FileSpecToCTextBlock(const FSSpec* spec, CTextBlock* text) {
         return error;
     }
     const auto error = static_cast<OSErr>(text->SetLength(static_cast<short>(path.length)));
-    if (error == ResultCode::NoError && path.length > 0) {
+    if (error != ResultCode::NoError) {
+        text->SetLength(0); // it has the length already, but not the bytes
+    } else if (path.length > 0) {
         const SHandleLocker locker(text->GetHandle());
         ASI_AnsiToMacBuf(path.bytes, *text->GetHandle(), path.length);
     }
