@@ -3,10 +3,10 @@
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "shell/CopyAndDelete.h"
-#include "shell/FileSpecs.h"
-#include "shell/NativePaths.h"
-#include "shell/TemporaryFiles.h"
+#include "shell/files/CopyAndDelete.h"
+#include "shell/files/FileSpecs.h"
+#include "shell/files/NativePaths.h"
+#include "shell/files/TemporaryFiles.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdio>

@@ -1,7 +1,8 @@
 #include "data/Array.h"
 
-#include "data/Handles.h"
+#include "data/blocks/Handles.h"
 #include "host/FourD.h"
+#include "host/HostCall.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 
@@ -170,4 +171,24 @@ SArrayRowLocker::~SArrayRowLocker() {
     if (fArray != nullptr) {
         fWasLocked ? fArray->LockRow(fRow) : fArray->UnlockRow(fRow);
     }
+}
+
+// The one call of the class that hands out an array; it stands here because the host's calls know
+// none of the classes that are built on them.
+OSErr FourD::GetArrayVar(unsigned char* name, CArray* array) {
+    if (array == nullptr) {
+        return ResultCode::BadParameter;
+    }
+    ValueBlock value{};
+    const ClassicSelector selector = Select("GetProcessVariable");
+    const OSErr error = ClassicCall(selector).PutName(name).PutAddress(&value).SendForError();
+    if (error != ResultCode::NoError) {
+        return error;
+    }
+    array->Forget();
+    array->Value().type = value.type;
+    if (array->IsArray()) { // the contents of another value are no storage to be disposed of
+        array->Value() = value;
+    }
+    return error;
 }

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "data/ArrayStorage.h"
-#include "data/TextBlock.h"
-#include "data/ValueBlock.h"
+#include "data/blocks/TextBlock.h"
+#include "data/blocks/ValueBlock.h"
 #include "platform/Types.h"
 
 #include <span>

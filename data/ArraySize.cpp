@@ -1,7 +1,7 @@
 // How an array grows and shrinks, and what becomes of what its elements own.
 
 #include "data/Array.h"
-#include "data/Handles.h"
+#include "data/blocks/Handles.h"
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "data/ValueBlock.h"
+#include "data/blocks/ValueBlock.h"
 #include "platform/Toolbox.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "data/Base64.h"
 
 #include "data/Base64Kernels.h"
-#include "data/Handles.h"
+#include "data/blocks/Handles.h"
 #include "platform/Toolbox.h"
 
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "data/Stream.h"
 
-#include "data/Handles.h"
+#include "data/blocks/Handles.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "data/TextBlock.h"
+#include "data/blocks/TextBlock.h"
 #include "platform/Types.h"
 
 /// A sink and source of bytes with a position, and the typed layout on top of it: integers

@@ -1,9 +1,9 @@
 // What variables have the host execute: their declarations, and the expression for a pointer.
 
-#include "data/Value.h"
 #include "data/Variables.h"
 #include "host/Formulas.h"
-#include "shell/Strings.h"
+#include "host/Value.h"
+#include "shell/base/Strings.h"
 
 #include <algorithm>
 #include <cstdio>

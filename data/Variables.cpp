@@ -1,11 +1,11 @@
 #include "data/Variables.h"
 
-#include "data/Handles.h"
-#include "data/Value.h"
+#include "data/blocks/Handles.h"
 #include "host/FourD.h"
+#include "host/Value.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "data/Array.h"
-#include "data/TextBlock.h"
-#include "data/Value.h"
+#include "data/blocks/TextBlock.h"
+#include "host/Value.h"
 #include "platform/ResultCodes.h"
 #include "platform/Types.h"
 

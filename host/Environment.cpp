@@ -1,11 +1,11 @@
-#include "data/Value.h"
 #include "host/Formulas.h"
 #include "host/FourD.h"
 #include "host/HostCall.h"
+#include "host/Value.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "shell/FileSpecs.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
+#include "shell/files/FileSpecs.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,7 +1,7 @@
 #include "host/FourD.h"
 #include "host/HostCall.h"
 #include "platform/ResultCodes.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 
 // Values as text: selector 47, a classic call on every host. The record says
 //

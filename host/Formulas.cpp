@@ -1,13 +1,13 @@
 #include "host/Formulas.h"
 
-#include "data/TextBlock.h"
-#include "data/Value.h"
+#include "data/blocks/TextBlock.h"
 #include "host/FourD.h"
 #include "host/HostCall.h"
+#include "host/Value.h"
 #include "platform/Toolbox.h"
-#include "shell/DebugTrace.h"
-#include "shell/FileSpecs.h"
-#include "shell/Strings.h"
+#include "shell/base/DebugTrace.h"
+#include "shell/base/Strings.h"
+#include "shell/files/FileSpecs.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "data/Handles.h"
-#include "data/ValueBlock.h"
+#include "data/blocks/Handles.h"
+#include "data/blocks/ValueBlock.h"
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 

@@ -94,7 +94,7 @@ class FourD {
     // to the server, a process that freezes itself), and between commands.
 
     /// Starts a process whose body is `proc`, a HOST_CALL function without arguments, which lets
-    /// nothing that is thrown out (KeepExceptionsInside, shell/Entry.h). The name is
+    /// nothing that is thrown out (KeepExceptionsInside, shell/base/ExceptionBarrier.h). The name is
     /// cut to what the record holds; the stack size is in bytes. Stores the new process's number,
     /// 0 on failure, unless `procNum` is null; answers the host's result code.
     static OSErr NewXProcess(void* proc, const char* name, long stackSize, long* procNum);

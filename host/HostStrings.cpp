@@ -2,7 +2,7 @@
 
 #include "host/FourD.h"
 #include "host/HostCall.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 
 #include <memory>
 #include <new>

@@ -2,8 +2,8 @@
 
 #include "host/Formulas.h"
 #include "host/HostCall.h"
-#include "shell/Strings.h"
-#include "shell/TextServices.h"
+#include "shell/base/Strings.h"
+#include "shell/base/TextServices.h"
 
 #include <cstdarg>
 #include <cstdio>

@@ -2,7 +2,7 @@
 
 #include "host/FourD.h"
 #include "host/HostCall.h"
-#include "shell/TextServices.h"
+#include "shell/base/TextServices.h"
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 #include "host/FourD.h"
 #include "host/HostCall.h"
 #include "platform/Toolbox.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,10 +1,10 @@
-#include "data/Handles.h"
-#include "data/TextBlock.h"
+#include "data/blocks/Handles.h"
+#include "data/blocks/TextBlock.h"
 #include "host/FieldData.h"
 #include "host/FourD.h"
 #include "host/HostCall.h"
 #include "platform/Toolbox.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "data/ValueBlock.h"
+#include "data/blocks/ValueBlock.h"
 #include "platform/CallingConvention.h"
 #include "platform/Types.h"
 

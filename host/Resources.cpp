@@ -1,8 +1,8 @@
-#include "data/Handles.h"
+#include "data/blocks/Handles.h"
 #include "host/FourD.h"
 #include "platform/Toolbox.h"
-#include "shell/Strings.h"
-#include "shell/TextServices.h"
+#include "shell/base/Strings.h"
+#include "shell/base/TextServices.h"
 
 #include <algorithm>
 #include <cstdarg>

@@ -1,9 +1,8 @@
-#include "data/Array.h"
-#include "data/Handles.h"
+#include "data/blocks/Handles.h"
 #include "host/FourD.h"
 #include "host/HostCall.h"
 #include "platform/Toolbox.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 
 #include <algorithm>
 #include <climits>
@@ -153,23 +152,6 @@ OSErr FourD::GetProcessVar(unsigned char* name, unsigned char* value) {
         return error;
     }
     _CopyPStr(block.string.string, value);
-    return error;
-}
-
-OSErr FourD::GetArrayVar(unsigned char* name, CArray* array) {
-    if (array == nullptr) {
-        return ResultCode::BadParameter;
-    }
-    ValueBlock value{};
-    const OSErr error = Exchange(Select("GetProcessVariable"), name, &value);
-    if (error != ResultCode::NoError) {
-        return error;
-    }
-    array->Forget();
-    array->Value().type = value.type;
-    if (array->IsArray()) { // the contents of another value are no storage to be disposed of
-        array->Value() = value;
-    }
     return error;
 }
 

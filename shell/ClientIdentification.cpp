@@ -1,6 +1,6 @@
 // How a client tells the server who it is.
 
-#include "data/Handles.h"
+#include "data/blocks/Handles.h"
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"

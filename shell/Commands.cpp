@@ -1,7 +1,7 @@
 #include "shell/Commands.h"
 
 #include "host/FourD.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 
 void* CXParam::GetPointerPtr() const {
     if (FourD::IsCompiled() == 0) {

@@ -1,4 +1,5 @@
 #include "shell/Entry.h"
+#include "shell/base/ExceptionBarrier.h"
 
 #include "host/FourD.h"
 #include "shell/FourDPlug.h"

@@ -2,17 +2,6 @@
 
 #include "platform/CallingConvention.h"
 
-/// Runs `body` and keeps everything it throws on this side: nothing thrown may cross into the
-/// host. Every call from the host goes through here once; what a handler wrote before it threw
-/// stands.
-template <typename Body>
-void KeepExceptionsInside(Body body) noexcept {
-    try {
-        body();
-    } catch (...) { // the host has no way to be told
-    }
-}
-
 /// Module handles as recorded when the library was loaded: of the library, and of the host
 /// application's executable.
 void* LibraryModule();

@@ -3,13 +3,13 @@
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "shell/CopyAndDelete.h"
+#include "shell/base/Strings.h"
 #include "shell/Entry.h"
-#include "shell/FileSpecs.h"
+#include "shell/files/CopyAndDelete.h"
+#include "shell/files/FileSpecs.h"
+#include "shell/files/NativePaths.h"
+#include "shell/files/TemporaryFiles.h"
 #include "shell/FourDPlug.h"
-#include "shell/NativePaths.h"
-#include "shell/Strings.h"
-#include "shell/TemporaryFiles.h"
 
 #include <cstring>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "host/Records.h"
+#include "shell/base/GenericList.h"
 #include "shell/Commands.h"
-#include "shell/GenericList.h"
 #include "shell/ServerCalls.h"
 
 #include <cstddef>

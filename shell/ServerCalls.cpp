@@ -2,7 +2,7 @@
 
 #include "shell/ServerCalls.h"
 
-#include "data/Handles.h"
+#include "data/blocks/Handles.h"
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"

@@ -1,6 +1,6 @@
 // What the host asks of the server's copy of the plug-in: clients that come and go, their calls.
 
-#include "data/Handles.h"
+#include "data/blocks/Handles.h"
 #include "host/FourD.h"
 #include "platform/Toolbox.h"
 #include "shell/FourDPlug.h"

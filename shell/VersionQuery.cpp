@@ -1,7 +1,7 @@
 // The version, and client names that come with the question.
 
+#include "shell/base/Strings.h"
 #include "shell/FourDPlug.h"
-#include "shell/Strings.h"
 
 #include <algorithm>
 #include <cstdlib>

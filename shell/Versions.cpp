@@ -1,7 +1,7 @@
 #include "host/FourD.h"
+#include "shell/base/Strings.h"
+#include "shell/base/TextServices.h"
 #include "shell/FourDPlug.h"
-#include "shell/Strings.h"
-#include "shell/TextServices.h"
 
 #include <cstdio>
 

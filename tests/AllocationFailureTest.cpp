@@ -2,12 +2,13 @@
 // it says so, loses nothing and leaves valid things behind.
 
 #include "data/Base64.h"
-#include "data/Handles.h"
+#include "data/blocks/Handles.h"
+#include "host/Handles.h"
+#include "data/blocks/TextBlock.h"
 #include "data/Stream.h"
-#include "data/TextBlock.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "shell/TextServices.h"
+#include "shell/base/TextServices.h"
 #include "tests/Fixture.h"
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include "host/FourD.h"
 #include "platform/Toolbox.h"
-#include "testhost/app/DatabaseFile.h"
+#include "testhost/session/DatabaseFile.h"
 #include "tests/Fixture.h"
 #include "ui/AreaManager.h"
 

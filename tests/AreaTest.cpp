@@ -4,7 +4,8 @@
 #include "host/FourD.h"
 #include "platform/Toolbox.h"
 #include "shell/Entry.h"
-#include "testhost/app/DatabaseFile.h"
+#include "shell/base/ExceptionBarrier.h"
+#include "testhost/session/DatabaseFile.h"
 #include "tests/Fixture.h"
 #include "ui/AreaManager.h"
 

@@ -1,6 +1,6 @@
 // Parameters and results, each through a command that the host calls.
 
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 #include "tests/Fixture.h"
 
 #include <algorithm>

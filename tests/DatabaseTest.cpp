@@ -1,7 +1,7 @@
 // The stand-in host's database: its model, its text file, and the statements of a script about it.
 
-#include "testhost/app/DatabaseFile.h"
-#include "testhost/app/Player.h"
+#include "testhost/session/DatabaseFile.h"
+#include "testhost/session/Player.h"
 #include "tests/Fixture.h"
 
 #include <fstream>

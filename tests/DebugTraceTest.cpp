@@ -1,10 +1,10 @@
 // The debug trace, as it stands in its file.
 
-#include "shell/DebugTrace.h"
+#include "shell/base/DebugTrace.h"
 
+#include "shell/base/TextServices.h"
 #include "shell/FourDPlug.h"
-#include "shell/TextServices.h"
-#include "testhost/engine/ScratchFolder.h"
+#include "testhost/model/ScratchFolder.h"
 
 #include <filesystem>
 #include <fstream>

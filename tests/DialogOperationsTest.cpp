@@ -1,9 +1,9 @@
-#include "data/Handles.h"
+#include "data/blocks/Handles.h"
 #include "host/FourD.h"
 #include "host/HostState.h"
 #include "host/Selectors.h"
 #include "platform/Toolbox.h"
-#include "testhost/engine/RecordFields.h"
+#include "testhost/crossings/RecordFields.h"
 #include "tests/Fixture.h"
 #include "ui/FourDDialog.h"
 

@@ -6,8 +6,8 @@
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/app/DatabaseFile.h"
-#include "testhost/engine/Form.h"
+#include "testhost/screen/Form.h"
+#include "testhost/session/DatabaseFile.h"
 #include "tests/Fixture.h"
 #include "ui/AreaManager.h"
 

@@ -1,13 +1,13 @@
 // File specifications, paths and safe output over real files.
 
-#include "shell/FileSpecs.h"
+#include "shell/files/FileSpecs.h"
 
-#include "data/TextBlock.h"
+#include "data/blocks/TextBlock.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "shell/CopyAndDelete.h"
-#include "shell/TemporaryFiles.h"
-#include "testhost/engine/ScratchFolder.h"
+#include "shell/files/CopyAndDelete.h"
+#include "shell/files/TemporaryFiles.h"
+#include "testhost/model/ScratchFolder.h"
 #include "tests/Fixture.h"
 
 #include <cstring>

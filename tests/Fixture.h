@@ -2,7 +2,7 @@
 
 #include "shell/Entry.h"
 #include "shell/FourDPlug.h"
-#include "testhost/engine/Session.h"
+#include "testhost/plugins/Session.h"
 #include "testhost/toolbox/Control.h"
 
 #include <functional>

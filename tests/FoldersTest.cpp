@@ -3,9 +3,9 @@
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "shell/FileSpecs.h"
-#include "shell/TemporaryFiles.h"
-#include "testhost/engine/ScratchFolder.h"
+#include "shell/files/FileSpecs.h"
+#include "shell/files/TemporaryFiles.h"
+#include "testhost/model/ScratchFolder.h"
 #include "tests/Fixture.h"
 
 #include <filesystem>

@@ -1,6 +1,6 @@
 // The stand-in host's display formats.
 
-#include "testhost/engine/DisplayFormats.h"
+#include "testhost/services/DisplayFormats.h"
 
 #include <gtest/gtest.h>
 #include <limits>

@@ -5,9 +5,9 @@
 #include "host/HostCall.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "shell/DebugTrace.h"
-#include "shell/FileSpecs.h"
-#include "testhost/engine/ScratchFolder.h"
+#include "shell/base/DebugTrace.h"
+#include "shell/files/FileSpecs.h"
+#include "testhost/model/ScratchFolder.h"
 #include "tests/Fixture.h"
 
 #include <fstream>

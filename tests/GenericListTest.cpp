@@ -1,4 +1,4 @@
-#include "shell/GenericList.h"
+#include "shell/base/GenericList.h"
 
 #include <cctype>
 #include <gtest/gtest.h>

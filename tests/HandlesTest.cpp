@@ -1,6 +1,7 @@
 // Platform and host handles, and the scope guards.
 
-#include "data/Handles.h"
+#include "data/blocks/Handles.h"
+#include "host/Handles.h"
 
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"

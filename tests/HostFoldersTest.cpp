@@ -2,7 +2,7 @@
 
 #include "host/Selectors.h"
 #include "platform/ResultCodes.h"
-#include "testhost/engine/Services.h"
+#include "testhost/services/Services.h"
 #include "tests/Fixture.h"
 
 #include <filesystem>

@@ -4,7 +4,7 @@
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/app/Player.h"
+#include "testhost/session/Player.h"
 #include "tests/Fixture.h"
 
 #include <gmock/gmock.h>

@@ -4,10 +4,10 @@
 #include "host/HostCall.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/app/Player.h"
-#include "testhost/engine/LanguageEvaluator.h"
-#include "testhost/engine/LanguageLexer.h"
-#include "testhost/engine/LanguageValues.h"
+#include "testhost/language/Evaluator.h"
+#include "testhost/language/Lexer.h"
+#include "testhost/language/Values.h"
+#include "testhost/session/Player.h"
 #include "tests/Fixture.h"
 
 #include <gmock/gmock.h>

@@ -1,10 +1,10 @@
 // Pictures of windows: what of a dialog and of a port is to be seen in them, and their files.
 
 #include "platform/Toolbox.h"
-#include "testhost/app/Pictures.h"
-#include "testhost/app/Player.h"
-#include "testhost/app/ResourceCompiler.h"
-#include "testhost/engine/Encodings.h"
+#include "testhost/pictures/WindowPicture.h"
+#include "testhost/resources/Compiler.h"
+#include "testhost/session/Player.h"
+#include "testhost/values/Encodings.h"
 #include "tests/Fixture.h"
 
 #include <filesystem>

@@ -5,7 +5,7 @@
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/app/DatabaseFile.h"
+#include "testhost/session/DatabaseFile.h"
 #include "tests/Fixture.h"
 
 #include <gmock/gmock.h>

@@ -1,10 +1,9 @@
 // Resource texts: what they compile to, and what is told about wrong ones.
 
-#include "testhost/app/ResourceCompiler.h"
-
 #include "platform/Toolbox.h"
-#include "testhost/engine/Encodings.h"
-#include "testhost/toolbox/ResourceFork.h"
+#include "testhost/resources/Compiler.h"
+#include "testhost/toolbox/resources/ResourceFork.h"
+#include "testhost/values/Encodings.h"
 #include "tests/Fixture.h"
 
 #include <filesystem>

@@ -3,8 +3,8 @@
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/engine/Encodings.h"
-#include "testhost/toolbox/ResourceFork.h"
+#include "testhost/toolbox/resources/ResourceFork.h"
+#include "testhost/values/Encodings.h"
 #include "tests/Fixture.h"
 
 #include <fstream>

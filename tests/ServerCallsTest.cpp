@@ -6,7 +6,7 @@
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/engine/Network.h"
+#include "testhost/model/Network.h"
 #include "tests/Fixture.h"
 
 #include <array>

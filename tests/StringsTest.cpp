@@ -1,4 +1,4 @@
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
 // The session scripts of the stand-in host: how they are read, and how they are played.
 
 #include "host/Selectors.h"
-#include "testhost/app/Player.h"
-#include "testhost/app/Values.h"
-#include "testhost/engine/Encodings.h"
-#include "testhost/engine/PortableExecutable.h"
+#include "testhost/plugins/PortableExecutable.h"
+#include "testhost/session/Player.h"
+#include "testhost/session/Values.h"
+#include "testhost/values/Encodings.h"
 #include "tests/Fixture.h"
 
 #include <filesystem>

@@ -1,6 +1,6 @@
 // CTextBlock beside a plain string that does what is stated.
 
-#include "data/TextBlock.h"
+#include "data/blocks/TextBlock.h"
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"

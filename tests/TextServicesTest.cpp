@@ -1,6 +1,6 @@
 // Codes, formatting, case, byte sizes, line endings and bits.
 
-#include "shell/TextServices.h"
+#include "shell/base/TextServices.h"
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"

@@ -2,7 +2,7 @@
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/engine/ScratchFolder.h"
+#include "testhost/model/ScratchFolder.h"
 #include "testhost/toolbox/Control.h"
 #include "tests/Fixture.h"
 

@@ -1,6 +1,6 @@
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/engine/Session.h"
+#include "testhost/plugins/Session.h"
 #include "testhost/toolbox/Control.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // Typed values: every reader and every storing function on every type code, texts as the host
 // formats them, and what is freed.
 
-#include "data/Value.h"
+#include "host/Value.h"
 
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"

@@ -3,7 +3,7 @@
 
 #include "data/Variables.h"
 
-#include "data/Handles.h"
+#include "data/blocks/Handles.h"
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"

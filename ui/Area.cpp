@@ -3,7 +3,7 @@
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 #include "ui/FourDDialog.h"
 
 #include <algorithm>

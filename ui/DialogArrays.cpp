@@ -1,10 +1,10 @@
 // Arrays and hierarchical lists in dialogs.
 
-#include "data/Handles.h"
+#include "data/blocks/Handles.h"
 #include "data/Stream.h"
 #include "host/FourD.h"
 #include "platform/Toolbox.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 #include "ui/DialogCall.h"
 #include "ui/FourDDialog.h"
 

@@ -1,7 +1,7 @@
 #include "ui/DialogCall.h"
 
 #include "host/FourD.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 
 #include <cstring>
 

@@ -1,10 +1,10 @@
 #include "ui/FourDDialog.h"
 
-#include "data/Handles.h"
-#include "data/Value.h"
+#include "data/blocks/Handles.h"
 #include "host/FourD.h"
+#include "host/Value.h"
 #include "platform/Toolbox.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 #include "ui/DialogCall.h"
 
 #include <climits>

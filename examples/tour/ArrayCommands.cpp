@@ -3,7 +3,7 @@
 #include "examples/tour/Tour.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
-#include "data/TextBlock.h"
-#include "data/Value.h"
+#include "data/blocks/TextBlock.h"
 #include "examples/tour/Tour.h"
 #include "host/FourD.h"
+#include "host/Value.h"
 #include "platform/ResultCodes.h"
 
 #include <cstdlib>

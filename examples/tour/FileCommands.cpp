@@ -1,12 +1,12 @@
-#include "data/Handles.h"
+#include "data/blocks/Handles.h"
 #include "data/Stream.h"
 #include "examples/tour/Tour.h"
 #include "platform/Toolbox.h"
-#include "shell/DebugTrace.h"
-#include "shell/FileSpecs.h"
-#include "shell/NativePaths.h"
-#include "shell/Strings.h"
-#include "shell/TemporaryFiles.h"
+#include "shell/base/DebugTrace.h"
+#include "shell/base/Strings.h"
+#include "shell/files/FileSpecs.h"
+#include "shell/files/NativePaths.h"
+#include "shell/files/TemporaryFiles.h"
 
 namespace {
 

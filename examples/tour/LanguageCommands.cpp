@@ -1,11 +1,11 @@
-#include "data/Handles.h"
-#include "data/TextBlock.h"
-#include "data/Value.h"
+#include "data/blocks/Handles.h"
+#include "data/blocks/TextBlock.h"
 #include "examples/tour/Tour.h"
 #include "host/FourD.h"
+#include "host/Value.h"
 #include "platform/ResultCodes.h"
-#include "shell/Entry.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
+#include "shell/base/ExceptionBarrier.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,8 +1,8 @@
-#include "data/TextBlock.h"
+#include "data/blocks/TextBlock.h"
 #include "examples/tour/Tour.h"
-#include "shell/DebugTrace.h"
+#include "shell/base/DebugTrace.h"
+#include "shell/base/Strings.h"
 #include "shell/Entry.h"
-#include "shell/Strings.h"
 
 #include <cstdio>
 

@@ -1,7 +1,7 @@
 #include "examples/tour/Tour.h"
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 
 #include <cstdio>
 

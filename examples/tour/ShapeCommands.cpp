@@ -1,6 +1,6 @@
 #include "examples/tour/Tour.h"
 #include "platform/Toolbox.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 
 #include <cstdio>
 #include <iterator>

@@ -1,10 +1,10 @@
 #include "data/Array.h"
-#include "data/TextBlock.h"
-#include "data/Value.h"
+#include "data/blocks/TextBlock.h"
 #include "examples/tour/Tour.h"
 #include "host/FourD.h"
+#include "host/Value.h"
 #include "platform/ResultCodes.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 #include "ui/Dialog.h"
 
 #include <cstring>

@@ -1,9 +1,9 @@
 #include "data/Base64.h"
-#include "data/TextBlock.h"
+#include "data/blocks/TextBlock.h"
 #include "examples/tour/Tour.h"
 #include "platform/Toolbox.h"
-#include "shell/Strings.h"
-#include "shell/TextServices.h"
+#include "shell/base/Strings.h"
+#include "shell/base/TextServices.h"
 
 #include <array>
 #include <cctype>

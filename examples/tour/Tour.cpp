@@ -1,6 +1,6 @@
 #include "examples/tour/Tour.h"
 
-#include "shell/DebugTrace.h"
+#include "shell/base/DebugTrace.h"
 
 #include <iterator>
 

@@ -1,6 +1,6 @@
 #include "data/Array.h"
 #include "examples/tour/Tour.h"
-#include "shell/Strings.h"
+#include "shell/base/Strings.h"
 
 #include <cstdio>
 #include <utility>

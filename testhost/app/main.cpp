@@ -1,12 +1,12 @@
 #include "platform/CallingConvention.h"
 #include "platform/ResultCodes.h"
-#include "testhost/app/DatabaseFile.h"
-#include "testhost/app/Player.h"
-#include "testhost/app/ResourceCompiler.h"
-#include "testhost/app/ResourceText.h"
-#include "testhost/engine/Encodings.h"
-#include "testhost/engine/PluginLibrary.h"
+#include "testhost/plugins/Library.h"
+#include "testhost/resources/Compiler.h"
+#include "testhost/resources/Text.h"
+#include "testhost/session/DatabaseFile.h"
+#include "testhost/session/Player.h"
 #include "testhost/toolbox/Control.h"
+#include "testhost/values/Encodings.h"
 
 #include <algorithm>
 #include <csignal>

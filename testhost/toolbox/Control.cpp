@@ -2,11 +2,11 @@
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/toolbox/Catalog.h"
 #include "testhost/toolbox/Drawing.h"
-#include "testhost/toolbox/Heap.h"
-#include "testhost/toolbox/OpenFiles.h"
-#include "testhost/toolbox/ResourceFiles.h"
+#include "testhost/toolbox/files/Catalog.h"
+#include "testhost/toolbox/files/OpenFiles.h"
+#include "testhost/toolbox/memory/Heap.h"
+#include "testhost/toolbox/resources/ResourceFiles.h"
 
 #include <algorithm>
 #include <cstring>

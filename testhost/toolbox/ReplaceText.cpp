@@ -1,6 +1,6 @@
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/toolbox/Heap.h"
+#include "testhost/toolbox/memory/Heap.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,5 +1,5 @@
 #include "platform/Toolbox.h"
-#include "testhost/toolbox/Heap.h"
+#include "testhost/toolbox/memory/Heap.h"
 
 void TEDispose(TEHandle record) {
     if (record == nullptr) {

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "platform/CallingConvention.h"
+#include "platform/Types.h"
+
+#include <utility>
+
+// Platform handles, which are the toolbox's. Host handles (host/Handles.h) are made and kept by the
+// host; the two are never to be mixed.
+
+extern "C" {
+/// Non-zero when the handle's lock bit is set.
+HOST_CALL int IsHandleLocked(Handle handle);
+/// Resizes `*handle` to `size` bytes, or makes it when it is null. Answers MemError(); after a
+/// failed allocation `*handle` is still null.
+HOST_CALL OSErr ResizeOrNewHandle(Handle* handle, unsigned long size);
+/// Makes `*copy` (resized, or made when null) hold the bytes of `source`; a null source leaves it
+/// empty. Answers MemError().
+HOST_CALL OSErr CopyHandle(Handle source, Handle* copy);
+}
+
+// A platform handle that may be null: disposes of it, and its bytes, 0 for null.
+void DisposeIfThere(Handle handle);
+Size SizeIfThere(Handle handle);
+
+/// Keeps a platform handle locked while it lives, and then puts back the lock state that the
+/// handle came with, whatever happened in between. Null is allowed.
+class SHandleLocker {
+  public:
+    explicit SHandleLocker(char** handle);
+    ~SHandleLocker();
+    SHandleLocker(const SHandleLocker&) = delete;
+    SHandleLocker& operator=(const SHandleLocker&) = delete;
+
+  private:
+    Handle fHandle = nullptr;
+    unsigned char fWasLocked = 0;
+};
+
+/// A platform handle that is disposed of at the end of the scope, unless it was given away.
+class TemporaryHandle {
+  public:
+    TemporaryHandle() = default;
+    explicit TemporaryHandle(Handle owned) : handle(owned) {}
+    /// A copy of some bytes; null when memory is full.
+    TemporaryHandle(const void* bytes, long size);
+    ~TemporaryHandle();
+    TemporaryHandle(const TemporaryHandle&) = delete;
+    TemporaryHandle& operator=(const TemporaryHandle&) = delete;
+
+    Handle Get() const { return handle; }
+    /// Where a call stores the handle that then goes with the scope.
+    Handle* Address() { return &handle; }
+    Handle GiveAway() { return std::exchange(handle, nullptr); }
+
+  private:
+    Handle handle = nullptr;
+};
+
+/// Makes a resource file current while it lives, and then the former one again.
+class SResFileSetter {
+  public:
+    explicit SResFileSetter(short resFile);
+    ~SResFileSetter();
+    SResFileSetter(const SResFileSetter&) = delete;
+    SResFileSetter& operator=(const SResFileSetter&) = delete;
+
+  private:
+    short fSavedResFile;
+    short fResFile;
+};

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "testhost/language/Parser.h"
+#include "testhost/model/Host.h"
+
+#include <map>
+
+/// Executes statements and evaluates expressions in the host's current process. Everything throws
+/// LanguageFailure.
+class Evaluator {
+  public:
+    explicit Evaluator(Host& evaluatorHost) : host(evaluatorHost) {}
+    Evaluator(const Evaluator&) = delete;
+    Evaluator& operator=(const Evaluator&) = delete;
+
+    void Execute(const std::vector<LanguageStatement>& statements);
+    /// The value; of the kind Undefined for a command or a method that has none, and for a variable
+    /// that there is not.
+    TypedValue Evaluate(const Expression& expression);
+    /// Runs a method. It finds its arguments in $1, $2 ... and leaves its value in $0.
+    TypedValue CallMethod(long number, std::vector<TypedValue> arguments);
+    /// Makes a variable one with this empty value, unless it is of that kind already.
+    void Declare(const Expression& variable, const TypedValue& empty);
+    /// Makes a variable one with this value, whatever it was.
+    void Replace(const Expression& variable, const TypedValue& value);
+
+    Host& host;
+
+  private:
+    using Locals = std::map<std::string, TypedValue>;
+
+    TypedValue RunCommand(const Expression& expression);
+    TypedValue CallMethod(const Expression& expression);
+    TypedValue Read(const Expression& variable);
+    TypedValue ReadField(const Expression& field);
+    void Assign(const Expression& target, const TypedValue& value);
+
+    Locals locals; ///< of the method that runs, by folded name
+    int depth = 0; ///< how many methods are running
+};

@@ -1,0 +1,314 @@
+#include "testhost/model/Host.h"
+
+#include "platform/Toolbox.h"
+#include "testhost/model/Network.h"
+#include "testhost/toolbox/Control.h"
+#include "testhost/values/Encodings.h"
+
+#include <cctype>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <span>
+
+#include <windows.h>
+
+Host* Host::current = nullptr;
+
+namespace {
+constexpr size_t windowListWord = 11; // the twelfth word of the globals record
+
+bool TakeNumber(std::string_view& text, size_t maxDigits, unsigned& number) {
+    size_t digits = 0;
+    number = 0;
+    while (digits < text.size() && std::isdigit(static_cast<unsigned char>(text[digits])) != 0) {
+        number = number * 10 + static_cast<unsigned>(text[digits] - '0');
+        if (++digits > maxDigits) {
+            return false;
+        }
+    }
+    text.remove_prefix(digits);
+    return digits > 0;
+}
+
+// Makes an empty file where there is none.
+void MakeFile(const std::string& path) {
+    const std::ofstream file(std::filesystem::path(FromAnsi(path)), std::ios::app);
+}
+
+// Different in every window of every running host, as with Windows itself.
+long FreshNativeWindow() {
+    static unsigned long count = 0;
+    return static_cast<long>(GetCurrentProcessId() << 16 | (++count & 0xFFFF));
+}
+
+// The names of the host's own processes, as its string list 170 tells plug-ins. The second is none
+// of them: it is a name that other processes may have, too.
+constexpr const char* ownProcessNames[] = {
+    "User/Custom Menus process", "Plug-in process", "Design process", "Cache manager",
+    "Web server process",        "Client manager"};
+
+// Windows of the host's own that show one area have a title that begins with the second.
+constexpr const char* windowTitles[] = {"Design", "Plug-in area"};
+
+void AddStringList(short number, std::span<const char* const> strings) {
+    constexpr OSType stringList = 0x53545223; // STR#
+    std::string bytes{0, static_cast<char>(strings.size())};
+    for (const std::string string : strings) {
+        bytes += static_cast<char>(string.size()) + string;
+    }
+    ToolboxAddResource(0, stringList, number, nullptr, bytes.data(),
+                       static_cast<long>(bytes.size()));
+}
+
+constexpr unsigned long stringListType = 0x53545223; // 'STR#'
+constexpr short commandNameList = 8;
+
+// A string list, its item N the name of command N: a big-endian count, then Pascal strings.
+std::string CommandNameList(const Language& language) {
+    const auto count = static_cast<size_t>(language.CommandNames().rbegin()->first);
+    std::string list = {static_cast<char>(count >> 8), static_cast<char>(count & 0xFF)};
+    for (size_t number = 1; number <= count; ++number) {
+        const std::string_view name = language.CommandName(static_cast<long>(number));
+        list += static_cast<char>(name.size());
+        list += name;
+    }
+    return list;
+}
+
+std::string WithBackslash(const std::string& folder) {
+    return folder.ends_with('\\') ? folder : folder + "\\";
+}
+} // namespace
+
+std::optional<unsigned short> ParseHostVersion(std::string_view text) {
+    unsigned major = 0;
+    unsigned minor = 0;
+    unsigned fix = 0;
+    auto takePart = [&text](unsigned& part) {
+        if (text.empty() || text.front() != '.') {
+            return false;
+        }
+        text.remove_prefix(1);
+        return TakeNumber(text, 1, part);
+    };
+    if (!TakeNumber(text, 2, major) || !takePart(minor) || (!text.empty() && !takePart(fix)) ||
+        !text.empty() || major < 6 || major > 12) {
+        return std::nullopt;
+    }
+    return static_cast<unsigned short>((major / 10) << 12 | (major % 10) << 8 | minor << 4 | fix);
+}
+
+std::string HostVersionText(unsigned short version) {
+    unsigned major = (version >> 12) * 10U + (version >> 8 & 0xF);
+    unsigned fix = version & 0xF;
+    std::string text = std::to_string(major) + "." + std::to_string(version >> 4 & 0xF);
+    return fix == 0 ? text : text + "." + std::to_string(fix);
+}
+
+HostWindow& WindowList::AddInFront(long process, short kind, bool visible) {
+    HostWindow& window = windows.emplace_front();
+    // Plug-ins read few fields only: the rest holds rubbish, so that reading more shows.
+    std::memset(&window.port, 0xA5, sizeof window.port);
+    window.port.windowKind = kind;
+    window.port.visible = visible ? 1 : 0;
+    window.process = process;
+    window.nativeWindow = FreshNativeWindow();
+    window.focusable = kind != WindowKind::Floating;
+    window.content = {sizeof(Region), {40, 8, 480, 640}};
+    window.contentMaster = &window.content;
+    window.port.contRgn = &window.contentMaster;
+    ToolboxForgetPort(&window.port); // of a window that was here before
+    Chain();
+    return window;
+}
+
+void WindowList::Remove(const GrafPort* port) {
+    if (HostWindow* const window = Find(port)) {
+        TEDispose(window->text);
+    }
+    windows.remove_if([port](const HostWindow& window) { return &window.port == port; });
+    Chain();
+}
+
+void WindowList::BringToFront(long process) {
+    std::list<HostWindow> others;
+    for (auto window = windows.begin(); window != windows.end();) {
+        const auto next = std::next(window);
+        if (window->process != process) {
+            others.splice(others.end(), windows, window);
+        }
+        window = next;
+    }
+    windows.splice(windows.end(), others);
+    Chain();
+}
+
+void WindowList::Clear() {
+    DisposeMethodTexts();
+    windows.clear();
+    Chain();
+}
+
+void WindowList::SetMethodText(HostWindow& window, std::string_view text) {
+    TEDispose(std::exchange(window.text, nullptr));
+    auto* const record = reinterpret_cast<TEHandle>(NewHandleClear(sizeof(TERec)));
+    Handle characters = nullptr;
+    PtrToHand(text.data(), &characters, static_cast<long>(text.size()));
+    (*record)->teLength = static_cast<short>(text.size());
+    (*record)->hText = characters;
+    window.text = record;
+}
+
+void WindowList::DisposeMethodTexts() {
+    for (HostWindow& window : windows) {
+        TEDispose(std::exchange(window.text, nullptr));
+    }
+}
+
+HostWindow* WindowList::Find(const void* port) {
+    for (HostWindow& window : windows) {
+        if (&window.port == port) {
+            return &window;
+        }
+    }
+    return nullptr;
+}
+
+void WindowList::Chain() {
+    head = windows.empty() ? nullptr : &windows.front().port;
+    HostWindow* inFront = nullptr;
+    for (HostWindow& window : windows) {
+        window.port.nextWindow = nullptr;
+        if (inFront != nullptr) {
+            inFront->port.nextWindow = &window.port;
+        }
+        inFront = &window;
+    }
+}
+
+Host::Host(HostOptions hostOptions)
+    : options(std::move(hostOptions)),
+      scheduler(options.scheduler != nullptr ? options.scheduler : std::make_shared<Scheduler>()) {
+    scheduler->Join(*this);
+    AddStringList(170, ownProcessNames);
+    AddStringList(163, windowTitles);
+    // As with window records: words that nobody may rely on are rubbish.
+    globals.fill(reinterpret_cast<void*>(0xA5A5A5A5));
+    globals[windowListWord] = windows.Head();
+
+    AddProcess({.name = ownProcessNames[0], .isUser = false});
+    AddProcess({.name = ownProcessNames[2], .isUser = false});
+    AddProcess({.name = ownProcessNames[3], .isUser = false});
+    windows.AddInFront(1, WindowKind::Regular);
+    windows.AddInFront(1, WindowKind::Floating);
+    PublishCommandNames();
+}
+
+Host::~Host() {
+    if (network != nullptr) {
+        network->Leave(*this);
+    }
+    scheduler->Leave(*this);
+}
+
+long Host::AddProcess(HostProcess process) {
+    processes.push_back(std::move(process));
+    return static_cast<long>(processes.size());
+}
+
+HostProcess* Host::FindProcess(long number) {
+    if (number < 1 || static_cast<size_t>(number) > processes.size()) {
+        return nullptr;
+    }
+    return &processes[static_cast<size_t>(number) - 1];
+}
+
+long Host::FindProcess(std::string_view name) const {
+    for (size_t place = 0; place < processes.size(); ++place) {
+        if (processes[place].name == name && processes[place].state >= 0) {
+            return static_cast<long>(place) + 1;
+        }
+    }
+    return 0;
+}
+
+void Host::Report(std::string problem) {
+    problems.push_back(std::move(problem));
+    if (onProblem) {
+        onProblem(problems.back());
+    }
+}
+
+long Host::ApplicationType() const {
+    switch (options.role) {
+    case Role::Client:
+        return 4;
+    case Role::Server:
+        return 5;
+    case Role::SingleUser:
+        break;
+    }
+    return 0;
+}
+
+bool Host::RenameCommand(long number, std::string name) {
+    const bool renamed = language.RenameCommand(number, std::move(name));
+    PublishCommandNames();
+    return renamed;
+}
+
+void Host::PublishCommandNames() const {
+    if (options.version > 0x0800) { // newer hosts name a command when they are asked
+        return;
+    }
+    const std::string list = CommandNameList(language);
+    ToolboxAddResource(0, stringListType, commandNameList, nullptr, list.data(),
+                       static_cast<long>(list.size()));
+}
+
+void Host::FailNext(std::string_view service, short code) {
+    failures.emplace_back(service, code);
+}
+
+std::optional<short> Host::TakeFailure(std::string_view service) {
+    for (auto place = failures.begin(); place != failures.end(); ++place) {
+        if (place->first == service) {
+            const short code = place->second;
+            failures.erase(place);
+            return code;
+        }
+    }
+    return std::nullopt;
+}
+
+void Host::ReportUnusedFailures() {
+    for (const auto& [service, code] : std::exchange(failures, {})) {
+        Report(service + " was to fail with " + std::to_string(code) +
+               ", but the plug-in did not call it.");
+    }
+}
+
+std::string Host::StructureFolder() {
+    if (!options.structureFolder.empty()) {
+        return WithBackslash(options.structureFolder);
+    }
+    std::string folder = scratch.Inside("Structure");
+    MakeFile(folder + options.structureName);
+    return folder;
+}
+
+std::string Host::DataFolder() {
+    return options.dataFolder.empty() ? scratch.Inside("Data") : WithBackslash(options.dataFolder);
+}
+
+std::string Host::DataFile() {
+    std::string path = DataFolder() + options.dataName;
+    MakeFile(path);
+    return path;
+}
+
+std::string Host::PrefsFolder() {
+    return options.prefsFolder.empty() ? scratch.Inside("Preferences")
+                                       : WithBackslash(options.prefsFolder);
+}

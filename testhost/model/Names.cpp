@@ -1,0 +1,99 @@
+#include "testhost/model/Names.h"
+
+#include "testhost/language/Commands.h"
+#include "testhost/model/Host.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include <windows.h>
+
+namespace {
+bool IsLetter(char character) {
+    return IsCharAlphaA(character) != 0;
+}
+
+bool IsName(std::string_view name) {
+    return !name.empty() && name.size() <= longestLanguageName && IsLetter(name.front()) &&
+           name.back() != ' ' && std::ranges::all_of(name, [](char character) {
+               return IsCharAlphaNumericA(character) != 0 || character == ' ' || character == '_' ||
+                      character == '\'';
+           });
+}
+} // namespace
+
+std::string FoldCase(std::string_view name) {
+    std::string folded(name);
+    CharLowerBuffA(folded.data(), static_cast<DWORD>(folded.size()));
+    return folded;
+}
+
+Language::Language() {
+    for (const LanguageCommand& command : LanguageCommands()) {
+        commandNames.emplace(command.number, command.name);
+    }
+}
+
+std::string_view Language::CommandName(long number) const {
+    const auto found = commandNames.find(number);
+    return found != commandNames.end() ? std::string_view(found->second) : std::string_view();
+}
+
+bool Language::RenameCommand(long number, std::string name) {
+    const auto found = commandNames.find(number);
+    if (found == commandNames.end() || !IsName(name)) {
+        return false;
+    }
+    found->second = std::move(name);
+    return true;
+}
+
+long Language::DefineMethod(const std::string& name, std::string source) {
+    const long number = FindMethod(name);
+    if (number != 0) {
+        methods[static_cast<size_t>(number) - 1].source = std::move(source);
+        return number;
+    }
+    methods.push_back({name, std::move(source)});
+    return static_cast<long>(methods.size());
+}
+
+long Language::FindMethod(std::string_view name) const {
+    const std::string folded = FoldCase(name);
+    for (size_t place = 0; place < methods.size(); ++place) {
+        if (FoldCase(methods[place].name) == folded) {
+            return static_cast<long>(place) + 1;
+        }
+    }
+    return 0;
+}
+
+const HostMethod* Language::Method(long number) const {
+    if (number < 1 || static_cast<size_t>(number) > methods.size()) {
+        return nullptr;
+    }
+    return &methods[static_cast<size_t>(number) - 1];
+}
+
+long Language::VariableNumber(const std::string& name) {
+    const std::string folded = FoldCase(name);
+    const auto found = std::ranges::find(pointedTo, folded);
+    if (found == pointedTo.end()) {
+        pointedTo.push_back(folded);
+        return static_cast<long>(pointedTo.size());
+    }
+    return found - pointedTo.begin() + 1;
+}
+
+long Boxes::Show(HostBox::Kind kind, std::string text) {
+    long answer = 1;
+    if (kind == HostBox::Kind::Confirm && !confirmAnswers.empty()) {
+        answer = confirmAnswers.front();
+        confirmAnswers.pop_front();
+    }
+    shown.push_back({kind, std::move(text), answer, host.log.PluginCallCount()});
+    if (onShown) {
+        onShown(shown.back());
+    }
+    return answer;
+}

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "testhost/values/TypedValue.h"
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// Storage of one value in the host's layout, with guard bytes on both sides. Handles in it are
+/// toolbox handles; whatever it holds at the end is freed with it.
+class TypedStorage {
+  public:
+    /// `compiled` decides how a pointer is laid out: in a compiled database as a value block
+    /// with a handle to the target, otherwise as the target itself.
+    TypedStorage(const TypedValue& value, bool compiled);
+    ~TypedStorage();
+    TypedStorage(const TypedStorage&) = delete;
+    TypedStorage& operator=(const TypedStorage&) = delete;
+
+    void* Address();
+    /// The value that is in the storage now.
+    TypedValue Read() const;
+    /// What is wrong with the guard bytes; nothing when they are whole.
+    std::optional<std::string> GuardProblem() const;
+
+  private:
+    TypedValue shape; ///< the value as first stored: gives kind and layout
+    bool compiled;
+    size_t size;
+    std::vector<unsigned char> bytes; ///< guard, value, guard
+};
+
+/// The parameters of a command call: the host's array of pointers to their storage.
+class Arguments {
+  public:
+    explicit Arguments(const std::vector<TypedValue>& values, bool compiled = false);
+
+    size_t Count() const { return storage.size(); }
+    /// The parameter array to hand to the plug-in (a CXParam per element).
+    void* Array() { return pointers.data(); }
+    /// The n-th parameter, from 1, as it is now. Throws std::out_of_range.
+    TypedValue At(size_t number) const { return storage.at(number - 1)->Read(); }
+    /// The n-th parameter's storage, from 1.
+    TypedStorage& StorageAt(size_t number) { return *storage.at(number - 1); }
+    /// Sentences about parameters that were written outside their storage.
+    std::vector<std::string> GuardProblems() const;
+
+  private:
+    std::vector<std::unique_ptr<TypedStorage>> storage;
+    std::vector<void*> pointers;
+};
+
+/// The 32-bit result cell of a command call: the value itself, or for extended, date, string and
+/// text a pointer to storage of that kind.
+class ResultCell {
+  public:
+    /// Other kinds than none, short, long, boolean, picture, extended, date, string and text
+    /// cannot be results; they throw std::invalid_argument.
+    explicit ResultCell(ValueKind kind);
+    ~ResultCell();
+    ResultCell(const ResultCell&) = delete;
+    ResultCell& operator=(const ResultCell&) = delete;
+
+    /// Whether a command can have a result of this kind.
+    static bool Accepts(ValueKind kind);
+
+    unsigned long* Cell() { return &cell; }
+    /// The result as it is now. A cell without a type that was written to reads as a long.
+    TypedValue Read() const;
+    std::optional<std::string> GuardProblem() const;
+
+  private:
+    ValueKind kind;
+    unsigned long cell;
+    unsigned long storageAddress = 0;
+    std::unique_ptr<TypedStorage> storage;
+};

@@ -1,0 +1,205 @@
+#include "testhost/plugins/Session.h"
+
+#include "platform/Toolbox.h"
+#include "testhost/model/MisalignedCall.h"
+#include "testhost/services/Services.h"
+#include "testhost/toolbox/Control.h"
+#include "testhost/values/Encodings.h"
+
+#include <algorithm>
+
+// All sessions share one toolbox: each of its problems is reported once.
+long Session::toolboxProblemsSeen = 0;
+
+namespace {
+constexpr unsigned long notWritten = 0xDEADBEEF;
+
+// Makes a resource file current for a while; file 0 leaves things as they are.
+class ResFileScope {
+  public:
+    explicit ResFileScope(short file) : former(CurResFile()) {
+        if (file != 0) {
+            UseResFile(file);
+        }
+    }
+    ~ResFileScope() { UseResFile(former); }
+    ResFileScope(const ResFileScope&) = delete;
+    ResFileScope& operator=(const ResFileScope&) = delete;
+
+  private:
+    short former;
+};
+
+void* Word(long number) {
+    return reinterpret_cast<void*>(number);
+}
+
+std::string CommandText(long command, const Arguments& arguments) {
+    std::string text = "command " + std::to_string(command) + "(";
+    for (size_t number = 1; number <= arguments.Count(); ++number) {
+        text += (number > 1 ? ", " : "") + Describe(arguments.At(number));
+    }
+    return text + ")";
+}
+} // namespace
+
+long CallPlugin(Host& host, PluginEntry function, void* const words[4], long selector,
+                std::string what) {
+    LoggedCall entry;
+    entry.kind = LoggedCall::Kind::IntoPlugin;
+    entry.selector = selector;
+    entry.name = std::move(what);
+    entry.process = host.currentProcess;
+    entry.depth = host.log.depth;
+    host.log.Add(std::move(entry));
+
+    // 4, 8, 12, 4, ... with every call.
+    const unsigned long offset = 4 + 4 * (host.log.PluginCallCount() % 3);
+    const Host::Scope scope(host);
+    ++host.log.depth;
+    const long left = CallMisaligned(function, words, offset);
+    --host.log.depth;
+    return left;
+}
+
+Session::Session(Host& sessionHost, EntryPoints entryPoints)
+    : host(sessionHost), entries(entryPoints), before(CountLiveBlocks()) {
+    toolboxProblemsSeen = ToolboxProblemCount();
+    host.sessions.push_back(this);
+}
+
+Session::~Session() {
+    std::erase(host.sessions, this);
+    if (resFile != 0) {
+        ToolboxRemoveResFile(resFile);
+    }
+}
+
+void Session::Start(long selector) {
+    if (resFile == 0 && host.options.pluginResFile != 0) {
+        resFile = host.options.pluginResFile;
+        ToolboxAddResFile(resFile);
+    }
+    PackInitBlock block{};
+    block.hostVersion = host.options.version;
+    block.classicCallBack = ClassicHostCall;
+    block.acceptedVersion = notWritten;
+    block.engineCallBack = host.HasEngine() ? EngineHostCall : MissingEngineCall;
+    {
+        ResFileScope resources(resFile);
+        Enter(selector, &block, nullptr, nullptr, "start");
+    }
+    started = true;
+    if (block.acceptedVersion != host.options.version) {
+        host.Report("The plug-in did not write the host's version into the fifth word of the "
+                    "initialisation record.");
+    }
+}
+
+void Session::Stop(long selector) {
+    host.EndOwnProcesses(); // no plug-in code runs in them once it has been de-initialised
+    Enter(selector, nullptr, nullptr, nullptr, "stop");
+    started = false;
+}
+
+long Session::ProcessStart(std::string_view name) {
+    long number = host.AddProcess({.name = std::string(name)});
+    host.TellPlugins(-3, number);
+    return number;
+}
+
+void Session::ProcessEnd(long number) {
+    host.EndProcess(number);
+}
+
+TypedValue Session::Call(long command, Arguments& arguments, ValueKind result) {
+    ResultCell cell(result);
+    Enter(command, arguments.Array(), nullptr, cell.Cell(),
+          host.log.IsRecording() ? CommandText(command, arguments) : std::string());
+    std::string where = "Command " + std::to_string(command) + ": ";
+    for (const std::string& problem : arguments.GuardProblems()) {
+        host.Report(where + problem + ".");
+    }
+    if (auto problem = cell.GuardProblem()) {
+        host.Report(where + "the result was written " + *problem + ".");
+    }
+    return cell.Read();
+}
+
+TypedValue Session::Call(long command, const std::vector<TypedValue>& values, ValueKind result) {
+    Arguments arguments(values, host.options.callerCompiled || host.options.hostCompiled);
+    return Call(command, arguments, result);
+}
+
+void Session::Enter(long selector, void* params, void* data, void* result, std::string what) {
+    bool extended = (selector == -200 || selector == -220) && entries.packEx != nullptr;
+    void* const words[4] = {Word(selector), params, data, result};
+    const bool outermost = host.log.depth == 0 && !host.scheduler->InOwnProcess();
+    if (outermost) {
+        host.scheduler->BeginEntry();
+    }
+    const long left = CallPlugin(host, extended ? entries.packEx : entries.pack, words, selector,
+                                 std::move(what));
+    if (outermost) {
+        host.EndKilledProcess();
+    }
+    if (left != 0) {
+        host.Report("The entry point left " + std::to_string(left) +
+                    " bytes of its arguments on the stack: it must remove them (stdcall).");
+    }
+    CollectToolboxProblems();
+}
+
+void Session::CollectToolboxProblems() {
+    // Someone may have cleared the list meanwhile.
+    toolboxProblemsSeen = std::min(toolboxProblemsSeen, ToolboxProblemCount());
+    for (; toolboxProblemsSeen < ToolboxProblemCount(); ++toolboxProblemsSeen) {
+        char text[512];
+        ToolboxProblem(toolboxProblemsSeen, text, sizeof text);
+        host.Report(std::string("Toolbox: ") + text);
+    }
+}
+
+void Session::ReportLeaks() {
+    ReportHostLeaks();
+    ToolboxCheckAll();
+    CollectToolboxProblems();
+    const LiveBlocks now = CountLiveBlocks();
+    ReportLeak(now.handles - before.handles, "handle", "made", "alive");
+    ReportLeak(now.hostHandles - before.hostHandles, "host handle", "made", "alive");
+    ReportLeak(now.pointers - before.pointers, "pointer", "made", "alive");
+    ReportLeak(now.files - before.files, "file", "opened", "open");
+}
+
+void Session::ReportHostLeaks() {
+    host.dialogs.ReportLeaks();
+    host.variables.Clear(); // what they hold is not the plug-in's
+    host.windows.DisposeMethodTexts();
+    host.strings.Check();
+    host.pictures.Check();
+    const LiveBlocks now = CountLiveBlocks();
+    ReportLeak(now.strings - before.strings, "host string", "taken", "alive");
+    ReportLeak(now.pictures - before.pictures, "picture", "taken", "alive");
+    ReportLeak(now.bitmaps - before.bitmaps, "native bitmap", "taken", "alive");
+    for (const std::string& path : host.structureResources.OpenPaths()) {
+        host.Report("The resource file \"" + Utf8(FromAnsi(path)) +
+                    "\" that the plug-in opened through the host is still open.");
+    }
+    host.ReportUnusedFailures();
+}
+
+void Session::ReportLeak(long leaked, const std::string& kind, const std::string& begun,
+                         const std::string& state) {
+    if (leaked > 0) {
+        host.Report(std::to_string(leaked) + " " + kind +
+                    (leaked == 1 ? " that was " : "s that were ") + begun +
+                    " since the session began " + (leaked == 1 ? "is" : "are") + " still " + state +
+                    ".");
+    }
+}
+
+Session::LiveBlocks Session::CountLiveBlocks() const {
+    return {ToolboxLiveHandles(),       ToolboxLiveHostHandles(), ToolboxLivePointers(),
+            ToolboxOpenFiles(),         host.strings.Live(),      host.pictures.Live(),
+            host.pictures.LiveBitmaps()};
+}

@@ -1,0 +1,309 @@
+#include "testhost/resources/Text.h"
+
+#include "testhost/resources/Forms.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+using Number = ResourceBytes::Number;
+
+constexpr Number nativeShort{2, false};
+constexpr Number bigShort{2, true};
+constexpr Number nativeLong{4, false};
+constexpr unsigned long mostItems = 0x7FFF; // counts are signed 16-bit numbers
+constexpr long longestFill = 0xFFFFFF;
+
+struct NumberKind {
+    std::string_view name;
+    Number form;
+    long lowest;
+    long highest;
+};
+
+constexpr NumberKind numberKinds[] = {
+    {"byte", {1, false}, -0x80, 0xFF},
+    {"short", nativeShort, -0x8000, 0xFFFF},
+    {"long", nativeLong, -0x7FFFFFFF - 1, 0x7FFFFFFF},
+    {"big-short", bigShort, -0x8000, 0xFFFF},
+    {"big-long", {4, true}, -0x7FFFFFFF - 1, 0x7FFFFFFF},
+};
+
+const NumberKind* FindNumberKind(std::string_view name) {
+    const auto* kind = std::find_if(std::begin(numberKinds), std::end(numberKinds),
+                                    [&](const NumberKind& each) { return each.name == name; });
+    return kind == std::end(numberKinds) ? nullptr : kind;
+}
+
+void TakeHex(Words& words, ResourceBytes& resource) {
+    do {
+        const std::string digits = words.TakeWord("hexadecimal digits");
+        if (digits.size() % 2 != 0 ||
+            digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) {
+            throw ScriptError("hex is followed by pairs of hexadecimal digits, not '" + digits +
+                              "'");
+        }
+        for (size_t place = 0; place < digits.size(); place += 2) {
+            resource.bytes += static_cast<char>(std::stoul(digits.substr(place, 2), nullptr, 16));
+        }
+    } while (!words.AtEnd());
+}
+
+void TakeAlign(Words& words, ResourceBytes& resource) {
+    const auto unit = static_cast<size_t>(words.TakeNumber("a number of bytes", 1, 0x7FFF));
+    resource.AppendZeros((unit - resource.bytes.size() % unit) % unit);
+}
+
+struct FieldKind {
+    std::string_view name;
+    std::string_view usage;
+    std::string_view help;
+    bool severalStrings; ///< further strings are further fields of this kind
+    void (*take)(Words& words, ResourceBytes& resource);
+};
+
+constexpr FieldKind fieldKinds[] = {
+    {"text", "\"TEXT\"...", "the bytes of strings", true,
+     [](Words& words, ResourceBytes& resource) { resource.bytes += words.TakeString("a text"); }},
+    {"pstring", "\"TEXT\"...", "Pascal strings: a length byte, then at most 255 bytes", true,
+     [](Words& words, ResourceBytes& resource) {
+         resource.AppendPascal(words.TakeString("a text"));
+     }},
+    {"cstring", "\"TEXT\"...", "strings that end with a zero byte", true,
+     [](Words& words, ResourceBytes& resource) {
+         resource.bytes += words.TakeString("a text") + '\0';
+     }},
+    {"type", "\"TYPE\"...", "resource types in the byte order of long; as they stand: text", true,
+     [](Words& words, ResourceBytes& resource) {
+         resource.Append(TakeResourceType(words), nativeLong);
+     }},
+    {"zero", "N", "N zero bytes", false,
+     [](Words& words, ResourceBytes& resource) {
+         resource.AppendZeros(
+             static_cast<size_t>(words.TakeNumber("a number of bytes", 0, longestFill)));
+     }},
+    {"align", "N", "zero bytes up to the next multiple of N", false, TakeAlign},
+    {"hex", "DIGITS...", "bytes in hexadecimal digits, up to the end of the line", false, TakeHex},
+};
+
+// One field, or several of a kind: long 1 2 3.
+void TakeField(Words& words, ResourceBytes& resource) {
+    const std::string name = words.TakeWord("a kind of field");
+    if (const NumberKind* kind = FindNumberKind(name)) {
+        do {
+            const long number = words.TakeNumber("a number", kind->lowest, kind->highest);
+            resource.Append(static_cast<unsigned long>(number), kind->form);
+        } while (words.IsNumber());
+        return;
+    }
+    for (const FieldKind& kind : fieldKinds) {
+        if (kind.name == name) {
+            do {
+                kind.take(words, resource);
+            } while (kind.severalStrings && words.IsString());
+            return;
+        }
+    }
+    throw ScriptError("unknown kind of field or line '" + name + "'");
+}
+
+void TakeFields(Words& words, ResourceBytes& resource) {
+    while (!words.AtEnd()) {
+        TakeField(words, resource);
+    }
+}
+
+constexpr size_t platformCount = 3;
+constexpr size_t styleNameField = 32;
+constexpr size_t fontNameField = 64;
+// The bits of a face, the lowest first.
+constexpr std::string_view fontStyles[] = {"bold", "italic", "underline", "outline", "shadow"};
+
+bool TakeFontStyle(Words& words, unsigned long* face) {
+    for (size_t bit = 0; bit < std::size(fontStyles); ++bit) {
+        if (words.TakeIf(fontStyles[bit])) {
+            *face |= 1UL << bit;
+            return true;
+        }
+    }
+    return false;
+}
+
+// FONT SIZE [bold] [italic] ... as a platform's entry: name, 16-bit size and face.
+void TakeFont(Words& words, ResourceBytes& resource) {
+    resource.AppendPascalField(words.TakeString("a font's name"), fontNameField);
+    resource.Append(static_cast<unsigned long>(words.TakeNumber("a font size", 1, 0x7FFF)),
+                    nativeShort);
+    unsigned long face = 0;
+    while (TakeFontStyle(words, &face)) {
+    }
+    resource.Append(face, nativeShort);
+}
+
+void TakeStyle(Words& words, ResourceBytes& resource) {
+    if (resource.InList()) {
+        resource.CountItem("style");
+    }
+    const long id = words.TakeNumber("a style's number", -0x8000, 0x7FFF);
+    resource.AppendPascalField(words.TakeString("a style's name"), styleNameField);
+    resource.Append(static_cast<unsigned long>(id), nativeShort);
+
+    ResourceBytes fonts;
+    size_t count = 0;
+    while (words.TakeIf("font")) {
+        TakeFont(words, fonts);
+        ++count;
+    }
+    if (count != 1 && count != platformCount) {
+        throw ScriptError("a style has one font, or three: one for each platform");
+    }
+    for (size_t platform = 0; platform < platformCount; platform += count) {
+        resource.bytes += fonts.bytes;
+    }
+}
+
+void TakeEntry(Words& words, ResourceBytes& resource) {
+    resource.CountItem("entry");
+    resource.Append(TakeResourceType(words), nativeLong);
+    for (const char* what : {"a local number", "a resource number"}) {
+        resource.Append(static_cast<unsigned long>(words.TakeNumber(what, -0x8000, 0x7FFF)),
+                        nativeShort);
+    }
+}
+
+void TakeCount(Words& words, ResourceBytes& resource) {
+    const std::string name = words.TakeWord("a kind of number");
+    const NumberKind* kind = FindNumberKind(name);
+    if (kind == nullptr || kind->form.width == 1) {
+        throw ScriptError("count is followed by short, long, big-short or big-long, not '" + name +
+                          "'");
+    }
+    resource.BeginList("item", kind->form);
+}
+
+struct LineKind {
+    std::string_view name;
+    std::string_view usage;
+    std::string_view help;
+    void (*take)(Words& words, ResourceBytes& resource);
+};
+
+constexpr LineKind lineKinds[] = {
+    {"string-list", "", "begins a string list, as 'STR#' is; a string on each line follows",
+     [](Words&, ResourceBytes& resource) { resource.BeginList("\"TEXT\"", bigShort); }},
+    {"style", R"(N "NAME" font "FONT" SIZE [bold] [italic] [underline] [outline] [shadow])",
+     "a text style, as 'Styl' is; with one font for all platforms, or with three", TakeStyle},
+    {"style-list", "", "begins a list of styles: style lines follow",
+     [](Words&, ResourceBytes& resource) {
+         resource.BeginList("style", nativeShort);
+         resource.AppendZeros(2);
+     }},
+    {"map", "", "begins a resource map: entry lines follow",
+     [](Words&, ResourceBytes& resource) { resource.BeginList("entry", nativeShort); }},
+    {"entry", "\"TYPE\" LOCAL NUMBER", "the resource that a local number stands for", TakeEntry},
+    {"count", "KIND", "a number of this kind: how many item lines follow", TakeCount},
+    {"item", "FIELD...", "one of those counted; its fields",
+     [](Words& words, ResourceBytes& resource) {
+         resource.CountItem("item");
+         TakeFields(words, resource);
+     }},
+};
+
+void PrintLine(std::ostream& out, std::string_view name, std::string_view usage,
+               std::string_view help) {
+    out << "  " << name << (usage.empty() ? "" : " ") << usage << "\n      " << help << "\n";
+}
+} // namespace
+
+void ResourceBytes::Append(unsigned long number, Number form) {
+    for (unsigned i = 0; i < form.width; ++i) {
+        const unsigned shift = 8 * (form.bigEndian ? form.width - 1 - i : i);
+        bytes += static_cast<char>(number >> shift & 0xFF);
+    }
+}
+
+void ResourceBytes::AppendPascal(std::string_view text, size_t most) {
+    if (text.size() > most) {
+        throw ScriptError("at most " + std::to_string(most) + " bytes fit here, the string has " +
+                          std::to_string(text.size()));
+    }
+    bytes += static_cast<char>(text.size());
+    bytes += text;
+}
+
+void ResourceBytes::AppendPascalField(std::string_view text, size_t size) {
+    AppendPascal(text, size - 1);
+    AppendZeros(size - 1 - text.size());
+}
+
+void ResourceBytes::BeginList(std::string_view itemWord, Number form) {
+    listItem = itemWord;
+    countPlace = bytes.size();
+    countForm = form;
+    items = 0;
+    Append(items, form);
+}
+
+void ResourceBytes::CountItem(std::string_view itemWord) {
+    if (listItem != itemWord) {
+        throw ScriptError(listItem.empty()
+                              ? "no list has begun in this resource"
+                              : "the list that has begun is one of " + listItem + " lines");
+    }
+    if (items == mostItems) {
+        throw ScriptError("a list has at most " + std::to_string(mostItems) + " items");
+    }
+    ResourceBytes number;
+    number.Append(++items, countForm);
+    bytes.replace(countPlace, countForm.width, number.bytes);
+}
+
+void AddResourceLine(Words& words, ResourceBytes& resource) {
+    if (words.IsString()) {
+        resource.CountItem("\"TEXT\"");
+        resource.AppendPascal(words.TakeString("a string"));
+        return;
+    }
+    for (const LineKind& kind : lineKinds) {
+        if (words.TakeIf(kind.name)) {
+            kind.take(words, resource);
+            return;
+        }
+    }
+    if (!TakeFormLine(words, resource)) {
+        TakeFields(words, resource);
+    }
+}
+
+unsigned long TakeResourceType(Words& words) {
+    const std::string text = words.TakeString("a type of four characters");
+    if (text.size() != 4) {
+        throw ScriptError("a type has four characters, not " + std::to_string(text.size()));
+    }
+    unsigned long type = 0;
+    for (const char character : text) {
+        type = type << 8 | static_cast<unsigned char>(character);
+    }
+    return type;
+}
+
+void PrintResourceHelp(std::ostream& out) {
+    out << "A resource text has one statement on a line; comments, strings and numbers are "
+           "written\n"
+           "as in a script. Strings are not converted: a character beyond ASCII is written \\xNN, "
+           "in\n"
+           "the host's Macintosh set. Lines:\n";
+    PrintLine(out, "resource", R"("TYPE" ID ["NAME"])",
+              "begins a resource; the lines up to the next one are what is in it");
+    for (const LineKind& kind : lineKinds) {
+        PrintLine(out, kind.name, kind.usage, kind.help);
+    }
+    PrintLine(out, "FIELD...", "", "fields, one behind the other");
+    out << "\nKinds of fields:\n";
+    PrintLine(out, "byte, short, long", "N...", "numbers in the platform's own byte order");
+    PrintLine(out, "big-short, big-long", "N...", "numbers with the high byte first");
+    for (const FieldKind& kind : fieldKinds) {
+        PrintLine(out, kind.name, kind.usage, kind.help);
+    }
+    PrintFormHelp(out);
+}

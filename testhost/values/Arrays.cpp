@@ -1,0 +1,254 @@
+#include "platform/Toolbox.h"
+#include "testhost/toolbox/Control.h"
+#include "testhost/values/Storage.h"
+
+#include <algorithm>
+#include <cstring>
+#include <span>
+
+namespace {
+using ElementBytes = std::span<const unsigned char>;
+
+#pragma pack(push, 2)
+// Element of an array of arrays.
+struct ArrayRow {
+    unsigned char type;
+    unsigned char filler;
+    ArrayBlock array;
+};
+#pragma pack(pop)
+static_assert(sizeof(ArrayRow) == 12 && offsetof(ArrayRow, array) == 2);
+
+template <typename T>
+T Load(ElementBytes bytes) {
+    T value{};
+    std::memcpy(static_cast<void*>(&value), bytes.data(), std::min(sizeof value, bytes.size()));
+    return value;
+}
+
+// Where the elements lie in an array's storage. That of strings begins with their slot size.
+struct ElementPlaces {
+    size_t start = 0;
+    size_t size = 0;
+    size_t count = 0; // how many the storage holds, with element 0
+
+    ElementBytes At(const std::string& contents, size_t place) const {
+        const auto* bytes = reinterpret_cast<const unsigned char*>(contents.data());
+        return {bytes + start + place * size, size};
+    }
+};
+
+size_t ElementSize(ValueKind kind) {
+    switch (kind) {
+    case ValueKind::ArrayOfArrays:
+        return sizeof(ArrayRow);
+    case ValueKind::UnicodeTextArray:
+        return sizeof(FDStringBlock);
+    default:
+        return StoredSize(EmptyValue(ElementKind(kind)), {});
+    }
+}
+
+size_t SlotSize(const std::string& contents) {
+    unsigned short size = 0;
+    if (contents.size() >= sizeof size) {
+        std::memcpy(&size, contents.data(), sizeof size);
+    }
+    return size;
+}
+
+ElementPlaces Places(ValueKind kind, const std::string& contents) {
+    const bool strings = kind == ValueKind::StringArray;
+    ElementPlaces places{.start = strings ? sizeof(short) : 0,
+                         .size = strings ? SlotSize(contents) : ElementSize(kind)};
+    if (places.size > 0 && contents.size() >= places.start) {
+        places.count = (contents.size() - places.start) / places.size;
+    }
+    return places;
+}
+
+// Elements 0 to `count`, as far as the storage holds them.
+size_t LivingElements(const ElementPlaces& places, const ArrayBlock& array) {
+    size_t wanted = array.count < 0 ? 0 : static_cast<size_t>(array.count) + 1;
+    return std::min(wanted, places.count);
+}
+
+// A row is no array of arrays itself; one that claims to be is no row.
+bool IsRow(ValueKind kind) {
+    return ElementKind(kind) != ValueKind::None;
+}
+
+void StoreElement(const TypedValue& element, const ValueLayout& layout,
+                  std::span<unsigned char> target) {
+    if (IsRow(element.kind)) {
+        const ArrayRow row{BlockType(element.kind), 0, StoreArray(element, layout)};
+        std::memcpy(target.data(), &row, sizeof row);
+    } else if (element.kind == ValueKind::UnicodeText) {
+        const FDStringBlock string = StoreUnicode(element.texts.at(0), layout);
+        std::memcpy(target.data(), &string, sizeof string);
+    } else if (element.kind == ValueKind::String) {
+        const std::string& text = element.texts.at(0);
+        const size_t length = std::min(text.size(), target.size() - 1);
+        target[0] = static_cast<unsigned char>(length);
+        std::copy_n(text.begin(), length, target.begin() + 1);
+    } else {
+        Store(element, layout, target.data());
+    }
+}
+
+TypedValue FetchElement(ValueKind arrayKind, ElementBytes source, const ValueLayout& layout) {
+    switch (arrayKind) {
+    case ValueKind::ArrayOfArrays: {
+        const auto row = Load<ArrayRow>(source);
+        const ValueKind kind = BlockKind(row.type);
+        return IsRow(kind) ? FetchArray(kind, row.array, layout) : NullValue(ValueKind::Undefined);
+    }
+    case ValueKind::UnicodeTextArray:
+        return UnicodeValue(FetchUnicode(Load<FDStringBlock>(source), layout));
+    case ValueKind::StringArray: {
+        const size_t length = std::min<size_t>(source[0], source.size() - 1);
+        return StringValue({reinterpret_cast<const char*>(source.data()) + 1, length});
+    }
+    default:
+        return Fetch(EmptyValue(ElementKind(arrayKind)), layout, source.data());
+    }
+}
+
+// The kind of element 0 of an array of arrays is that of all its rows.
+long Detail(ValueKind kind, const std::string& contents, const ElementPlaces& places) {
+    if (kind == ValueKind::ArrayOfArrays && places.count > 0) {
+        return static_cast<long>(BlockKind(Load<ArrayRow>(places.At(contents, 0)).type));
+    }
+    return kind == ValueKind::StringArray ? static_cast<long>(places.size) : 0;
+}
+
+void AddHandle(Handle handle, BlockParts& parts) {
+    if (handle != nullptr) {
+        parts.handles.push_back(handle);
+    }
+}
+
+void AddElementParts(ValueKind kind, ElementBytes element, BlockParts& parts) {
+    if (kind == ValueKind::TextArray) {
+        AddHandle(Load<TextBlock>(element).text, parts);
+    } else if (kind == ValueKind::PictureArray) {
+        AddHandle(Load<Handle>(element), parts);
+    } else if (kind == ValueKind::UnicodeTextArray) {
+        const auto string = Load<FDStringBlock>(element);
+        if (string.units != nullptr) {
+            parts.strings.push_back(string);
+        }
+    } else if (kind == ValueKind::ArrayOfArrays) {
+        const auto row = Load<ArrayRow>(element);
+        if (IsRow(BlockKind(row.type))) {
+            AddArrayParts(BlockKind(row.type), row.array, parts);
+        }
+    }
+}
+
+// What a storage that may be anyone's holds; nothing when it is no live toolbox handle.
+std::string LiveContents(Handle storage) {
+    return ToolboxHandleOwner(storage) == 1 ? HandleContents(storage) : std::string();
+}
+} // namespace
+
+ArrayBlock StoreArray(const TypedValue& array, const ValueLayout& layout) {
+    std::vector<TypedValue> elements = Elements(array);
+    const bool rows = array.kind == ValueKind::ArrayOfArrays;
+    const ValueKind elementKind =
+        rows ? static_cast<ValueKind>(array.numbers.at(0)) : ElementKind(array.kind);
+    elements.insert(elements.begin(), EmptyValue(elementKind)); // element 0
+
+    std::string contents;
+    if (array.kind == ValueKind::StringArray) {
+        const auto slotSize =
+            static_cast<unsigned short>(std::clamp(array.numbers.at(0), 1L, 256L));
+        contents.assign(reinterpret_cast<const char*>(&slotSize), sizeof slotSize);
+    }
+    const ElementPlaces places = Places(array.kind, contents);
+    contents.resize(places.start + elements.size() * places.size);
+    auto* bytes = reinterpret_cast<unsigned char*>(contents.data());
+    for (size_t place = 0; place < elements.size(); ++place) {
+        StoreElement(elements[place], layout,
+                     {bytes + places.start + place * places.size, places.size});
+    }
+    return {static_cast<long>(elements.size()) - 1, NewHandleWith(contents), 0};
+}
+
+TypedValue FetchArray(ValueKind kind, const ArrayBlock& array, const ValueLayout& layout) {
+    const std::string contents = HandleContents(array.elements);
+    const ElementPlaces places = Places(kind, contents);
+    std::vector<TypedValue> elements;
+    for (size_t place = 1; place < LivingElements(places, array); ++place) {
+        elements.push_back(FetchElement(kind, places.At(contents, place), layout));
+    }
+    return ArrayValue(kind, std::move(elements), Detail(kind, contents, places));
+}
+
+void AddArrayParts(ValueKind kind, const ArrayBlock& array, BlockParts& parts) {
+    AddHandle(array.elements, parts);
+    const std::string contents = LiveContents(array.elements);
+    const ElementPlaces places = Places(kind, contents);
+    for (size_t place = 0; place < LivingElements(places, array); ++place) {
+        AddElementParts(kind, places.At(contents, place), parts);
+    }
+}
+
+long ElementsHeld(ValueKind kind, Handle storage) {
+    return static_cast<long>(Places(kind, LiveContents(storage)).count) - 1;
+}
+
+std::optional<TypedValue> FetchElement(ValueKind kind, const ArrayBlock& array, long index,
+                                       const ValueLayout& layout) {
+    const std::string contents = HandleContents(array.elements);
+    const ElementPlaces places = Places(kind, contents);
+    if (index < 0 || static_cast<size_t>(index) >= LivingElements(places, array)) {
+        return std::nullopt;
+    }
+    return FetchElement(kind, places.At(contents, static_cast<size_t>(index)), layout);
+}
+
+bool ReplaceElement(ValueKind kind, ArrayBlock& array, long index, const TypedValue& element,
+                    const ValueLayout& layout) {
+    std::string contents = HandleContents(array.elements);
+    ElementPlaces places = Places(kind, contents);
+    const auto place = static_cast<size_t>(index);
+    BlockParts former;
+    if (place < places.count) {
+        AddElementParts(kind, places.At(contents, place), former);
+    } else {
+        contents.resize(places.start + (place + 1) * places.size);
+        SetHandleSize(array.elements, static_cast<Size>(contents.size()));
+        if (MemError() != 0) {
+            return false;
+        }
+    }
+    std::string bytes(places.size, '\0');
+    StoreElement(element, layout, {reinterpret_cast<unsigned char*>(bytes.data()), bytes.size()});
+    contents.replace(places.start + place * places.size, places.size, bytes);
+    BlockMove(contents.data(), *array.elements, static_cast<Size>(contents.size()));
+    array.count = std::max(long{array.count}, index);
+    FreeParts(former, layout);
+    return true;
+}
+
+void RemoveElements(ValueKind kind, ArrayBlock& array, long from, long count,
+                    const ValueLayout& layout) {
+    std::string contents = HandleContents(array.elements);
+    const ElementPlaces places = Places(kind, contents);
+    const auto living = static_cast<long>(LivingElements(places, array));
+    if (from < 1 || count < 1 || from >= living) {
+        return;
+    }
+    count = std::min(count, living - from);
+    BlockParts removed;
+    for (long place = from; place < from + count; ++place) {
+        AddElementParts(kind, places.At(contents, static_cast<size_t>(place)), removed);
+    }
+    contents.erase(places.start + static_cast<size_t>(from) * places.size,
+                   static_cast<size_t>(count) * places.size);
+    BlockMove(contents.data(), *array.elements, static_cast<Size>(contents.size()));
+    SetHandleSize(array.elements, static_cast<Size>(contents.size()));
+    array.count -= count;
+    FreeParts(removed, layout);
+}
