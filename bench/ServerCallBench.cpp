@@ -5,8 +5,8 @@
 // The host is made up and carries each request over at once, within this module: what is measured
 // is our side of a call and the toolbox's handles, and no network.
 
+#include "host/boundary/Selectors.h"
 #include "host/FourD.h"
-#include "host/Selectors.h"
 #include "platform/Toolbox.h"
 #include "shell/Entry.h"
 #include "shell/FourDPlug.h"

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "host/boundary/Styles.h"
 #include "host/HostState.h"
-#include "host/Styles.h"
 
 class CArray;
 class FourDDialog;
@@ -94,9 +94,9 @@ class FourD {
     // to the server, a process that freezes itself), and between commands.
 
     /// Starts a process whose body is `proc`, a HOST_CALL function without arguments, which lets
-    /// nothing that is thrown out (KeepExceptionsInside, shell/base/ExceptionBarrier.h). The name is
-    /// cut to what the record holds; the stack size is in bytes. Stores the new process's number,
-    /// 0 on failure, unless `procNum` is null; answers the host's result code.
+    /// nothing that is thrown out (KeepExceptionsInside, shell/base/ExceptionBarrier.h). The name
+    /// is cut to what the record holds; the stack size is in bytes. Stores the new process's
+    /// number, 0 on failure, unless `procNum` is null; answers the host's result code.
     static OSErr NewXProcess(void* proc, const char* name, long stackSize, long* procNum);
     static OSErr NewXProcess(char* proc, const unsigned char* name, long stackSize, long* procNum);
     /// Ends the calling process; answers what the call returns.
@@ -276,11 +276,11 @@ class FourD {
     static OSErr GetFileFieldNum(unsigned char* name, short* table, short* field);
     /// Type, length, attributes and relations of a field, see FieldInfo.
     static OSErr GetFieldInfo(short table, short field, FieldInfo* info);
-    /// A field of the current record; its value travels as host/FieldData.h lists. Handles in what
-    /// was read belong to the caller, and those in what is written stay the caller's. As a typed
-    /// value, which is overwritten whatever it held, integers become longs and back; -1999 for the
-    /// types that have no field, and for pictures on hosts from 11.0 on, which do not hold handles
-    /// there.
+    /// A field of the current record; its value travels as host/boundary/Fields.h lists. Handles in
+    /// what was read belong to the caller, and those in what is written stay the caller's. As a
+    /// typed value, which is overwritten whatever it held, integers become longs and back; -1999
+    /// for the types that have no field, and for pictures on hosts from 11.0 on, which do not hold
+    /// handles there.
     static OSErr GetFieldData(short table, short field, ValueBlock* value);
     static OSErr SetFieldData(short table, short field, ValueBlock* value);
     static OSErr GetFieldData(short table, short field, FieldData* data);
@@ -421,8 +421,8 @@ class FourD {
     static OSErr GetStyleXResByID(short id, FourDStyleX* style);
     static OSErr GetStyleXResByName(const unsigned char* name, FourDStyleX* style);
     /// The first style of that identifier, or name as StringsEqual compares, in a style list, a
-    /// platform handle (host/Styles.h says where an author gets one); 0 and a zeroed one when there
-    /// is none. -50 for a null list and one of less than 380 bytes.
+    /// platform handle (host/boundary/Styles.h says where an author gets one); 0 and a zeroed one
+    /// when there is none. -50 for a null list and one of less than 380 bytes.
     static OSErr GetStyleByID(char** list, short id, FourDStyle* style);
     static OSErr GetStyleByName(char** list, const unsigned char* name, FourDStyle* style);
     static OSErr GetStyleXByID(char** list, short id, FourDStyleX* style);

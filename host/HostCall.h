@@ -1,7 +1,7 @@
 #pragma once
 
+#include "host/boundary/Selectors.h"
 #include "host/HostState.h"
-#include "host/Selectors.h"
 #include "platform/ResultCodes.h"
 
 #include <cstring>

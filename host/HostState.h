@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Records.h"
+#include "host/boundary/Calls.h"
 
 /// What FourD::Init keeps of the host: written once, before any other call, then only read; and a
 /// few facts that come or change later.

@@ -1,6 +1,6 @@
 #include "data/blocks/Handles.h"
 #include "data/blocks/TextBlock.h"
-#include "host/FieldData.h"
+#include "host/boundary/Fields.h"
 #include "host/FourD.h"
 #include "host/HostCall.h"
 #include "platform/Toolbox.h"

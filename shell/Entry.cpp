@@ -1,7 +1,7 @@
 #include "shell/Entry.h"
-#include "shell/base/ExceptionBarrier.h"
 
 #include "host/FourD.h"
+#include "shell/base/ExceptionBarrier.h"
 #include "shell/FourDPlug.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Records.h"
+#include "host/boundary/Calls.h"
 #include "shell/base/GenericList.h"
 #include "shell/Commands.h"
 #include "shell/ServerCalls.h"

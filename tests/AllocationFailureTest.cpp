@@ -3,9 +3,9 @@
 
 #include "data/Base64.h"
 #include "data/blocks/Handles.h"
-#include "host/Handles.h"
 #include "data/blocks/TextBlock.h"
 #include "data/Stream.h"
+#include "host/Handles.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "shell/base/TextServices.h"

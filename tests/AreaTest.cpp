@@ -3,8 +3,8 @@
 
 #include "host/FourD.h"
 #include "platform/Toolbox.h"
-#include "shell/Entry.h"
 #include "shell/base/ExceptionBarrier.h"
+#include "shell/Entry.h"
 #include "testhost/session/DatabaseFile.h"
 #include "tests/Fixture.h"
 #include "ui/AreaManager.h"

@@ -2,6 +2,7 @@
 
 #include "testhost/session/DatabaseFile.h"
 #include "testhost/session/Player.h"
+#include "testhost/statements/Statements.h"
 #include "tests/Fixture.h"
 
 #include <fstream>

@@ -434,7 +434,7 @@ TEST_P(DialogTest, HoldsAreasOfThePlugIn) {
             EXPECT_EQ(own.onPage, in);
         }
         EventRecord event = {1, 5, 0, {15, 25}, 0};
-        EXPECT_TRUE(host.areas.Send(reinterpret_cast<long>(dialog.dialog), "map", event));
+        EXPECT_TRUE(host.dialogs.SendToArea(reinterpret_cast<long>(dialog.dialog), "map", event));
         EXPECT_EQ(long(event.message), 5);
         GrafPort* port = nullptr;
         GetPort(&port);

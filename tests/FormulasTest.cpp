@@ -7,6 +7,7 @@
 #include "platform/Toolbox.h"
 #include "shell/base/DebugTrace.h"
 #include "shell/files/FileSpecs.h"
+#include "testhost/language/Failure.h"
 #include "testhost/model/ScratchFolder.h"
 #include "tests/Fixture.h"
 

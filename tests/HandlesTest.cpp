@@ -1,9 +1,9 @@
 // Platform and host handles, and the scope guards.
 
 #include "data/blocks/Handles.h"
-#include "host/Handles.h"
 
 #include "host/FourD.h"
+#include "host/Handles.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "tests/Fixture.h"

@@ -1,6 +1,6 @@
 // The stand-in host's own folders, and what it says about them and about its windows.
 
-#include "host/Selectors.h"
+#include "host/boundary/Selectors.h"
 #include "platform/ResultCodes.h"
 #include "testhost/services/Services.h"
 #include "tests/Fixture.h"

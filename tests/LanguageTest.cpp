@@ -4,10 +4,12 @@
 #include "host/HostCall.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/language/Evaluator.h"
+#include "testhost/language/Commands.h"
+#include "testhost/language/Failure.h"
 #include "testhost/language/Lexer.h"
 #include "testhost/language/Values.h"
 #include "testhost/session/Player.h"
+#include "testhost/statements/Statements.h"
 #include "tests/Fixture.h"
 
 #include <gmock/gmock.h>
@@ -31,13 +33,13 @@ class LanguageTest : public testing::Test {
     std::string Value(const std::string& expression) {
         return Try([&] {
             const auto tokens = DecodeTokens(EncodeTokens(TokensOfText(host, expression)));
-            return Describe(Evaluator(host).Evaluate(ParseExpression(tokens)));
+            return Describe(Evaluator(host, RunCommand).Evaluate(ParseExpression(tokens)));
         });
     }
 
     std::string Run(const std::string& text) {
         return Try([&] {
-            Evaluator(host).Execute(ParseStatements(TokensOfText(host, text)));
+            Evaluator(host, RunCommand).Execute(ParseStatements(TokensOfText(host, text)));
             return std::string();
         });
     }
@@ -164,7 +166,7 @@ TEST_F(LanguageTest, MalformedTokensAreRefused) {
             std::string changed = stream;
             changed[place] = static_cast<char>(changed[place] ^ 1 << bit);
             Try([&] {
-                Evaluator(host).Execute(ParseStatements(DecodeTokens(changed)));
+                Evaluator(host, RunCommand).Execute(ParseStatements(DecodeTokens(changed)));
                 return std::string();
             });
         }

@@ -4,6 +4,7 @@
 #include "testhost/pictures/WindowPicture.h"
 #include "testhost/resources/Compiler.h"
 #include "testhost/session/Player.h"
+#include "testhost/statements/Statements.h"
 #include "testhost/values/Encodings.h"
 #include "tests/Fixture.h"
 
@@ -48,7 +49,7 @@ TEST_F(PicturesOfWindowsTest, WhatChangesInADialogChangesThePictureThere) {
                                                         "button \"ok\" \"OK\" 5 90 60 20\n",
                                                         "form");
     ASSERT_THAT(compiled.errors, testing::IsEmpty());
-    const long reference = host.dialogs.Open(host.dialogs.NewContext(), "Form", "Title",
+    const long reference = host.dialogs.Open(host.dialogs.NewContext(), 1, "Form", "Title",
                                              compiled.fork.substr(compiled.fork.find("FORM")));
     Dialog* const dialog = host.dialogs.Find(reference);
     ASSERT_NE(dialog, nullptr);

@@ -5,6 +5,7 @@
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "testhost/session/Player.h"
+#include "testhost/statements/Statements.h"
 #include "tests/Fixture.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // Tables, fields and records as a plug-in reaches them, against the host's database: what is sent,
 // what comes back, and who owns it.
 
-#include "host/FieldData.h"
+#include "host/boundary/Fields.h"
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"

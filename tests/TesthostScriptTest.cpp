@@ -1,9 +1,10 @@
 // The session scripts of the stand-in host: how they are read, and how they are played.
 
-#include "host/Selectors.h"
+#include "host/boundary/Selectors.h"
 #include "testhost/plugins/PortableExecutable.h"
 #include "testhost/session/Player.h"
 #include "testhost/session/Values.h"
+#include "testhost/statements/Statements.h"
 #include "testhost/values/Encodings.h"
 #include "tests/Fixture.h"
 

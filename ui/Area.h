@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/boundary/AreaEvents.h"
 #include "platform/CallingConvention.h"
 #include "platform/Types.h"
 
@@ -48,50 +49,6 @@ static_assert(offsetof(AreaParams, process) == 256 && offsetof(AreaParams, font)
               offsetof(AreaParams, further) == 282 && offsetof(AreaParams, draggable) == 290 &&
               offsetof(AreaParams, droppable) == 291 &&
               offsetof(AreaParams, port) == CopiedAreaParams && sizeof(AreaParams) == 296);
-
-/// Codes of the host's area events, in EventRecord::what.
-namespace AreaEvent {
-enum Code : unsigned short {
-    Idle = 0,
-    MouseDown = 1,
-    KeyDown = 3,
-    AutoKey = 5,
-    Update = 6,
-    Create = 16, ///< in a simple form
-    Delete = 17,
-    Cursor = 18,
-    Test = 20, ///< whether the area can be selected
-    Select = 21,
-    Deselect = 22,
-    Scroll = 25,
-    DrawStructure = 26, ///< its outline in the form editor
-    PrintVariableFrame = 27,
-    PrintSize = 28,
-    PrintBand = 29,
-    Undo = 30,
-    Cut = 31,
-    Copy = 32,
-    Paste = 33,
-    Clear = 34,
-    SelectAll = 35,
-    ScrollWheel = 39,
-    InstallMenus = 40,
-    DeInstallMenus = 41,
-    MenuCommand = 42,
-    SetupMenus = 43,
-    SaveField = 70,
-    Page = 71,
-    CanAcceptDrag = 80,
-    Drop = 82,
-    Nothing84 = 84,
-    ShowProperties = 600,
-    DisposeProperties = 601,
-    CreateWithBlock = 602,
-    HasProperties = 603,
-    MenuIcon = 604,
-    DesignInit = 605,
-};
-} // namespace AreaEvent
 
 /// What an area answers in EventRecord::message; 0 is no.
 namespace AreaAnswer {

@@ -2,9 +2,9 @@
 
 #include "host/FourD.h"
 #include "platform/Toolbox.h"
+#include "shell/base/ExceptionBarrier.h"
 #include "shell/base/Strings.h"
 #include "shell/Commands.h"
-#include "shell/base/ExceptionBarrier.h"
 #include "ui/DialogCall.h"
 #include "ui/FourDDialog.h"
 

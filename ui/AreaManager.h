@@ -12,25 +12,6 @@ struct InitXStruct;
 
 #pragma pack(push, 2)
 
-/// What an area is created with by the event 602, whose message is its address.
-struct AreaInitBlock {
-    short reserved0;
-    short font;
-    short spare;
-    unsigned char size;
-    unsigned char style;
-    long foreground; ///< host colours
-    long background;
-    long further[2];
-    unsigned char formKind;
-    unsigned char printing;
-    short page;
-    short table;
-    long reserved30;
-    unsigned char draggable; ///< and droppable, from host version 8.0.1 on
-    unsigned char reserved35;
-};
-
 class CXAreaManager;
 
 /// What the host keeps for an area in a plug-in's dialog: a block of NewPtr's.
@@ -41,13 +22,6 @@ struct DialogAreaRecord {
 
 #pragma pack(pop)
 
-static_assert(offsetof(AreaInitBlock, font) == 2 && offsetof(AreaInitBlock, spare) == 4 &&
-              offsetof(AreaInitBlock, size) == 6 && offsetof(AreaInitBlock, style) == 7 &&
-              offsetof(AreaInitBlock, foreground) == 8 &&
-              offsetof(AreaInitBlock, background) == 12 && offsetof(AreaInitBlock, further) == 16 &&
-              offsetof(AreaInitBlock, formKind) == 24 && offsetof(AreaInitBlock, printing) == 25 &&
-              offsetof(AreaInitBlock, page) == 26 && offsetof(AreaInitBlock, table) == 28 &&
-              offsetof(AreaInitBlock, draggable) == 34 && sizeof(AreaInitBlock) == 36);
 static_assert(sizeof(DialogAreaRecord) == 8 && offsetof(DialogAreaRecord, manager) == 4);
 
 /// Makes the areas of one kind, hands the host's events on to them, and answers the form editor.

@@ -2,8 +2,8 @@
 
 #include "host/FourD.h"
 #include "platform/Toolbox.h"
-#include "shell/base/Strings.h"
 #include "shell/base/ExceptionBarrier.h"
+#include "shell/base/Strings.h"
 
 #include <utility>
 

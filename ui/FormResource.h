@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Styles.h"
+#include "host/boundary/Styles.h"
 #include "platform/Types.h"
 
 // Form resources ("FO4D"). A form is the tag "FORM", a 32-bit length of all that follows, the tag
@@ -9,7 +9,7 @@
 
 inline constexpr unsigned long FormResourceType = 0x464F3444; // 'FO4D'
 /// Lists of extended styles: the plug-in's style set n is its resource of this type and number n,
-/// laid out as the host's style lists are (host/Styles.h).
+/// laid out as the host's style lists are (host/boundary/Styles.h).
 inline constexpr unsigned long StyleSetType = 0x5354594C; // 'STYL'
 
 /// Called for an atom with its type, data, length of the data and what the scan was given. The data

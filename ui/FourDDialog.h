@@ -13,8 +13,9 @@ using DialogFilter = void*;
 
 /// A dialog that the host runs from a form in the plug-in's resources. A `FourDDialog*` is the
 /// host's reference to a dialog or dialog context, never looked into; null is no dialog. Each
-/// operation is one host call, whose selector has the operation's name in host/Selectors.h, beside
-/// those that convert a real (hosts before 11.0) or make and release a host string.
+/// operation is one host call, whose selector has the operation's name in
+/// host/boundary/Selectors.h, beside those that convert a real (hosts before 11.0) or make and
+/// release a host string.
 ///
 /// Variables and objects have names, zero-terminated and cut to 255 characters; null is an empty
 /// one. Pascal strings are cut to 141 characters on hosts before 11.0, and on all of them by the

@@ -2,7 +2,7 @@
 #include "data/blocks/Handles.h"
 #include "data/blocks/TextBlock.h"
 #include "examples/tour/Tour.h"
-#include "host/FieldData.h"
+#include "host/boundary/Fields.h"
 #include "host/FourD.h"
 #include "host/Value.h"
 #include "platform/ResultCodes.h"

@@ -4,8 +4,8 @@
 #include "host/FourD.h"
 #include "host/Value.h"
 #include "platform/ResultCodes.h"
-#include "shell/base/Strings.h"
 #include "shell/base/ExceptionBarrier.h"
+#include "shell/base/Strings.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -5,10 +5,12 @@
 #include "testhost/resources/Text.h"
 #include "testhost/session/DatabaseFile.h"
 #include "testhost/session/Player.h"
+#include "testhost/statements/Statements.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
 
 #include <algorithm>
+#include <CLI.hpp>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -27,96 +29,61 @@ constexpr int allHeld = 0;
 constexpr int somethingFailed = 1;
 constexpr int wrongUse = 2;
 
-constexpr std::string_view usage =
-    "testhost run PLUGIN.dll [options] SCRIPT\n"
-    "    Loads the plug-in as the host application does, plays the script against it and prints\n"
-    "    every crossing between the two. SCRIPT - is the standard input.\n"
-    "    --version V              host version, 6.0 to 12.x (11.3 when not given)\n"
-    "    --role single|client|server\n"
-    "    --database FILE          tables and records that the host has from the start\n"
-    "    --pictures DIR           where the script's pictures of windows go, as PNG files\n"
-    "    --strict                 unlocked handles move with every memory call\n"
-    "    --quiet                  prints failed expectations and problems only\n"
-    "    --resources FILE         the plug-in's resource file; when not given, PLUGIN.rsrc beside\n"
-    "                             the plug-in, if there is one\n"
-    "testhost resources IN.txt -o OUT\n"
-    "    Compiles a text into a resource file.\n"
-    "testhost help\n"
-    "    Explains the options, the words of a script and those of a resource text.\n"
-    "\n"
+constexpr const char* exitCodes =
     "Exit code: 0 when every expectation held and no problem was found; 1 when not, or when the\n"
     "plug-in crashed; 2 when the options, the script, the plug-in's file or its resources are\n"
     "wrong, or a resource text is: nothing is written then.\n";
 
+// What the command line says; files in UTF-8, as all of it.
 struct Options {
-    std::filesystem::path plugin;
-    std::string script;              ///< its name
-    std::filesystem::path resources; ///< empty: those beside the plug-in
-    std::filesystem::path database;  ///< empty: none
-    std::filesystem::path pictures;  ///< folder; empty: none are made
+    std::string plugin;
+    std::string script;    ///< "-": the standard input
+    std::string resources; ///< empty: those beside the plug-in
+    std::string database;  ///< empty: none
+    std::string pictures;  ///< folder; empty: none are made
     HostOptions host;
     bool strict = false;
     bool quiet = false;
+    std::string resourceText;
+    std::string out;
 };
 
-Role ParseRole(std::string_view name) {
-    if (name == "single") {
-        return Role::SingleUser;
-    }
-    if (name == "client") {
-        return Role::Client;
-    }
-    if (name == "server") {
-        return Role::Server;
-    }
-    throw ScriptError("--role is single, client or server, not '" + std::string(name) + "'");
-}
-
-unsigned short ParseVersion(std::string_view text) {
-    if (auto version = ParseHostVersion(text)) {
-        return *version;
-    }
-    throw ScriptError("--version is 6.0 to 12.x, such as 11.3, not '" + std::string(text) + "'");
-}
-
-// The words after "run".
-Options ParseOptions(const std::vector<std::string>& words) {
-    Options options;
-    std::vector<std::string> files;
-    for (size_t place = 0; place < words.size(); ++place) {
-        const std::string& word = words[place];
-        auto argument = [&]() -> const std::string& {
-            if (++place == words.size()) {
-                throw ScriptError(word + " needs a value");
-            }
-            return words[place];
-        };
-        if (word == "--version") {
-            options.host.version = ParseVersion(argument());
-        } else if (word == "--role") {
-            options.host.role = ParseRole(argument());
-        } else if (word == "--resources") {
-            options.resources = FromUtf8(argument());
-        } else if (word == "--database") {
-            options.database = FromUtf8(argument());
-        } else if (word == "--pictures") {
-            options.pictures = FromUtf8(argument());
-        } else if (word == "--strict") {
-            options.strict = true;
-        } else if (word == "--quiet") {
-            options.quiet = true;
-        } else if (word.size() > 1 && word.starts_with('-')) {
-            throw ScriptError("unknown option '" + word + "'");
-        } else {
-            files.push_back(word);
-        }
-    }
-    if (files.size() != 2) {
-        throw ScriptError("run needs a plug-in and a script");
-    }
-    options.plugin = FromUtf8(files[0]);
-    options.script = files[1];
-    return options;
+void AddRunOptions(CLI::App& run, Options& options) {
+    run.add_option("PLUGIN.dll", options.plugin, "the plug-in")->required()->type_name("");
+    run.add_option("SCRIPT", options.script, "what is played; - is the standard input")
+        ->required()
+        ->type_name("");
+    run.add_option_function<std::string>(
+           "--version",
+           [&](const std::string& text) {
+               const auto version = ParseHostVersion(text);
+               if (!version) {
+                   throw CLI::ValidationError(
+                       "--version", "a version is 6.0 to 12.x, such as 11.3, not '" + text + "'");
+               }
+               options.host.version = *version;
+           },
+           "host version, 6.0 to 12.x (11.3 when not given)")
+        ->type_name("V");
+    const std::map<std::string, Role> roles = {
+        {"single", Role::SingleUser}, {"client", Role::Client}, {"server", Role::Server}};
+    run.add_option_function<std::string>(
+           "--role", [&, roles](const std::string& name) { options.host.role = roles.at(name); },
+           "what the host is (single when not given)")
+        ->check(CLI::IsMember(roles).description(""))
+        ->type_name("single|client|server");
+    run.add_option("--database", options.database, "tables and records of the host from the start")
+        ->type_name("FILE");
+    run.add_option("--pictures", options.pictures,
+                   "where the script's pictures of windows go, as PNG files")
+        ->type_name("DIR");
+    run.add_option(
+           "--resources", options.resources,
+           "the plug-in's resource file; when not given, PLUGIN.rsrc beside the plug-in, if "
+           "there is one")
+        ->type_name("FILE");
+    run.add_flag("--strict", options.strict, "unlocked handles move with every memory call");
+    run.add_flag("--quiet", options.quiet, "prints failed expectations and problems only");
 }
 
 std::string ReadAll(std::istream& in) {
@@ -138,8 +105,9 @@ Script ReadScript(const std::string& name) {
 
 // C:\Plug.dll has its resources in C:\Plug.rsrc.
 std::filesystem::path ResourcesOf(const Options& options) {
-    std::filesystem::path beside = options.plugin;
-    return options.resources.empty() ? beside.replace_extension(".rsrc") : options.resources;
+    return options.resources.empty()
+               ? std::filesystem::path(FromUtf8(options.plugin)).replace_extension(".rsrc")
+               : std::filesystem::path(FromUtf8(options.resources));
 }
 
 // Opens the plug-in's resources and answers their reference number; 0 when it has none.
@@ -221,12 +189,11 @@ void MakePictureFolder(const std::filesystem::path& folder) {
     }
 }
 
-int Run(const std::vector<std::string>& words) {
-    Options options = ParseOptions(words);
+int Run(const Options& options) {
     Script script = ReadScript(options.script);
     DatabaseFile database;
     if (!options.database.empty()) {
-        database = ReadDatabaseFile(options.database);
+        database = ReadDatabaseFile(FromUtf8(options.database));
     }
     for (const auto& errors : {script.errors, database.errors}) {
         for (const std::string& error : errors) {
@@ -236,21 +203,23 @@ int Run(const std::vector<std::string>& words) {
     if (!script.errors.empty() || !database.errors.empty()) {
         return wrongUse;
     }
-    MakePictureFolder(options.pictures);
+    const std::filesystem::path pictures = FromUtf8(options.pictures);
+    MakePictureFolder(pictures);
     ToolboxSetStrict(options.strict ? 1 : 0);
-    PluginLibrary library(options.plugin);
-    options.host.pluginResFile = OpenResources(options);
-    Host host(options.host);
+    PluginLibrary library(FromUtf8(options.plugin));
+    HostOptions hostOptions = options.host;
+    hostOptions.pluginResFile = OpenResources(options);
+    Host host(hostOptions);
     host.ScratchPath(); // made here, where it may fail, rather than amid the plug-in's calls
     host.database = std::move(database.database);
     Session session(host, library.Entries());
     Player player(session, std::cout, options.quiet);
     player.libraryFolder = library.Folder();
-    player.stage.plugin = options.plugin;
-    if (options.host.pluginResFile != 0) {
+    player.stage.plugin = FromUtf8(options.plugin);
+    if (hostOptions.pluginResFile != 0) {
         player.stage.resources = ResourcesOf(options);
     }
-    player.stage.pictures = options.pictures;
+    player.stage.pictures = pictures;
     playing = &player;
     bool good = player.Play(script);
     playing = nullptr;
@@ -264,27 +233,24 @@ bool WriteFile(const std::filesystem::path& path, const std::string& bytes) {
     return static_cast<bool>(file);
 }
 
-// IN.txt -o OUT
-int Compile(const std::vector<std::string>& words) {
-    if (words.size() != 3 || words[1] != "-o") {
-        throw ScriptError("resources needs a text and where to write: resources IN.txt -o OUT");
-    }
-    std::ifstream text(std::filesystem::path(FromUtf8(words[0])), std::ios::binary);
+int Compile(const Options& options) {
+    std::ifstream text(std::filesystem::path(FromUtf8(options.resourceText)), std::ios::binary);
     if (!text) {
-        throw ScriptError("the resource text " + words[0] + " is missing or cannot be read");
+        throw ScriptError("the resource text " + options.resourceText +
+                          " is missing or cannot be read");
     }
-    const CompiledResources compiled = CompileResources(ReadAll(text), words[0]);
+    const CompiledResources compiled = CompileResources(ReadAll(text), options.resourceText);
     for (const std::string& error : compiled.errors) {
         std::cerr << error << "\n";
     }
     if (!compiled.errors.empty()) {
         return wrongUse;
     }
-    const std::filesystem::path out = FromUtf8(words[2]);
+    const std::filesystem::path out = FromUtf8(options.out);
     if (!WriteFile(out, compiled.fork)) {
         std::error_code error;
         std::filesystem::remove(out, error);
-        throw ScriptError(words[2] + " cannot be written");
+        throw ScriptError(options.out + " cannot be written");
     }
     return allHeld;
 }
@@ -299,25 +265,40 @@ int wmain(int argc, wchar_t** argv) {
     SetUnhandledExceptionFilter(OnUnhandledException);
     std::signal(SIGABRT, OnAbort);
 
+    Options options;
+    CLI::App app("A stand-in for the host: runs and tests plug-ins.", "testhost");
+    app.allow_windows_style_options(false); // paths may begin with a slash
+    app.footer(exitCodes);
+    app.require_subcommand(0, 1);
+    CLI::App& run = *app.add_subcommand(
+        "run", "Loads the plug-in as the host application does, plays the script against it and "
+               "prints every crossing between the two");
+    AddRunOptions(run, options);
+    CLI::App& resources = *app.add_subcommand("resources", "Compiles a text into a resource file");
+    resources.add_option("IN.txt", options.resourceText, "the text")->required()->type_name("");
+    resources.add_option("-o", options.out, "the resource file")->required()->type_name("OUT");
+    const CLI::App& help = *app.add_subcommand(
+        "help", "Explains the options, the words of a script and those of a resource text");
+
+    const std::string usage = app.help("", CLI::AppFormatMode::All);
+
     std::vector<std::string> words(static_cast<size_t>(argc - 1));
-    std::transform(argv + 1, argv + argc, words.begin(), Utf8);
-    std::string verb = words.empty() ? "" : words.front();
-    if (verb == "help" || verb == "--help" || verb == "-h") {
-        std::cout << usage << "\n";
-        PrintLanguageHelp(std::cout);
-        std::cout << "\n";
-        PrintResourceHelp(std::cout);
-        return allHeld;
-    }
+    std::transform(argv + 1, argv + argc, words.rbegin(), Utf8); // as they are parsed: last first
     try {
-        if (verb == "run") {
-            return Run({words.begin() + 1, words.end()});
+        app.parse(std::move(words));
+        if (help.parsed()) {
+            std::cout << usage << "\n";
+            PrintLanguageHelp(std::cout);
+            std::cout << "\n";
+            PrintResourceHelp(std::cout);
+            return allHeld;
         }
-        if (verb == "resources") {
-            return Compile({words.begin() + 1, words.end()});
+        if (run.parsed() || resources.parsed()) {
+            return run.parsed() ? Run(options) : Compile(options);
         }
-        std::cerr << (verb.empty() ? "Nothing to do." : "Unknown verb '" + verb + "'.") << "\n\n"
-                  << usage;
+        std::cerr << "Nothing to do.\n\n" << usage;
+    } catch (const CLI::ParseError& error) { // or a call for help
+        return app.exit(error) == 0 ? allHeld : wrongUse;
     } catch (const ScriptError& error) {
         std::cerr << "testhost: " << error.what() << " (testhost help explains)\n";
     } catch (const std::runtime_error& error) { // about the plug-in, or this machine

@@ -1,7 +1,6 @@
 #include "testhost/crossings/Log.h"
 
 #include "testhost/crossings/RecordFields.h"
-#include "testhost/services/Services.h"
 #include "testhost/values/TypedValue.h"
 
 #include <algorithm>
@@ -46,14 +45,11 @@ std::string ListFields(const LoggedCall& call, std::span<const unsigned char> re
 }
 } // namespace
 
-// Classic dialog operations have names that end with a zero byte, and 80-bit reals.
+// Classic operations on dialogs, which are all called so, have names that end with a zero byte,
+// and 80-bit reals.
 std::string LoggedCall::FieldText(const RecordFieldInfo& field,
                                   std::span<const unsigned char> record) const {
-    const auto isOf = [this](std::span<const Service> services) {
-        return std::ranges::any_of(
-            services, [this](const Service& service) { return service.selector.name == name; });
-    };
-    const bool special = kind == Kind::Classic && (isOf(DialogServices()) || isOf(AreaServices()));
+    const bool special = kind == Kind::Classic && name.find("Dialog") != std::string::npos;
     const std::span<const unsigned char> bytes =
         record.subspan(field.Offset(IsEngine()), field.Size(IsEngine()));
     if (special && field.bit == RecordField::Name) {

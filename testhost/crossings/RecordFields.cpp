@@ -9,7 +9,7 @@
 
 namespace {
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Winvalid-offsetof" // host/Records.h asserts these offsets
+#pragma GCC diagnostic ignored "-Winvalid-offsetof" // host/boundary/Calls.h asserts these offsets
 
 using Type = RecordFieldInfo::Type;
 

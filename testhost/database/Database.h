@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/FieldData.h"
+#include "host/boundary/Fields.h"
 #include "testhost/values/TypedValue.h"
 
 #include <map>

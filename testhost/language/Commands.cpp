@@ -1,17 +1,54 @@
 #include "testhost/language/Commands.h"
 
 #include "platform/ResultCodes.h"
+#include "testhost/language/Failure.h"
 #include "testhost/language/Values.h"
-#include "testhost/model/Names.h"
+#include "testhost/model/CommandNames.h"
+#include "testhost/model/Host.h"
 
 #include <algorithm>
 #include <iterator>
+#include <span>
 
 namespace {
 constexpr long mostElements = 1000000;
 
+struct LanguageCommand;
+
+// A command with its arguments, which are evaluated as the command takes them.
+struct CommandCall {
+    Evaluator& evaluator;
+    const LanguageCommand& command;
+    const std::vector<Expression>& arguments;
+
+    Host& TheHost() const { return evaluator.host; }
+    // Argument `place`, from 0, as a value of a kind; the table that it has to be.
+    TypedValue Value(size_t place, ValueKind kind) const {
+        return ConvertValue(evaluator.Evaluate(arguments.at(place)), kind);
+    }
+    long Long(size_t place) const { return Value(place, ValueKind::Long).numbers.at(0); }
+    std::string Text(size_t place) const { return Value(place, ValueKind::Text).texts.at(0); }
+    short Table(size_t place) const;
+};
+
+struct LanguageCommand {
+    short number;
+    size_t fewest; // arguments
+    size_t most;
+    TypedValue (*run)(const CommandCall& call);
+    ValueKind declares = ValueKind::None; // of the variables that it declares
+};
+
 [[noreturn]] void FailMismatch(const std::string& reason) {
     throw LanguageFailure(LanguageError::TypeMismatch, reason);
+}
+
+short CommandCall::Table(size_t place) const {
+    const Expression& argument = arguments.at(place);
+    if (argument.kind != Expression::Kind::Table) {
+        FailMismatch("command " + std::to_string(command.number) + " takes a table");
+    }
+    return argument.number;
 }
 
 void Check(short databaseError) {
@@ -129,55 +166,50 @@ TypedValue ShowProcess(const CommandCall& call) {
 constexpr size_t many = 255;
 
 constexpr LanguageCommand commands[] = {
-    {41, "ALERT", 1, 1, Alert},
-    {47, "ALL RECORDS", 1, 1, AllRecords},
-    {58, "DELETE RECORD", 1, 1, DeleteRecord},
-    {83, "Records in table", 1, 1, RecordsInTable},
-    {182, "Current user", 0, 0, OptionText<&HostOptions::currentUser>},
-    {219, "ARRAY REAL", 2, 3, DeclareArray, ValueKind::RealArray},
-    {221, "ARRAY LONGINT", 2, 3, DeclareArray, ValueKind::LongArray},
-    {222, "ARRAY TEXT", 2, 3, DeclareArray, ValueKind::TextArray},
-    {223, "ARRAY BOOLEAN", 2, 3, DeclareArray, ValueKind::BooleanArray},
-    {224, "ARRAY DATE", 2, 3, DeclareArray, ValueKind::DateArray},
-    {244, "Sequence number", 1, 1, SequenceNumber},
-    {279, "ARRAY PICTURE", 2, 3, DeclareArray, ValueKind::PictureArray},
-    {283, "C_LONGINT", 1, many, DeclareVariables, ValueKind::Long},
-    {284, "C_TEXT", 1, many, DeclareVariables, ValueKind::Text},
-    {285, "C_REAL", 1, many, DeclareVariables, ValueKind::Real},
-    {286, "C_PICTURE", 1, many, DeclareVariables, ValueKind::Picture},
-    {293, "C_STRING", 2, many, DeclareStrings},
-    {301, "C_POINTER", 1, many, DeclareVariables, ValueKind::Pointer},
-    {304, "Get pointer", 1, 1, GetPointer},
-    {305, "C_BOOLEAN", 1, many, DeclareVariables, ValueKind::Boolean},
-    {306, "C_TIME", 1, many, DeclareVariables, ValueKind::Time},
-    {307, "C_DATE", 1, many, DeclareVariables, ValueKind::Date},
-    {324, "HIDE PROCESS", 1, 1, ShowProcess<false>},
-    {325, "SHOW PROCESS", 1, 1, ShowProcess<true>},
-    {483, "Current machine", 0, 0, OptionText<&HostOptions::machine>},
-    {484, "Current machine owner", 0, 0, OptionText<&HostOptions::machineOwner>},
-    {490, "Data file", 0, 0, DataFile},
-    {494, "Application type", 0, 0, ApplicationType},
-    {604, "C_BLOB", 1, many, DeclareVariables, ValueKind::Blob},
+    {41, 1, 1, Alert},
+    {47, 1, 1, AllRecords},
+    {58, 1, 1, DeleteRecord},
+    {83, 1, 1, RecordsInTable},
+    {182, 0, 0, OptionText<&HostOptions::currentUser>},
+    {219, 2, 3, DeclareArray, ValueKind::RealArray},
+    {221, 2, 3, DeclareArray, ValueKind::LongArray},
+    {222, 2, 3, DeclareArray, ValueKind::TextArray},
+    {223, 2, 3, DeclareArray, ValueKind::BooleanArray},
+    {224, 2, 3, DeclareArray, ValueKind::DateArray},
+    {244, 1, 1, SequenceNumber},
+    {279, 2, 3, DeclareArray, ValueKind::PictureArray},
+    {283, 1, many, DeclareVariables, ValueKind::Long},
+    {284, 1, many, DeclareVariables, ValueKind::Text},
+    {285, 1, many, DeclareVariables, ValueKind::Real},
+    {286, 1, many, DeclareVariables, ValueKind::Picture},
+    {293, 2, many, DeclareStrings},
+    {301, 1, many, DeclareVariables, ValueKind::Pointer},
+    {304, 1, 1, GetPointer},
+    {305, 1, many, DeclareVariables, ValueKind::Boolean},
+    {306, 1, many, DeclareVariables, ValueKind::Time},
+    {307, 1, many, DeclareVariables, ValueKind::Date},
+    {324, 1, 1, ShowProcess<false>},
+    {325, 1, 1, ShowProcess<true>},
+    {483, 0, 0, OptionText<&HostOptions::machine>},
+    {484, 0, 0, OptionText<&HostOptions::machineOwner>},
+    {490, 0, 0, DataFile},
+    {494, 0, 0, ApplicationType},
+    {604, 1, many, DeclareVariables, ValueKind::Blob},
 };
+static_assert(std::ranges::equal(commands, firstCommandNames, {}, &LanguageCommand::number,
+                                 &NamedCommand::number));
 } // namespace
 
-TypedValue CommandCall::Value(size_t place, ValueKind kind) const {
-    return ConvertValue(evaluator.Evaluate(arguments.at(place)), kind);
-}
-
-short CommandCall::Table(size_t place) const {
-    const Expression& argument = arguments.at(place);
-    if (argument.kind != Expression::Kind::Table) {
-        FailMismatch(std::string(command.name) + " takes a table");
+TypedValue RunCommand(Evaluator& evaluator, const Expression& expression) {
+    const auto* command = std::ranges::find(commands, expression.number, &LanguageCommand::number);
+    const std::string name = "command " + std::to_string(expression.number);
+    if (command == std::end(commands)) {
+        FailUnknown(name);
     }
-    return argument.number;
-}
-
-std::span<const LanguageCommand> LanguageCommands() {
-    return commands;
-}
-
-const LanguageCommand* FindLanguageCommand(long number) {
-    const auto* found = std::ranges::find(commands, number, &LanguageCommand::number);
-    return found != std::end(commands) ? found : nullptr;
+    const size_t count = expression.operands.size();
+    if (count < command->fewest || count > command->most) {
+        throw LanguageFailure(LanguageError::WrongArguments,
+                              name + " has " + std::to_string(count) + " arguments");
+    }
+    return command->run({evaluator, *command, expression.operands});
 }

@@ -1,9 +1,8 @@
 #include "testhost/language/Evaluator.h"
 
-#include "testhost/language/Commands.h"
+#include "testhost/language/Failure.h"
 #include "testhost/language/Lexer.h"
 #include "testhost/language/Values.h"
-#include "testhost/model/Names.h"
 
 #include <utility>
 
@@ -41,7 +40,7 @@ TypedValue Evaluator::Evaluate(const Expression& expression) {
     case Expression::Kind::Call:
         return CallMethod(expression);
     case Expression::Kind::Command:
-        return RunCommand(expression);
+        return runCommand(*this, expression);
     case Expression::Kind::Table:
         throw LanguageFailure(LanguageError::TypeMismatch, "a table has no value");
     case Expression::Kind::Field:
@@ -57,20 +56,6 @@ TypedValue Evaluator::Evaluate(const Expression& expression) {
                          Evaluate(expression.operands.at(place + 1)));
     }
     return result;
-}
-
-TypedValue Evaluator::RunCommand(const Expression& expression) {
-    const LanguageCommand* command = FindLanguageCommand(expression.number);
-    if (command == nullptr) {
-        FailUnknown("command " + std::to_string(expression.number));
-    }
-    const size_t count = expression.operands.size();
-    if (count < command->fewest || count > command->most) {
-        throw LanguageFailure(LanguageError::WrongArguments, std::string(command->name) + " has " +
-                                                                 std::to_string(count) +
-                                                                 " arguments");
-    }
-    return command->run({*this, *command, expression.operands});
 }
 
 TypedValue Evaluator::CallMethod(const Expression& expression) {

@@ -9,7 +9,11 @@
 /// LanguageFailure.
 class Evaluator {
   public:
-    explicit Evaluator(Host& evaluatorHost) : host(evaluatorHost) {}
+    /// Runs a command and answers its value.
+    using CommandRunner = TypedValue (*)(Evaluator& evaluator, const Expression& expression);
+
+    Evaluator(Host& evaluatorHost, CommandRunner commandRunner)
+        : host(evaluatorHost), runCommand(commandRunner) {}
     Evaluator(const Evaluator&) = delete;
     Evaluator& operator=(const Evaluator&) = delete;
 
@@ -29,12 +33,12 @@ class Evaluator {
   private:
     using Locals = std::map<std::string, TypedValue>;
 
-    TypedValue RunCommand(const Expression& expression);
     TypedValue CallMethod(const Expression& expression);
     TypedValue Read(const Expression& variable);
     TypedValue ReadField(const Expression& field);
     void Assign(const Expression& target, const TypedValue& value);
 
+    CommandRunner runCommand;
     Locals locals; ///< of the method that runs, by folded name
     int depth = 0; ///< how many methods are running
 };

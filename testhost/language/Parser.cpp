@@ -1,6 +1,6 @@
 #include "testhost/language/Parser.h"
 
-#include "testhost/model/Names.h"
+#include "testhost/language/Failure.h"
 
 namespace {
 constexpr int deepestNesting = 50;

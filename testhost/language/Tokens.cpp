@@ -1,6 +1,6 @@
 #include "testhost/language/Tokens.h"
 
-#include "testhost/model/Names.h"
+#include "testhost/language/Failure.h"
 
 #include <algorithm>
 #include <bit>

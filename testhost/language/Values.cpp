@@ -2,6 +2,7 @@
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
+#include "testhost/language/Failure.h"
 #include "testhost/model/Host.h"
 #include "testhost/values/Storage.h"
 
@@ -185,14 +186,13 @@ ValueBlock MakeBlock(Host& host, const TypedValue& value) {
         block.type = ValueType::Pointer;
         block.pointer = NewHandleWith({reinterpret_cast<const char*>(&record), sizeof record});
     } else {
-        block = StoreBlock(value, {.compiled = true, .host = &host});
+        block = StoreBlock(value, host.variables.layout);
     }
     // Where a value takes bytes, a block without a handle for them has found no memory.
     const bool needsHandle = (value.kind == ValueKind::Text && !value.texts.at(0).empty()) ||
                              (value.kind == ValueKind::Pointer && !value.numbers.empty()) ||
-                             value.kind == ValueKind::ArrayOfArrays ||
-                             ElementKind(value.kind) != ValueKind::None;
-    if (needsHandle && PartsOf(block, {.compiled = true, .host = &host}).handles.empty()) {
+                             IsArray(value.kind);
+    if (needsHandle && PartsOf(block, host.variables.layout).handles.empty()) {
         throw LanguageFailure(ResultCode::MemoryFull, "memory is full");
     }
     return block;

@@ -5,41 +5,18 @@
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
 
-#include <cctype>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <span>
-
-#include <windows.h>
 
 Host* Host::current = nullptr;
 
 namespace {
 constexpr size_t windowListWord = 11; // the twelfth word of the globals record
 
-bool TakeNumber(std::string_view& text, size_t maxDigits, unsigned& number) {
-    size_t digits = 0;
-    number = 0;
-    while (digits < text.size() && std::isdigit(static_cast<unsigned char>(text[digits])) != 0) {
-        number = number * 10 + static_cast<unsigned>(text[digits] - '0');
-        if (++digits > maxDigits) {
-            return false;
-        }
-    }
-    text.remove_prefix(digits);
-    return digits > 0;
-}
-
 // Makes an empty file where there is none.
 void MakeFile(const std::string& path) {
     const std::ofstream file(std::filesystem::path(FromAnsi(path)), std::ios::app);
-}
-
-// Different in every window of every running host, as with Windows itself.
-long FreshNativeWindow() {
-    static unsigned long count = 0;
-    return static_cast<long>(GetCurrentProcessId() << 16 | (++count & 0xFFFF));
 }
 
 // The names of the host's own processes, as its string list 170 tells plug-ins. The second is none
@@ -81,115 +58,13 @@ std::string WithBackslash(const std::string& folder) {
 }
 } // namespace
 
-std::optional<unsigned short> ParseHostVersion(std::string_view text) {
-    unsigned major = 0;
-    unsigned minor = 0;
-    unsigned fix = 0;
-    auto takePart = [&text](unsigned& part) {
-        if (text.empty() || text.front() != '.') {
-            return false;
-        }
-        text.remove_prefix(1);
-        return TakeNumber(text, 1, part);
-    };
-    if (!TakeNumber(text, 2, major) || !takePart(minor) || (!text.empty() && !takePart(fix)) ||
-        !text.empty() || major < 6 || major > 12) {
-        return std::nullopt;
-    }
-    return static_cast<unsigned short>((major / 10) << 12 | (major % 10) << 8 | minor << 4 | fix);
-}
-
-std::string HostVersionText(unsigned short version) {
-    unsigned major = (version >> 12) * 10U + (version >> 8 & 0xF);
-    unsigned fix = version & 0xF;
-    std::string text = std::to_string(major) + "." + std::to_string(version >> 4 & 0xF);
-    return fix == 0 ? text : text + "." + std::to_string(fix);
-}
-
-HostWindow& WindowList::AddInFront(long process, short kind, bool visible) {
-    HostWindow& window = windows.emplace_front();
-    // Plug-ins read few fields only: the rest holds rubbish, so that reading more shows.
-    std::memset(&window.port, 0xA5, sizeof window.port);
-    window.port.windowKind = kind;
-    window.port.visible = visible ? 1 : 0;
-    window.process = process;
-    window.nativeWindow = FreshNativeWindow();
-    window.focusable = kind != WindowKind::Floating;
-    window.content = {sizeof(Region), {40, 8, 480, 640}};
-    window.contentMaster = &window.content;
-    window.port.contRgn = &window.contentMaster;
-    ToolboxForgetPort(&window.port); // of a window that was here before
-    Chain();
-    return window;
-}
-
-void WindowList::Remove(const GrafPort* port) {
-    if (HostWindow* const window = Find(port)) {
-        TEDispose(window->text);
-    }
-    windows.remove_if([port](const HostWindow& window) { return &window.port == port; });
-    Chain();
-}
-
-void WindowList::BringToFront(long process) {
-    std::list<HostWindow> others;
-    for (auto window = windows.begin(); window != windows.end();) {
-        const auto next = std::next(window);
-        if (window->process != process) {
-            others.splice(others.end(), windows, window);
-        }
-        window = next;
-    }
-    windows.splice(windows.end(), others);
-    Chain();
-}
-
-void WindowList::Clear() {
-    DisposeMethodTexts();
-    windows.clear();
-    Chain();
-}
-
-void WindowList::SetMethodText(HostWindow& window, std::string_view text) {
-    TEDispose(std::exchange(window.text, nullptr));
-    auto* const record = reinterpret_cast<TEHandle>(NewHandleClear(sizeof(TERec)));
-    Handle characters = nullptr;
-    PtrToHand(text.data(), &characters, static_cast<long>(text.size()));
-    (*record)->teLength = static_cast<short>(text.size());
-    (*record)->hText = characters;
-    window.text = record;
-}
-
-void WindowList::DisposeMethodTexts() {
-    for (HostWindow& window : windows) {
-        TEDispose(std::exchange(window.text, nullptr));
-    }
-}
-
-HostWindow* WindowList::Find(const void* port) {
-    for (HostWindow& window : windows) {
-        if (&window.port == port) {
-            return &window;
-        }
-    }
-    return nullptr;
-}
-
-void WindowList::Chain() {
-    head = windows.empty() ? nullptr : &windows.front().port;
-    HostWindow* inFront = nullptr;
-    for (HostWindow& window : windows) {
-        window.port.nextWindow = nullptr;
-        if (inFront != nullptr) {
-            inFront->port.nextWindow = &window.port;
-        }
-        inFront = &window;
-    }
-}
-
 Host::Host(HostOptions hostOptions)
     : options(std::move(hostOptions)),
-      scheduler(options.scheduler != nullptr ? options.scheduler : std::make_shared<Scheduler>()) {
+      scheduler(options.scheduler != nullptr ? options.scheduler : std::make_shared<Scheduler>()),
+      strings(Reporting()),
+      pictures(Reporting()),
+      variables({true, &strings, HasEngine() ? &pictures : nullptr}),
+      dialogs({variables, windows, database, Reporting()}) {
     scheduler->Join(*this);
     AddStringList(170, ownProcessNames);
     AddStringList(163, windowTitles);

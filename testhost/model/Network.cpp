@@ -2,7 +2,8 @@
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/plugins/Session.h"
+#include "testhost/model/Host.h"
+#include "testhost/model/HostedPlugin.h"
 #include "testhost/toolbox/Control.h"
 
 #include <algorithm>
@@ -138,10 +139,10 @@ Network::~Network() {
     }
 }
 
-void Network::SetServer(Session& session) {
-    server = &session;
-    hosts.push_back(&session.host);
-    session.host.network = this;
+void Network::SetServer(HostedPlugin& plugin) {
+    server = &plugin;
+    hosts.push_back(&plugin.host);
+    plugin.host.network = this;
 }
 
 Host* Network::Server() const {

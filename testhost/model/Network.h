@@ -11,7 +11,7 @@
 #include <vector>
 
 class Host;
-class Session;
+class HostedPlugin;
 
 /// What a client's host answers when there is no server that it is connected to.
 inline constexpr OSErr noServer = -10002;
@@ -47,7 +47,7 @@ class Network {
     Network& operator=(const Network&) = delete;
 
     /// The copy of the plug-in that requests go to; it has to outlive its clients' connections.
-    void SetServer(Session& session);
+    void SetServer(HostedPlugin& plugin);
     /// The server's host; null when there is none.
     Host* Server() const;
     /// A client's host asks to be let in. Answers whether it was: when it already is, or the
@@ -99,7 +99,7 @@ class Network {
     void EnterServer(long selector, RequestBytes& block, unsigned long* word,
                      const std::string& what);
 
-    Session* server = nullptr;
+    HostedPlugin* server = nullptr;
     std::vector<Connection> connections;
     std::vector<Host*> hosts; ///< that know this network
     std::deque<NetworkFault> faults;

@@ -1,7 +1,7 @@
 // How processes of a host begin and end, and what keeps them from running.
 
 #include "testhost/model/Host.h"
-#include "testhost/plugins/Session.h"
+#include "testhost/model/HostedPlugin.h"
 
 #include <algorithm>
 #include <utility>
@@ -133,12 +133,12 @@ bool Host::PostEvent(long number, const EventRecord& event) {
 
 void Host::TellPlugins(long selector, long number) {
     const InProcess inside(*this, number);
-    const std::vector<Session*> told = sessions;
-    for (Session* session : told) {
-        if (session->IsStarted()) {
-            session->Enter(selector, reinterpret_cast<void*>(number), nullptr, nullptr,
-                           "process " + std::to_string(number) +
-                               (selector == -3 ? " starts" : " ends"));
+    const std::vector<HostedPlugin*> told = plugins;
+    for (HostedPlugin* plugin : told) {
+        if (plugin->IsStarted()) {
+            plugin->Enter(selector, reinterpret_cast<void*>(number), nullptr, nullptr,
+                          "process " + std::to_string(number) +
+                              (selector == -3 ? " starts" : " ends"));
         }
     }
 }

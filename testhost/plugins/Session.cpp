@@ -1,7 +1,6 @@
 #include "testhost/plugins/Session.h"
 
 #include "platform/Toolbox.h"
-#include "testhost/model/MisalignedCall.h"
 #include "testhost/services/Services.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
@@ -43,33 +42,14 @@ std::string CommandText(long command, const Arguments& arguments) {
 }
 } // namespace
 
-long CallPlugin(Host& host, PluginEntry function, void* const words[4], long selector,
-                std::string what) {
-    LoggedCall entry;
-    entry.kind = LoggedCall::Kind::IntoPlugin;
-    entry.selector = selector;
-    entry.name = std::move(what);
-    entry.process = host.currentProcess;
-    entry.depth = host.log.depth;
-    host.log.Add(std::move(entry));
-
-    // 4, 8, 12, 4, ... with every call.
-    const unsigned long offset = 4 + 4 * (host.log.PluginCallCount() % 3);
-    const Host::Scope scope(host);
-    ++host.log.depth;
-    const long left = CallMisaligned(function, words, offset);
-    --host.log.depth;
-    return left;
-}
-
 Session::Session(Host& sessionHost, EntryPoints entryPoints)
-    : host(sessionHost), entries(entryPoints), before(CountLiveBlocks()) {
+    : HostedPlugin(sessionHost), entries(entryPoints), before(CountLiveBlocks()) {
     toolboxProblemsSeen = ToolboxProblemCount();
-    host.sessions.push_back(this);
+    host.plugins.push_back(this);
 }
 
 Session::~Session() {
-    std::erase(host.sessions, this);
+    std::erase(host.plugins, this);
     if (resFile != 0) {
         ToolboxRemoveResFile(resFile);
     }

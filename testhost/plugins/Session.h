@@ -1,28 +1,20 @@
 #pragma once
 
 #include "testhost/model/Host.h"
+#include "testhost/model/HostedPlugin.h"
+#include "testhost/model/PluginEntry.h"
 #include "testhost/plugins/Arguments.h"
 
 #include <string_view>
-
-/// An entry point of a plug-in: selector, parameters, data, result. It removes its arguments.
-using PluginEntry = void(__attribute__((__stdcall__)) *)(long selector, void* params, void* data,
-                                                         void* result);
 
 struct EntryPoints {
     PluginEntry pack = nullptr;   ///< FourDPack
     PluginEntry packEx = nullptr; ///< FourDPackex; may be null
 };
 
-/// Calls a function of a plug-in with four words, as the host does: as the current host, logged
-/// under `selector` and `what`, on a stack that is aligned to 4 bytes only. Answers how many bytes
-/// of its arguments the function left on the stack.
-long CallPlugin(Host& host, PluginEntry function, void* const words[4], long selector,
-                std::string what);
-
 /// Binds a host to one plug-in and makes the host's calls into it: as the current host, with
 /// each crossing logged, on a stack that is aligned to 4 bytes only.
-class Session {
+class Session final : public HostedPlugin {
   public:
     Session(Host& sessionHost, EntryPoints entryPoints);
     ~Session();
@@ -33,7 +25,7 @@ class Session {
     void Start(long selector = -1);
     /// De-initialises it with -2, or -220 (through FourDPackex when it is there).
     void Stop(long selector = -2);
-    bool IsStarted() const { return started; }
+    bool IsStarted() const override { return started; }
 
     /// Starts a process in the host, tells the plug-in (-3) and answers its number.
     long ProcessStart(std::string_view name);
@@ -47,8 +39,7 @@ class Session {
     TypedValue Call(long command, const std::vector<TypedValue>& values,
                     ValueKind result = ValueKind::None);
 
-    /// Calls an entry point with any four words; `what` names the call in the log.
-    void Enter(long selector, void* params, void* data, void* result, std::string what);
+    void Enter(long selector, void* params, void* data, void* result, std::string what) override;
 
     /// To be called when the plug-in has been stopped for good and nothing else that was made
     /// since the session began is still needed: frees the host's variables, reports toolbox blocks,
@@ -58,8 +49,6 @@ class Session {
     /// The part of that which concerns the host alone, not the toolbox that all hosts share: what
     /// is left to report of a further host.
     void ReportHostLeaks();
-
-    Host& host;
 
   private:
     struct LiveBlocks {

@@ -184,26 +184,18 @@ void TakeFormObject(const ObjectWord& object, Words& words, ResourceBytes& resou
     }
 }
 
-struct LineWord {
-    std::string_view word;
-    std::string_view usage;
-    void (*take)(Words& words, ResourceBytes& resource);
-};
-
-constexpr LineWord lineWords[] = {
-    {"form", "size WIDTH HEIGHT", TakeForm},
-    {"flags", "N N", TakeFormFlags},
-    {"font", "N SIZE style N", TakeFormFont},
-    {"page", "N", TakeFormPage},
+constexpr ResourceRow lineWords[] = {
+    {"form", "size WIDTH HEIGHT", "of its window; comes first", TakeForm},
+    {"flags", "N N", "its two flags", TakeFormFlags},
+    {"font", "N SIZE style N", "its font", TakeFormFont},
+    {"page", "N", "the page of the objects that follow; 0: every page", TakeFormPage},
 };
 } // namespace
 
 bool TakeFormLine(Words& words, ResourceBytes& resource) {
-    for (const LineWord& line : lineWords) {
-        if (words.TakeIf(line.word)) {
-            line.take(words, resource);
-            return true;
-        }
+    if (const ResourceRow* row = TakeRow<ResourceRow>(lineWords, words)) {
+        row->read(words, resource);
+        return true;
     }
     for (const ObjectWord& object : objectWords) {
         if (words.TakeIf(object.word)) {
@@ -218,9 +210,7 @@ void PrintFormHelp(std::ostream& out) {
     out << "\nLines of a form, which is a resource of the type FO4D with a name; the objects "
            "behind\n"
            "page 0 stand on every page:\n";
-    for (const LineWord& line : lineWords) {
-        out << "  " << line.word << " " << line.usage << "\n";
-    }
+    PrintRows<ResourceRow>(out, 2, lineWords);
     for (const ObjectWord& object : objectWords) {
         out << "  " << object.word << " " << object.usage << "\n";
     }

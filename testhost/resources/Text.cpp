@@ -54,40 +54,38 @@ void TakeAlign(Words& words, ResourceBytes& resource) {
     resource.AppendZeros((unit - resource.bytes.size() % unit) % unit);
 }
 
-struct FieldKind {
-    std::string_view name;
-    std::string_view usage;
-    std::string_view help;
-    bool severalStrings; ///< further strings are further fields of this kind
-    void (*take)(Words& words, ResourceBytes& resource);
-};
-
-constexpr FieldKind fieldKinds[] = {
-    {"text", "\"TEXT\"...", "the bytes of strings", true,
+constexpr ResourceRow fieldKinds[] = {
+    {"text", "\"TEXT\"...", "the bytes of strings",
      [](Words& words, ResourceBytes& resource) { resource.bytes += words.TakeString("a text"); }},
-    {"pstring", "\"TEXT\"...", "Pascal strings: a length byte, then at most 255 bytes", true,
+    {"pstring", "\"TEXT\"...", "Pascal strings: a length byte, then at most 255 bytes",
      [](Words& words, ResourceBytes& resource) {
          resource.AppendPascal(words.TakeString("a text"));
      }},
-    {"cstring", "\"TEXT\"...", "strings that end with a zero byte", true,
+    {"cstring", "\"TEXT\"...", "strings that end with a zero byte",
      [](Words& words, ResourceBytes& resource) {
          resource.bytes += words.TakeString("a text") + '\0';
      }},
-    {"type", "\"TYPE\"...", "resource types in the byte order of long; as they stand: text", true,
+    {"type", "\"TYPE\"...", "resource types in the byte order of long; as they stand: text",
      [](Words& words, ResourceBytes& resource) {
          resource.Append(TakeResourceType(words), nativeLong);
      }},
-    {"zero", "N", "N zero bytes", false,
+    {"zero", "N", "N zero bytes",
      [](Words& words, ResourceBytes& resource) {
          resource.AppendZeros(
              static_cast<size_t>(words.TakeNumber("a number of bytes", 0, longestFill)));
      }},
-    {"align", "N", "zero bytes up to the next multiple of N", false, TakeAlign},
-    {"hex", "DIGITS...", "bytes in hexadecimal digits, up to the end of the line", false, TakeHex},
+    {"align", "N", "zero bytes up to the next multiple of N", TakeAlign},
+    {"hex", "DIGITS...", "bytes in hexadecimal digits, up to the end of the line", TakeHex},
 };
 
 // One field, or several of a kind: long 1 2 3.
 void TakeField(Words& words, ResourceBytes& resource) {
+    if (const ResourceRow* row = TakeRow<ResourceRow>(fieldKinds, words)) {
+        do {
+            row->read(words, resource);
+        } while (words.IsString());
+        return;
+    }
     const std::string name = words.TakeWord("a kind of field");
     if (const NumberKind* kind = FindNumberKind(name)) {
         do {
@@ -95,14 +93,6 @@ void TakeField(Words& words, ResourceBytes& resource) {
             resource.Append(static_cast<unsigned long>(number), kind->form);
         } while (words.IsNumber());
         return;
-    }
-    for (const FieldKind& kind : fieldKinds) {
-        if (kind.name == name) {
-            do {
-                kind.take(words, resource);
-            } while (kind.severalStrings && words.IsString());
-            return;
-        }
     }
     throw ScriptError("unknown kind of field or line '" + name + "'");
 }
@@ -181,14 +171,7 @@ void TakeCount(Words& words, ResourceBytes& resource) {
     resource.BeginList("item", kind->form);
 }
 
-struct LineKind {
-    std::string_view name;
-    std::string_view usage;
-    std::string_view help;
-    void (*take)(Words& words, ResourceBytes& resource);
-};
-
-constexpr LineKind lineKinds[] = {
+constexpr ResourceRow lineKinds[] = {
     {"string-list", "", "begins a string list, as 'STR#' is; a string on each line follows",
      [](Words&, ResourceBytes& resource) { resource.BeginList("\"TEXT\"", bigShort); }},
     {"style", R"(N "NAME" font "FONT" SIZE [bold] [italic] [underline] [outline] [shadow])",
@@ -208,11 +191,6 @@ constexpr LineKind lineKinds[] = {
          TakeFields(words, resource);
      }},
 };
-
-void PrintLine(std::ostream& out, std::string_view name, std::string_view usage,
-               std::string_view help) {
-    out << "  " << name << (usage.empty() ? "" : " ") << usage << "\n      " << help << "\n";
-}
 } // namespace
 
 void ResourceBytes::Append(unsigned long number, Number form) {
@@ -264,11 +242,8 @@ void AddResourceLine(Words& words, ResourceBytes& resource) {
         resource.AppendPascal(words.TakeString("a string"));
         return;
     }
-    for (const LineKind& kind : lineKinds) {
-        if (words.TakeIf(kind.name)) {
-            kind.take(words, resource);
-            return;
-        }
+    if (const ResourceRow* row = TakeRow<ResourceRow>(lineKinds, words)) {
+        return row->read(words, resource);
     }
     if (!TakeFormLine(words, resource)) {
         TakeFields(words, resource);
@@ -293,17 +268,13 @@ void PrintResourceHelp(std::ostream& out) {
            "as in a script. Strings are not converted: a character beyond ASCII is written \\xNN, "
            "in\n"
            "the host's Macintosh set. Lines:\n";
-    PrintLine(out, "resource", R"("TYPE" ID ["NAME"])",
-              "begins a resource; the lines up to the next one are what is in it");
-    for (const LineKind& kind : lineKinds) {
-        PrintLine(out, kind.name, kind.usage, kind.help);
-    }
-    PrintLine(out, "FIELD...", "", "fields, one behind the other");
+    PrintHelpLine(out, 2, R"(resource "TYPE" ID ["NAME"])",
+                  "begins a resource; the lines up to the next one are what is in it");
+    PrintRows<ResourceRow>(out, 2, lineKinds);
+    PrintHelpLine(out, 2, "FIELD...", "fields, one behind the other");
     out << "\nKinds of fields:\n";
-    PrintLine(out, "byte, short, long", "N...", "numbers in the platform's own byte order");
-    PrintLine(out, "big-short, big-long", "N...", "numbers with the high byte first");
-    for (const FieldKind& kind : fieldKinds) {
-        PrintLine(out, kind.name, kind.usage, kind.help);
-    }
+    PrintHelpLine(out, 2, "byte, short, long N...", "numbers in the platform's own byte order");
+    PrintHelpLine(out, 2, "big-short, big-long N...", "numbers with the high byte first");
+    PrintRows<ResourceRow>(out, 2, fieldKinds);
     PrintFormHelp(out);
 }

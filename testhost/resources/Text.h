@@ -1,6 +1,6 @@
 #pragma once
 
-#include "testhost/session/Words.h"
+#include "testhost/session/WordTable.h"
 
 #include <ostream>
 #include <string>
@@ -37,6 +37,9 @@ class ResourceBytes {
     Number countForm;
     unsigned long items = 0;
 };
+
+/// A line of a resource text, or a field.
+using ResourceRow = WordRow<void(Words& words, ResourceBytes& resource)>;
 
 /// Adds what one line says, one that begins no resource. Throws ScriptError when it is wrong.
 void AddResourceLine(Words& words, ResourceBytes& resource);

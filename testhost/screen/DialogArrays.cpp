@@ -1,5 +1,5 @@
-#include "testhost/model/Host.h"
 #include "testhost/screen/Dialogs.h"
+#include "testhost/values/Arrays.h"
 
 #include <algorithm>
 
@@ -38,7 +38,8 @@ long Dialog::ArraySize(const std::string& name) {
 std::optional<TypedValue> Dialog::Element(const std::string& name, long index) {
     ValueKind kind = ValueKind::None;
     const ArrayBlock* array = FindArray(name, kind);
-    return array == nullptr ? std::nullopt : FetchElement(kind, *array, index, {true, &host});
+    return array == nullptr ? std::nullopt
+                            : FetchElement(kind, *array, index, host.variables.layout);
 }
 
 bool Dialog::SetElement(const std::string& name, long index, const TypedValue& value) {
@@ -54,13 +55,14 @@ bool Dialog::SetElement(const std::string& name, long index, const TypedValue& v
     } else if (wanted == ValueKind::Real && value.kind == ValueKind::Long) {
         element = RealValue(static_cast<double>(value.numbers.at(0)));
     }
-    return element.kind == wanted && ReplaceElement(kind, *array, index, element, {true, &host});
+    return element.kind == wanted &&
+           ReplaceElement(kind, *array, index, element, host.variables.layout);
 }
 
 void Dialog::DeleteElements(const std::string& name, long from, long count) {
     ValueKind kind = ValueKind::None;
     if (ArrayBlock* array = FindArray(name, kind)) {
-        RemoveElements(kind, *array, from, count, {true, &host});
+        RemoveElements(kind, *array, from, count, host.variables.layout);
         array->currentIndex =
             static_cast<short>(std::min(long{array->currentIndex}, long{array->count}));
     }

@@ -1,4 +1,3 @@
-#include "testhost/model/Host.h"
 #include "testhost/screen/Dialogs.h"
 
 #include <algorithm>
@@ -281,10 +280,11 @@ UserAction Dialogs::TakeAction(Dialog& dialog) {
     }
     Note("  nothing is left for the user to do");
     if (++missingActions > patience) {
-        host.Report("The dialog " + Quoted(dialog.title) +
-                    " went on although the user cancelled it " + std::to_string(patience) +
-                    " times. The run ends here.");
-        std::fprintf(stderr, "%s\n", host.problems.back().c_str());
+        const std::string problem = "The dialog " + Quoted(dialog.title) +
+                                    " went on although the user cancelled it " +
+                                    std::to_string(patience) + " times. The run ends here.";
+        host.report(problem);
+        std::fprintf(stderr, "%s\n", problem.c_str());
         std::fflush(nullptr);
         TerminateProcess(GetCurrentProcess(), 1);
     }

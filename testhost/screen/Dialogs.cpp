@@ -1,12 +1,14 @@
 #include "testhost/screen/Dialogs.h"
 
-#include "testhost/model/Host.h"
+#include "platform/Toolbox.h"
+#include "testhost/values/Storage.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace {
 constexpr size_t longestString = 255;
+constexpr unsigned short lastEvent = 17; // of an area
 // References are no addresses: a plug-in that looks into one is found out at once.
 constexpr long firstReference = 0x0D1A0001;
 constexpr long firstContext = -1000; // no process has such a number
@@ -54,11 +56,12 @@ const ObjectState* DialogState::Find(std::string_view name) const {
 
 // --- A dialog --------------------------------------------------------------------------------
 
-Dialog::Dialog(Host& dialogHost, long number) : host(dialogHost), context(firstContext - number) {}
+Dialog::Dialog(const DialogHost& dialogHost, long number)
+    : host(dialogHost), context(firstContext - number) {}
 
 Dialog::~Dialog() {
     host.variables.RemoveProcess(context);
-    host.windows.Remove(static_cast<GrafPort*>(window));
+    host.windows.Remove(window);
 }
 
 ValueBlock* Dialog::Find(const std::string& name) {
@@ -159,7 +162,7 @@ DialogState Dialog::State() {
 
 // --- The dialogs of a host ---------------------------------------------------------------------
 
-Dialogs::Dialogs(Host& dialogsHost) : host(dialogsHost) {}
+Dialogs::Dialogs(DialogHost dialogsHost) : host(std::move(dialogsHost)) {}
 
 Dialogs::~Dialogs() = default;
 
@@ -169,7 +172,7 @@ long Dialogs::NewContext() {
     return reference;
 }
 
-long Dialogs::Open(long reference, const std::string& form, const std::string& title,
+long Dialogs::Open(long reference, long process, const std::string& form, const std::string& title,
                    std::string_view bytes) {
     const auto place = dialogs.find(reference);
     std::string fault;
@@ -194,12 +197,12 @@ long Dialogs::Open(long reference, const std::string& form, const std::string& t
         if (object.type != 0 &&
             !dialog->Write(object.variable,
                            dialog->Read(object.variable, BlockKind(object.type)))) {
-            host.Report("The form " + Quoted(form) + " gives " + Quoted(object.variable) +
+            host.report("The form " + Quoted(form) + " gives " + Quoted(object.variable) +
                         " a type that it cannot have.");
         }
     }
-    dialog->process = host.currentProcess;
-    dialog->window = &host.windows.AddInFront(host.currentProcess, WindowKind::Modal).port;
+    dialog->process = process;
+    dialog->window = &host.windows.AddInFront(process, WindowKind::Modal).port;
 
     const long opened = firstReference + 16 * references++;
     dialog->former = EnterContext(dialog->process, opened);
@@ -215,8 +218,11 @@ long Dialogs::Open(long reference, const std::string& form, const std::string& t
 }
 
 void Dialogs::Close(long reference) {
-    if (const Dialog* open = Find(reference); open != nullptr && !open->inTurn) {
-        host.areas.CloseDialog(reference);
+    for (Dialog* open = Find(reference); open != nullptr && !open->inTurn && !open->areas.empty();
+         open = Find(reference)) {
+        EventRecord event = {};
+        event.what = lastEvent;
+        SendToArea(reference, std::string(open->areas.front().first), event);
     }
     const auto place = dialogs.find(reference);
     if (place == dialogs.end()) {
@@ -224,7 +230,7 @@ void Dialogs::Close(long reference) {
     }
     Dialog& dialog = *place->second;
     if (dialog.inTurn) {
-        return host.Report("The dialog " + Quoted(dialog.title) +
+        return host.report("The dialog " + Quoted(dialog.title) +
                            " was to be closed by its own filter.");
     }
     if (dialog.IsOpen()) {
@@ -252,6 +258,28 @@ long Dialogs::OfWindow(const void* window) const {
     return 0;
 }
 
+bool Dialogs::SendToArea(long reference, const std::string& object, EventRecord& event) {
+    Dialog* dialog = Find(reference);
+    if (dialog == nullptr) {
+        return false;
+    }
+    const auto area =
+        std::ranges::find(dialog->areas, object, &decltype(dialog->areas)::value_type::first);
+    if (area == dialog->areas.end()) {
+        return false;
+    }
+    const AreaHandler send = area->second; // the area may go in the midst of its event
+    if (event.what == lastEvent) {
+        dialog->areas.erase(area);
+    }
+    GrafPort* former = nullptr;
+    GetPort(&former);
+    SetPor(dialog->window);
+    send(event);
+    SetPor(former);
+    return true;
+}
+
 long Dialogs::VariablesOf(long process) const {
     const auto place = current.find(process);
     const auto dialog = place == current.end() ? dialogs.end() : dialogs.find(place->second);
@@ -265,7 +293,7 @@ long Dialogs::EnterContext(long process, long reference) {
 void Dialogs::ReportLeaks() {
     while (!dialogs.empty()) {
         const auto& [reference, dialog] = *dialogs.begin();
-        host.Report(dialog->IsOpen()
+        host.report(dialog->IsOpen()
                         ? "The dialog " + Quoted(dialog->title) + " was never closed."
                         : "A dialog context that the plug-in made was never used or closed.");
         Close(reference);

@@ -1,20 +1,21 @@
 #pragma once
 
-#include "data/blocks/ValueBlock.h"
 #include "testhost/database/Database.h"
 #include "testhost/screen/Form.h"
-#include "testhost/values/TypedValue.h"
+#include "testhost/screen/Windows.h"
+#include "testhost/values/Reporter.h"
+#include "testhost/values/Variables.h"
 
 #include <deque>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
-
-class Host;
 
 /// An object of an open dialog: that of its form, and what plug-ins changed of it.
 struct DialogObject : FormObject {
@@ -94,6 +95,17 @@ struct DialogTurn {
     bool cancelled = false;
 };
 
+/// What dialogs use of their host.
+struct DialogHost {
+    HostVariables& variables;
+    WindowList& windows;
+    const Database& database;
+    Reporter report;
+};
+
+/// Is sent the events of an area, with the dialog's window as current port.
+using AreaHandler = std::function<void(EventRecord& event)>;
+
 /// A dialog, or the dialog context that it begins as. Its variables are variables of the host, kept
 /// under a number of its own in place of a process.
 ///
@@ -102,7 +114,7 @@ struct DialogTurn {
 /// array is that of its chosen row.
 class Dialog {
   public:
-    Dialog(Host& dialogHost, long number);
+    Dialog(const DialogHost& dialogHost, long number);
     ~Dialog();
     Dialog(const Dialog&) = delete;
     Dialog& operator=(const Dialog&) = delete;
@@ -111,7 +123,7 @@ class Dialog {
 
     // --- Variables ------------------------------------------------------------------------
 
-    /// In place of a process in Host::variables.
+    /// In place of a process in the host's variables.
     long VariableContext() const { return context; }
     ValueBlock* Find(const std::string& name);
     /// A variable's value as one of this kind; an empty one when there is none or it is of a kind
@@ -150,7 +162,6 @@ class Dialog {
     FieldList* FindFieldList(const std::string& name);
     DialogState State();
 
-    Host& host;
     std::string form;
     std::string title;
     short width = 0;
@@ -158,8 +169,9 @@ class Dialog {
     short page = 1;
     short pages = 1;
     std::vector<DialogObject> objects;
-    std::map<std::string, FieldList> fieldLists; ///< by the name of their object
-    void* window = nullptr; ///< record in the host's list; null: a context only
+    std::map<std::string, FieldList> fieldLists;          ///< by the name of their object
+    std::list<std::pair<std::string, AreaHandler>> areas; ///< of plug-ins, by their object
+    GrafPort* window = nullptr; ///< record in the host's list; null: a context only
     void* userData = nullptr;
     long process = 0; ///< in which it was opened
     long former = 0;  ///< the dialog whose variables were current before it, or 0
@@ -174,6 +186,7 @@ class Dialog {
   private:
     unsigned char DeclaredType(const std::string& name) const;
 
+    const DialogHost& host;
     long context;
 };
 
@@ -190,22 +203,28 @@ class Dialogs {
     /// The event's filter procedure of a plug-in: called before an action, with the object or null.
     using Filter = std::function<void(const EventRecord& event, const DialogObject* object)>;
 
-    explicit Dialogs(Host& dialogsHost);
+    explicit Dialogs(DialogHost dialogsHost);
     ~Dialogs();
     Dialogs(const Dialogs&) = delete;
     Dialogs& operator=(const Dialogs&) = delete;
 
     /// Begins a dialog context; its reference is never 0 and never used twice.
     long NewContext();
-    /// Opens a dialog in a context, from the bytes of its form. Its reference, which takes the
-    /// place of the context's; 0 when the form is refused, and then the context is gone, too.
-    long Open(long reference, const std::string& form, const std::string& title,
+    /// Opens a dialog in a context and a process, from the bytes of its form. Its reference, which
+    /// takes the place of the context's; 0 when the form is refused, and then the context is gone,
+    /// too.
+    long Open(long reference, long process, const std::string& form, const std::string& title,
               std::string_view bytes);
+    /// Closes a dialog, or a context. The dialog's areas get their last event.
     void Close(long reference);
     /// The dialog or context of this reference; null when there is none.
     Dialog* Find(long reference);
     /// The dialog of this window, as a reference; 0 when there is none.
     long OfWindow(const void* window) const;
+
+    /// Sends an event to the area in an object of a dialog; false when there is none. With the last
+    /// event, 17, the host forgets the area.
+    bool SendToArea(long reference, const std::string& object, EventRecord& event);
 
     /// Plays one turn: takes the user's next action, has the filter see its events, and does it.
     /// Without an action the user cancels. Actions that cannot be done are told to onFailure and
@@ -234,7 +253,7 @@ class Dialogs {
     DialogTurn Act(Dialog& dialog, const UserAction& action, const Filter& filter);
     UserAction TakeAction(Dialog& dialog);
 
-    Host& host;
+    DialogHost host;
     std::map<long, std::unique_ptr<Dialog>> dialogs; ///< by reference
     std::map<long, long> current;                    ///< by process: dialog whose variables count
     long references = 0;

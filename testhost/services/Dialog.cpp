@@ -3,6 +3,7 @@
 #include "testhost/services/DialogRequest.h"
 #include "testhost/services/Services.h"
 #include "testhost/toolbox/Control.h"
+#include "testhost/values/Storage.h"
 
 #include <cstring>
 
@@ -59,8 +60,8 @@ void Create(Request& request) {
     const auto bytes = ResourceContents([&] {
         return ToolboxNamedResource(formType, reinterpret_cast<const unsigned char*>(name.data()));
     });
-    call.fields.param1 =
-        call.host.dialogs.Open(reference, form, request.String(), bytes.value_or(""));
+    call.fields.param1 = call.host.dialogs.Open(reference, call.host.currentProcess, form,
+                                                request.String(), bytes.value_or(""));
 }
 
 void Close(Request& request) {
@@ -160,7 +161,7 @@ void SetVar(Request& request) {
     if (former == nullptr || former->type == block.type) {
         variables.Set(request.dialog.VariableContext(), name, block);
     } else {
-        const ValueLayout layout{true, &call.host};
+        const ValueLayout& layout = call.host.variables.layout;
         if (!request.dialog.Write(name, FetchBlock({}, block, layout))) {
             return;
         }

@@ -3,7 +3,8 @@
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/language/Evaluator.h"
+#include "testhost/language/Commands.h"
+#include "testhost/language/Failure.h"
 #include "testhost/language/Lexer.h"
 #include "testhost/language/Values.h"
 #include "testhost/services/Services.h"
@@ -91,7 +92,7 @@ ValueBlock* BlockAt(long address) {
 // --- The work -------------------------------------------------------------------------------
 
 void ExecuteText(Host& host, const std::string& text) {
-    Evaluator(host).Execute(ParseStatements(TokensOfText(host, text)));
+    Evaluator(host, RunCommand).Execute(ParseStatements(TokensOfText(host, text)));
 }
 
 // Compiled text has to be statements, of which an expression is one.
@@ -114,8 +115,10 @@ void ExecFunc(ServiceCall& call) {
                          "than the call has.");
     }
     const std::string text = TakeBytes(call.fields.handle);
-    Answer(call, Evaluator(call.host).Evaluate(ParseExpression(TokensOfText(call.host, text))),
-           block);
+    Answer(
+        call,
+        Evaluator(call.host, RunCommand).Evaluate(ParseExpression(TokensOfText(call.host, text))),
+        block);
 }
 
 // The tokens, in param1, become the plug-in's: a toolbox handle.
@@ -139,14 +142,16 @@ void TokenizeUnicode(ServiceCall& call) {
 }
 
 void ExecTokenizedProc(ServiceCall& call) {
-    Evaluator(call.host).Execute(ParseStatements(DecodeTokens(TakeBytes(call.fields.handle))));
+    Evaluator(call.host, RunCommand)
+        .Execute(ParseStatements(DecodeTokens(TakeBytes(call.fields.handle))));
 }
 
 void ExecTokenizedFunc(ServiceCall& call) {
     const Handle handle = call.fields.handle;
     const std::string bytes = call.IsEngine() ? TakeHostTokens(handle) : TakeBytes(handle);
     const Expression expression = ParseExpression(DecodeTokens(bytes));
-    Answer(call, Evaluator(call.host).Evaluate(expression), BlockAt(call.fields.param1));
+    Answer(call, Evaluator(call.host, RunCommand).Evaluate(expression),
+           BlockAt(call.fields.param1));
 }
 
 // A text-edit record of the tokens in param1; the plug-in disposes of it with TEDispose.
@@ -186,7 +191,7 @@ void MethodID(ServiceCall& call) {
 }
 
 void ExecIndProc(ServiceCall& call) {
-    Evaluator(call.host).CallMethod(call.fields.param1, {});
+    Evaluator(call.host, RunCommand).CallMethod(call.fields.param1, {});
 }
 
 // The number in param2 is the method's $1; the bytes in `handle`, if any, are its text $2.
@@ -195,7 +200,7 @@ void CallMethod(ServiceCall& call) {
     if (call.fields.handle != nullptr) {
         arguments.push_back(TextValue(TakeBytes(call.fields.handle)));
     }
-    Evaluator(call.host).CallMethod(call.fields.param1, std::move(arguments));
+    Evaluator(call.host, RunCommand).CallMethod(call.fields.param1, std::move(arguments));
 }
 
 // The text in `handle`, null for an empty one, is changed in place or made; param1 answers whether

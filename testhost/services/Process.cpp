@@ -1,5 +1,5 @@
 #include "platform/ResultCodes.h"
-#include "testhost/plugins/Session.h"
+#include "testhost/model/PluginEntry.h"
 #include "testhost/services/Services.h"
 
 #include <algorithm>

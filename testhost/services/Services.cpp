@@ -158,12 +158,6 @@ long Dispatch(long number, Block* block, EngineFields* engine) {
 }
 } // namespace
 
-void StorePascal(std::span<unsigned char> target, std::string_view text) {
-    text = text.substr(0, std::min<size_t>(target.size() - 1, 255));
-    target[0] = static_cast<unsigned char>(text.size());
-    std::copy(text.begin(), text.end(), target.begin() + 1);
-}
-
 void StoreUtf16(std::span<unsigned short> target, std::string_view text) {
     const std::vector<unsigned short> units = UnitsOfText(text);
     const size_t count = std::min(units.size(), target.size() - 1);

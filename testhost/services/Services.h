@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Selectors.h"
+#include "host/boundary/Selectors.h"
 #include "testhost/crossings/RecordFields.h"
 #include "testhost/model/Host.h"
 
@@ -55,8 +55,6 @@ inline constexpr short Busy = -20;    ///< another process holds it
 inline constexpr short NotHeld = -21; ///< the calling process does not hold it
 } // namespace PrinterError
 
-/// Copies a text as a Pascal string, cut to what fits.
-void StorePascal(std::span<unsigned char> target, std::string_view text);
 /// Copies ANSI text as UTF-16 with a terminator, cut to what fits.
 void StoreUtf16(std::span<unsigned short> target, std::string_view text);
 

@@ -1,5 +1,6 @@
 #include "platform/ResultCodes.h"
 #include "testhost/services/Services.h"
+#include "testhost/values/Storage.h"
 
 #include <algorithm>
 #include <cstring>

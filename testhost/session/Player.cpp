@@ -153,7 +153,7 @@ bool Player::Play(const Script& script) {
     for (const Statement& statement : script.statements) {
         stage.place = script.name + ":" + std::to_string(statement.line);
         try {
-            statement.Play(*stage.current);
+            statement.play(*stage.current);
         } catch (const std::runtime_error& error) {
             stage.current->Fail(error.what());
         }

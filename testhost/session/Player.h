@@ -2,8 +2,8 @@
 
 #include "testhost/model/Network.h"
 #include "testhost/plugins/Session.h"
+#include "testhost/session/Area.h"
 #include "testhost/session/Script.h"
-#include "testhost/statements/Area.h"
 
 #include <filesystem>
 #include <functional>

@@ -233,10 +233,6 @@ TypedValue TakeVariableValue(Words& words) {
     return TakeValueOf(kind, words);
 }
 
-bool IsArray(ValueKind kind) {
-    return kind == ValueKind::ArrayOfArrays || ElementKind(kind) != ValueKind::None;
-}
-
 bool IsUnicode(const TypedValue& value) {
     return value.kind == ValueKind::UnicodeText || value.kind == ValueKind::UnicodeTextArray ||
            (value.kind == ValueKind::ArrayOfArrays &&

@@ -11,8 +11,6 @@ TypedValue TakeValueOf(ValueKind kind, Words& words);
 TypedValue TakeValue(Words& words);
 /// Takes a kind and a value of it that a variable can have: `time 60`, `array real 1 2.5`.
 TypedValue TakeVariableValue(Words& words);
-/// Whether a kind is that of an array.
-bool IsArray(ValueKind kind);
 /// Whether a value holds Unicode texts, which only variables of a host from 11.0 on do.
 bool IsUnicode(const TypedValue& value);
 /// Takes a date: 2026-11-21.

@@ -1,6 +1,7 @@
 #include "testhost/session/Variables.h"
 
 #include "testhost/session/Player.h"
+#include "testhost/session/Words.h"
 #include "testhost/values/Encodings.h"
 
 #include <algorithm>

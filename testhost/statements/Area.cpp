@@ -1,11 +1,8 @@
-#include "testhost/statements/Area.h"
-
+#include "host/boundary/AreaEvents.h"
 #include "platform/Toolbox.h"
-#include "testhost/services/Services.h"
 #include "testhost/session/Player.h"
-#include "testhost/statements/Dialog.h"
+#include "testhost/statements/Statements.h"
 #include "testhost/toolbox/Control.h"
-#include "ui/AreaManager.h"
 
 #include <algorithm>
 #include <array>
@@ -15,8 +12,6 @@
 #include <utility>
 
 namespace {
-using Action = std::function<void(Player&)>;
-
 struct EventWord {
     std::string_view word;
     unsigned short code;
@@ -402,7 +397,8 @@ void SendToDialog(Player& player, const std::string& object, const EventRecord& 
     bool found = false;
     Record(
         player, area, static_cast<const GrafPort*>(dialog->window),
-        [&](EventRecord& sent) { found = player.host.areas.Send(reference, object, sent); }, event);
+        [&](EventRecord& sent) { found = player.host.dialogs.SendToArea(reference, object, sent); },
+        event);
     if (!found) {
         player.Fail("the dialog has no area " + Quoted(object));
     }

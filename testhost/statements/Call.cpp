@@ -1,14 +1,11 @@
-#include "testhost/statements/Call.h"
-
 #include "testhost/session/Player.h"
 #include "testhost/session/Values.h"
+#include "testhost/statements/Statements.h"
 
 #include <memory>
 #include <utility>
 
 namespace {
-using Action = std::function<void(Player&)>;
-
 struct CommandCall {
     long command;
     std::vector<TypedValue> parameters;
@@ -98,6 +95,33 @@ CommandCall TakeCall(Words& words) {
 }
 
 } // namespace
+
+// The selectors with which a host starts and stops a plug-in, the usual one first.
+Action ParseStart(Words& words) {
+    long selector = words.IsNumber() ? words.TakeNumber("-1 or -200") : -1;
+    if (selector != -1 && selector != -200) {
+        throw ScriptError("a plug-in is started with -1 or -200");
+    }
+    return [selector](Player& player) {
+        if (player.session.IsStarted()) {
+            return player.Fail("the plug-in is already started");
+        }
+        player.session.Start(selector);
+    };
+}
+
+Action ParseStop(Words& words) {
+    long selector = words.IsNumber() ? words.TakeNumber("-2 or -220") : -2;
+    if (selector != -2 && selector != -220) {
+        throw ScriptError("a plug-in is stopped with -2 or -220");
+    }
+    return [selector](Player& player) {
+        if (!player.session.IsStarted()) {
+            return player.FailNotStarted();
+        }
+        player.session.Stop(selector);
+    };
+}
 
 Action ParseCall(Words& words) {
     return [call = TakeCall(words)](Player& player) { PlayCall(player, call); };

@@ -1,12 +1,9 @@
-#include "testhost/statements/Database.h"
-
 #include "testhost/session/DatabaseFile.h"
 #include "testhost/session/Player.h"
 #include "testhost/session/Values.h"
+#include "testhost/statements/Statements.h"
 
 namespace {
-using Action = std::function<void(Player&)>;
-
 // Runs `act` with the number of the table, or fails when there is none of this name.
 template <typename Act>
 Action WithTable(std::string name, Act act) {

@@ -1,7 +1,6 @@
-#include "testhost/statements/Dialog.h"
-
 #include "testhost/session/Player.h"
 #include "testhost/session/Values.h"
+#include "testhost/statements/Statements.h"
 
 #include <utility>
 

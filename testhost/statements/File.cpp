@@ -1,6 +1,5 @@
-#include "testhost/statements/File.h"
-
 #include "testhost/session/Player.h"
+#include "testhost/statements/Statements.h"
 #include "testhost/values/Encodings.h"
 
 #include <filesystem>
@@ -10,8 +9,6 @@
 #include <windows.h>
 
 namespace {
-using Action = std::function<void(Player&)>;
-
 std::string ContentsOf(std::istream& file) {
     std::ostringstream contents;
     contents << file.rdbuf();
@@ -44,6 +41,10 @@ Action ParseExpectFile(Words& words) {
         bool held = expected == "a file" ? got.starts_with(expected) : got == expected;
         player.Expect(held, Shown(path) + ": " + expected, got);
     };
+}
+
+Action ParseEcho(Words& words) {
+    return [text = Utf8(words.TakeWideString("a text"))](Player& player) { player.Echo(text); };
 }
 
 Action ParseShow(Words& words) {

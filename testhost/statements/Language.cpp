@@ -1,12 +1,9 @@
-#include "testhost/statements/Language.h"
-
 #include "testhost/session/Player.h"
+#include "testhost/statements/Statements.h"
 
 #include <algorithm>
 
 namespace {
-using Action = std::function<void(Player&)>;
-
 Action ParseExpectBox(HostBox::Kind kind, Words& words) {
     return [kind, text = words.TakeString("the box's text")](Player& player) {
         std::string got;

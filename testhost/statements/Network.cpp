@@ -1,7 +1,6 @@
-#include "testhost/statements/Network.h"
-
 #include "testhost/plugins/Library.h"
 #include "testhost/session/Player.h"
+#include "testhost/statements/Statements.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
 
@@ -9,8 +8,6 @@
 #include <filesystem>
 
 namespace {
-using Action = std::function<void(Player&)>;
-
 // A host of a script with a copy of the plug-in, which is a module of its own.
 struct FurtherHost {
     FurtherHost(Stage& stage, std::string name, const std::filesystem::path& dll,

@@ -1,15 +1,12 @@
-#include "testhost/statements/Variable.h"
-
 #include "testhost/session/Player.h"
 #include "testhost/session/Values.h"
 #include "testhost/session/Variables.h"
+#include "testhost/statements/Statements.h"
 #include "testhost/values/Storage.h"
 
 #include <utility>
 
 namespace {
-using Action = std::function<void(Player&)>;
-
 std::string TakeVariableName(Words& words) {
     std::string name = words.TakeString("the variable's name");
     if (!HostVariables::IsName(name)) {

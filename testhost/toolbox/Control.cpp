@@ -2,7 +2,7 @@
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/toolbox/Drawing.h"
+#include "testhost/toolbox/drawing/Drawing.h"
 #include "testhost/toolbox/files/Catalog.h"
 #include "testhost/toolbox/files/OpenFiles.h"
 #include "testhost/toolbox/memory/Heap.h"
@@ -27,6 +27,15 @@ OSErr SetLock(const Call& call, Handle handle, bool lock) {
     const unsigned char others = entry->state & static_cast<unsigned char>(~Heap::locked);
     entry->state = lock ? others | Heap::locked : others;
     return ResultCode::NoError;
+}
+
+template <typename Item>
+unsigned char CopyItem(const std::deque<Item>& items, long index, Item* out) {
+    if (index < 0 || index >= static_cast<long>(items.size()) || out == nullptr) {
+        return 0;
+    }
+    *out = items[static_cast<std::size_t>(index)];
+    return 1;
 }
 
 } // namespace
@@ -175,4 +184,33 @@ OSErr ToolboxAddResource(short refNum, OSType type, short id, const char* name, 
 
 Handle ToolboxNamedResource(OSType type, const unsigned char* name) {
     return GetNamedResource(type, name);
+}
+
+long ToolboxDrawnCount(const GrafPort* port) {
+    return static_cast<long>(TheDrawing().Of(port).operations.size());
+}
+
+unsigned char ToolboxDrawn(const GrafPort* port, long index, DrawnOperation* operation) {
+    return CopyItem(TheDrawing().Of(port).operations, index, operation);
+}
+
+long ToolboxInvalidCount(const GrafPort* port) {
+    return static_cast<long>(TheDrawing().Of(port).invalid.size());
+}
+
+unsigned char ToolboxInvalidRect(const GrafPort* port, long index, Rect* rect) {
+    return CopyItem(TheDrawing().Of(port).invalid, index, rect);
+}
+
+void ToolboxForgetPort(const GrafPort* port) {
+    TheDrawing().Forget(port);
+}
+
+void ToolboxSetWindowTitle(const GrafPort* window, const unsigned char* title) {
+    TheDrawing().Of(window).title =
+        std::string(reinterpret_cast<const char*>(title) + 1, std::size_t{title[0]});
+}
+
+void ToolboxSetDoubleClickTime(unsigned long ticks) {
+    TheDrawing().doubleClickTime = ticks;
 }

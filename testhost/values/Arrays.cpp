@@ -1,6 +1,7 @@
+#include "testhost/values/Arrays.h"
+
 #include "platform/Toolbox.h"
 #include "testhost/toolbox/Control.h"
-#include "testhost/values/Storage.h"
 
 #include <algorithm>
 #include <cstring>
@@ -45,7 +46,7 @@ size_t ElementSize(ValueKind kind) {
     case ValueKind::UnicodeTextArray:
         return sizeof(FDStringBlock);
     default:
-        return StoredSize(EmptyValue(ElementKind(kind)), {});
+        return ScalarSize(ElementKind(kind));
     }
 }
 
@@ -87,12 +88,9 @@ void StoreElement(const TypedValue& element, const ValueLayout& layout,
         const FDStringBlock string = StoreUnicode(element.texts.at(0), layout);
         std::memcpy(target.data(), &string, sizeof string);
     } else if (element.kind == ValueKind::String) {
-        const std::string& text = element.texts.at(0);
-        const size_t length = std::min(text.size(), target.size() - 1);
-        target[0] = static_cast<unsigned char>(length);
-        std::copy_n(text.begin(), length, target.begin() + 1);
+        StorePascal(target, element.texts.at(0));
     } else {
-        Store(element, layout, target.data());
+        StoreScalar(element, target.data());
     }
 }
 
@@ -110,7 +108,7 @@ TypedValue FetchElement(ValueKind arrayKind, ElementBytes source, const ValueLay
         return StringValue({reinterpret_cast<const char*>(source.data()) + 1, length});
     }
     default:
-        return Fetch(EmptyValue(ElementKind(arrayKind)), layout, source.data());
+        return FetchScalar(ElementKind(arrayKind), source.data());
     }
 }
 
@@ -122,27 +120,16 @@ long Detail(ValueKind kind, const std::string& contents, const ElementPlaces& pl
     return kind == ValueKind::StringArray ? static_cast<long>(places.size) : 0;
 }
 
-void AddHandle(Handle handle, BlockParts& parts) {
-    if (handle != nullptr) {
-        parts.handles.push_back(handle);
-    }
-}
-
 void AddElementParts(ValueKind kind, ElementBytes element, BlockParts& parts) {
-    if (kind == ValueKind::TextArray) {
-        AddHandle(Load<TextBlock>(element).text, parts);
-    } else if (kind == ValueKind::PictureArray) {
-        AddHandle(Load<Handle>(element), parts);
-    } else if (kind == ValueKind::UnicodeTextArray) {
-        const auto string = Load<FDStringBlock>(element);
-        if (string.units != nullptr) {
-            parts.strings.push_back(string);
-        }
+    if (kind == ValueKind::UnicodeTextArray) {
+        parts.Add(Load<FDStringBlock>(element));
     } else if (kind == ValueKind::ArrayOfArrays) {
         const auto row = Load<ArrayRow>(element);
         if (IsRow(BlockKind(row.type))) {
             AddArrayParts(BlockKind(row.type), row.array, parts);
         }
+    } else {
+        AddScalarParts(ElementKind(kind), element.data(), parts);
     }
 }
 
@@ -186,7 +173,7 @@ TypedValue FetchArray(ValueKind kind, const ArrayBlock& array, const ValueLayout
 }
 
 void AddArrayParts(ValueKind kind, const ArrayBlock& array, BlockParts& parts) {
-    AddHandle(array.elements, parts);
+    parts.Add(array.elements);
     const std::string contents = LiveContents(array.elements);
     const ElementPlaces places = Places(kind, contents);
     for (size_t place = 0; place < LivingElements(places, array); ++place) {

@@ -1,7 +1,6 @@
 #include "testhost/values/Pictures.h"
 
 #include "platform/ResultCodes.h"
-#include "testhost/model/Host.h"
 
 #include <algorithm>
 
@@ -35,7 +34,7 @@ short HostPictures::Dispose(const FDPictureBlock* block, Owner by) {
         return ResultCode::BadParameter;
     }
     if (by == Owner::Plugin && entry->owner == Owner::Host) {
-        host.Report("The plug-in disposed of a picture that belongs to the host.");
+        report("The plug-in disposed of a picture that belongs to the host.");
         return ResultCode::BadParameter;
     }
     pictures.erase(block);
@@ -64,7 +63,7 @@ long HostPictures::LiveBitmaps() const {
 void HostPictures::Check() {
     for (Block& block : blocks) {
         if (std::ranges::any_of(block, [](unsigned char each) { return each != opaque; })) {
-            host.Report("The plug-in wrote into the block of a picture.");
+            report("The plug-in wrote into the block of a picture.");
             block.fill(opaque);
         }
     }
@@ -81,7 +80,7 @@ HostPictures::Entry* HostPictures::FindEntry(const FDPictureBlock* block) {
     }
     auto found = pictures.find(block);
     if (found == pictures.end()) {
-        host.Report("A picture that was disposed of, or never was one, came to the host.");
+        report("A picture that was disposed of, or never was one, came to the host.");
         return nullptr;
     }
     return &found->second;

@@ -2,14 +2,14 @@
 
 #include "data/blocks/ValueBlock.h"
 #include "testhost/values/Owner.h"
+#include "testhost/values/Reporter.h"
 
 #include <array>
 #include <deque>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
-
-class Host;
 
 /// One form in which a picture is kept: what it is (ANSI text, such as "public.jpeg; JPG"), and the
 /// bytes.
@@ -28,7 +28,7 @@ struct HostPicture {
 /// a block that is none, that was disposed of or that was written to is reported, a null one not.
 class HostPictures {
   public:
-    explicit HostPictures(Host& picturesHost) : host(picturesHost) {}
+    explicit HostPictures(Reporter problemReporter) : report(std::move(problemReporter)) {}
     ~HostPictures();
     HostPictures(const HostPictures&) = delete;
     HostPictures& operator=(const HostPictures&) = delete;
@@ -65,7 +65,7 @@ class HostPictures {
     long Count(Owner owner) const;
     Entry* FindEntry(const FDPictureBlock* block);
 
-    Host& host;
+    Reporter report;
     std::deque<Block> blocks; ///< kept for good, so that no address is used twice
     std::map<const FDPictureBlock*, Entry> pictures;
     std::vector<void*> bitmaps;

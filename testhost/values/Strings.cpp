@@ -1,7 +1,6 @@
 #include "testhost/values/Strings.h"
 
 #include "platform/ResultCodes.h"
-#include "testhost/model/Host.h"
 #include "testhost/values/Encodings.h"
 #include "testhost/values/TypedValue.h"
 
@@ -82,8 +81,8 @@ short HostStrings::Dispose(FDStringBlock& block, Owner by) {
         return ResultCode::BadParameter;
     }
     if (by == Owner::Plugin && string->owner == Owner::Host) {
-        host.Report("The plug-in disposed of a string that belongs to the host: " +
-                    Quoted(Text(block)) + ".");
+        report("The plug-in disposed of a string that belongs to the host: " + Quoted(Text(block)) +
+               ".");
         return ResultCode::BadParameter;
     }
     Release(std::move(string->memory));
@@ -135,12 +134,12 @@ long HostStrings::Count(Owner owner) const {
 HostStrings::String* HostStrings::Find(const FDStringBlock& block) {
     auto found = strings.find(NumberOf(block));
     if (found == strings.end()) {
-        host.Report("A host string that was disposed of, or never was one, came to the host.");
+        report("A host string that was disposed of, or never was one, came to the host.");
         return nullptr;
     }
     if (!IsLive(block)) {
-        host.Report("A host string's block is not as the host filled it: it was changed, or copied "
-                    "before the string was set anew.");
+        report("A host string's block is not as the host filled it: it was changed, or copied "
+               "before the string was set anew.");
         return nullptr;
     }
     CheckMemory(found->second);
@@ -160,11 +159,10 @@ void HostStrings::CheckMemory(String& string) {
     if (string.memory == string.expected) {
         return;
     }
-    host.Report(
-        "The plug-in wrote into, or around, the units of a host string: " +
-        Quoted(TextOfUnits(std::span(string.expected)
-                               .subspan(guardUnits, string.expected.size() - 2 * guardUnits))) +
-        ".");
+    report("The plug-in wrote into, or around, the units of a host string: " +
+           Quoted(TextOfUnits(std::span(string.expected)
+                                  .subspan(guardUnits, string.expected.size() - 2 * guardUnits))) +
+           ".");
     string.memory = string.expected; // of one size: the units stay where they are
 }
 
@@ -179,6 +177,6 @@ void HostStrings::Release(std::vector<unsigned short>&& memory) {
 
 void HostStrings::CheckReleased(const std::vector<unsigned short>& memory) {
     if (std::ranges::any_of(memory, [](unsigned short unit) { return unit != gone; })) {
-        host.Report("The plug-in wrote into the units of a host string that was released.");
+        report("The plug-in wrote into the units of a host string that was released.");
     }
 }

@@ -2,15 +2,15 @@
 
 #include "data/blocks/ValueBlock.h"
 #include "testhost/values/Owner.h"
+#include "testhost/values/Reporter.h"
 
 #include <deque>
 #include <map>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
-
-class Host;
 
 /// The UTF-16 units of ANSI text, without a terminator; and the ANSI text of all those units.
 std::vector<unsigned short> UnitsOfText(std::string_view text);
@@ -23,7 +23,7 @@ std::string TextOfUnits(std::span<const unsigned short> units);
 /// string that nobody need release.
 class HostStrings {
   public:
-    explicit HostStrings(Host& stringsHost) : host(stringsHost) {}
+    explicit HostStrings(Reporter problemReporter) : report(std::move(problemReporter)) {}
     HostStrings(const HostStrings&) = delete;
     HostStrings& operator=(const HostStrings&) = delete;
 
@@ -67,7 +67,7 @@ class HostStrings {
     void Release(std::vector<unsigned short>&& memory);
     void CheckReleased(const std::vector<unsigned short>& memory);
 
-    Host& host;
+    Reporter report;
     std::map<unsigned long, String> strings;          ///< by their number, hostPrivate[0]
     std::deque<std::vector<unsigned short>> released; ///< the last ones, overwritten
 };

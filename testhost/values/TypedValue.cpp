@@ -218,6 +218,10 @@ ValueKind ElementKind(ValueKind arrayKind) {
     }
 }
 
+bool IsArray(ValueKind kind) {
+    return kind == ValueKind::ArrayOfArrays || ElementKind(kind) != ValueKind::None;
+}
+
 TypedValue EmptyValue(ValueKind kind) {
     switch (kind) {
     case ValueKind::Short:

@@ -76,6 +76,8 @@ TypedValue ArrayValue(ValueKind kind, std::vector<TypedValue> elements, long det
 std::vector<TypedValue> Elements(const TypedValue& array);
 /// Kind of the elements of an array kind; none for any other kind and for arrays of arrays.
 ValueKind ElementKind(ValueKind arrayKind);
+/// Whether a kind is that of an array, arrays of arrays among them.
+bool IsArray(ValueKind kind);
 /// 0, an empty text, the empty date, a null handle, an array without elements.
 TypedValue EmptyValue(ValueKind kind);
 /// The host's tagged value holding `inner`.

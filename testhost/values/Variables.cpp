@@ -1,9 +1,11 @@
 #include "testhost/values/Variables.h"
 
 #include "platform/Toolbox.h"
-#include "testhost/model/Host.h"
-#include "testhost/services/Services.h"
 #include "testhost/toolbox/Control.h"
+#include "testhost/values/Arrays.h"
+#include "testhost/values/Pictures.h"
+#include "testhost/values/Storage.h"
+#include "testhost/values/Strings.h"
 
 #include <algorithm>
 #include <functional>
@@ -67,11 +69,6 @@ size_t Count(const BlockParts& parts) {
     return parts.handles.size() + parts.strings.size() + parts.pictures.size();
 }
 
-bool IsArrayType(const ValueBlock& value) {
-    const ValueKind kind = BlockKind(value.type);
-    return kind == ValueKind::ArrayOfArrays || ElementKind(kind) != ValueKind::None;
-}
-
 bool SamePointer(const ValueBlock& a, const ValueBlock& b) {
     return a.type == ValueType::Pointer && b.type == ValueType::Pointer &&
            Handle{a.pointer} == Handle{b.pointer};
@@ -91,7 +88,7 @@ std::optional<std::string> LengthFault(const ValueBlock& value, bool hasEngine) 
         beyond(value.blob.size, size(value.blob.data))) {
         return "a BLOB or picture whose size is not in its handle";
     }
-    if (IsArrayType(value) && beyond(value.array.count, ElementsHeld(kind, value.array.elements))) {
+    if (IsArray(kind) && beyond(value.array.count, ElementsHeld(kind, value.array.elements))) {
         return "an array whose elements are not in its handle";
     }
     return std::nullopt;
@@ -121,7 +118,7 @@ ValueBlock* HostVariables::Find(long process, std::string_view name) {
 TypedValue HostVariables::Read(long process, std::string_view name) {
     const HostVariable* variable = FindVariable(process, name);
     return variable == nullptr ? NullValue(ValueKind::Undefined)
-                               : FetchBlock(variable->shape, variable->value, Layout());
+                               : FetchBlock(variable->shape, variable->value, layout);
 }
 
 void HostVariables::Set(long process, std::string_view name, const ValueBlock& value) {
@@ -131,7 +128,7 @@ void HostVariables::Set(long process, std::string_view name, const ValueBlock& v
     if (value.type == ValueType::Undefined) {
         return Remove(process, name);
     }
-    const BlockParts parts = PartsOf(value, Layout());
+    const BlockParts parts = PartsOf(value, layout);
     HostVariable* variable = FindVariable(process, name);
     if (variable == nullptr) {
         const Place place = Resolve(process, name);
@@ -145,10 +142,11 @@ void HostVariables::Set(long process, std::string_view name, const ValueBlock& v
     }
     variable->value = value;
     for (const FDStringBlock& string : parts.strings) {
-        host.strings.SetOwner(string, IsArrayType(value) ? Owner::Element : Owner::Host);
+        layout.strings->SetOwner(string,
+                                 IsArray(BlockKind(value.type)) ? Owner::Element : Owner::Host);
     }
     for (const FDPictureBlock* picture : parts.pictures) {
-        host.pictures.SetOwner(picture, Owner::Host);
+        layout.pictures->SetOwner(picture, Owner::Host);
     }
 }
 
@@ -160,7 +158,7 @@ void HostVariables::Set(long process, std::string_view name, const TypedValue& v
     if (!IsName(name)) { // before anything is made that nobody would own
         throw std::invalid_argument("no variable has such a name: " + Quoted(name));
     }
-    Set(process, name, StoreBlock(value, Layout()));
+    Set(process, name, StoreBlock(value, layout));
     if (HostVariable* variable = FindVariable(process, name)) {
         variable->shape = value;
     }
@@ -168,7 +166,7 @@ void HostVariables::Set(long process, std::string_view name, const TypedValue& v
 
 void HostVariables::Adopt(long process, std::string_view name, const ValueBlock& value) {
     if (HostVariable* variable = FindVariable(process, name)) {
-        const std::vector<Handle> held = PartsOf(variable->value, Layout()).handles;
+        const std::vector<Handle> held = PartsOf(variable->value, layout).handles;
         if (!held.empty() && ToolboxHandleOwner(held.front()) != 1) {
             variable->value = {.type = variable->value.type, .filler = 0, .array = {}};
         }
@@ -210,26 +208,26 @@ void HostVariables::Clear() {
 
 // Frees what the variable holds, but not what is to be kept.
 void HostVariables::Release(const HostVariable& variable, const BlockParts& kept) {
-    const BlockParts held = PartsOf(variable.value, Layout());
+    const BlockParts held = PartsOf(variable.value, layout);
     const BlockParts freed = PartsWithout(held, kept);
     if (variable.value.type == ValueType::Pointer && !freed.handles.empty()) {
-        return FreeBlock(variable.shape, variable.value, Layout()); // with what it leads to
+        return FreeBlock(variable.shape, variable.value, layout); // with what it leads to
     }
-    FreeParts(freed, Layout());
+    FreeParts(freed, layout);
 }
 
 std::optional<std::string> HostVariables::Fault(long process, std::string_view name,
                                                 const ValueBlock& value) {
     const ValueKind kind = BlockKind(value.type);
     const bool unicode = kind == ValueKind::UnicodeText || kind == ValueKind::UnicodeTextArray;
-    if (kind == ValueKind::None || (unicode && !host.HasEngine())) {
+    if (kind == ValueKind::None || (unicode && layout.pictures == nullptr)) {
         return "the type " + std::to_string(value.type) + ", which no variable of this host has";
     }
-    const BlockParts parts = PartsOf(value, Layout());
+    const BlockParts parts = PartsOf(value, layout);
     if (auto fault = PartsFault(parts, FindVariable(process, name))) {
         return fault;
     }
-    return LengthFault(value, host.HasEngine());
+    return LengthFault(value, layout.pictures != nullptr);
 }
 
 std::optional<std::string> HostVariables::PartsFault(const BlockParts& parts,
@@ -243,12 +241,12 @@ std::optional<std::string> HostVariables::PartsFault(const BlockParts& parts,
         }
     }
     for (const FDStringBlock& string : parts.strings) {
-        if (!host.strings.IsLive(string)) {
+        if (!layout.strings->IsLive(string)) {
             return "something that is no host string";
         }
     }
     for (const FDPictureBlock* picture : parts.pictures) {
-        if (!host.pictures.IsLive(picture)) {
+        if (!layout.pictures->IsLive(picture)) {
             return "something that is no picture of the host";
         }
     }
@@ -258,7 +256,7 @@ std::optional<std::string> HostVariables::PartsFault(const BlockParts& parts,
     for (const auto& [process, list] : variables) {
         for (const HostVariable& other : list) {
             if (&other != target &&
-                Count(PartsWithout(parts, PartsOf(other.value, Layout()))) < Count(parts)) {
+                Count(PartsWithout(parts, PartsOf(other.value, layout))) < Count(parts)) {
                 return "what the variable " + Quoted(other.name) + " holds already";
             }
         }

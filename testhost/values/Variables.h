@@ -1,16 +1,13 @@
 #pragma once
 
 #include "data/blocks/ValueBlock.h"
-#include "testhost/values/Storage.h"
-#include "testhost/values/TypedValue.h"
+#include "testhost/values/Scalars.h"
 
 #include <list>
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
-
-class Host;
 
 struct HostVariable {
     std::string name; ///< as it was first written, without the interprocess mark
@@ -33,7 +30,8 @@ class HostVariables {
     /// In place of a process: the interprocess variables.
     static constexpr long interprocess = 0;
 
-    explicit HostVariables(Host& variablesHost) : host(variablesHost) {}
+    /// `valueLayout` is that of a compiled database; without pictures its host has no engine.
+    explicit HostVariables(const ValueLayout& valueLayout) : layout(valueLayout) {}
     ~HostVariables() { Clear(); }
     HostVariables(const HostVariables&) = delete;
     HostVariables& operator=(const HostVariables&) = delete;
@@ -68,14 +66,13 @@ class HostVariables {
     /// is not the host's to take over. Nothing when all is well.
     std::optional<std::string> Fault(long process, std::string_view name, const ValueBlock& value);
 
-    long redraws = 0; ///< how often a plug-in had variables redrawn
+    const ValueLayout layout; ///< how values lie in the variables
+    long redraws = 0;         ///< how often a plug-in had variables redrawn
 
   private:
     HostVariable* FindVariable(long process, std::string_view name);
     std::optional<std::string> PartsFault(const BlockParts& parts, const HostVariable* target);
     void Release(const HostVariable& variable, const BlockParts& kept);
-    ValueLayout Layout() { return {true, &host}; }
 
-    Host& host;
     std::map<long, std::list<HostVariable>> variables; ///< by process
 };

@@ -1,7 +1,7 @@
 #include "testhost/toolbox/files/Paths.h"
 
 #include "platform/ResultCodes.h"
-#include "testhost/toolbox/MacRoman.h"
+#include "testhost/toolbox/text/MacRoman.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "testhost/toolbox/Control.h"
+#include "testhost/toolbox/drawing/Drawn.h"
 
 #include <deque>
 #include <map>

@@ -1,15 +1,19 @@
-# What the stand-in host makes pictures of windows with, from the distribution: `stb`, header-only
-# libraries that write PNG files and rasterise letters, and NIMBO_FONT_OBJECT, an object file with
-# the bytes of a font, so that the program needs no file when it runs. No plug-in has either.
+# What the stand-in host has from the distribution: `cli11`, a header-only library that reads command
+# lines; and to make pictures of windows `stb`, such libraries that write PNG files and rasterise
+# letters, and NIMBO_FONT_OBJECT, an object file with the bytes of a font, so that the program needs
+# no file when it runs. No plug-in has any of them.
 
+find_path(NIMBO_CLI11_DIR CLI.hpp PATHS /usr/include/CLI NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
 find_path(NIMBO_STB_DIR stb_truetype.h PATHS /usr/include/stb NO_DEFAULT_PATH
           NO_CMAKE_FIND_ROOT_PATH)
 find_path(NIMBO_FONT_DIR DejaVuSans.ttf PATHS /usr/share/fonts/truetype/dejavu NO_DEFAULT_PATH
           NO_CMAKE_FIND_ROOT_PATH)
-if(NOT NIMBO_STB_DIR OR NOT NIMBO_FONT_DIR)
-    message(FATAL_ERROR "The stb libraries or the DejaVu fonts are missing; run scripts/setup")
+if(NOT NIMBO_CLI11_DIR OR NOT NIMBO_STB_DIR OR NOT NIMBO_FONT_DIR)
+    message(FATAL_ERROR "CLI11, the stb libraries or the DejaVu fonts are missing; run scripts/setup")
 endif()
 
+add_library(cli11 INTERFACE)
+target_include_directories(cli11 SYSTEM INTERFACE ${NIMBO_CLI11_DIR})
 add_library(stb INTERFACE)
 target_include_directories(stb SYSTEM INTERFACE ${NIMBO_STB_DIR})
 

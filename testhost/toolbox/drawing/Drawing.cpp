@@ -1,7 +1,7 @@
-#include "testhost/toolbox/Drawing.h"
+#include "testhost/toolbox/drawing/Drawing.h"
 
 #include "platform/Toolbox.h"
-#include "testhost/toolbox/MacRoman.h"
+#include "testhost/toolbox/text/MacRoman.h"
 
 #include <algorithm>
 #include <cstring>
@@ -40,15 +40,6 @@ std::string TextOf(const unsigned char* string) {
 void StoreText(const std::string& text, unsigned char* string) {
     string[0] = static_cast<unsigned char>(std::min<std::size_t>(text.size(), 255));
     std::memcpy(string + 1, text.data(), string[0]);
-}
-
-template <typename Item>
-unsigned char CopyItem(const std::deque<Item>& items, long index, Item* out) {
-    if (index < 0 || index >= static_cast<long>(items.size()) || out == nullptr) {
-        return 0;
-    }
-    *out = items[static_cast<std::size_t>(index)];
-    return 1;
 }
 
 } // namespace
@@ -174,32 +165,4 @@ void GetWTitle(GrafPort* window, unsigned char* title) {
 
 void GetFNum(const unsigned char* name, short* number) {
     *number = TheDrawing().FontNumber(TextOf(name));
-}
-
-long ToolboxDrawnCount(const GrafPort* port) {
-    return static_cast<long>(TheDrawing().Of(port).operations.size());
-}
-
-unsigned char ToolboxDrawn(const GrafPort* port, long index, DrawnOperation* operation) {
-    return CopyItem(TheDrawing().Of(port).operations, index, operation);
-}
-
-long ToolboxInvalidCount(const GrafPort* port) {
-    return static_cast<long>(TheDrawing().Of(port).invalid.size());
-}
-
-unsigned char ToolboxInvalidRect(const GrafPort* port, long index, Rect* rect) {
-    return CopyItem(TheDrawing().Of(port).invalid, index, rect);
-}
-
-void ToolboxForgetPort(const GrafPort* port) {
-    TheDrawing().Forget(port);
-}
-
-void ToolboxSetWindowTitle(const GrafPort* window, const unsigned char* title) {
-    TheDrawing().Of(window).title = TextOf(title);
-}
-
-void ToolboxSetDoubleClickTime(unsigned long ticks) {
-    TheDrawing().doubleClickTime = ticks;
 }

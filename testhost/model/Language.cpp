@@ -1,7 +1,6 @@
-#include "testhost/model/Names.h"
+#include "testhost/model/Language.h"
 
-#include "testhost/language/Commands.h"
-#include "testhost/model/Host.h"
+#include "testhost/model/CommandNames.h"
 
 #include <algorithm>
 #include <cctype>
@@ -29,7 +28,7 @@ std::string FoldCase(std::string_view name) {
 }
 
 Language::Language() {
-    for (const LanguageCommand& command : LanguageCommands()) {
+    for (const NamedCommand& command : firstCommandNames) {
         commandNames.emplace(command.number, command.name);
     }
 }
@@ -83,17 +82,4 @@ long Language::VariableNumber(const std::string& name) {
         return static_cast<long>(pointedTo.size());
     }
     return found - pointedTo.begin() + 1;
-}
-
-long Boxes::Show(HostBox::Kind kind, std::string text) {
-    long answer = 1;
-    if (kind == HostBox::Kind::Confirm && !confirmAnswers.empty()) {
-        answer = confirmAnswers.front();
-        confirmAnswers.pop_front();
-    }
-    shown.push_back({kind, std::move(text), answer, host.log.PluginCallCount()});
-    if (onShown) {
-        onShown(shown.back());
-    }
-    return answer;
 }

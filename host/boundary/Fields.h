@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Records.h"
+#include "host/boundary/Calls.h"
 
 /// The host's type codes of fields: those of its typed values, and one for 16-bit integers, which
 /// typed values do not have.

@@ -1,5 +1,5 @@
 #include "platform/Toolbox.h"
-#include "testhost/toolbox/MacRoman.h"
+#include "testhost/toolbox/text/MacRoman.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "testhost/toolbox/MacRoman.h"
+#include "testhost/toolbox/text/MacRoman.h"
 
 #include <array>
 

@@ -1,0 +1,16 @@
+#include "testhost/screen/Boxes.h"
+
+#include <utility>
+
+long Boxes::Show(HostBox::Kind kind, std::string text) {
+    long answer = 1;
+    if (kind == HostBox::Kind::Confirm && !confirmAnswers.empty()) {
+        answer = confirmAnswers.front();
+        confirmAnswers.pop_front();
+    }
+    shown.push_back({kind, std::move(text), answer, log.PluginCallCount()});
+    if (onShown) {
+        onShown(shown.back());
+    }
+    return answer;
+}

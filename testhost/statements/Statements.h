@@ -1,0 +1,44 @@
+#pragma once
+
+#include "testhost/session/Script.h"
+#include "testhost/session/Words.h"
+
+#include <functional>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+struct DialogState;
+
+/// Reads a whole script.
+Script ParseScript(std::string_view text, std::string name);
+/// Explains every statement and every kind of value.
+void PrintLanguageHelp(std::ostream& out);
+
+/// Reads the rest of a line behind the words of its row in the tables of Statements.cpp, which tell
+/// how it is written, and answers what the line does. Throws ScriptError.
+using Parser = Action(Words& words);
+
+Parser ParseArea, ParseUserArea, ParseExpectArea;
+Parser ParseCall, ParseBackground, ParseExpectParameter, ParseExpectResult;
+Parser ParseDatabaseStatement, ParseExpectFieldValue, ParseExpectRecords, ParseExpectSelection,
+    ParseExpectRecord;
+Parser ParseUserType, ParseUserClick, ParseUserChoose, ParseUserCheck, ParseUserPage, ParseUserDrag,
+    ParseUserValidate, ParseUserCancel, ParseUserSees, ParseExpectDialog;
+Parser ParseExpectFile, ParseExpectNoFile, ParseExpectFolder, ParseShow, ParseEcho;
+Parser ParseFail, ParseExpectCall, ParseExpectNoCall, ParseExpectSent, ParseExpectAnswered,
+    ParseExpectProblems;
+Parser ParseStart, ParseStop, ParseWindowAdd, ParseWindowClear;
+Parser ParseSetCommand, ParseMethod, ParseAnswerConfirm, ParseAnswerFormula, ParseExpectAlert,
+    ParseExpectConfirm;
+Parser ParseHostStatement, ParseOn, ParseConnect, ParseDisconnect, ParseNetwork;
+Parser ParsePicture, ParseUserPicture;
+Parser ParseProcessStart, ParseProcessEnd, ParseProcessDying, ParseCurrentProcess, ParseEvent,
+    ParseRun;
+Parser ParseSetVariable, ParseSetPicture, ParseExpectVariable, ParseSetChosen, ParseExpectChosen;
+
+/// What the user does with the dialog when all before it is done; takes no turn. What it says has
+/// the place of its own line, not that of the call that shows the dialog.
+Action Look(std::function<void(Player&, const DialogState&)> look);
+/// The words for the events of areas.
+std::string DescribeAreaWords();

@@ -1,0 +1,7 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+/// Notes a misbehaviour of the plug-in, as a whole sentence.
+using Reporter = std::function<void(std::string)>;

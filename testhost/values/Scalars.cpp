@@ -1,0 +1,285 @@
+#include "testhost/values/Scalars.h"
+
+#include "platform/Toolbox.h"
+#include "testhost/values/Encodings.h"
+#include "testhost/values/Pictures.h"
+#include "testhost/values/Strings.h"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+
+namespace {
+template <typename T>
+T Load(const unsigned char* source) {
+    T value{};
+    std::memcpy(static_cast<void*>(&value), source, sizeof value);
+    return value;
+}
+
+template <typename T>
+void Save(const T& value, unsigned char* target) {
+    std::memcpy(target, &value, sizeof value);
+}
+
+struct BlockTypeRow {
+    ValueKind kind;
+    unsigned char type;
+};
+
+constexpr BlockTypeRow blockTypes[] = {
+    {ValueKind::Real, ValueType::Real},
+    {ValueKind::Text, ValueType::Text},
+    {ValueKind::Date, ValueType::Date},
+    {ValueKind::Undefined, ValueType::Undefined},
+    {ValueKind::Boolean, ValueType::Boolean},
+    {ValueKind::Long, ValueType::Long},
+    {ValueKind::Picture, ValueType::Picture},
+    {ValueKind::Time, ValueType::Time},
+    {ValueKind::ArrayOfArrays, ValueType::ArrayOfArrays},
+    {ValueKind::RealArray, ValueType::RealArray},
+    {ValueKind::IntegerArray, ValueType::IntegerArray},
+    {ValueKind::LongArray, ValueType::LongArray},
+    {ValueKind::DateArray, ValueType::DateArray},
+    {ValueKind::TextArray, ValueType::TextArray},
+    {ValueKind::PictureArray, ValueType::PictureArray},
+    {ValueKind::StringArray, ValueType::StringArray},
+    {ValueKind::BooleanArray, ValueType::BooleanArray},
+    {ValueKind::Pointer, ValueType::Pointer},
+    {ValueKind::String, ValueType::String},
+    {ValueKind::Blob, ValueType::Blob},
+    {ValueKind::UnicodeText, ValueType::UnicodeText},
+    {ValueKind::UnicodeTextArray, ValueType::UnicodeTextArray},
+};
+} // namespace
+
+std::string HandleContents(Handle handle) {
+    Size size = handle == nullptr ? 0 : GetHandleSize(handle);
+    return size > 0 ? std::string(*handle, static_cast<size_t>(size)) : std::string();
+}
+
+Handle NewHandleWith(std::string_view contents) {
+    Handle handle = NewHandle(static_cast<Size>(contents.size()));
+    if (handle != nullptr && !contents.empty()) {
+        std::memcpy(*handle, contents.data(), contents.size());
+    }
+    return handle;
+}
+
+unsigned char BlockType(ValueKind kind) {
+    for (const BlockTypeRow& row : blockTypes) {
+        if (row.kind == kind) {
+            return row.type;
+        }
+    }
+    return ValueType::Undefined;
+}
+
+ValueKind BlockKind(unsigned char type) {
+    for (const BlockTypeRow& row : blockTypes) {
+        if (row.type == type) {
+            return row.kind;
+        }
+    }
+    return ValueKind::None;
+}
+
+Handle StoreHandle(const TypedValue& value) {
+    return value.texts.empty() ? nullptr : NewHandleWith(value.texts[0]);
+}
+
+TypedValue FetchHandle(ValueKind kind, Handle handle) {
+    TypedValue value = NullValue(kind);
+    if (handle != nullptr) {
+        value.texts.push_back(HandleContents(handle));
+    }
+    return value;
+}
+
+TextBlock StoreText(std::string_view text) {
+    Handle handle = text.empty() ? nullptr : NewHandleWith(text);
+    return {static_cast<short>(text.size()), handle};
+}
+
+std::string FetchText(const TextBlock& text) {
+    std::string contents = HandleContents(text.text);
+    size_t length = static_cast<size_t>(std::max<short>(text.length, 0));
+    return contents.substr(0, std::min(length, contents.size()));
+}
+
+void StorePascal(std::span<unsigned char> target, std::string_view text) {
+    text = text.substr(0, std::min<size_t>(target.size() - 1, 255));
+    target[0] = static_cast<unsigned char>(text.size());
+    std::copy(text.begin(), text.end(), target.begin() + 1);
+}
+
+std::string FetchPascal(const unsigned char* source) {
+    return {reinterpret_cast<const char*>(source + 1), source[0]};
+}
+
+DateBlock StoreDate(const TypedValue& value) {
+    return {static_cast<short>(value.numbers.at(0)), static_cast<short>(value.numbers.at(1)),
+            static_cast<short>(value.numbers.at(2))};
+}
+
+TypedValue FetchDate(const DateBlock& date) {
+    return DateValue(date.year, date.month, date.day);
+}
+
+size_t ScalarSize(ValueKind kind) {
+    switch (kind) {
+    case ValueKind::Short:
+        return sizeof(short);
+    case ValueKind::Long:
+        return sizeof(long);
+    case ValueKind::Boolean:
+        return 1;
+    case ValueKind::Real:
+        return sizeof(double);
+    case ValueKind::Extended:
+        return sizeof(REAL_U);
+    case ValueKind::String:
+        return sizeof(Str255);
+    case ValueKind::Text:
+        return sizeof(TextBlock);
+    case ValueKind::Date:
+        return sizeof(DateBlock);
+    case ValueKind::Rect:
+        return sizeof(Rect);
+    case ValueKind::Event:
+        return sizeof(EventRecord);
+    case ValueKind::Picture:
+    case ValueKind::HandleBytes:
+        return sizeof(Handle);
+    default:
+        return 0;
+    }
+}
+
+void StoreScalar(const TypedValue& value, unsigned char* target) {
+    switch (value.kind) {
+    case ValueKind::Short:
+        return Save(static_cast<short>(value.numbers.at(0)), target);
+    case ValueKind::Long:
+        return Save(value.numbers.at(0), target);
+    case ValueKind::Boolean:
+        return Save(static_cast<unsigned char>(value.numbers.at(0)), target);
+    case ValueKind::Real:
+    case ValueKind::Extended:
+        return Save(value.real, target);
+    case ValueKind::String:
+        return StorePascal({target, sizeof(Str255)}, value.texts.at(0));
+    case ValueKind::Text:
+        return Save(StoreText(value.texts.at(0)), target);
+    case ValueKind::Date:
+        return Save(StoreDate(value), target);
+    case ValueKind::Rect:
+        return Save(
+            Rect{static_cast<short>(value.numbers.at(0)), static_cast<short>(value.numbers.at(1)),
+                 static_cast<short>(value.numbers.at(2)), static_cast<short>(value.numbers.at(3))},
+            target);
+    case ValueKind::Event:
+        return Save(EventRecord{static_cast<unsigned short>(value.numbers.at(0)),
+                                static_cast<unsigned long>(value.numbers.at(1)),
+                                static_cast<unsigned long>(value.numbers.at(2)),
+                                {static_cast<short>(value.numbers.at(3)),
+                                 static_cast<short>(value.numbers.at(4))},
+                                static_cast<unsigned short>(value.numbers.at(5))},
+                    target);
+    case ValueKind::Picture:
+    case ValueKind::HandleBytes:
+        return Save(StoreHandle(value), target);
+    default:
+        return;
+    }
+}
+
+TypedValue FetchScalar(ValueKind kind, const unsigned char* source) {
+    switch (kind) {
+    case ValueKind::Short:
+        return ShortValue(Load<short>(source));
+    case ValueKind::Long:
+        return LongValue(Load<long>(source));
+    case ValueKind::Boolean:
+        return {.kind = kind, .numbers = {source[0]}};
+    case ValueKind::Real:
+        return RealValue(Load<double>(source));
+    case ValueKind::Extended:
+        return ExtendedValue(Load<double>(source));
+    case ValueKind::String:
+        return StringValue(FetchPascal(source));
+    case ValueKind::Text:
+        return TextValue(FetchText(Load<TextBlock>(source)));
+    case ValueKind::Date:
+        return FetchDate(Load<DateBlock>(source));
+    case ValueKind::Rect: {
+        auto rect = Load<Rect>(source);
+        return RectValue(rect.top, rect.left, rect.bottom, rect.right);
+    }
+    case ValueKind::Event: {
+        auto event = Load<EventRecord>(source);
+        return {.kind = kind,
+                .numbers = {event.what, static_cast<long>(event.message),
+                            static_cast<long>(event.when), event.where.v, event.where.h,
+                            event.modifiers}};
+    }
+    case ValueKind::Picture:
+    case ValueKind::HandleBytes:
+        return FetchHandle(kind, Load<Handle>(source));
+    default:
+        return NoValue();
+    }
+}
+
+void BlockParts::Add(Handle handle) {
+    if (handle != nullptr) {
+        handles.push_back(handle);
+    }
+}
+
+void BlockParts::Add(const FDStringBlock& string) {
+    if (string.units != nullptr) {
+        strings.push_back(string);
+    }
+}
+
+void AddScalarParts(ValueKind kind, const unsigned char* source, BlockParts& parts) {
+    if (kind == ValueKind::Text) {
+        parts.Add(Load<TextBlock>(source).text);
+    } else if (kind == ValueKind::Picture || kind == ValueKind::HandleBytes) {
+        parts.Add(Load<Handle>(source));
+    }
+}
+
+void FreeParts(const BlockParts& parts, const ValueLayout& layout) {
+    for (Handle handle : parts.handles) {
+        DisposeHandle(handle);
+    }
+    if (layout.strings != nullptr) {
+        for (FDStringBlock string : parts.strings) {
+            layout.strings->Dispose(string);
+        }
+    }
+    if (layout.pictures != nullptr) {
+        for (const FDPictureBlock* picture : parts.pictures) {
+            layout.pictures->Dispose(picture);
+        }
+    }
+}
+
+FDStringBlock StoreUnicode(std::string_view utf8, const ValueLayout& layout) {
+    if (layout.strings == nullptr) {
+        throw std::invalid_argument("a Unicode text belongs to a host, and there is none");
+    }
+    const std::wstring wide = FromUtf8(utf8);
+    const std::vector<unsigned short> units(wide.begin(), wide.end());
+    return layout.strings->Create(units, Owner::Host);
+}
+
+std::string FetchUnicode(const FDStringBlock& string, const ValueLayout& layout) {
+    if (layout.strings == nullptr) {
+        return {};
+    }
+    const std::vector<unsigned short> units = layout.strings->Units(string);
+    return Utf8({reinterpret_cast<const wchar_t*>(units.data()), units.size()});
+}

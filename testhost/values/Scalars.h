@@ -1,0 +1,65 @@
+#pragma once
+
+#include "data/blocks/ValueBlock.h"
+#include "testhost/values/TypedValue.h"
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class HostPictures;
+class HostStrings;
+
+// How single values lie in the host's storage, and what storage owns. Handles are toolbox handles.
+
+/// What values are laid out by.
+struct ValueLayout {
+    bool compiled = false;            ///< a pointer is a value block with a handle to its target
+    HostStrings* strings = nullptr;   ///< owner of Unicode texts; null: there are none
+    HostPictures* pictures = nullptr; ///< of those in value blocks; null: they are as in old hosts
+};
+
+/// The type code of a kind that lies in a value block; undefined for any other kind.
+unsigned char BlockType(ValueKind kind);
+/// The kind of a type code; none when it is no type of a value.
+ValueKind BlockKind(unsigned char type);
+
+/// What a block owns, without the target of a pointer.
+struct BlockParts {
+    std::vector<Handle> handles;
+    std::vector<FDStringBlock> strings;
+    std::vector<FDPictureBlock*> pictures;
+
+    void Add(Handle handle);
+    void Add(const FDStringBlock& string);
+};
+/// Frees all of them; the strings and pictures are the host's of the layout.
+void FreeParts(const BlockParts& parts, const ValueLayout& layout);
+
+/// Bytes that a value takes that is neither a tagged value, an array nor a pointer; 0 for those.
+size_t ScalarSize(ValueKind kind);
+/// Writes such a value into zeroed storage of that size, making the handle it needs.
+void StoreScalar(const TypedValue& value, unsigned char* target);
+TypedValue FetchScalar(ValueKind kind, const unsigned char* source);
+void AddScalarParts(ValueKind kind, const unsigned char* source, BlockParts& parts);
+
+/// A handle's bytes, copied out at once: any later memory call may move the block.
+std::string HandleContents(Handle handle);
+Handle NewHandleWith(std::string_view contents);
+/// Null for no text at all, and back.
+Handle StoreHandle(const TypedValue& value);
+TypedValue FetchHandle(ValueKind kind, Handle handle);
+/// A text of length 0 has no handle.
+TextBlock StoreText(std::string_view text);
+std::string FetchText(const TextBlock& text);
+/// Copies a text as a Pascal string, cut to what fits.
+void StorePascal(std::span<unsigned char> target, std::string_view text);
+std::string FetchPascal(const unsigned char* source);
+DateBlock StoreDate(const TypedValue& value);
+TypedValue FetchDate(const DateBlock& date);
+/// A host string of a text in UTF-8, which belongs to the host, and back. Throws
+/// std::invalid_argument without strings.
+FDStringBlock StoreUnicode(std::string_view utf8, const ValueLayout& layout);
+std::string FetchUnicode(const FDStringBlock& string, const ValueLayout& layout);
