@@ -11,7 +11,7 @@ help:
 	@echo 'make coverage      run the tests and show which lines they reached'
 	@echo 'make format        format the sources'
 	@echo 'make format-check  check that the sources are formatted'
-	@echo 'make lint          check the sources with clang-tidy'
+	@echo 'make lint          check who includes whom, and the sources with clang-tidy'
 	@echo 'make clean         remove build/ (the fetched tools in .cache/ stay)'
 	@echo
 	@echo 'Whatever is missing is installed first, by scripts/setup.'
@@ -44,6 +44,7 @@ format-check:
 	scripts/format --check
 
 lint:
+	scripts/check-layers
 	scripts/setup build lint
 	scripts/lint
 

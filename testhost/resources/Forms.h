@@ -1,6 +1,6 @@
 #pragma once
 
-#include "testhost/resources/Text.h"
+#include "testhost/resources/Bytes.h"
 
 // The lines of a resource text that make a form; testhost/screen/Form.h has its structure.
 

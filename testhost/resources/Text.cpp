@@ -11,7 +11,6 @@ using Number = ResourceBytes::Number;
 constexpr Number nativeShort{2, false};
 constexpr Number bigShort{2, true};
 constexpr Number nativeLong{4, false};
-constexpr unsigned long mostItems = 0x7FFF; // counts are signed 16-bit numbers
 constexpr long longestFill = 0xFFFFFF;
 
 struct NumberKind {
@@ -193,49 +192,6 @@ constexpr ResourceRow lineKinds[] = {
 };
 } // namespace
 
-void ResourceBytes::Append(unsigned long number, Number form) {
-    for (unsigned i = 0; i < form.width; ++i) {
-        const unsigned shift = 8 * (form.bigEndian ? form.width - 1 - i : i);
-        bytes += static_cast<char>(number >> shift & 0xFF);
-    }
-}
-
-void ResourceBytes::AppendPascal(std::string_view text, size_t most) {
-    if (text.size() > most) {
-        throw ScriptError("at most " + std::to_string(most) + " bytes fit here, the string has " +
-                          std::to_string(text.size()));
-    }
-    bytes += static_cast<char>(text.size());
-    bytes += text;
-}
-
-void ResourceBytes::AppendPascalField(std::string_view text, size_t size) {
-    AppendPascal(text, size - 1);
-    AppendZeros(size - 1 - text.size());
-}
-
-void ResourceBytes::BeginList(std::string_view itemWord, Number form) {
-    listItem = itemWord;
-    countPlace = bytes.size();
-    countForm = form;
-    items = 0;
-    Append(items, form);
-}
-
-void ResourceBytes::CountItem(std::string_view itemWord) {
-    if (listItem != itemWord) {
-        throw ScriptError(listItem.empty()
-                              ? "no list has begun in this resource"
-                              : "the list that has begun is one of " + listItem + " lines");
-    }
-    if (items == mostItems) {
-        throw ScriptError("a list has at most " + std::to_string(mostItems) + " items");
-    }
-    ResourceBytes number;
-    number.Append(++items, countForm);
-    bytes.replace(countPlace, countForm.width, number.bytes);
-}
-
 void AddResourceLine(Words& words, ResourceBytes& resource) {
     if (words.IsString()) {
         resource.CountItem("\"TEXT\"");
@@ -248,18 +204,6 @@ void AddResourceLine(Words& words, ResourceBytes& resource) {
     if (!TakeFormLine(words, resource)) {
         TakeFields(words, resource);
     }
-}
-
-unsigned long TakeResourceType(Words& words) {
-    const std::string text = words.TakeString("a type of four characters");
-    if (text.size() != 4) {
-        throw ScriptError("a type has four characters, not " + std::to_string(text.size()));
-    }
-    unsigned long type = 0;
-    for (const char character : text) {
-        type = type << 8 | static_cast<unsigned char>(character);
-    }
-    return type;
 }
 
 void PrintResourceHelp(std::ostream& out) {
