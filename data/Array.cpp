@@ -1,8 +1,8 @@
 #include "data/Array.h"
 
 #include "data/blocks/Handles.h"
+#include "host/Call.h"
 #include "host/FourD.h"
-#include "host/HostCall.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 

@@ -2,7 +2,7 @@
 
 #include "data/ArrayStorage.h"
 #include "data/blocks/TextBlock.h"
-#include "data/blocks/ValueBlock.h"
+#include "host/boundary/Values.h"
 #include "platform/Types.h"
 
 #include <span>

@@ -1,6 +1,6 @@
+#include "host/Call.h"
 #include "host/Formulas.h"
 #include "host/FourD.h"
-#include "host/HostCall.h"
 #include "host/Value.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"

@@ -1,8 +1,8 @@
 #include "host/Formulas.h"
 
 #include "data/blocks/TextBlock.h"
+#include "host/Call.h"
 #include "host/FourD.h"
-#include "host/HostCall.h"
 #include "host/Value.h"
 #include "platform/Toolbox.h"
 #include "shell/base/DebugTrace.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "data/blocks/Handles.h"
-#include "data/blocks/ValueBlock.h"
+#include "host/boundary/Values.h"
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/boundary/Styles.h"
-#include "host/HostState.h"
+#include "host/State.h"
 
 class CArray;
 class FourDDialog;

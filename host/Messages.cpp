@@ -1,7 +1,7 @@
 // The host's boxes, and its comparison of strings.
 
+#include "host/Call.h"
 #include "host/Formulas.h"
-#include "host/HostCall.h"
 #include "shell/base/Strings.h"
 #include "shell/base/TextServices.h"
 

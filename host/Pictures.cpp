@@ -1,7 +1,7 @@
 // The host's pictures: what is in them, and how they are released.
 
+#include "host/Call.h"
 #include "host/FourD.h"
-#include "host/HostCall.h"
 #include "shell/base/TextServices.h"
 
 #include <algorithm>

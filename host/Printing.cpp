@@ -1,7 +1,7 @@
 // What the host does between a plug-in and the user: printer, tips, picture editor.
 
+#include "host/Call.h"
 #include "host/FourD.h"
-#include "host/HostCall.h"
 #include "platform/ResultCodes.h"
 
 OSErr FourD::AcquirePrinter() {

@@ -1,7 +1,7 @@
 // The host's processes and their events.
 
+#include "host/Call.h"
 #include "host/FourD.h"
-#include "host/HostCall.h"
 #include "platform/Toolbox.h"
 #include "shell/base/Strings.h"
 

@@ -1,8 +1,8 @@
 #include "data/blocks/Handles.h"
 #include "data/blocks/TextBlock.h"
 #include "host/boundary/Fields.h"
+#include "host/Call.h"
 #include "host/FourD.h"
-#include "host/HostCall.h"
 #include "platform/Toolbox.h"
 #include "shell/base/Strings.h"
 

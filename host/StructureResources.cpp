@@ -13,8 +13,8 @@
 // A path is native, in the host's code page. A list of types holds 32-bit types, a list of
 // identifiers 16-bit ones, back to back. Handles are the toolbox's.
 
+#include "host/Call.h"
 #include "host/FourD.h"
-#include "host/HostCall.h"
 
 namespace {
 

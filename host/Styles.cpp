@@ -1,8 +1,8 @@
-#include "host/boundary/Styles.h"
+#include "host/Styles.h"
 
 #include "data/blocks/Handles.h"
+#include "host/Call.h"
 #include "host/FourD.h"
-#include "host/HostCall.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "shell/base/Strings.h"
@@ -19,6 +19,8 @@ constexpr unsigned long StyleType = 0x5374796C;         // 'Styl'
 constexpr unsigned long ExtendedStyleType = 0x53747958; // 'StyX'
 /// Deliberate: one record of the shorter kind fits into less, and is refused all the same.
 constexpr Size SmallestStyleList = 380;
+/// Interface kind that stands for those that are not known.
+constexpr unsigned long DefaultInterface = 2;
 constexpr long White = 0xFFFFFF;
 
 short Swapped(short word) {
@@ -143,6 +145,13 @@ OSErr PlatformEntryOf(Find find, FourDPlatformStyle* spec) {
 }
 
 } // namespace
+
+FourDPlatformStyle EntryForPlatform(std::span<const FourDPlatformStyle> entries, long kind) {
+    const auto place = static_cast<unsigned long>(kind);
+    FourDPlatformStyle entry = entries[place < entries.size() ? place : DefaultInterface];
+    entry.font[0] = std::min<unsigned char>(entry.font[0], sizeof entry.font - 1);
+    return entry;
+}
 
 OSErr FourD::GetStyleRes(short id, FourDStyle* style) {
     return TakeStyle(style, [=] { return GetPluginResource(StyleType, id); });

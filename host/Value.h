@@ -1,6 +1,6 @@
 #pragma once
 
-#include "data/blocks/ValueBlock.h"
+#include "host/boundary/Values.h"
 
 // The host's typed values: small conversions, filling a block, reading one, freeing one.
 //

@@ -1,6 +1,6 @@
 #include "data/blocks/Handles.h"
+#include "host/Call.h"
 #include "host/FourD.h"
-#include "host/HostCall.h"
 #include "platform/Toolbox.h"
 #include "shell/base/Strings.h"
 

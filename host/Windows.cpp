@@ -1,5 +1,5 @@
+#include "host/Call.h"
 #include "host/FourD.h"
-#include "host/HostCall.h"
 #include "platform/Toolbox.h"
 
 #include <string_view>

@@ -2,7 +2,7 @@
 
 #include "testhost/session/DatabaseFile.h"
 #include "testhost/session/Player.h"
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Table.h"
 #include "tests/Fixture.h"
 
 #include <fstream>

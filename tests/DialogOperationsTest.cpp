@@ -1,7 +1,7 @@
 #include "data/blocks/Handles.h"
 #include "host/boundary/Selectors.h"
 #include "host/FourD.h"
-#include "host/HostState.h"
+#include "host/State.h"
 #include "platform/Toolbox.h"
 #include "testhost/crossings/RecordFields.h"
 #include "tests/Fixture.h"

@@ -1,7 +1,7 @@
 #include "host/FourD.h"
 #include "platform/Toolbox.h"
 #include "testhost/resources/Compiler.h"
-#include "testhost/toolbox/resources/ResourceFork.h"
+#include "testhost/toolbox/resources/Fork.h"
 #include "tests/Fixture.h"
 #include "ui/Dialog.h"
 

@@ -1,8 +1,8 @@
 // What FourD asks the host about itself: which call is sent on which host, and what is made of
 // the answer.
 
+#include "host/Call.h"
 #include "host/FourD.h"
-#include "host/HostCall.h"
 #include "tests/Fixture.h"
 
 #include <gmock/gmock.h>

@@ -1,8 +1,8 @@
 // FourD's statements, expressions, commands and boxes: what is sent, what comes of it, and that
 // every handle made on the way is gone, whatever fails.
 
+#include "host/Call.h"
 #include "host/FourD.h"
-#include "host/HostCall.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "shell/base/DebugTrace.h"
@@ -78,6 +78,9 @@ TEST_P(FormulasTest, ExecutesStatements) {
     EXPECT_EQ(host.log.Calls().back().selector == -614 ? 1 : 0, host.HasEngine() ? 1 : 0);
     EXPECT_EQ(host.log.Named("ExecProc").size(), 2U);
     EXPECT_EQ(FourD::ExecProc("a:="), LanguageError::SyntaxError);
+    EXPECT_EQ(FourD::ExecProc("ALL RECORDS(2)"), LanguageError::TypeMismatch);
+    EXPECT_THAT(host.log.Last("ExecProc")->Describe(),
+                testing::HasSubstr("(ALL RECORDS takes a table)"));
     EXPECT_EQ(FourD::ExecProc(""), 0);
 }
 

@@ -2,7 +2,7 @@
 
 #include "host/boundary/Selectors.h"
 #include "platform/ResultCodes.h"
-#include "testhost/services/Services.h"
+#include "testhost/services/Dispatch.h"
 #include "tests/Fixture.h"
 
 #include <filesystem>

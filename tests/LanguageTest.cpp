@@ -1,7 +1,7 @@
 // The stand-in host's language, as its two call-backs execute, compile and evaluate it.
 
+#include "host/Call.h"
 #include "host/FourD.h"
-#include "host/HostCall.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "testhost/language/Commands.h"
@@ -9,7 +9,7 @@
 #include "testhost/language/Lexer.h"
 #include "testhost/language/Values.h"
 #include "testhost/session/Player.h"
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Table.h"
 #include "tests/Fixture.h"
 
 #include <gmock/gmock.h>

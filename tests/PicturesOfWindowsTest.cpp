@@ -1,10 +1,10 @@
 // Pictures of windows: what of a dialog and of a port is to be seen in them, and their files.
 
 #include "platform/Toolbox.h"
-#include "testhost/pictures/WindowPicture.h"
+#include "testhost/pictures/Windows.h"
 #include "testhost/resources/Compiler.h"
 #include "testhost/session/Player.h"
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Table.h"
 #include "testhost/values/Encodings.h"
 #include "tests/Fixture.h"
 

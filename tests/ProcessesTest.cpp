@@ -5,7 +5,7 @@
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "testhost/session/Player.h"
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Table.h"
 #include "tests/Fixture.h"
 
 #include <algorithm>

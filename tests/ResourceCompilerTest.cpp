@@ -2,7 +2,7 @@
 
 #include "platform/Toolbox.h"
 #include "testhost/resources/Compiler.h"
-#include "testhost/toolbox/resources/ResourceFork.h"
+#include "testhost/toolbox/resources/Fork.h"
 #include "testhost/values/Encodings.h"
 #include "tests/Fixture.h"
 

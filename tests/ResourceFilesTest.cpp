@@ -3,7 +3,7 @@
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/toolbox/resources/ResourceFork.h"
+#include "testhost/toolbox/resources/Fork.h"
 #include "testhost/values/Encodings.h"
 #include "tests/Fixture.h"
 

@@ -4,7 +4,7 @@
 #include "testhost/plugins/PortableExecutable.h"
 #include "testhost/session/Player.h"
 #include "testhost/session/Values.h"
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Table.h"
 #include "testhost/values/Encodings.h"
 #include "tests/Fixture.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/HostCall.h"
+#include "host/Call.h"
 
 class FourDDialog;
 

@@ -2,6 +2,7 @@
 
 #include "data/blocks/Handles.h"
 #include "host/FourD.h"
+#include "host/Styles.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 

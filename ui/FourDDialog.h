@@ -1,6 +1,6 @@
 #pragma once
 
-#include "data/blocks/ValueBlock.h"
+#include "host/boundary/Values.h"
 #include "platform/CallingConvention.h"
 #include "platform/Types.h"
 

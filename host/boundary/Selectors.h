@@ -251,7 +251,7 @@ consteval SelectorPair Select(std::string_view name) {
     throw "no selector of this name";
 }
 
-// What the calls of host/HostCall.h are made with. A row of the table becomes one at compile time,
+// What the calls of host/Call.h are made with. A row of the table becomes one at compile time,
 // and only when the service has the call: so nothing that is chosen at run time, in another table
 // of such selectors, can be without a number.
 

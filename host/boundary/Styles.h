@@ -2,8 +2,7 @@
 
 #include "platform/Types.h"
 
-#include <algorithm>
-#include <span>
+#include <cstddef>
 
 #pragma pack(push, 2)
 
@@ -46,18 +45,6 @@ struct SysColors4D {
 };
 
 #pragma pack(pop)
-
-/// Interface kind that stands for those that are not known.
-inline constexpr unsigned long DefaultInterface = 2;
-
-/// The entry for an interface kind (FourD::GetPlatformInterface) among those of a style; a kind
-/// that the style has no entry for counts as 2.
-inline FourDPlatformStyle EntryForPlatform(std::span<const FourDPlatformStyle> entries, long kind) {
-    const auto place = static_cast<unsigned long>(kind);
-    FourDPlatformStyle entry = entries[place < entries.size() ? place : DefaultInterface];
-    entry.font[0] = std::min<unsigned char>(entry.font[0], sizeof entry.font - 1);
-    return entry;
-}
 
 static_assert(sizeof(FourDPlatformStyle) == 68);
 static_assert(sizeof(FourDStyle) == 238 && offsetof(FourDStyle, id) == 32 &&

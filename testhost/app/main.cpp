@@ -5,7 +5,7 @@
 #include "testhost/resources/Text.h"
 #include "testhost/session/DatabaseFile.h"
 #include "testhost/session/Player.h"
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Table.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
 
@@ -79,7 +79,7 @@ void AddRunOptions(CLI::App& run, Options& options) {
         ->type_name("DIR");
     run.add_option(
            "--resources", options.resources,
-           "the plug-in's resource file; when not given, PLUGIN.rsrc beside the plug-in, if "
+           "the plug-in's resource file; when not given,\nPLUGIN.rsrc beside the plug-in, if "
            "there is one")
         ->type_name("FILE");
     run.add_flag("--strict", options.strict, "unlocked handles move with every memory call");
@@ -271,8 +271,8 @@ int wmain(int argc, wchar_t** argv) {
     app.footer(exitCodes);
     app.require_subcommand(0, 1);
     CLI::App& run = *app.add_subcommand(
-        "run", "Loads the plug-in as the host application does, plays the script against it and "
-               "prints every crossing between the two");
+        "run", "Loads the plug-in as the host application does, plays the script against it\n"
+               "and prints every crossing between the two");
     AddRunOptions(run, options);
     CLI::App& resources = *app.add_subcommand("resources", "Compiles a text into a resource file");
     resources.add_option("IN.txt", options.resourceText, "the text")->required()->type_name("");

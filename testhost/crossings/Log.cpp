@@ -7,6 +7,8 @@
 #include <cstring>
 
 namespace {
+constexpr size_t mostKept = 100'000;
+
 bool IsZero(std::span<const unsigned char> bytes) {
     return std::ranges::all_of(bytes, [](unsigned char byte) { return byte == 0; });
 }
@@ -101,22 +103,15 @@ std::string LoggedCall::Describe() const {
     if (!outputs.empty()) {
         text += "  → " + outputs;
     }
-    return text;
-}
-
-void CallLog::SetLimit(size_t crossings) {
-    limit = crossings;
-    while (calls.size() > limit) {
-        calls.pop_front();
+    if (!remark.empty()) {
+        text += "  (" + remark + ")";
     }
+    return text;
 }
 
 void CallLog::Add(LoggedCall call) {
     ++(call.IsIntoPlugin() ? pluginCalls : hostCalls);
-    if (limit == 0) {
-        return;
-    }
-    if (calls.size() == limit) {
+    if (calls.size() == mostKept) {
         calls.pop_front();
     }
     calls.push_back(std::move(call));

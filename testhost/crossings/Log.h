@@ -27,6 +27,7 @@ struct LoggedCall {
     long returned = 0;                 ///< what the call-back returned
     long process = 0;                  ///< process in which it happened
     int depth = 0;                     ///< how many plug-in entries it happened inside
+    std::string remark;                ///< what the host says of it to people; mostly empty
 
     bool IsIntoPlugin() const { return kind == Kind::IntoPlugin; }
     bool IsEngine() const { return kind == Kind::Engine; }
@@ -44,7 +45,8 @@ struct LoggedCall {
     /// A field of the record `before` or `after` for a person to read.
     std::string FieldText(const RecordFieldInfo& field,
                           std::span<const unsigned char> record) const;
-    /// One line: selector, non-zero fields as sent, then the fields that the host changed.
+    /// One line: selector, non-zero fields as sent, then the fields that the host changed, and its
+    /// remark.
     /// "CurrentProcess (-91, engine)  → param1 = 1"
     std::string Describe() const;
 
@@ -58,10 +60,7 @@ struct LoggedCall {
 /// returns, an entry into the plug-in when it begins.
 class CallLog {
   public:
-    /// Keeps at most this many crossings, dropping the oldest; 0 keeps none, and then no record
-    /// is copied either (for benchmarks). The counts go on in any case.
-    void SetLimit(size_t crossings);
-    bool IsRecording() const { return limit > 0; }
+    /// Keeps it, and drops the oldest of too many. The counts go on.
     void Add(LoggedCall call);
     /// Only counts a call into the host.
     void CountOnly() { ++hostCalls; }
@@ -78,13 +77,12 @@ class CallLog {
     size_t HostCallCount() const { return hostCalls; }     ///< calls into the host
     size_t PluginCallCount() const { return pluginCalls; } ///< calls into the plug-in
 
-    int depth = 0; ///< plug-in entries that are under way; kept by Session
+    int depth = 0; ///< plug-in entries that are under way; kept by CallPlugin
     /// Runs for every crossing that is added; may be empty.
     std::function<void(const LoggedCall&)> onAdded;
 
   private:
     std::deque<LoggedCall> calls;
-    size_t limit = 100000;
     size_t hostCalls = 0;
     size_t pluginCalls = 0;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "testhost/database/Database.h"
+#include "testhost/database/Tables.h"
 
 #include <string>
 #include <string_view>

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <span>
 
 namespace {
 constexpr long mostElements = 1000000;
@@ -46,7 +45,8 @@ struct LanguageCommand {
 short CommandCall::Table(size_t place) const {
     const Expression& argument = arguments.at(place);
     if (argument.kind != Expression::Kind::Table) {
-        FailMismatch("command " + std::to_string(command.number) + " takes a table");
+        FailMismatch(std::string(TheHost().language.CommandName(command.number)) +
+                     " takes a table");
     }
     return argument.number;
 }
@@ -202,14 +202,14 @@ static_assert(std::ranges::equal(commands, firstCommandNames, {}, &LanguageComma
 
 TypedValue RunCommand(Evaluator& evaluator, const Expression& expression) {
     const auto* command = std::ranges::find(commands, expression.number, &LanguageCommand::number);
-    const std::string name = "command " + std::to_string(expression.number);
     if (command == std::end(commands)) {
-        FailUnknown(name);
+        FailUnknown("command " + std::to_string(expression.number));
     }
     const size_t count = expression.operands.size();
     if (count < command->fewest || count > command->most) {
         throw LanguageFailure(LanguageError::WrongArguments,
-                              name + " has " + std::to_string(count) + " arguments");
+                              std::string(evaluator.host.language.CommandName(command->number)) +
+                                  " has " + std::to_string(count) + " arguments");
     }
     return command->run({evaluator, *command, expression.operands});
 }

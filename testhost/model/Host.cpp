@@ -1,13 +1,12 @@
 #include "testhost/model/Host.h"
 
-#include "platform/Toolbox.h"
 #include "testhost/model/Network.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
 
 #include <filesystem>
 #include <fstream>
-#include <span>
+#include <iterator>
 
 Host* Host::current = nullptr;
 
@@ -28,29 +27,16 @@ constexpr const char* ownProcessNames[] = {
 // Windows of the host's own that show one area have a title that begins with the second.
 constexpr const char* windowTitles[] = {"Design", "Plug-in area"};
 
-void AddStringList(short number, std::span<const char* const> strings) {
+// Puts a string list into the system file: a big-endian count, then Pascal strings.
+void AddStringList(short number, const std::vector<std::string>& strings) {
     constexpr OSType stringList = 0x53545223; // STR#
-    std::string bytes{0, static_cast<char>(strings.size())};
-    for (const std::string string : strings) {
+    std::string bytes{static_cast<char>(strings.size() >> 8),
+                      static_cast<char>(strings.size() & 0xFF)};
+    for (const std::string& string : strings) {
         bytes += static_cast<char>(string.size()) + string;
     }
     ToolboxAddResource(0, stringList, number, nullptr, bytes.data(),
                        static_cast<long>(bytes.size()));
-}
-
-constexpr unsigned long stringListType = 0x53545223; // 'STR#'
-constexpr short commandNameList = 8;
-
-// A string list, its item N the name of command N: a big-endian count, then Pascal strings.
-std::string CommandNameList(const Language& language) {
-    const auto count = static_cast<size_t>(language.CommandNames().rbegin()->first);
-    std::string list = {static_cast<char>(count >> 8), static_cast<char>(count & 0xFF)};
-    for (size_t number = 1; number <= count; ++number) {
-        const std::string_view name = language.CommandName(static_cast<long>(number));
-        list += static_cast<char>(name.size());
-        list += name;
-    }
-    return list;
 }
 
 std::string WithBackslash(const std::string& folder) {
@@ -66,8 +52,8 @@ Host::Host(HostOptions hostOptions)
       variables({true, &strings, HasEngine() ? &pictures : nullptr}),
       dialogs({variables, windows, database, Reporting()}) {
     scheduler->Join(*this);
-    AddStringList(170, ownProcessNames);
-    AddStringList(163, windowTitles);
+    AddStringList(170, {std::begin(ownProcessNames), std::end(ownProcessNames)});
+    AddStringList(163, {std::begin(windowTitles), std::end(windowTitles)});
     // As with window records: words that nobody may rely on are rubbish.
     globals.fill(reinterpret_cast<void*>(0xA5A5A5A5));
     globals[windowListWord] = windows.Head();
@@ -137,9 +123,11 @@ void Host::PublishCommandNames() const {
     if (options.version > 0x0800) { // newer hosts name a command when they are asked
         return;
     }
-    const std::string list = CommandNameList(language);
-    ToolboxAddResource(0, stringListType, commandNameList, nullptr, list.data(),
-                       static_cast<long>(list.size()));
+    std::vector<std::string> names; // item N is that of command N
+    for (long number = 1; number <= language.CommandNames().rbegin()->first; ++number) {
+        names.emplace_back(language.CommandName(number));
+    }
+    AddStringList(8, names);
 }
 
 void Host::FailNext(std::string_view service, short code) {

@@ -2,7 +2,7 @@
 
 #include "host/boundary/Styles.h"
 #include "testhost/crossings/Log.h"
-#include "testhost/database/Database.h"
+#include "testhost/database/Tables.h"
 #include "testhost/model/Language.h"
 #include "testhost/model/Options.h"
 #include "testhost/model/Process.h"
@@ -49,6 +49,8 @@ class Host {
     std::vector<HostedPlugin*> plugins; ///< each enters and leaves by itself
     CallLog log;                        ///< all that crossed the boundary
     std::vector<std::string> problems;  ///< that were reported, oldest first; callers may clear it
+    /// Runs for every problem, also for one that shows when the host is cleared away; may be empty.
+    std::function<void(const std::string&)> onProblem;
 
     std::vector<HostProcess> processes; ///< process 1 first
     long currentProcess = 1;            ///< the process in which plug-in code runs
@@ -80,8 +82,6 @@ class Host {
     bool macEnvironment = false; ///< set by SetupMacOSEnv, cleared by Setup4DEnv
     bool quitRequested = false;
 
-    /// Runs for every problem that is reported; may be empty.
-    std::function<void(const std::string&)> onProblem;
     /// Runs whenever plug-in code lets other processes run; may be empty.
     std::function<void()> onYield;
 

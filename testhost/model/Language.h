@@ -46,8 +46,6 @@ class Language {
     /// What users enter when plug-ins have them edit a formula, in turn; nothing means that they
     /// cancel, which they also do when no entry is left.
     std::deque<std::optional<std::string>> formulaEntries;
-    /// Why the last text or tokens failed, for a person to read.
-    std::string lastFailure;
 
   private:
     std::map<long, std::string> commandNames;

@@ -34,6 +34,7 @@ extern "C" __attribute__((naked, __cdecl__)) long CallMisaligned(PluginEntry, vo
             "popl %ebp\n\t"
             "ret");
 }
+
 long CallPlugin(Host& host, PluginEntry function, void* const words[4], long selector,
                 std::string what) {
     LoggedCall entry;

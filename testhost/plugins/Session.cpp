@@ -1,7 +1,7 @@
 #include "testhost/plugins/Session.h"
 
 #include "platform/Toolbox.h"
-#include "testhost/services/Services.h"
+#include "testhost/services/Dispatch.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
 
@@ -94,8 +94,7 @@ void Session::ProcessEnd(long number) {
 
 TypedValue Session::Call(long command, Arguments& arguments, ValueKind result) {
     ResultCell cell(result);
-    Enter(command, arguments.Array(), nullptr, cell.Cell(),
-          host.log.IsRecording() ? CommandText(command, arguments) : std::string());
+    Enter(command, arguments.Array(), nullptr, cell.Cell(), CommandText(command, arguments));
     std::string where = "Command " + std::to_string(command) + ": ";
     for (const std::string& problem : arguments.GuardProblems()) {
         host.Report(where + problem + ".");

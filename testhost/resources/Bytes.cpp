@@ -46,15 +46,3 @@ void ResourceBytes::CountItem(std::string_view itemWord) {
     number.Append(++items, countForm);
     bytes.replace(countPlace, countForm.width, number.bytes);
 }
-
-unsigned long TakeResourceType(Words& words) {
-    const std::string text = words.TakeString("a type of four characters");
-    if (text.size() != 4) {
-        throw ScriptError("a type has four characters, not " + std::to_string(text.size()));
-    }
-    unsigned long type = 0;
-    for (const char character : text) {
-        type = type << 8 | static_cast<unsigned char>(character);
-    }
-    return type;
-}

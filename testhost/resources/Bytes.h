@@ -40,6 +40,3 @@ class ResourceBytes {
 
 /// A line of a resource text, or a field.
 using ResourceRow = WordRow<void(Words& words, ResourceBytes& resource)>;
-
-/// Takes four characters in quotation marks as a resource type.
-unsigned long TakeResourceType(Words& words);

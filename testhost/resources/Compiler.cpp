@@ -1,7 +1,7 @@
 #include "testhost/resources/Compiler.h"
 
 #include "testhost/resources/Text.h"
-#include "testhost/toolbox/resources/ResourceFork.h"
+#include "testhost/toolbox/resources/Fork.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "testhost/resources/Forms.h"
 
-#include "data/blocks/ValueBlock.h"
+#include "host/boundary/Values.h"
 #include "testhost/screen/Form.h"
 
 #include <array>
@@ -193,7 +193,7 @@ constexpr ResourceRow lineWords[] = {
 } // namespace
 
 bool TakeFormLine(Words& words, ResourceBytes& resource) {
-    if (const ResourceRow* row = TakeRow<ResourceRow>(lineWords, words)) {
+    if (const auto* row = TakeRow<ResourceRow>(lineWords, words)) {
         row->read(words, resource);
         return true;
     }

@@ -79,10 +79,11 @@ constexpr ResourceRow fieldKinds[] = {
 
 // One field, or several of a kind: long 1 2 3.
 void TakeField(Words& words, ResourceBytes& resource) {
-    if (const ResourceRow* row = TakeRow<ResourceRow>(fieldKinds, words)) {
+    if (const auto* row = TakeRow<ResourceRow>(fieldKinds, words)) {
+        const bool takesStrings = row->usage.starts_with('"'); // several, one behind the other
         do {
             row->read(words, resource);
-        } while (words.IsString());
+        } while (takesStrings && words.IsString());
         return;
     }
     const std::string name = words.TakeWord("a kind of field");
@@ -198,12 +199,24 @@ void AddResourceLine(Words& words, ResourceBytes& resource) {
         resource.AppendPascal(words.TakeString("a string"));
         return;
     }
-    if (const ResourceRow* row = TakeRow<ResourceRow>(lineKinds, words)) {
+    if (const auto* row = TakeRow<ResourceRow>(lineKinds, words)) {
         return row->read(words, resource);
     }
     if (!TakeFormLine(words, resource)) {
         TakeFields(words, resource);
     }
+}
+
+unsigned long TakeResourceType(Words& words) {
+    const std::string text = words.TakeString("a type of four characters");
+    if (text.size() != 4) {
+        throw ScriptError("a type has four characters, not " + std::to_string(text.size()));
+    }
+    unsigned long type = 0;
+    for (const char character : text) {
+        type = type << 8 | static_cast<unsigned char>(character);
+    }
+    return type;
 }
 
 void PrintResourceHelp(std::ostream& out) {

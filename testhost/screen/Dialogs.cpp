@@ -1,5 +1,6 @@
 #include "testhost/screen/Dialogs.h"
 
+#include "host/boundary/AreaEvents.h"
 #include "platform/Toolbox.h"
 #include "testhost/values/Storage.h"
 
@@ -8,7 +9,6 @@
 
 namespace {
 constexpr size_t longestString = 255;
-constexpr unsigned short lastEvent = 17; // of an area
 // References are no addresses: a plug-in that looks into one is found out at once.
 constexpr long firstReference = 0x0D1A0001;
 constexpr long firstContext = -1000; // no process has such a number
@@ -221,7 +221,7 @@ void Dialogs::Close(long reference) {
     for (Dialog* open = Find(reference); open != nullptr && !open->inTurn && !open->areas.empty();
          open = Find(reference)) {
         EventRecord event = {};
-        event.what = lastEvent;
+        event.what = AreaEvent::Delete;
         SendToArea(reference, std::string(open->areas.front().first), event);
     }
     const auto place = dialogs.find(reference);
@@ -258,24 +258,25 @@ long Dialogs::OfWindow(const void* window) const {
     return 0;
 }
 
-bool Dialogs::SendToArea(long reference, const std::string& object, EventRecord& event) {
+bool Dialogs::SendToArea(long reference, const std::string& name, EventRecord& event) {
     Dialog* dialog = Find(reference);
-    if (dialog == nullptr) {
+    const DialogObject* object = dialog != nullptr ? dialog->FindObject(name) : nullptr;
+    if (object == nullptr) {
         return false;
     }
     const auto area =
-        std::ranges::find(dialog->areas, object, &decltype(dialog->areas)::value_type::first);
+        std::ranges::find_if(dialog->areas, [&](const auto& each) { return each.first == name; });
     if (area == dialog->areas.end()) {
         return false;
     }
     const AreaHandler send = area->second; // the area may go in the midst of its event
-    if (event.what == lastEvent) {
+    if (event.what == AreaEvent::Delete) {
         dialog->areas.erase(area);
     }
     GrafPort* former = nullptr;
     GetPort(&former);
     SetPor(dialog->window);
-    send(event);
+    send(*object, event);
     SetPor(former);
     return true;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "testhost/database/Database.h"
+#include "testhost/database/Tables.h"
 #include "testhost/screen/Form.h"
 #include "testhost/screen/Windows.h"
 #include "testhost/values/Reporter.h"
@@ -103,8 +103,8 @@ struct DialogHost {
     Reporter report;
 };
 
-/// Is sent the events of an area, with the dialog's window as current port.
-using AreaHandler = std::function<void(EventRecord& event)>;
+/// Is sent the events of an area in an object, with the dialog's window as current port.
+using AreaHandler = std::function<void(const DialogObject& object, EventRecord& event)>;
 
 /// A dialog, or the dialog context that it begins as. Its variables are variables of the host, kept
 /// under a number of its own in place of a process.
@@ -224,7 +224,7 @@ class Dialogs {
 
     /// Sends an event to the area in an object of a dialog; false when there is none. With the last
     /// event, 17, the host forgets the area.
-    bool SendToArea(long reference, const std::string& object, EventRecord& event);
+    bool SendToArea(long reference, const std::string& name, EventRecord& event);
 
     /// Plays one turn: takes the user's next action, has the filter see its events, and does it.
     /// Without an action the user cancels. Actions that cannot be done are told to onFailure and

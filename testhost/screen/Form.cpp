@@ -1,7 +1,7 @@
 #include "testhost/screen/Form.h"
 
-#include "data/blocks/ValueBlock.h"
-#include "testhost/database/Database.h"
+#include "host/boundary/Values.h"
+#include "testhost/database/Tables.h"
 
 #include <algorithm>
 #include <stdexcept>

@@ -1,6 +1,6 @@
 #include "platform/ResultCodes.h"
 #include "testhost/model/PluginEntry.h"
-#include "testhost/services/Services.h"
+#include "testhost/services/Service.h"
 
 #include <cstring>
 #include <memory>
@@ -12,17 +12,14 @@ constexpr long wordsLeft = 16;
 
 // Enters the plug-in's handler with an event, the object's name and rectangle, and `data`, which
 // the plug-in may change and which lives as long as the area.
-AreaHandler EnterHandler(Host& host, long reference, std::string object, void* handler,
-                         void* data) {
-    return [&host, reference, object = std::move(object),
-            entry = reinterpret_cast<PluginEntry>(handler),
-            kept = std::make_shared<void*>(data)](EventRecord& event) {
-        const DialogObject* place = host.dialogs.Find(reference)->FindObject(object);
-        Rect rect = place != nullptr ? place->rect : Rect{};
+AreaHandler EnterHandler(Host& host, void* handler, void* data) {
+    return [&host, entry = reinterpret_cast<PluginEntry>(handler),
+            kept = std::make_shared<void*>(data)](const DialogObject& object, EventRecord& event) {
+        Rect rect = object.rect;
         Str255 name;
-        StorePascal(name, object);
+        StorePascal(name, object.name);
         void* const words[4] = {kept.get(), name, &rect, &event};
-        if (CallPlugin(host, entry, words, event.what, "area " + object) != wordsLeft) {
+        if (CallPlugin(host, entry, words, event.what, "area " + object.name) != wordsLeft) {
             host.Report("An area handler removed its arguments.");
         }
     };
@@ -40,9 +37,8 @@ void SetAreaHandler(ServiceCall& call) {
         call.fields.error = ResultCode::BadParameter;
         return;
     }
-    dialog->areas.emplace_back(object,
-                               EnterHandler(call.host, fields.param1, object,
-                                            reinterpret_cast<void*>(fields.param3), fields.handle));
+    dialog->areas.emplace_back(
+        object, EnterHandler(call.host, reinterpret_cast<void*>(fields.param3), fields.handle));
 }
 
 constexpr Service services[] = {

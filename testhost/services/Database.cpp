@@ -1,7 +1,7 @@
 #include "platform/ResultCodes.h"
 #include "testhost/database/PackedRecord.h"
-#include "testhost/services/Services.h"
-#include "testhost/values/Storage.h"
+#include "testhost/services/Service.h"
+#include "testhost/values/Scalars.h"
 
 #include <algorithm>
 #include <cstring>

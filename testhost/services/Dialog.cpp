@@ -1,7 +1,7 @@
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "testhost/services/DialogRequest.h"
-#include "testhost/services/Services.h"
+#include "testhost/services/Service.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Storage.h"
 

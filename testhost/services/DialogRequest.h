@@ -1,6 +1,6 @@
 #pragma once
 
-#include "testhost/services/Services.h"
+#include "testhost/services/Service.h"
 #include "testhost/toolbox/Control.h"
 
 #include <algorithm>
@@ -81,11 +81,10 @@ class DialogRequest {
     void ForEach(Dialog::By by, const std::function<void(DialogObject&)>& act) {
         Check(dialog.ForEach(Name(), by, act), "object");
     }
-    // The host goes on without a word to the plug-in; whoever reads the transcript is told.
+    // The host goes on without a word to the plug-in.
     void Check(bool good, const char* what) {
-        if (!good && call.host.dialogs.onNote) {
-            call.host.dialogs.onNote("  (" + Quoted(Name()) + ": no such " + what +
-                                     ", or not for this value)");
+        if (!good) {
+            call.remark = Quoted(Name()) + ": no such " + what + ", or not for this value";
         }
     }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "data/blocks/ValueBlock.h"
+#include "host/boundary/Values.h"
 
 #include <optional>
 #include <string>

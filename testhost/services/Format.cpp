@@ -1,6 +1,6 @@
 #include "platform/ResultCodes.h"
 #include "testhost/services/DisplayFormats.h"
-#include "testhost/services/Services.h"
+#include "testhost/services/Service.h"
 
 #include <algorithm>
 #include <cstring>

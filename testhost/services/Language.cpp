@@ -7,7 +7,7 @@
 #include "testhost/language/Failure.h"
 #include "testhost/language/Lexer.h"
 #include "testhost/language/Values.h"
-#include "testhost/services/Services.h"
+#include "testhost/services/Service.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Storage.h"
 
@@ -24,7 +24,7 @@ void Guarded(ServiceCall& call) {
         serve(call);
     } catch (const LanguageFailure& failure) {
         call.fields.error = failure.code;
-        call.host.language.lastFailure = failure.what();
+        call.remark = failure.what();
     }
 }
 

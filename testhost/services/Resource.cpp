@@ -1,6 +1,6 @@
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/services/Services.h"
+#include "testhost/services/Service.h"
 #include "testhost/toolbox/Control.h"
 
 #include <limits>

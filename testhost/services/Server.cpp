@@ -2,7 +2,7 @@
 // in. A host without one has no server.
 
 #include "testhost/model/Network.h"
-#include "testhost/services/Services.h"
+#include "testhost/services/Service.h"
 
 namespace {
 void ReadOnServer(ServiceCall& call) {

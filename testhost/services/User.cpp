@@ -3,8 +3,8 @@
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/services/Services.h"
-#include "testhost/values/Storage.h"
+#include "testhost/services/Service.h"
+#include "testhost/values/Scalars.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,5 +1,5 @@
 #include "platform/ResultCodes.h"
-#include "testhost/services/Services.h"
+#include "testhost/services/Service.h"
 #include "testhost/toolbox/Control.h"
 
 namespace {

@@ -4,7 +4,8 @@ void PrintHelpLine(std::ostream& out, size_t indent, std::string text, std::stri
     constexpr size_t column = 50;
     text.insert(0, indent, ' ');
     if (!help.empty()) {
-        text.resize(std::max(text.size() + 2, column), ' ');
+        text += text.size() + 2 > column ? "\n" + std::string(column, ' ')
+                                         : std::string(column - text.size(), ' ');
     }
     out << text << help << "\n";
 }

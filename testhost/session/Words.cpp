@@ -200,6 +200,12 @@ bool Words::TakeIf(std::string_view word) {
     return true;
 }
 
+void Words::Take(std::string_view word) {
+    if (!TakeIf(word)) {
+        Missing("'" + std::string(word) + "'");
+    }
+}
+
 void Words::ExpectEnd() const {
     if (!AtEnd()) {
         Missing("the end of the line");

@@ -46,6 +46,8 @@ class Words {
     bool TakeOnOff();
     /// Takes the next word if it is this one.
     bool TakeIf(std::string_view word);
+    /// Takes this word, which has to be there.
+    void Take(std::string_view word);
     void ExpectEnd() const;
 
   private:

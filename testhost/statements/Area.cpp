@@ -1,7 +1,7 @@
 #include "host/boundary/AreaEvents.h"
 #include "platform/Toolbox.h"
 #include "testhost/session/Player.h"
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Parsers.h"
 #include "testhost/toolbox/Control.h"
 
 #include <algorithm>
@@ -396,7 +396,7 @@ void SendToDialog(Player& player, const std::string& object, const EventRecord& 
     area.window = nullptr;
     bool found = false;
     Record(
-        player, area, static_cast<const GrafPort*>(dialog->window),
+        player, area, dialog->window,
         [&](EventRecord& sent) { found = player.host.dialogs.SendToArea(reference, object, sent); },
         event);
     if (!found) {
@@ -467,9 +467,7 @@ Action ParseArea(Words& words) {
 
 Action ParseUserArea(Words& words) {
     std::string object = TakeAreaName(words);
-    if (!words.TakeIf("event")) {
-        throw ScriptError("expected 'event'");
-    }
+    words.Take("event");
     const Event event = TakeEvent(words);
     if (event.rect) {
         throw ScriptError("the form says where an area of a dialog is");

@@ -1,6 +1,6 @@
 #include "testhost/session/Player.h"
 #include "testhost/session/Values.h"
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Parsers.h"
 
 #include <memory>
 #include <utility>
@@ -128,9 +128,7 @@ Action ParseCall(Words& words) {
 }
 
 Action ParseBackground(Words& words) {
-    if (!words.TakeIf("call")) {
-        throw ScriptError("expected 'call'");
-    }
+    words.Take("call");
     return [call = TakeCall(words)](Player& player) { PlayInBackground(player, call); };
 }
 

@@ -1,7 +1,7 @@
 #include "testhost/session/DatabaseFile.h"
 #include "testhost/session/Player.h"
 #include "testhost/session/Values.h"
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Parsers.h"
 
 namespace {
 // Runs `act` with the number of the table, or fails when there is none of this name.

@@ -1,6 +1,6 @@
 #include "testhost/session/Player.h"
 #include "testhost/session/Values.h"
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Parsers.h"
 
 #include <utility>
 

@@ -1,5 +1,5 @@
 #include "testhost/session/Player.h"
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Parsers.h"
 #include "testhost/values/Encodings.h"
 
 #include <filesystem>

@@ -2,7 +2,7 @@
 #include "testhost/crossings/RecordFields.h"
 #include "testhost/session/Player.h"
 #include "testhost/session/Values.h"
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Parsers.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "testhost/plugins/Library.h"
 #include "testhost/session/Player.h"
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Parsers.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
 
@@ -108,9 +108,7 @@ void AddHost(Player& player, const std::string& name, Role role, unsigned short 
 
 Action ParseHostStatement(Words& words) {
     const std::string name = TakeHostName(words);
-    if (!words.TakeIf("role")) {
-        throw ScriptError("expected 'role'");
-    }
+    words.Take("role");
     const bool isServer = words.TakeIf("server");
     if (!isServer && !words.TakeIf("client")) {
         throw ScriptError("the role of a further host is 'server' or 'client'");

@@ -1,6 +1,6 @@
-#include "testhost/pictures/WindowPicture.h"
+#include "testhost/pictures/Windows.h"
 #include "testhost/session/Player.h"
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Parsers.h"
 #include "testhost/values/Encodings.h"
 
 #include <algorithm>

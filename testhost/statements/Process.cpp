@@ -1,5 +1,5 @@
 #include "testhost/session/Player.h"
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Parsers.h"
 
 #include <utility>
 
@@ -92,9 +92,7 @@ Action ParseRun(Words& words) {
 }
 
 Action ParseEvent(Words& words) {
-    if (!words.TakeIf("process")) {
-        throw ScriptError("expected 'process' and a number or name");
-    }
+    words.Take("process");
     ProcessName process = TakeProcess(words);
     EventRecord event{};
     event.what = static_cast<unsigned short>(words.TakeNumber("what happened", 0, 15));
@@ -118,13 +116,9 @@ Action ParseEvent(Words& words) {
 }
 
 Action ParseWindowAdd(Words& words) {
-    if (!words.TakeIf("process")) {
-        throw ScriptError("expected 'process' and a number or name");
-    }
+    words.Take("process");
     ProcessName process = TakeProcess(words);
-    if (!words.TakeIf("kind")) {
-        throw ScriptError("expected 'kind' and a number");
-    }
+    words.Take("kind");
     auto kind = static_cast<short>(words.TakeNumber("the window's kind", -0x8000, 0x7FFF));
     bool visible = !words.TakeIf("invisible");
     return WithProcess(std::move(process), [kind, visible](Player& player, long number) {

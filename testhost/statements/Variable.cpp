@@ -1,8 +1,8 @@
 #include "testhost/session/Player.h"
 #include "testhost/session/Values.h"
 #include "testhost/session/Variables.h"
-#include "testhost/statements/Statements.h"
-#include "testhost/values/Storage.h"
+#include "testhost/statements/Parsers.h"
+#include "testhost/values/Scalars.h"
 
 #include <utility>
 

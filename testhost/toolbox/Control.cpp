@@ -2,11 +2,11 @@
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/toolbox/drawing/Drawing.h"
+#include "testhost/toolbox/drawing/Ports.h"
 #include "testhost/toolbox/files/Catalog.h"
 #include "testhost/toolbox/files/OpenFiles.h"
 #include "testhost/toolbox/memory/Heap.h"
-#include "testhost/toolbox/resources/ResourceFiles.h"
+#include "testhost/toolbox/resources/Files.h"
 
 #include <algorithm>
 #include <cstring>
@@ -207,8 +207,7 @@ void ToolboxForgetPort(const GrafPort* port) {
 }
 
 void ToolboxSetWindowTitle(const GrafPort* window, const unsigned char* title) {
-    TheDrawing().Of(window).title =
-        std::string(reinterpret_cast<const char*>(title) + 1, std::size_t{title[0]});
+    TheDrawing().Of(window).title = TextOf(title);
 }
 
 void ToolboxSetDoubleClickTime(unsigned long ticks) {

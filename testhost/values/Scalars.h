@@ -1,6 +1,6 @@
 #pragma once
 
-#include "data/blocks/ValueBlock.h"
+#include "host/boundary/Values.h"
 #include "testhost/values/TypedValue.h"
 
 #include <cstddef>
@@ -18,7 +18,10 @@ class HostStrings;
 struct ValueLayout {
     bool compiled = false;            ///< a pointer is a value block with a handle to its target
     HostStrings* strings = nullptr;   ///< owner of Unicode texts; null: there are none
-    HostPictures* pictures = nullptr; ///< of those in value blocks; null: they are as in old hosts
+    HostPictures* pictures = nullptr; ///< of those in value blocks; null before 11.0
+
+    /// Whether it is that of a host with the engine call-back.
+    bool HasEngine() const { return pictures != nullptr; }
 };
 
 /// The type code of a kind that lies in a value block; undefined for any other kind.

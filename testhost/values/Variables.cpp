@@ -220,14 +220,14 @@ std::optional<std::string> HostVariables::Fault(long process, std::string_view n
                                                 const ValueBlock& value) {
     const ValueKind kind = BlockKind(value.type);
     const bool unicode = kind == ValueKind::UnicodeText || kind == ValueKind::UnicodeTextArray;
-    if (kind == ValueKind::None || (unicode && layout.pictures == nullptr)) {
+    if (kind == ValueKind::None || (unicode && !layout.HasEngine())) {
         return "the type " + std::to_string(value.type) + ", which no variable of this host has";
     }
     const BlockParts parts = PartsOf(value, layout);
     if (auto fault = PartsFault(parts, FindVariable(process, name))) {
         return fault;
     }
-    return LengthFault(value, layout.pictures != nullptr);
+    return LengthFault(value, layout.HasEngine());
 }
 
 std::optional<std::string> HostVariables::PartsFault(const BlockParts& parts,

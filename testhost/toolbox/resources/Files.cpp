@@ -1,4 +1,4 @@
-#include "testhost/toolbox/resources/ResourceFiles.h"
+#include "testhost/toolbox/resources/Files.h"
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"

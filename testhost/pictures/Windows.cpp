@@ -1,12 +1,10 @@
-#include "testhost/pictures/WindowPicture.h"
+#include "testhost/pictures/Windows.h"
 
 #include "platform/Toolbox.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 
 namespace {
 constexpr Colour black{0, 0, 0};

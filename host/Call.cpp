@@ -1,4 +1,4 @@
-#include "host/HostCall.h"
+#include "host/Call.h"
 
 #include "host/FourD.h"
 #include "shell/base/Strings.h"

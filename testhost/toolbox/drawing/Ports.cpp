@@ -1,4 +1,4 @@
-#include "testhost/toolbox/drawing/Drawing.h"
+#include "testhost/toolbox/drawing/Ports.h"
 
 #include "platform/Toolbox.h"
 #include "testhost/toolbox/text/MacRoman.h"
@@ -31,18 +31,18 @@ void Keep(std::deque<Item>& items, const Item& item) {
     items.push_back(item);
 }
 
-std::string TextOf(const unsigned char* string) {
-    return string != nullptr
-               ? std::string(reinterpret_cast<const char*>(string) + 1, std::size_t{string[0]})
-               : std::string();
-}
-
 void StoreText(const std::string& text, unsigned char* string) {
     string[0] = static_cast<unsigned char>(std::min<std::size_t>(text.size(), 255));
     std::memcpy(string + 1, text.data(), string[0]);
 }
 
 } // namespace
+
+std::string TextOf(const unsigned char* string) {
+    return string != nullptr
+               ? std::string(reinterpret_cast<const char*>(string) + 1, std::size_t{string[0]})
+               : std::string();
+}
 
 Drawing& TheDrawing() {
     static Drawing drawing;

@@ -41,5 +41,7 @@ class Drawing {
     std::vector<std::string> fonts; ///< those met that have no number of old, the first is 256
 };
 
+/// The text of a Pascal string; empty for a null one.
+std::string TextOf(const unsigned char* string);
 /// The one of the process.
 Drawing& TheDrawing();

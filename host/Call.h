@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/boundary/Selectors.h"
-#include "host/HostState.h"
+#include "host/State.h"
 #include "platform/ResultCodes.h"
 
 #include <cstring>

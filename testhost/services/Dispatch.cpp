@@ -1,6 +1,7 @@
-#include "testhost/services/Services.h"
+#include "testhost/services/Dispatch.h"
 
 #include "platform/ResultCodes.h"
+#include "testhost/services/Service.h"
 
 #include <algorithm>
 #include <array>
@@ -135,13 +136,6 @@ long Dispatch(long number, Block* block, EngineFields* engine) {
     Record record(reinterpret_cast<unsigned char*>(block), sizeof *block);
     const SelectorPair* selector = FindSelector(number, isEngine);
     ServiceCall call{*host, *block, engine, block->valueText};
-    if (!host->log.IsRecording()) {
-        host->log.CountOnly();
-        Serve(*host, number, selector, record, call);
-        LeaveIfKilled(*host);
-        return block->error;
-    }
-
     LoggedCall logged;
     logged.kind = isEngine ? LoggedCall::Kind::Engine : LoggedCall::Kind::Classic;
     logged.selector = number;
@@ -152,26 +146,12 @@ long Dispatch(long number, Block* block, EngineFields* engine) {
     Serve(*host, number, selector, record, call);
     logged.after.assign(record.begin(), record.end());
     logged.returned = block->error;
+    logged.remark = std::move(call.remark);
     host->log.Add(std::move(logged));
     LeaveIfKilled(*host);
     return block->error;
 }
 } // namespace
-
-void StoreUtf16(std::span<unsigned short> target, std::string_view text) {
-    const std::vector<unsigned short> units = UnitsOfText(text);
-    const size_t count = std::min(units.size(), target.size() - 1);
-    std::copy_n(units.begin(), count, target.begin());
-    target[count] = 0;
-}
-
-void ServiceCall::AnswerText(std::string_view text) {
-    if (IsEngine()) {
-        StoreUtf16(engine->uniText, text);
-    } else {
-        StorePascal(valueText, text);
-    }
-}
 
 long ClassicHostCall(long selector, ParameterBlock* block) {
     return Dispatch(selector, block, nullptr);

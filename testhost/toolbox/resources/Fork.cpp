@@ -1,4 +1,4 @@
-#include "testhost/toolbox/resources/ResourceFork.h"
+#include "testhost/toolbox/resources/Fork.h"
 
 #include "platform/ResultCodes.h"
 

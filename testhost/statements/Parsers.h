@@ -4,18 +4,12 @@
 #include "testhost/session/Words.h"
 
 #include <functional>
-#include <ostream>
 #include <string>
 #include <string_view>
 
 struct DialogState;
 
-/// Reads a whole script.
-Script ParseScript(std::string_view text, std::string name);
-/// Explains every statement and every kind of value.
-void PrintLanguageHelp(std::ostream& out);
-
-/// Reads the rest of a line behind the words of its row in the tables of Statements.cpp, which tell
+/// Reads the rest of a line behind the words of its row in the tables of Table.cpp, which tell
 /// how it is written, and answers what the line does. Throws ScriptError.
 using Parser = Action(Words& words);
 

@@ -1,4 +1,4 @@
-#include "testhost/database/Database.h"
+#include "testhost/database/Tables.h"
 
 #include <algorithm>
 #include <cmath>

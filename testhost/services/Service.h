@@ -5,6 +5,7 @@
 #include "testhost/model/Host.h"
 
 #include <span>
+#include <string>
 #include <string_view>
 
 /// What a call answers that this host does not implement.
@@ -16,6 +17,7 @@ struct ServiceCall {
     CallFields& fields;
     EngineFields* engine; ///< null in a classic call
     std::span<unsigned char> valueText;
+    std::string remark = {}; ///< for the transcript: why it came to nothing, say
 
     bool IsEngine() const { return engine != nullptr; }
     /// Answers a text: classic in the value area, engine in uniText; cut to what fits.
@@ -33,21 +35,11 @@ struct Service {
     void (*receive)(ServiceCall& call) = nullptr;       ///< runs first, also when the call fails
 };
 
-std::span<const Service> AreaServices();
-std::span<const Service> DatabaseServices();
-std::span<const Service> DialogServices();
-std::span<const Service> EnvironmentServices();
-std::span<const Service> FormatServices();
-std::span<const Service> LanguageServices();
-std::span<const Service> MemoryServices();
-std::span<const Service> PictureServices();
-std::span<const Service> ProcessServices();
-std::span<const Service> ServerServices();
-std::span<const Service> TextServices();
-std::span<const Service> UserServices();
-std::span<const Service> ResourceServices();
-std::span<const Service> VariableServices();
-std::span<const Service> WindowServices();
+/// The services of one source file.
+using ServiceTable = std::span<const Service>();
+ServiceTable AreaServices, DatabaseServices, DialogServices, EnvironmentServices, FormatServices,
+    LanguageServices, MemoryServices, PictureServices, ProcessServices, ResourceServices,
+    ServerServices, TextServices, UserServices, VariableServices, WindowServices;
 
 /// What the host answers about its printer.
 namespace PrinterError {
@@ -57,9 +49,3 @@ inline constexpr short NotHeld = -21; ///< the calling process does not hold it
 
 /// Copies ANSI text as UTF-16 with a terminator, cut to what fits.
 void StoreUtf16(std::span<unsigned short> target, std::string_view text);
-
-/// The host's two call-backs. They serve Host::Current().
-HOST_CALL long ClassicHostCall(long selector, ParameterBlock* block);
-HOST_CALL long EngineHostCall(long selector, FDEngineBlock* block);
-/// What a host before 11.0 has in place of the engine call-back: reports that it was called.
-HOST_CALL long MissingEngineCall(long selector, FDEngineBlock* block);

@@ -1,8 +1,9 @@
 // The host's strings, and text between UTF-16, the ANSI code page and the Macintosh character set.
 
-#include "host/FourD.h"
-#include "host/HostCall.h"
 #include "shell/base/Strings.h"
+
+#include "host/Call.h"
+#include "host/FourD.h"
 
 #include <memory>
 #include <new>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "testhost/toolbox/memory/Heap.h"
-#include "testhost/toolbox/resources/ResourceFork.h"
+#include "testhost/toolbox/resources/Fork.h"
 
 #include <deque>
 #include <filesystem>

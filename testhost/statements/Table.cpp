@@ -1,8 +1,9 @@
-#include "testhost/statements/Statements.h"
+#include "testhost/statements/Table.h"
 
 #include "testhost/session/Player.h"
 #include "testhost/session/Variables.h"
 #include "testhost/session/WordTable.h"
+#include "testhost/statements/Parsers.h"
 
 #include <algorithm>
 #include <span>
@@ -197,14 +198,17 @@ constexpr KindHelp kindHelp[] = {
     {"none", "only as a result: the command must leave the result alone"},
 };
 
-// What the words of a line do, from a row of these on.
-Action Parse(std::span<const Row> rows, Words& words) {
-    if (const Row* row = TakeRow(rows, words)) {
-        return row->read != nullptr ? row->read(words) : Parse(row->choices, words);
+// What the words behind a row do.
+Action Parse(const Row& row, Words& words) {
+    if (row.read != nullptr) {
+        return row.read(words);
+    }
+    if (const auto* choice = TakeRow<Row>(row.choices, words)) {
+        return Parse(*choice, words);
     }
     std::string names;
-    for (const Row& row : rows) {
-        names += (names.empty() ? "'" : ", '") + std::string(row.word) + "'";
+    for (const Row& choice : row.choices) {
+        names += (names.empty() ? "'" : ", '") + std::string(choice.word) + "'";
     }
     words.TakeWord("one of " + names);
     throw ScriptError("expected one of " + names);
@@ -215,12 +219,11 @@ Action ParseLine(Words words) {
     if (words.AtEnd()) {
         return {};
     }
-    Words first = words;
-    if (const std::string word = first.TakeWord("a statement");
-        std::ranges::find(statements, word, &Row::word) == std::end(statements)) {
-        throw ScriptError("unknown statement '" + word + "'");
+    const auto* row = TakeRow<Row>(statements, words);
+    if (row == nullptr) {
+        throw ScriptError("unknown statement '" + words.TakeWord("a statement") + "'");
     }
-    Action action = Parse(statements, words);
+    Action action = Parse(*row, words);
     words.ExpectEnd();
     return action;
 }
@@ -228,9 +231,8 @@ Action ParseLine(Words words) {
 // What a line's variables stand for is known only when it is played, so it is read again then.
 Action PlayLine(std::string line) {
     return [line = std::move(line)](Player& player) {
-        const Words words(line,
-                          [&](std::string_view name) { return FindVariable(name).value(player); });
-        ParseLine(words)(player);
+        Words words(line, [&](std::string_view name) { return FindVariable(name).value(player); });
+        ParseLine(std::move(words))(player);
     };
 }
 } // namespace
@@ -245,11 +247,11 @@ Script ParseScript(std::string_view text, std::string name) {
         ++line;
         try {
             // Checked as if they stood for nothing: what they stand for may be too long only later.
-            const Words words(content, [](std::string_view variable) {
+            Words words(content, [](std::string_view variable) {
                 FindVariable(variable);
                 return std::wstring();
             });
-            if (ParseLine(words)) {
+            if (ParseLine(std::move(words))) {
                 script.statements.push_back({line, PlayLine(std::string(content))});
             }
         } catch (const ScriptError& error) {
