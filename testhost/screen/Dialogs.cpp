@@ -276,7 +276,7 @@ bool Dialogs::SendToArea(long reference, const std::string& name, EventRecord& e
     GrafPort* former = nullptr;
     GetPort(&former);
     SetPor(dialog->window);
-    send(*object, event);
+    send(object->rect, event);
     SetPor(former);
     return true;
 }

@@ -103,8 +103,8 @@ struct DialogHost {
     Reporter report;
 };
 
-/// Is sent the events of an area in an object, with the dialog's window as current port.
-using AreaHandler = std::function<void(const DialogObject& object, EventRecord& event)>;
+/// Is sent the events of an area, with its object's rectangle; the dialog's window is current port.
+using AreaHandler = std::function<void(Rect rect, EventRecord& event)>;
 
 /// A dialog, or the dialog context that it begins as. Its variables are variables of the host, kept
 /// under a number of its own in place of a process.

@@ -10,16 +10,15 @@ constexpr long handlerConstant = 6642;
 // The handler leaves its four words to the caller to remove.
 constexpr long wordsLeft = 16;
 
-// Enters the plug-in's handler with an event, the object's name and rectangle, and `data`, which
-// the plug-in may change and which lives as long as the area.
-AreaHandler EnterHandler(Host& host, void* handler, void* data) {
-    return [&host, entry = reinterpret_cast<PluginEntry>(handler),
-            kept = std::make_shared<void*>(data)](const DialogObject& object, EventRecord& event) {
-        Rect rect = object.rect;
+// Enters the plug-in's handler with an event, the object's name as the plug-in wrote it, its
+// rectangle, and `data`, which the plug-in may change and which lives as long as the area.
+AreaHandler EnterHandler(Host& host, const std::string& object, void* handler, void* data) {
+    return [&host, object, entry = reinterpret_cast<PluginEntry>(handler),
+            kept = std::make_shared<void*>(data)](Rect rect, EventRecord& event) {
         Str255 name;
-        StorePascal(name, object.name);
+        StorePascal(name, object);
         void* const words[4] = {kept.get(), name, &rect, &event};
-        if (CallPlugin(host, entry, words, event.what, "area " + object.name) != wordsLeft) {
+        if (CallPlugin(host, entry, words, event.what, "area " + object) != wordsLeft) {
             host.Report("An area handler removed its arguments.");
         }
     };
@@ -38,7 +37,8 @@ void SetAreaHandler(ServiceCall& call) {
         return;
     }
     dialog->areas.emplace_back(
-        object, EnterHandler(call.host, reinterpret_cast<void*>(fields.param3), fields.handle));
+        object,
+        EnterHandler(call.host, object, reinterpret_cast<void*>(fields.param3), fields.handle));
 }
 
 constexpr Service services[] = {

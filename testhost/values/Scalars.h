@@ -35,6 +35,7 @@ struct BlockParts {
     std::vector<FDStringBlock> strings;
     std::vector<FDPictureBlock*> pictures;
 
+    /// Null handles, and strings without units, own nothing.
     void Add(Handle handle);
     void Add(const FDStringBlock& string);
 };
@@ -46,12 +47,13 @@ size_t ScalarSize(ValueKind kind);
 /// Writes such a value into zeroed storage of that size, making the handle it needs.
 void StoreScalar(const TypedValue& value, unsigned char* target);
 TypedValue FetchScalar(ValueKind kind, const unsigned char* source);
+/// Adds the handle that such a value owns.
 void AddScalarParts(ValueKind kind, const unsigned char* source, BlockParts& parts);
 
 /// A handle's bytes, copied out at once: any later memory call may move the block.
 std::string HandleContents(Handle handle);
 Handle NewHandleWith(std::string_view contents);
-/// Null for no text at all, and back.
+/// A handle with the value's bytes, null for none at all, and back.
 Handle StoreHandle(const TypedValue& value);
 TypedValue FetchHandle(ValueKind kind, Handle handle);
 /// A text of length 0 has no handle.
@@ -60,6 +62,7 @@ std::string FetchText(const TextBlock& text);
 /// Copies a text as a Pascal string, cut to what fits.
 void StorePascal(std::span<unsigned char> target, std::string_view text);
 std::string FetchPascal(const unsigned char* source);
+/// The record of a date's numbers, and back.
 DateBlock StoreDate(const TypedValue& value);
 TypedValue FetchDate(const DateBlock& date);
 /// A host string of a text in UTF-8, which belongs to the host, and back. Throws
