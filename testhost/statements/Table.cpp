@@ -124,13 +124,13 @@ constexpr Row userChoices[] = {
      ParseUserPicture},
 };
 
-// Only explained here: the area's name stands in front of these words.
+// Only explained here: ParseArea takes the area's name and what follows it.
 constexpr Row areaChoices[] = {
-    {"create",
+    {R"("Name" create)",
      "command N [title \"...\"] [rect T L B R] [table N] [page N] [droppable] [list] [printing]",
      "its events go to this command", nullptr},
-    {"event", "EVENT", "an event, whose answer the transcript shows", nullptr},
-    {"delete", "", "its last event", nullptr},
+    {R"("Name" event)", "EVENT", "an event, whose answer the transcript shows", nullptr},
+    {R"("Name" delete)", "", "its last event", nullptr},
 };
 
 constexpr Row statements[] = {
