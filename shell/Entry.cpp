@@ -76,11 +76,20 @@ void FourDPlug::PlugMain(long selector, CXParam* params, CXResult* result, long*
     if (plug == nullptr) {
         return;
     }
-    KeepExceptionsInside([=] {
-        if (selector <= 0) {
-            plug->HandleEvent(selector, params, reinterpret_cast<std::uint32_t*>(result));
-        } else if (selector <= plug->info->commandCount && plug->info->commands != nullptr) {
+    const PlugInfo& info = *plug->info;
+    const bool isCommand =
+        selector > 0 && selector <= info.commandCount && info.commands != nullptr;
+    HostEntry entry{"selector", selector};
+    if (isCommand) {
+        entry = {"command", selector, info.commands[selector - 1].name};
+    } else if (selector > 0) { // ignored, as the host's users know it; its author may want to know
+        return TellDebugger({"command", selector}, "there is no command of this number");
+    }
+    KeepExceptionsInside(entry, [=] {
+        if (isCommand) {
             plug->HandleCommand(selector, params, result);
+        } else {
+            plug->HandleEvent(selector, params, reinterpret_cast<std::uint32_t*>(result));
         }
     });
 }

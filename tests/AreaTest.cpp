@@ -531,7 +531,8 @@ TEST_F(AreaTest, AnAreaGoesOnceWhateverItsHooksThrowAndDelete) {
     self = this;
     AreaInitBlock block = {};
     const auto send = [&](Word code) {
-        KeepExceptionsInside([&] { Send(code, reinterpret_cast<unsigned long>(&block)); });
+        KeepExceptionsInside({"test"},
+                             [&] { Send(code, reinterpret_cast<unsigned long>(&block)); });
     };
     TestArea::hook = "throw in init";
     send(602);
@@ -545,7 +546,7 @@ TEST_F(AreaTest, AnAreaGoesOnceWhateverItsHooksThrowAndDelete) {
         CXArea* place = area;
         EventRecord event = {17, 0, 0, {0, 0}, 0};
         KeepExceptionsInside(
-            [&] { self->manager.DispatchEvent(&event, nullptr, nullptr, &place); });
+            {"test"}, [&] { self->manager.DispatchEvent(&event, nullptr, nullptr, &place); });
     };
     manager.DoToAllAreas(deleteAll, nullptr);
     EXPECT_THAT(TestArea::living, IsEmpty());

@@ -91,7 +91,8 @@ CXAreaManager::~CXAreaManager() {
     while (!areas.empty()) {
         CXArea* area = areas.front();
         areas.erase(areas.begin());
-        KeepExceptionsInside([&] { DestroyAnArea(area); }); // this may be the end of the library
+        // This may be the end of the library.
+        KeepExceptionsInside({"end of an area"}, [&] { DestroyAnArea(area); });
     }
 }
 
@@ -262,7 +263,7 @@ void DispatchAreaCall(CXAreaManager& manager, CXParam* params) {
 
 void FourDDialogAreaHandler(long* areaData, unsigned char* objectName, Rect* rect,
                             EventRecord* event) {
-    KeepExceptionsInside([=] {
+    KeepExceptionsInside({"area event", event->what}, [=] {
         auto* record = reinterpret_cast<DialogAreaRecord*>(*areaData);
         if (record == nullptr) {
             return;

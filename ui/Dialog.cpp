@@ -151,7 +151,7 @@ void SXDialog::PatchFO4DFONTAtoms() {
 
 void SXDialog::DefaultDialogFilter(void* dialog, EventRecord* event, unsigned char* objectName,
                                    unsigned char a, unsigned char b) {
-    KeepExceptionsInside([=] {
+    KeepExceptionsInside({"dialog event", event != nullptr ? event->what : 0}, [=] {
         SXDialog* self = GetSXDialogFromContext(dialog);
         if (self == nullptr) {
             return;

@@ -96,7 +96,7 @@ void DoWork() {
 
 /// Body of a worker process.
 HOST_CALL void Worker() {
-    KeepExceptionsInside(DoWork);
+    KeepExceptionsInside({"worker process"}, DoWork);
 }
 
 } // namespace

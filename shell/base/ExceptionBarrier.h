@@ -1,12 +1,28 @@
 #pragma once
 
+#include <exception>
+
+/// What the host called the plug-in for, as it is told to whoever debugs it.
+struct HostEntry {
+    const char* kind;           ///< "command", "selector"
+    long number = 0;            ///< 0: none
+    const char* name = nullptr; ///< of the command or object, zero-terminated; null: none
+};
+
+/// Says on the debugger's console, in one line, what went wrong in an entry of this library, and
+/// where: "[plug-in problem] Tour.dll, command 3 (Count words): what".
+void TellDebugger(const HostEntry& entry, const char* what) noexcept;
+
 /// Runs `body` and keeps everything it throws on this side: nothing thrown may cross into the
-/// host. Every call from the host goes through here once; what a handler wrote before it threw
-/// stands.
+/// host, which has no way to be told. Every call from the host goes through here once; what a
+/// handler wrote before it threw stands.
 template <typename Body>
-void KeepExceptionsInside(Body body) noexcept {
+void KeepExceptionsInside(const HostEntry& entry, Body body) noexcept {
     try {
         body();
-    } catch (...) { // the host has no way to be told
+    } catch (const std::exception& exception) {
+        TellDebugger(entry, exception.what());
+    } catch (...) {
+        TellDebugger(entry, "something was thrown that is no std::exception");
     }
 }

@@ -1,0 +1,26 @@
+#include "shell/base/ExceptionBarrier.h"
+
+#include "platform/Diagnostics.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include <windows.h>
+
+extern "C" IMAGE_DOS_HEADER __ImageBase; // begins this library in memory: the linker's own
+
+void TellDebugger(const HostEntry& entry, const char* what) noexcept {
+    char path[MAX_PATH] = "";
+    GetModuleFileNameA(reinterpret_cast<HMODULE>(&__ImageBase), path, sizeof path - 1);
+    const char* const slash = std::strrchr(path, '\\');
+    char number[16] = "";
+    if (entry.number != 0) {
+        std::snprintf(number, sizeof number, " %ld", entry.number);
+    }
+    const bool named = entry.name != nullptr;
+    char line[1024];
+    std::snprintf(line, sizeof line, "%s%s, %s%s%s%.255s%s: %.500s\n", PluginProblemMark,
+                  slash != nullptr ? slash + 1 : path, entry.kind, number, named ? " (" : "",
+                  named ? entry.name : "", named ? ")" : "", what);
+    OutputDebugStringA(line);
+}
