@@ -1,5 +1,7 @@
 #include "platform/CallingConvention.h"
 #include "platform/ResultCodes.h"
+#include "testhost/plugins/DebugText.h"
+#include "testhost/plugins/Faults.h"
 #include "testhost/plugins/Library.h"
 #include "testhost/resources/Compiler.h"
 #include "testhost/resources/Text.h"
@@ -8,6 +10,7 @@
 #include "testhost/statements/Table.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
+#include "testhost/watch/Isolation.h"
 
 #include <algorithm>
 #include <CLI.hpp>
@@ -20,6 +23,7 @@
 #include <io.h>
 #include <iostream>
 #include <iterator>
+#include <optional>
 #include <sstream>
 
 #include <windows.h>
@@ -28,6 +32,7 @@ namespace {
 constexpr int allHeld = 0;
 constexpr int somethingFailed = 1;
 constexpr int wrongUse = 2;
+constexpr unsigned long longestTimeout = 24 * 60 * 60;
 
 constexpr const char* exitCodes =
     "Exit code: 0 when every expectation held and no problem was found; 1 when not, or when the\n"
@@ -44,6 +49,10 @@ struct Options {
     HostOptions host;
     bool strict = false;
     bool quiet = false;
+    bool inProcess = false;
+    bool keepGoing = false;
+    unsigned long timeout = 30; ///< seconds
+    unsigned long progress = 0; ///< handle that a watching process gave; 0: none
     std::string resourceText;
     std::string out;
 };
@@ -84,6 +93,18 @@ void AddRunOptions(CLI::App& run, Options& options) {
         ->type_name("FILE");
     run.add_flag("--strict", options.strict, "unlocked handles move with every memory call");
     run.add_flag("--quiet", options.quiet, "prints failed expectations and problems only");
+    run.add_option("--timeout", options.timeout,
+                   "seconds that a statement may take (30 when not given);\n0: as long as it likes")
+        ->check(CLI::Range(0UL, longestTimeout).description(""))
+        ->type_name("SECONDS");
+    CLI::Option* keepGoing = run.add_flag(
+        "--keep-going", options.keepGoing,
+        "after a crash or a time-out starts the plug-in afresh,\nand plays on from the next start");
+    run.add_flag("--in-process", options.inProcess,
+                 "plays in testhost's own process, for a debugger:\nnothing limits the time, and a "
+                 "crash ends it all")
+        ->excludes(keepGoing);
+    run.add_option(progressOption, options.progress)->group(""); // for testhost itself
 }
 
 std::string ReadAll(std::istream& in) {
@@ -132,53 +153,24 @@ short OpenResources(const Options& options) {
     return refNum;
 }
 
-const Player* playing = nullptr; // for the report about a crash
+const Progress* playing = nullptr; // for the report about a crash within this process
 
 [[noreturn]] void ReportCrash(const std::string& what) {
-    std::string place = playing != nullptr ? playing->Place() : "before the script";
-    std::cout << "CRASHED " << place << ": " << what << std::endl;
+    std::cout << "CRASHED " << (playing != nullptr ? playing->place.data() : "before the script")
+              << ": " << what << std::endl;
     TerminateProcess(GetCurrentProcess(), somethingFailed);
     std::abort();
 }
 
-// "Plug.dll+0x1234", or the bare address outside every module.
-std::string AddressText(const void* address) {
-    char text[32];
-    HMODULE module = nullptr;
-    DWORD flags =
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
-    wchar_t path[MAX_PATH] = L"";
-    if (GetModuleHandleExW(flags, static_cast<LPCWSTR>(address), &module) != 0 &&
-        GetModuleFileNameW(module, path, std::size(path)) != 0) {
-        auto offset =
-            reinterpret_cast<unsigned long>(address) - reinterpret_cast<unsigned long>(module);
-        std::snprintf(text, sizeof text, "+0x%lX", offset);
-        return Shown(std::filesystem::path(path).filename()) + text;
-    }
-    std::snprintf(text, sizeof text, "0x%08lX", reinterpret_cast<unsigned long>(address));
-    return text;
-}
-
 NIMBO_REALIGN LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* pointers) {
-    const EXCEPTION_RECORD& record = *pointers->ExceptionRecord;
-    std::string what = "the plug-in crashed at " + AddressText(record.ExceptionAddress);
-    char detail[64];
-    std::string hint;
-    if (record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION && record.NumberParameters >= 2) {
-        std::snprintf(detail, sizeof detail, " (%s address 0x%08lX)",
-                      record.ExceptionInformation[0] == 0 ? "reading" : "writing",
-                      static_cast<unsigned long>(record.ExceptionInformation[1]));
-        hint = ". A plug-in takes the kinds of its parameters on trust: a call that leaves out a "
-               "parameter or the result, or gives another kind, ends like this.";
-    } else {
-        std::snprintf(detail, sizeof detail, " (exception 0x%08lX)", record.ExceptionCode);
-    }
-    ReportCrash(what + detail + hint);
+    const EXCEPTION_RECORD& fault = *pointers->ExceptionRecord;
+    ReportCrash(DescribeFault(fault, AddressText(fault.ExceptionAddress)));
 }
 
-// Also where an exception ends that the plug-in let cross the boundary.
+// Also where an exception ends that the plug-in let cross the boundary. Raised as an exception of
+// the system, so that whoever watches finds the caller.
 NIMBO_REALIGN void OnAbort(int) {
-    ReportCrash("the plug-in ended the program (abort, or an exception that nobody caught)");
+    RaiseException(abortException, EXCEPTION_NONCONTINUABLE, 0, nullptr);
 }
 
 void MakePictureFolder(const std::filesystem::path& folder) {
@@ -189,7 +181,8 @@ void MakePictureFolder(const std::filesystem::path& folder) {
     }
 }
 
-int Run(const Options& options) {
+// Plays the session in this process, and keeps `progress` up to date.
+int Play(const Options& options, Progress& progress) {
     Script script = ReadScript(options.script);
     DatabaseFile database;
     if (!options.database.empty()) {
@@ -206,24 +199,65 @@ int Run(const Options& options) {
     const std::filesystem::path pictures = FromUtf8(options.pictures);
     MakePictureFolder(pictures);
     ToolboxSetStrict(options.strict ? 1 : 0);
-    PluginLibrary library(FromUtf8(options.plugin));
+    progress.statements = script.statements.size();
+    progress.Enter(Progress::Phase::Loading);
+    std::optional<PluginLibrary> library;
+    try {
+        library.emplace(FromUtf8(options.plugin));
+    } catch (const PluginLoadCrash& crash) {
+        progress.account.crashes = 1;
+        progress.account.notPlayed = script.statements.size();
+        std::cout << "CRASHED " << crash.what() << "\n" << progress.account.Describe() << std::endl;
+        return somethingFailed;
+    }
     HostOptions hostOptions = options.host;
     hostOptions.pluginResFile = OpenResources(options);
     Host host(hostOptions);
     host.ScratchPath(); // made here, where it may fail, rather than amid the plug-in's calls
     host.database = std::move(database.database);
-    Session session(host, library.Entries());
-    Player player(session, std::cout, options.quiet);
-    player.libraryFolder = library.Folder();
+    Session session(host, library->Entries());
+    Player player(session, std::cout, options.quiet, &progress);
+    player.libraryFolder = library->Folder();
     player.stage.plugin = FromUtf8(options.plugin);
     if (hostOptions.pluginResFile != 0) {
         player.stage.resources = ResourcesOf(options);
     }
     player.stage.pictures = pictures;
-    playing = &player;
-    bool good = player.Play(script);
-    playing = nullptr;
-    return good ? allHeld : somethingFailed;
+    ListenToDebugText();
+    player.PlayAll(script);
+    progress.Enter(Progress::Phase::Unloading);
+    library->Unload();
+    for (const std::string& fault : PluginLibrary::TakeUnloadFaults()) {
+        host.Report(fault);
+    }
+    host.HearAsides();
+    return player.Finish() ? allHeld : somethingFailed;
+}
+
+int PlayInProcess(const Options& options) {
+    Progress progress;
+    playing = &progress;
+    SetUnhandledExceptionFilter(OnUnhandledException);
+    return Play(options, progress);
+}
+
+Progress* watched = nullptr; // where another process sees how far this one is
+
+int Run(const Options& options) {
+    if (options.progress != 0) {
+        watched = OpenProgress(options.progress);
+        if (watched == nullptr) {
+            throw ScriptError(std::string(progressOption) + " is for testhost itself");
+        }
+        return Play(options, *watched);
+    }
+    if (options.inProcess) {
+        return PlayInProcess(options);
+    }
+    return PlayIsolated({.plugin = FromUtf8(options.plugin),
+                         .readsInput = options.script == "-",
+                         .timeout = options.timeout,
+                         .keepsGoing = options.keepGoing});
 }
 
 bool WriteFile(const std::filesystem::path& path, const std::string& bytes) {
@@ -254,17 +288,17 @@ int Compile(const Options& options) {
     }
     return allHeld;
 }
-} // namespace
 
-int wmain(int argc, wchar_t** argv) {
+void SetUp() {
     // Bytes as they are, and UTF-8: transcripts go into files and pipes.
     _setmode(_fileno(stdin), _O_BINARY);
     _setmode(_fileno(stdout), _O_BINARY);
     SetConsoleOutputCP(CP_UTF8);
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
-    SetUnhandledExceptionFilter(OnUnhandledException);
     std::signal(SIGABRT, OnAbort);
+}
 
+int Command(int argc, wchar_t** argv) {
     Options options;
     CLI::App app("A stand-in for the host: runs and tests plug-ins.", "testhost");
     app.allow_windows_style_options(false); // paths may begin with a slash
@@ -305,4 +339,15 @@ int wmain(int argc, wchar_t** argv) {
         std::cerr << error.what() << "\n";
     }
     return wrongUse;
+}
+} // namespace
+
+int wmain(int argc, wchar_t** argv) {
+    SetUp();
+    const int code = Command(argc, argv);
+    if (watched != nullptr) {
+        watched->exitCode = code;
+        watched->Enter(Progress::Phase::Done);
+    }
+    return code;
 }

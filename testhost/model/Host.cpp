@@ -1,16 +1,23 @@
 #include "testhost/model/Host.h"
 
+#include "platform/Diagnostics.h"
+#include "testhost/model/Asides.h"
 #include "testhost/model/Network.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
+#include <windows.h>
+
 Host* Host::current = nullptr;
 
 namespace {
+DWORD ownThread = 0; // in which hosts are made
+
 constexpr size_t windowListWord = 11; // the twelfth word of the globals record
 
 // Makes an empty file where there is none.
@@ -51,6 +58,7 @@ Host::Host(HostOptions hostOptions)
       pictures(Reporting()),
       variables({true, &strings, HasEngine() ? &pictures : nullptr}),
       dialogs({variables, windows, database, Reporting()}) {
+    ownThread = GetCurrentThreadId();
     scheduler->Join(*this);
     AddStringList(170, {std::begin(ownProcessNames), std::end(ownProcessNames)});
     AddStringList(163, {std::begin(windowTitles), std::end(windowTitles)});
@@ -64,6 +72,10 @@ Host::Host(HostOptions hostOptions)
     windows.AddInFront(1, WindowKind::Regular);
     windows.AddInFront(1, WindowKind::Floating);
     PublishCommandNames();
+}
+
+bool Host::IsOwnThread() {
+    return GetCurrentThreadId() == ownThread;
 }
 
 Host::~Host() {
@@ -98,6 +110,29 @@ void Host::Report(std::string problem) {
     problems.push_back(std::move(problem));
     if (onProblem) {
         onProblem(problems.back());
+    }
+}
+
+void Host::HearDebugText(std::string_view text) {
+    while (!text.empty()) {
+        const size_t end = std::min(text.find_first_of("\r\n"), text.size());
+        const std::string_view line = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+        if (line.starts_with(PluginProblemMark)) {
+            Report(Utf8(FromAnsi(line.substr(std::string_view(PluginProblemMark).size()))) + ".");
+        } else if (!line.empty() && onDebugText) {
+            onDebugText(Utf8(FromAnsi(line)));
+        }
+    }
+}
+
+void Host::HearAsides() {
+    for (const Aside& aside : TakeAsides()) {
+        if (aside.isProblem) {
+            Report(aside.text);
+        } else {
+            HearDebugText(aside.text);
+        }
     }
 }
 

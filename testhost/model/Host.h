@@ -51,6 +51,8 @@ class Host {
     std::vector<std::string> problems;  ///< that were reported, oldest first; callers may clear it
     /// Runs for every problem, also for one that shows when the host is cleared away; may be empty.
     std::function<void(const std::string&)> onProblem;
+    /// Runs for every line that a plug-in told a debugger; may be empty.
+    std::function<void(const std::string&)> onDebugText;
 
     std::vector<HostProcess> processes; ///< process 1 first
     long currentProcess = 1;            ///< the process in which plug-in code runs
@@ -89,6 +91,8 @@ class Host {
 
     /// The host whose plug-in code is running; null outside every Scope.
     static Host* Current() { return current; }
+    /// Whether plug-in code that is called by a host runs in this thread: all hosts live in one.
+    static bool IsOwnThread();
     /// For the scheduler, which has each process find its own.
     static void SetCurrent(Host* host) { current = host; }
 
@@ -146,6 +150,10 @@ class Host {
 
     /// Notes a misbehaviour of the plug-in, as a whole sentence.
     void Report(std::string problem);
+    /// Takes notice of what a plug-in told a debugger: each line is a problem or a remark.
+    void HearDebugText(std::string_view text);
+    /// Takes notice of all that was set aside.
+    void HearAsides();
 
     /// Makes the next call of this service (a name from host/boundary/Selectors.h) answer `code`
     /// and do nothing else; said several times, the calls after it, in turn. One that is never made

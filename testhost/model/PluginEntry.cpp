@@ -1,6 +1,7 @@
 #include "testhost/model/PluginEntry.h"
 
 #include "testhost/model/Host.h"
+#include "testhost/model/UnderWay.h"
 
 #include <utility>
 
@@ -48,6 +49,7 @@ long CallPlugin(Host& host, PluginEntry function, void* const words[4], long sel
     // 4, 8, 12, 4, ... with every call.
     const unsigned long offset = 4 + 4 * (host.log.PluginCallCount() % 3);
     const Host::Scope scope(host);
+    const EntryUnderWay underWay(host.log.Calls().back().Describe());
     ++host.log.depth;
     const long left = CallMisaligned(function, words, offset);
     --host.log.depth;

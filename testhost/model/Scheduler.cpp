@@ -2,9 +2,9 @@
 
 #include "platform/CallingConvention.h"
 #include "testhost/model/Host.h"
+#include "testhost/model/UnderWay.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <utility>
 
@@ -53,6 +53,7 @@ struct Scheduler::Task {
     Wait wait;
     bool waitsForMain = false;
     Host* currentHost = nullptr;
+    const EntryUnderWay* underWay = nullptr;
     std::vector<CurrentIn> current;
 };
 
@@ -235,9 +236,7 @@ void Scheduler::CheckPatience(Host& host) {
     const std::string process = "Process " + std::to_string(host.currentProcess);
     if (mainTurns == 2 * patience) {
         host.Report(process + " did not end although it was asked to. The run ends here.");
-        std::fprintf(stderr, "%s\n", host.problems.back().c_str());
-        std::fflush(nullptr);
-        TerminateProcess(GetCurrentProcess(), 1);
+        RaiseException(stuckException, EXCEPTION_NONCONTINUABLE, 0, nullptr);
     }
     host.Report(process + " gave way " + std::to_string(patience) +
                 " times in one call into the plug-in. All processes are asked to end.");
@@ -289,6 +288,7 @@ void Scheduler::SwitchTo(Task& next) {
 
 void Scheduler::KeepCurrent(Task& task) const {
     task.currentHost = Host::Current();
+    task.underWay = EntryUnderWay::Innermost();
     task.current.clear();
     for (Host* host : hosts) {
         task.current.push_back({host, host->currentProcess, host->log.depth});
@@ -297,6 +297,7 @@ void Scheduler::KeepCurrent(Task& task) const {
 
 void Scheduler::RestoreCurrent(const Task& task) const {
     Host::SetCurrent(task.currentHost);
+    EntryUnderWay::SetInnermost(task.underWay);
     for (const CurrentIn& kept : task.current) {
         if (std::ranges::find(hosts, kept.host) != hosts.end()) {
             kept.host->currentProcess = kept.process;

@@ -7,6 +7,9 @@
 
 class Host;
 
+/// Exception of the system with which a session ends whose plug-in never stops giving way.
+constexpr unsigned long stuckException = 0xE0AB0128;
+
 /// Time in the host: ticks of 1/60 s since it was made. It passes only as the scheduler says, so
 /// that every run is alike.
 using Ticks = unsigned long long;

@@ -1,16 +1,20 @@
 #include "testhost/plugins/Library.h"
 
+#include "testhost/plugins/Faults.h"
 #include "testhost/plugins/PortableExecutable.h"
 #include "testhost/values/Encodings.h"
 
 #include <fstream>
 #include <iterator>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include <windows.h>
 
 namespace {
+std::vector<std::string> unloadFaults;
+
 [[noreturn]] void Fail(const std::filesystem::path& path, const std::string& reason) {
     throw PluginLoadError(Shown(path) + ": " + reason);
 }
@@ -68,6 +72,23 @@ std::string MissingImports(const std::filesystem::path& folder,
     return missing;
 }
 
+HMODULE Load(const std::filesystem::path& path) {
+    const FaultRecorder recorder;
+    HMODULE loaded = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    const DWORD error = GetLastError();
+    if (loaded == nullptr && recorder.Last()) {
+        throw PluginLoadCrash(Shown(path) + ": the library crashed in DllMain at " +
+                              *recorder.Last() + ".");
+    }
+    if (loaded == nullptr) {
+        Fail(path,
+             error == ERROR_DLL_INIT_FAILED
+                 ? "the library's DllMain answered that it cannot be loaded."
+                 : "Windows could not load the library (error " + std::to_string(error) + ").");
+    }
+    return loaded;
+}
+
 PluginEntry FindEntry(HMODULE module, const char* name) {
     return reinterpret_cast<PluginEntry>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
@@ -80,11 +101,7 @@ PluginLibrary::PluginLibrary(const std::filesystem::path& path) {
     if (!missing.empty()) {
         Fail(path, "the library imports what is not there:" + missing);
     }
-    HMODULE loaded = LoadLibraryExW(full.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-    if (loaded == nullptr) {
-        Fail(path,
-             "Windows could not load the library (error " + std::to_string(GetLastError()) + ").");
-    }
+    HMODULE loaded = Load(full);
     entries = {FindEntry(loaded, "FourDPack"), FindEntry(loaded, "FourDPackex")};
     if (entries.pack == nullptr) {
         FreeLibrary(loaded);
@@ -94,6 +111,18 @@ PluginLibrary::PluginLibrary(const std::filesystem::path& path) {
     folder = full.parent_path().make_preferred() / "";
 }
 
-PluginLibrary::~PluginLibrary() {
-    FreeLibrary(static_cast<HMODULE>(module));
+void PluginLibrary::Unload() {
+    if (module == nullptr) {
+        return;
+    }
+    const FaultRecorder recorder;
+    FreeLibrary(static_cast<HMODULE>(std::exchange(module, nullptr)));
+    if (recorder.Last()) {
+        unloadFaults.push_back("The library crashed when it was unloaded, at " + *recorder.Last() +
+                               ".");
+    }
+}
+
+std::vector<std::string> PluginLibrary::TakeUnloadFaults() {
+    return std::exchange(unloadFaults, {});
 }

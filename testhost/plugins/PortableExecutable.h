@@ -18,4 +18,7 @@ struct PortableExecutable {
 
     /// Reads the bytes of a whole file; nothing when they are no PE file.
     static std::optional<PortableExecutable> Parse(std::span<const unsigned char> file);
+    /// Name of the function at an address relative to the loaded image, as its author wrote it;
+    /// empty when the file has no symbol table, as one that was stripped.
+    static std::string FunctionAt(std::span<const unsigned char> file, unsigned long address);
 };

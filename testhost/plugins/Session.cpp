@@ -126,6 +126,7 @@ void Session::Enter(long selector, void* params, void* data, void* result, std::
         host.Report("The entry point left " + std::to_string(left) +
                     " bytes of its arguments on the stack: it must remove them (stdcall).");
     }
+    host.HearAsides();
     CollectToolboxProblems();
 }
 

@@ -1,6 +1,7 @@
 #include "testhost/services/Dispatch.h"
 
 #include "platform/ResultCodes.h"
+#include "testhost/model/Asides.h"
 #include "testhost/services/Service.h"
 
 #include <algorithm>
@@ -121,6 +122,12 @@ void LeaveIfKilled(Host& host) {
 template <typename Block>
 long Dispatch(long number, Block* block, EngineFields* engine) {
     constexpr bool isEngine = std::is_same_v<Block, FDEngineBlock>;
+    if (!Host::IsOwnThread()) {
+        SetAside({true, "The host was called (selector " + std::to_string(number) +
+                            ") from a thread that is not its own: only the one in which it calls "
+                            "the plug-in may do so."});
+        return notImplemented;
+    }
     Host* host = Host::Current();
     if (host == nullptr) {
         std::fprintf(stderr, "The host was called (selector %ld) outside any call from it.\n",
@@ -162,7 +169,7 @@ long EngineHostCall(long selector, FDEngineBlock* block) {
 }
 
 long MissingEngineCall(long selector, FDEngineBlock*) {
-    if (Host* host = Host::Current()) {
+    if (Host* host = Host::IsOwnThread() ? Host::Current() : nullptr) {
         host->Report("The engine call-back was called (selector " + std::to_string(selector) +
                      ") on a host without engine.");
     }

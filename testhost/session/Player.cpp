@@ -1,5 +1,6 @@
 #include "testhost/session/Player.h"
 
+#include "testhost/model/UnderWay.h"
 #include "testhost/values/Encodings.h"
 
 #include <numeric>
@@ -14,12 +15,19 @@ size_t Total(const Stage& stage, Count count) {
 }
 } // namespace
 
-Player::Player(Session& playedSession, std::ostream& output, bool quietly)
+Player::Player(Session& playedSession, std::ostream& output, bool quietly, Progress* progress)
     : ownStage(new Stage{.out = output, .quiet = quietly}),
       stage(*ownStage),
       session(playedSession),
       host(playedSession.host) {
     stage.current = this;
+    if (progress != nullptr) {
+        stage.progress = progress;
+        stage.before = progress->account;
+    }
+    EntryUnderWay::onChanged = [now = stage.progress](const EntryUnderWay* entry) {
+        Progress::Copy(now->underWay, entry != nullptr ? entry->name : "");
+    };
     Watch();
 }
 
@@ -33,16 +41,23 @@ Player::Player(Session& playedSession, Stage& sharedStage, std::string hostName)
 }
 
 Player::~Player() {
+    if (ownStage != nullptr) {
+        EntryUnderWay::onChanged = nullptr;
+    }
     host.log.onAdded = nullptr;
     host.boxes.onShown = nullptr;
     host.dialogs.onNote = nullptr;
     host.dialogs.onFailure = nullptr;
     host.onProblem = nullptr;
+    host.onDebugText = nullptr;
 }
 
 void Player::Watch() {
     stage.players.push_back(this);
-    host.log.onAdded = [this](const LoggedCall& call) { Print(call); };
+    host.log.onAdded = [this](const LoggedCall& call) {
+        KeepAccount();
+        Print(call);
+    };
     host.boxes.onShown = [this](const HostBox& box) {
         Note(std::string(box.kind == HostBox::Kind::Alert ? "alert" : "confirm") + ": " +
              Quoted(box.text));
@@ -51,7 +66,9 @@ void Player::Watch() {
     host.dialogs.onFailure = [this](const UserAction& action, const std::string& reason) {
         At(action.place, [&] { Fail(reason); });
     };
+    host.onDebugText = [this](const std::string& text) { Note("debugger: " + Quoted(text)); };
     host.onProblem = [this](const std::string& problem) {
+        KeepAccount();
         stage.out << "PROBLEM " << stage.place << ": " << heading << problem << std::endl;
     };
 }
@@ -82,14 +99,17 @@ void Player::Echo(const std::string& text) {
 
 void Player::Expect(bool expectationHeld, const std::string& expected, const std::string& got) {
     if (expectationHeld) {
-        ++stage.held;
+        ++stage.progress->account.held;
         return;
     }
     Fail("expected " + expected + ", got " + got);
 }
 
 void Player::Fail(const std::string& reason) {
-    ++stage.failed;
+    if (stage.isSettingUp) {
+        return;
+    }
+    ++stage.progress->account.failed;
     stage.out << "FAILED " << stage.place << ": " << heading << reason << std::endl;
 }
 
@@ -113,6 +133,7 @@ size_t Player::OpenProblems() const {
 
 void Player::AcceptProblems() {
     acceptedProblems = host.problems.size();
+    KeepAccount();
 }
 
 void Player::Stop() {
@@ -148,25 +169,91 @@ void Player::StopAll() {
     session.ReportLeaks();
 }
 
-bool Player::Play(const Script& script) {
-    stage.scriptFolder = FromUtf8(script.name.substr(0, script.name.find_last_of("/\\") + 1));
-    for (const Statement& statement : script.statements) {
-        stage.place = script.name + ":" + std::to_string(statement.line);
-        try {
-            statement.play(*stage.current);
-        } catch (const std::runtime_error& error) {
-            stage.current->Fail(error.what());
+void Player::KeepAccount() {
+    Account& account = stage.progress->account;
+    const auto total = [this](auto count) { return Total(stage, count); };
+    account.pluginCalls = stage.before.pluginCalls + total([](const Player& player) {
+                              return player.host.log.PluginCallCount();
+                          });
+    account.hostCalls = stage.before.hostCalls +
+                        total([](const Player& player) { return player.host.log.HostCallCount(); });
+    account.problems =
+        stage.before.problems + total([](const Player& player) { return player.OpenProblems(); });
+}
+
+void Player::PlayStatement(const Script& script, size_t number) {
+    const Statement& statement = script.statements[number];
+    stage.place = script.name + ":" + std::to_string(statement.line);
+    stage.progress->Begin(number, stage.place, statement.text);
+    try {
+        statement.play(*stage.current);
+    } catch (const std::runtime_error& error) {
+        stage.current->Fail(error.what());
+    }
+    stage.out << std::flush; // a crash shows all that was printed before
+}
+
+// After a crash: sets the host up once more, without a word, as it was before the next `start`, and
+// answers the number of that statement. What stands before it is played by nobody.
+size_t Player::SetUpAgain(const Script& script) {
+    const size_t from = stage.progress->resumeFrom;
+    size_t next = from;
+    while (next < script.statements.size() && !script.statements[next].starts) {
+        ++next;
+    }
+    stage.progress->account.notPlayed += next - from;
+    if (next == script.statements.size()) {
+        return next;
+    }
+    const bool quiet = std::exchange(stage.quiet, true);
+    stage.isSettingUp = true;
+    for (size_t number = 0; number < next; ++number) {
+        if (script.statements[number].setsUp) {
+            PlayStatement(script, number);
         }
     }
+    stage.isSettingUp = false;
+    stage.quiet = quiet;
+    return next;
+}
+
+bool Player::Play(const Script& script) {
+    PlayAll(script);
+    return Finish();
+}
+
+void Player::PlayAll(const Script& script) {
+    Progress& progress = *stage.progress;
+    stage.scriptFolder = FromUtf8(script.name.substr(0, script.name.find_last_of("/\\") + 1));
+    progress.statements = script.statements.size();
+    progress.Enter(Progress::Phase::Playing);
+    const size_t first = progress.resumeFrom == 0 ? 0 : SetUpAgain(script);
+    for (size_t number = first; number < script.statements.size(); ++number) {
+        PlayStatement(script, number);
+    }
     stage.place = script.name + ":end";
+    progress.Begin(script.statements.size(), stage.place, "");
+    progress.Enter(Progress::Phase::Stopping);
     StopAll();
-    const size_t problems =
-        Total(stage, [](const Player& player) { return player.OpenProblems(); });
-    stage.out << Total(stage,
-                       [](const Player& player) { return player.host.log.PluginCallCount(); })
-              << " calls into the plug-in, "
-              << Total(stage, [](const Player& player) { return player.host.log.HostCallCount(); })
-              << " calls into the host, " << stage.held << " expectations held, " << stage.failed
-              << " failed, " << problems << " problems" << std::endl;
-    return stage.failed == 0 && problems == 0;
+    KeepAccount();
+    LetFurtherHostsGo();
+}
+
+// Their libraries are unloaded with them; their counts stay.
+void Player::LetFurtherHostsGo() {
+    for (const Player* player : stage.players) {
+        if (player != this) {
+            stage.before.pluginCalls += player->host.log.PluginCallCount();
+            stage.before.hostCalls += player->host.log.HostCallCount();
+            stage.before.problems += player->OpenProblems();
+        }
+    }
+    stage.current = this;
+    stage.players = {this};
+    stage.further.clear();
+}
+
+bool Player::Finish() {
+    stage.out << stage.progress->account.Describe() << std::endl;
+    return stage.progress->account.IsGood();
 }

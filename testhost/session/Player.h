@@ -3,6 +3,7 @@
 #include "testhost/model/Network.h"
 #include "testhost/plugins/Session.h"
 #include "testhost/session/Area.h"
+#include "testhost/session/Progress.h"
 #include "testhost/session/Script.h"
 
 #include <filesystem>
@@ -25,8 +26,10 @@ struct Stage {
     std::filesystem::path resources =
         {};                              ///< its resource file: further hosts have copies; or empty
     std::filesystem::path pictures = {}; ///< folder for pictures of windows; empty: none are made
-    size_t held = 0;
-    size_t failed = 0;
+    Progress ownProgress = {};
+    Progress* progress = &ownProgress;  ///< kept up to date with every crossing
+    Account before = progress->account; ///< of processes that played what comes before
+    bool isSettingUp = false; ///< what is played was played before, by a process that crashed
     Network network = {};
     std::vector<Player*> players = {}; ///< the script's own host first
     Player* current = nullptr;         ///< whom the statements concern
@@ -38,17 +41,23 @@ struct Stage {
 /// and every problem, and counts the expectations that held and failed.
 class Player {
   public:
-    /// A quiet player prints expectations that failed, problems and what `echo` says.
-    Player(Session& playedSession, std::ostream& output, bool quietly);
+    /// A quiet player prints expectations that failed, problems and what `echo` says. How far it
+    /// is stands in `progress`, if any, where it goes on.
+    Player(Session& playedSession, std::ostream& output, bool quietly,
+           Progress* progress = nullptr);
     /// A further host of the same script; what is printed of it is headed with its name.
     Player(Session& playedSession, Stage& sharedStage, std::string hostName);
     ~Player();
     Player(const Player&) = delete;
     Player& operator=(const Player&) = delete;
 
-    /// Plays the whole script, stops the plug-in if the script did not, and prints a summary.
-    /// Answers whether every expectation held and no problem is left over.
+    /// PlayAll, then Finish.
     bool Play(const Script& script);
+    /// Plays the whole script and stops the plug-in if the script did not; the further hosts are
+    /// gone then.
+    void PlayAll(const Script& script);
+    /// Prints the account. Answers whether every expectation held and no problem is left over.
+    bool Finish();
 
     /// Counts an expectation, and says so when it failed.
     void Expect(bool held, const std::string& expected, const std::string& got);
@@ -66,9 +75,6 @@ class Player {
     /// Does something that another line of the script asked for: what it says has that place.
     void At(const std::string& place, const std::function<void()>& act);
 
-    /// Where the script stands: "name:line". For a report about a crash.
-    const std::string& Place() const { return stage.place; }
-
   private:
     std::unique_ptr<Stage> ownStage; ///< the first player's
 
@@ -85,8 +91,12 @@ class Player {
   private:
     void Watch();
     void Print(const LoggedCall& call);
+    void PlayStatement(const Script& script, size_t number);
+    size_t SetUpAgain(const Script& script);
+    void KeepAccount();
     void Stop();
     void StopAll();
+    void LetFurtherHostsGo();
     void FailUnusedActions();
 
     std::string heading; ///< of each line; empty for the script's own host

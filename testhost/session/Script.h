@@ -12,7 +12,10 @@ using Action = std::function<void(Player&)>;
 
 /// One line of a script.
 struct Statement {
-    size_t line; ///< from 1
+    size_t line;      ///< from 1
+    std::string text; ///< of the line, without blanks around it
+    bool starts;      ///< starts the plug-in
+    bool setsUp;      ///< says what the host is, and is played anew for a host that is made anew
     /// Throws ScriptError when the script's variables make the line a wrong one.
     Action play;
 };

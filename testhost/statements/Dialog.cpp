@@ -12,7 +12,7 @@ using ObjectCheck = std::function<void(Player&, const ObjectState&)>;
 Action Queue(UserAction action) {
     return [action = std::move(action)](Player& player) {
         player.host.dialogs.actions.push_back(action);
-        player.host.dialogs.actions.back().place = player.Place();
+        player.host.dialogs.actions.back().place = player.stage.place;
     };
 }
 
@@ -175,7 +175,7 @@ Action ParseUserCancel(Words&) {
 
 Action Look(std::function<void(Player&, const DialogState&)> look) {
     return [look = std::move(look)](Player& player) {
-        const std::string place = player.Place();
+        const std::string place = player.stage.place;
         Queue({.kind = UserAction::Kind::Look,
                .look = [&player, look, place](const DialogState& state) {
                    player.At(place, [&] { look(player, state); });

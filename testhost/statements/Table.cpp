@@ -235,6 +235,22 @@ Action PlayLine(std::string line) {
         ParseLine(std::move(words))(player);
     };
 }
+
+// Statements that say what the host is, by their first words.
+constexpr std::string_view setUps[] = {"database", "host", "method", "on",
+                                       "process",  "set",  "window"};
+
+Statement MakeStatement(size_t line, std::string_view content) {
+    constexpr std::string_view blanks = " \t\r";
+    content.remove_prefix(std::min(content.find_first_not_of(blanks), content.size()));
+    content = content.substr(0, content.find_last_not_of(blanks) + 1);
+    const std::string_view word = content.substr(0, content.find_first_of(blanks));
+    return {.line = line,
+            .text = std::string(content),
+            .starts = word == "start",
+            .setsUp = std::ranges::find(setUps, word) != std::end(setUps),
+            .play = PlayLine(std::string(content))};
+}
 } // namespace
 
 Script ParseScript(std::string_view text, std::string name) {
@@ -252,7 +268,7 @@ Script ParseScript(std::string_view text, std::string name) {
                 return std::wstring();
             });
             if (ParseLine(std::move(words))) {
-                script.statements.push_back({line, PlayLine(std::string(content))});
+                script.statements.push_back(MakeStatement(line, content));
             }
         } catch (const ScriptError& error) {
             script.errors.push_back(script.name + ":" + std::to_string(line) + ": " + error.what());

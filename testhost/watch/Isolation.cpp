@@ -1,0 +1,170 @@
+#include "testhost/watch/Isolation.h"
+
+#include "testhost/model/ScratchFolder.h"
+#include "testhost/values/Encodings.h"
+#include "testhost/watch/Child.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <stdexcept>
+
+#include <windows.h>
+
+namespace {
+constexpr int somethingFailed = 1;
+
+// Progress that a child shares.
+class SharedProgress {
+  public:
+    SharedProgress() : mapping(Make()) {
+        if (void* const view =
+                MapViewOfFile(mapping, FILE_MAP_ALL_ACCESS, 0, 0, sizeof(Progress))) {
+            progress = new (view) Progress;
+        } else {
+            throw std::runtime_error("testhost: there is no memory to share with the session");
+        }
+    }
+    ~SharedProgress() {
+        UnmapViewOfFile(progress);
+        CloseHandle(mapping);
+    }
+    SharedProgress(const SharedProgress&) = delete;
+    SharedProgress& operator=(const SharedProgress&) = delete;
+
+    Progress* operator->() { return progress; }
+    Progress& operator*() { return *progress; }
+    /// For the child's command line.
+    std::wstring Option() const {
+        return L" " + FromUtf8(progressOption) + L"=" +
+               std::to_wstring(reinterpret_cast<unsigned long>(mapping));
+    }
+
+  private:
+    static HANDLE Make() {
+        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+        return CreateFileMappingW(INVALID_HANDLE_VALUE, &inherited, PAGE_READWRITE, 0,
+                                  sizeof(Progress), nullptr);
+    }
+
+    HANDLE mapping;
+    Progress* progress = nullptr;
+};
+
+// The standard input as a file, from which each child can read.
+class InputFile {
+  public:
+    explicit InputFile(const std::string& folder) : path(FromAnsi(folder) + L"script") {
+        std::ofstream(std::filesystem::path(path), std::ios::binary) << std::cin.rdbuf();
+    }
+    HANDLE Open() const {
+        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+        return CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, &inherited, OPEN_EXISTING,
+                           0, nullptr);
+    }
+
+  private:
+    std::wstring path;
+};
+
+const char* Word(ChildEnd::Kind kind) {
+    switch (kind) {
+    case ChildEnd::Kind::TimedOut:
+        return "TIMED OUT";
+    case ChildEnd::Kind::Interrupted:
+        return "INTERRUPTED";
+    default:
+        return "CRASHED";
+    }
+}
+
+// "demo.session:12 (call 3), in command 3()".
+std::string Where(const Progress& progress) {
+    switch (progress.phase) {
+    case Progress::Phase::Preparing:
+        return "before the script";
+    case Progress::Phase::Loading:
+        return "while the plug-in was loaded";
+    case Progress::Phase::Unloading:
+    case Progress::Phase::Done:
+        return "after the script, when the plug-in was unloaded";
+    default:
+        break;
+    }
+    std::string where = progress.place.data();
+    if (progress.line[0] != '\0') {
+        where += std::string(" (") + progress.line.data() + ")";
+    }
+    if (progress.underWay[0] != '\0') {
+        where += std::string(", in ") + progress.underWay.data();
+    }
+    return where;
+}
+
+void Report(const ChildEnd& end, const Progress& progress) {
+    std::cout << Word(end.kind) << " " << Where(progress);
+    if (!end.what.empty()) {
+        std::cout << ": " << end.what;
+    }
+    std::cout << "\n";
+    for (const std::string& call : end.calls) {
+        std::cout << "  in " << call << "\n";
+    }
+    std::cout << std::flush;
+}
+
+// Makes this the folder for temporary files of the processes that are started from now on: whatever
+// they leave there goes with it.
+void UseForTemporaryFiles(const std::string& folder) {
+    for (const wchar_t* name : {L"TEMP", L"TMP"}) {
+        SetEnvironmentVariableW(name, FromAnsi(folder).c_str());
+    }
+}
+} // namespace
+
+int PlayIsolated(const IsolatedSession& session) {
+    ScratchFolder scratch;
+    const std::string folder = scratch.Path();
+    std::unique_ptr<InputFile> input;
+    if (session.readsInput) {
+        input = std::make_unique<InputFile>(folder);
+    }
+    UseForTemporaryFiles(folder);
+    SharedProgress progress;
+    ChildStart start{.commandLine = GetCommandLineW() + progress.Option(),
+                     .plugin = session.plugin,
+                     .timeout = session.timeout * 1000};
+    while (true) {
+        start.input = input != nullptr ? input->Open() : nullptr;
+        const ChildEnd end = RunChild(start, *progress);
+        if (start.input != nullptr) {
+            CloseHandle(start.input);
+        }
+        if (end.kind == ChildEnd::Kind::Finished) {
+            return progress->exitCode;
+        }
+        Report(end, *progress);
+        progress->account.crashes += end.kind != ChildEnd::Kind::Interrupted ? 1 : 0;
+        const bool played = progress->phase >= Progress::Phase::Playing;
+        const size_t next =
+            std::min(played ? progress->statement + 1 : progress->resumeFrom, progress->statements);
+        const bool goesOn = session.keepsGoing && end.kind != ChildEnd::Kind::Interrupted &&
+                            progress->phase == Progress::Phase::Playing;
+        if (!goesOn) {
+            progress->account.notPlayed += progress->statements - next;
+            std::cout << progress->account.Describe() << std::endl;
+            return somethingFailed;
+        }
+        progress->resumeFrom = next;
+        progress->phase = Progress::Phase::Preparing;
+        progress->underWay = {};
+    }
+}
+
+Progress* OpenProgress(unsigned long handle) {
+    return static_cast<Progress*>(MapViewOfFile(reinterpret_cast<HANDLE>(handle),
+                                                FILE_MAP_ALL_ACCESS, 0, 0, sizeof(Progress)));
+}
