@@ -1,9 +1,12 @@
 // Parameters and results, each through a command that the host calls.
 
+#include "host/FourD.h"
+#include "platform/Toolbox.h"
 #include "shell/base/Strings.h"
 #include "tests/Fixture.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
@@ -173,10 +176,10 @@ TEST_P(CommandsTest, SettersWriteTheWholeOfEachKindAndNoMore) {
         {RealValue(0), [](CXParam* p, CXResult*) { p[0].SetNativeReal(-1e-9); }, RealValue(-1e-9)},
         {DateValue(1, 1, 1),
          [](CXParam* p, CXResult*) {
-             const DateBlock date = {.day = 9, .month = 8, .year = -7};
+             const DateBlock date = {.day = 9, .month = 8, .year = 32767};
              p[0].SetDate4D(&date);
          },
-         DateValue(-7, 8, 9)},
+         DateValue(32767, 8, 9)},
         {StringValue("before"),
          [](CXParam* p, CXResult*) {
              p[0].SetString(reinterpret_cast<const unsigned char*>("\3new"));
@@ -192,6 +195,66 @@ TEST_P(CommandsTest, SettersWriteTheWholeOfEachKindAndNoMore) {
         Call(row.handler, arguments, ValueKind::None);
         EXPECT_EQ(arguments.At(1), row.after) << row.before;
     }
+}
+
+// Each is said once, by whoever looks at it, and what is there is released all the same.
+TEST_P(CommandsTest, ValuesThatDoNotHoldTogetherAreProblems) {
+    struct Row {
+        std::vector<TypedValue> values;
+        CommandHandler handler;
+        const char* problem;
+        ValueKind result = ValueKind::None;
+    };
+    const Row rows[] = {
+        {{TextValue("four")},
+         [](CXParam* p, CXResult*) { p[0].GetTextBlockPtr()->length = 40; },
+         "Command 1: parameter 1 holds a text of the length 40 whose handle holds 4 bytes."},
+        {{LongValue(1), TextValue("x")},
+         [](CXParam* p, CXResult*) { DisposeHandle(p[1].GetTextBlockPtr()->text); },
+         "Command 1: parameter 2 holds a text whose handle was disposed of."},
+        {{TextValue("one"), TextValue("")},
+         [](CXParam* p, CXResult*) { *p[1].GetTextBlockPtr() = *p[0].GetTextBlockPtr(); },
+         "Command 1: parameter 2 holds a handle that parameter 1 holds."},
+        {{BooleanValue(true)},
+         [](CXParam* p, CXResult*) { p[0].SetBoolean(2); },
+         "Command 1: parameter 1 holds the boolean 2, which is neither 0 nor 1."},
+        {{LongArrayValue({1, 2})},
+         [](CXParam* p, CXResult*) { p[0].GetVarRecPtr()->array.count = 3; },
+         "Command 1: parameter 1 holds an array of 3 elements whose storage has room for 2 and "
+         "element 0."},
+        {{ArrayValue(ValueKind::DateArray, {DateValue(2026, 1, 1)})},
+         [](CXParam* p, CXResult*) {
+             reinterpret_cast<DateBlock*>(*p[0].GetVarRecPtr()->array.elements)[1].month = 13;
+         },
+         "Command 1: parameter 1 holds in element 1 the date 2026-13-01, which is none."},
+        {{},
+         [](CXParam*, CXResult* result) {
+             TextBlock text{1, nullptr};
+             std::memcpy(result->GetCTextBlockPtr(), &text, sizeof text);
+         },
+         "Command 1: the result holds a text of the length 1 without a handle.",
+         ValueKind::Text},
+        {{TextValue("")},
+         [](CXParam* p, CXResult*) {
+             FourD::GetTextVar(PascalString("x"), &p[0].GetTextBlockPtr()->text, 0);
+         },
+         "Command 1: parameter 1 holds what the variable \"x\" holds."},
+        {{},
+         [](CXParam*, CXResult*) {
+             Handle text = nullptr;
+             FourD::GetTextVar(PascalString("x"), &text, 0);
+             SetHandleSize(text, 2);
+         },
+         "The variable \"x\" holds a text of the length 3 whose handle holds 2 bytes."},
+    };
+    host.variables.Set(1, "x", TextValue("xyz"));
+    for (const Row& row : rows) {
+        Call(row.handler, row.values, row.result);
+        EXPECT_EQ(TakeProblems(), std::vector<std::string>{row.problem});
+    }
+    // What the caller chose is nobody's fault.
+    const CommandHandler nothing = [](CXParam*, CXResult*) {};
+    Call(nothing, {TypedValue{.kind = ValueKind::Boolean, .numbers = {7}}, DateValue(1, 2, 31)});
 }
 
 TEST_P(CommandsTest, PointersLeadToTheirTarget) {

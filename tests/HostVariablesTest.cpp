@@ -1,6 +1,7 @@
 // Variables by name: what the wrappers send, whose handles change hands, how values lie, and what
 // the stand-in host makes of values that cannot be.
 
+#include "data/Variables.h"
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
@@ -314,13 +315,14 @@ TEST_P(HostVariablesTest, ReplacedValuesAreReleasedAndWhatStaysIsNot) {
 TEST_P(HostVariablesTest, ValuesThatCannotBeAreReportedAndStayThePlugIns) {
     Set("a", TextValue("a's own"));
     const OwnedHandle mine("mine");
+    const Handle hostHandle = ToolboxNewHostHandle(1);
     struct Row {
         const char* problem;
         std::function<void(ValueBlock&)> fill;
     };
     std::vector<Row> rows = {
         {"the type 3", [](ValueBlock& value) { value.type = 3; }},
-        {"no live toolbox handle",
+        {"a text whose handle is no handle",
          [](ValueBlock& value) {
              value.text = {1, reinterpret_cast<Handle>(0x1234)};
          }},
@@ -328,15 +330,15 @@ TEST_P(HostVariablesTest, ValuesThatCannotBeAreReportedAndStayThePlugIns) {
          [&](ValueBlock& value) {
              value.text = {1, TextHandle("a")};
          }},
-        {"length is not in its handle",
+        {"a text of the length 5 whose handle holds 4 bytes",
          [&](ValueBlock& value) {
              value.text = {5, mine};
          }},
-        {"length is not in its handle",
+        {"a text of the length 1 without a handle",
          [](ValueBlock& value) {
              value.text = {1, nullptr};
          }},
-        {"elements are not in its handle",
+        {"an array of 1 elements whose storage has room for 0 and element 0",
          [&](ValueBlock& value) {
              value.type = ValueType::LongArray;
              value.array = {1, mine, 0};
@@ -350,6 +352,9 @@ TEST_P(HostVariablesTest, ValuesThatCannotBeAreReportedAndStayThePlugIns) {
                         }});
     } else {
         rows.push_back({"the type 33", [](ValueBlock& value) { value.type = 33; }});
+        rows.push_back({"a text whose handle is the host's", [&](ValueBlock& value) {
+                            value.text = {1, hostHandle};
+                        }});
     }
     for (const Row& row : rows) {
         ValueBlock value{};
@@ -359,10 +364,29 @@ TEST_P(HostVariablesTest, ValuesThatCannotBeAreReportedAndStayThePlugIns) {
         EXPECT_THAT(TakeProblems(), testing::ElementsAre(HasSubstr(row.problem)));
         EXPECT_EQ(host.variables.Find(1, "b"), nullptr);
     }
+    EXPECT_EQ(ToolboxDisposeHostHandle(hostHandle), 0);
     EXPECT_EQ(FourD::SetLongVar(PascalString(""), 1), ResultCode::BadParameter);
     host.options.callerCompiled = true; // the types of variables are fixed
     EXPECT_EQ(FourD::SetLongVar(a, 1), ResultCode::BadParameter);
     EXPECT_EQ(Value("a"), TextValue("a's own"));
+}
+
+// Whoever reads the variable works on it as ever.
+TEST_P(HostVariablesTest, TakeOverHandlesOfTheHostFrom110On) {
+    if (!host.HasEngine()) {
+        GTEST_SKIP() << "hosts before 11.0 have no handles of their own";
+    }
+    const Handle given = FourD::NewHandleV11(4);
+    std::memcpy(*given, "host", 4);
+    ValueBlock value{};
+    value.type = ValueType::Blob;
+    value.blob = {4, given};
+    EXPECT_EQ(FourD::SetVariable(a, &value, 0), 0);
+    EXPECT_EQ(Value("a").texts, std::vector<std::string>{"host"});
+    CFourDBlobVar("a").SetBlobValue(OwnedHandle("longer"));
+    EXPECT_EQ(Value("a").texts, std::vector<std::string>{"longer"});
+    FourD::SetLongVar(a, 1);
+    EXPECT_EQ(ToolboxLiveHostHandles(), 0);
 }
 
 TEST_P(HostVariablesTest, BelongToTheirProcessOrToAll) {

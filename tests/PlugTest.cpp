@@ -10,6 +10,7 @@
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
+using testing::HasSubstr;
 
 namespace {
 
@@ -131,6 +132,48 @@ TEST_P(PlugTest, HandlersRunOnAnAlignedStackAndMayThrow) {
     for (int i = 0; i < 4; ++i) {
         EXPECT_EQ(session.Call(1, {}, ValueKind::Long), LongValue(0));
         EXPECT_EQ(session.Call(2, {}, ValueKind::Long), LongValue(7));
+    }
+}
+
+extern "C" __attribute__((naked)) void ChangesRegisters() {
+    __asm__("movl $5, %ebx\n\tmovl $6, %edi\n\tmovl $7, %ebp\n\tret $16");
+}
+extern "C" __attribute__((naked)) void ChangesModes() {
+    __asm__("std\n\tfld1\n\tpushl $0x0C7F\n\tfldcw (%esp)\n\tmovl $0x9F80, (%esp)\n\t"
+            "ldmxcsr (%esp)\n\tpopl %eax\n\tret $16");
+}
+extern "C" __attribute__((naked)) void LeavesItsArguments() {
+    __asm__("ret");
+}
+extern "C" __attribute__((naked)) void TakesTooMuch() {
+    __asm__("ret $20");
+}
+
+// Nothing of it reaches the host, which goes on.
+TEST_P(PlugTest, EntriesThatChangeWhatTheyMustKeepAreProblems) {
+    using testing::ContainsRegex;
+    using Expected = std::vector<testing::Matcher<const std::string&>>;
+    struct Row {
+        void (*entry)();
+        Expected problems;
+    };
+    const Row rows[] = {
+        {ChangesRegisters,
+         {"Command 1 changed the register ebx, which it must keep: 0x11111111 before, 0x00000005 "
+          "after.",
+          HasSubstr("edi, which it must keep: 0x33333333 before, 0x00000006"),
+          ContainsRegex("ebp, which it must keep: 0x.* before, 0x00000007")}},
+        {ChangesModes,
+         {HasSubstr("the direction flag, which it must keep: 0x0 before, 0x1 after"),
+          ContainsRegex("the floating-point control word, .* 0x0C7F after"),
+          HasSubstr("0x1F80 before, 0x9F80 after"), HasSubstr("0xFFFF before, 0x3FFF after")}},
+        {LeavesItsArguments, {HasSubstr("left 16 bytes of its arguments")}},
+        {TakesTooMuch, {HasSubstr("the stack pointer")}},
+    };
+    for (const Row& row : rows) {
+        Session careless(host, {reinterpret_cast<PluginEntry>(row.entry)});
+        careless.Enter(1, nullptr, nullptr, nullptr, "command 1()");
+        EXPECT_THAT(TakeProblems(), testing::ElementsAreArray(row.problems));
     }
 }
 

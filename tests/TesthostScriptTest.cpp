@@ -201,7 +201,7 @@ TEST(TesthostScriptTest, ValuesSurviveTheHostsStorage) {
         for (bool compiled : {false, true}) {
             Arguments arguments({value}, compiled);
             EXPECT_EQ(arguments.At(1), value) << (compiled ? "compiled" : "interpreted");
-            EXPECT_TRUE(arguments.GuardProblems().empty()) << text;
+            EXPECT_EQ(arguments.StorageAt(1).GuardProblem(), std::nullopt) << text;
         }
     }
     Words hexadecimal("long 0xFFFFFFFE");

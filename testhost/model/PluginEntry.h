@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string>
 
 class Host;
@@ -9,7 +10,19 @@ using PluginEntry = void(__attribute__((__stdcall__)) *)(long selector, void* pa
                                                          void* result);
 
 /// Calls a function of a plug-in with four words, as the host does: as the current host, logged
-/// under `selector` and `what`, on a stack that is aligned to 4 bytes only. Answers how many bytes
-/// of its arguments the function left on the stack.
+/// under `selector` and `what`, on a stack that is aligned to 4 bytes only. Reports, with `who` in
+/// front ("Command 3"), what the function should have kept and did not: registers, flags, modes of
+/// the floating-point units, the stack; and what is wrong with the variables that it touched.
+/// Answers how many bytes of its arguments, 0 to 16, the function left on the stack.
 long CallPlugin(Host& host, PluginEntry function, void* const words[4], long selector,
-                std::string what);
+                std::string what, const std::string& who);
+
+/// The same for a function that leaves its arguments, any number of them, to its caller, and that
+/// is not logged.
+void CallPluginProcedure(Host& host, const void* function, std::span<void* const> words,
+                         const std::string& who);
+
+struct PluginFrame;
+/// The call into a plug-in that the running task is in; null outside. The scheduler keeps it for
+/// each task.
+extern "C" PluginFrame* innermostPluginFrame;

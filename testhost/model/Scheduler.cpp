@@ -2,6 +2,7 @@
 
 #include "platform/CallingConvention.h"
 #include "testhost/model/Host.h"
+#include "testhost/model/PluginEntry.h"
 #include "testhost/model/UnderWay.h"
 
 #include <algorithm>
@@ -26,6 +27,7 @@ struct CurrentIn {
     Host* host;
     long process;
     int depth;
+    TouchedVariables* touched;
 };
 } // namespace
 
@@ -54,6 +56,7 @@ struct Scheduler::Task {
     bool waitsForMain = false;
     Host* currentHost = nullptr;
     const EntryUnderWay* underWay = nullptr;
+    PluginFrame* pluginFrame = nullptr;
     std::vector<CurrentIn> current;
 };
 
@@ -98,7 +101,7 @@ bool Scheduler::Start(Host& host, long process, long stackSize, std::function<vo
     task->wait = {.host = &host, .process = process};
     task->currentHost = &host;
     for (Host* other : hosts) {
-        task->current.push_back({other, other == &host ? process : 1, 0});
+        task->current.push_back({other, other == &host ? process : 1, 0, nullptr});
     }
     tasks.push_back(std::move(task));
     return true;
@@ -289,19 +292,23 @@ void Scheduler::SwitchTo(Task& next) {
 void Scheduler::KeepCurrent(Task& task) const {
     task.currentHost = Host::Current();
     task.underWay = EntryUnderWay::Innermost();
+    task.pluginFrame = innermostPluginFrame;
     task.current.clear();
     for (Host* host : hosts) {
-        task.current.push_back({host, host->currentProcess, host->log.depth});
+        task.current.push_back(
+            {host, host->currentProcess, host->log.depth, host->variables.touched});
     }
 }
 
 void Scheduler::RestoreCurrent(const Task& task) const {
     Host::SetCurrent(task.currentHost);
     EntryUnderWay::SetInnermost(task.underWay);
+    innermostPluginFrame = task.pluginFrame;
     for (const CurrentIn& kept : task.current) {
         if (std::ranges::find(hosts, kept.host) != hosts.end()) {
             kept.host->currentProcess = kept.process;
             kept.host->log.depth = kept.depth;
+            kept.host->variables.touched = kept.touched;
         }
     }
 }

@@ -16,7 +16,8 @@ using Ticks = unsigned long long;
 
 /// Runs the processes of one or several hosts in turn, one at a time: whoever plays the session
 /// (the main task), and each process that has a body, on a stack of its own. A task runs until it
-/// gives way. Whatever is current (host, process, depth of the log) is kept for each task.
+/// gives way. Whatever is current (host, process, depth of the log, call into a plug-in) is kept
+/// for each task.
 ///
 /// Tasks have their turn in the order in which they were started. A tick passes with every round;
 /// when all of them sleep or wait, time jumps to the moment when the first goes on.

@@ -1,8 +1,10 @@
 #include "testhost/plugins/Arguments.h"
 
 #include "testhost/values/Storage.h"
+#include "testhost/values/Variables.h"
 
 #include <algorithm>
+#include <map>
 #include <stdexcept>
 
 namespace {
@@ -23,10 +25,12 @@ TypedStorage::TypedStorage(const TypedValue& value, bool isCompiled)
       bytes(size + 2 * guardSize, guardByte) {
     std::fill_n(bytes.begin() + guardSize, size, 0);
     Store(value, {compiled}, &bytes[guardSize]);
+    firstParts = Parts();
+    firstFault = FaultNow();
 }
 
 TypedStorage::~TypedStorage() {
-    Free(shape, {compiled}, &bytes[guardSize]);
+    FreeParts(PartsWithout(Parts(), disowned), {compiled});
 }
 
 void* TypedStorage::Address() {
@@ -35,6 +39,19 @@ void* TypedStorage::Address() {
 
 TypedValue TypedStorage::Read() const {
     return Fetch(shape, {compiled}, &bytes[guardSize]);
+}
+
+std::optional<std::string> TypedStorage::FaultNow() const {
+    return StorageFault(shape, {compiled}, &bytes[guardSize]);
+}
+
+std::optional<std::string> TypedStorage::Fault() const {
+    std::optional<std::string> fault = FaultNow();
+    return fault == firstFault ? std::nullopt : fault;
+}
+
+BlockParts TypedStorage::Parts() const {
+    return StoredParts(shape, {compiled}, &bytes[guardSize]);
 }
 
 std::optional<std::string> TypedStorage::GuardProblem() const {
@@ -55,17 +72,6 @@ Arguments::Arguments(const std::vector<TypedValue>& values, bool compiled) {
         storage.push_back(std::make_unique<TypedStorage>(value, compiled));
         pointers.push_back(storage.back()->Address());
     }
-}
-
-std::vector<std::string> Arguments::GuardProblems() const {
-    std::vector<std::string> problems;
-    for (size_t place = 0; place < storage.size(); ++place) {
-        if (auto problem = storage[place]->GuardProblem()) {
-            problems.push_back("parameter " + std::to_string(place + 1) + " was written " +
-                               *problem);
-        }
-    }
-    return problems;
 }
 
 bool ResultCell::Accepts(ValueKind kind) {
@@ -95,8 +101,8 @@ ResultCell::ResultCell(ValueKind resultKind)
 }
 
 ResultCell::~ResultCell() {
-    if (kind == ValueKind::Picture) {
-        Free(NullValue(kind), {}, reinterpret_cast<const unsigned char*>(&cell));
+    if (storage == nullptr) {
+        FreeParts(PartsWithout(Parts(), disowned), {});
     }
 }
 
@@ -112,7 +118,7 @@ TypedValue ResultCell::Read() const {
     case ValueKind::Long:
         return LongValue(word);
     case ValueKind::Picture:
-        return Fetch(NullValue(kind), {}, reinterpret_cast<const unsigned char*>(&cell));
+        return Fetch(NullValue(kind), {}, CellBytes());
     default:
         return storage->Read();
     }
@@ -128,4 +134,74 @@ std::optional<std::string> ResultCell::GuardProblem() const {
         return "over the address of its storage";
     }
     return storage->GuardProblem();
+}
+
+std::optional<std::string> ResultCell::Fault() const {
+    if (cell != storageAddress && storage != nullptr) {
+        return std::nullopt; // nothing was put where it belongs, which is said already
+    }
+    if (kind == ValueKind::Boolean && cell > 1) {
+        return "the boolean " + std::to_string(cell) + ", which is neither 0 nor 1";
+    }
+    return storage != nullptr ? storage->Fault() : ScalarFault(kind, CellBytes(), {});
+}
+
+BlockParts ResultCell::Parts() const {
+    BlockParts parts;
+    if (storage != nullptr) {
+        return storage->Parts();
+    }
+    AddScalarParts(kind, CellBytes(), parts);
+    return parts;
+}
+
+void ResultCell::Disown(const BlockParts& parts) {
+    if (storage != nullptr) {
+        return storage->Disown(parts);
+    }
+    disowned.Add(parts);
+}
+
+namespace {
+// Who holds which handle when a command has been called.
+using Holders = std::map<Handle, std::string>;
+
+// Checks one parameter, or the result: `what`.
+template <typename Checked>
+void Check(Checked& value, const std::string& what, HostVariables& variables, Holders& holders,
+           std::vector<std::string>& problems) {
+    if (const auto problem = value.GuardProblem()) {
+        problems.push_back(what + " was written " + *problem);
+    }
+    if (const auto fault = value.Fault()) {
+        problems.push_back(what + " holds " + *fault);
+    }
+    const BlockParts added = value.NewParts();
+    variables.TakeBack(added);
+    if (const HostVariable* holder = variables.Holder(added)) {
+        problems.push_back(what + " holds what the variable " + Quoted(holder->name) + " holds");
+        return value.Disown(added);
+    }
+    for (Handle handle : value.Parts().handles) {
+        const auto [place, isNew] = holders.emplace(handle, what);
+        if (!isNew) {
+            problems.push_back(
+                what + " holds a handle that " +
+                (place->second == what ? "it holds twice" : place->second + " holds"));
+            return;
+        }
+    }
+}
+} // namespace
+
+std::vector<std::string> CheckCall(Arguments& arguments, ResultCell& result,
+                                   HostVariables& variables) {
+    std::vector<std::string> problems;
+    Holders holders;
+    for (size_t number = 1; number <= arguments.Count(); ++number) {
+        Check(arguments.StorageAt(number), "parameter " + std::to_string(number), variables,
+              holders, problems);
+    }
+    Check(result, "the result", variables, holders, problems);
+    return problems;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "testhost/values/TypedValue.h"
+#include "testhost/values/Scalars.h"
 
 #include <cstddef>
 #include <memory>
@@ -8,8 +8,10 @@
 #include <string>
 #include <vector>
 
+class HostVariables;
+
 /// Storage of one value in the host's layout, with guard bytes on both sides. Handles in it are
-/// toolbox handles; whatever it holds at the end is freed with it.
+/// toolbox handles; whatever it holds at the end is freed with it, unless it was disowned.
 class TypedStorage {
   public:
     /// `compiled` decides how a pointer is laid out: in a compiled database as a value block
@@ -24,10 +26,22 @@ class TypedStorage {
     TypedValue Read() const;
     /// What is wrong with the guard bytes; nothing when they are whole.
     std::optional<std::string> GuardProblem() const;
+    /// What is wrong with the value that is in it now, and was not at first, see ScalarFault.
+    std::optional<std::string> Fault() const;
+    /// What it holds now; and of that, what it did not hold at first.
+    BlockParts Parts() const;
+    BlockParts NewParts() const { return PartsWithout(Parts(), firstParts); }
+    /// Not to be freed with it: it is someone else's.
+    void Disown(const BlockParts& parts) { disowned.Add(parts); }
 
   private:
+    std::optional<std::string> FaultNow() const;
+
     TypedValue shape; ///< the value as first stored: gives kind and layout
     bool compiled;
+    BlockParts firstParts;
+    BlockParts disowned;
+    std::optional<std::string> firstFault; ///< whoever chose the value may have chosen a wrong one
     size_t size;
     std::vector<unsigned char> bytes; ///< guard, value, guard
 };
@@ -44,8 +58,6 @@ class Arguments {
     TypedValue At(size_t number) const { return storage.at(number - 1)->Read(); }
     /// The n-th parameter's storage, from 1.
     TypedStorage& StorageAt(size_t number) { return *storage.at(number - 1); }
-    /// Sentences about parameters that were written outside their storage.
-    std::vector<std::string> GuardProblems() const;
 
   private:
     std::vector<std::unique_ptr<TypedStorage>> storage;
@@ -70,10 +82,23 @@ class ResultCell {
     /// The result as it is now. A cell without a type that was written to reads as a long.
     TypedValue Read() const;
     std::optional<std::string> GuardProblem() const;
+    std::optional<std::string> Fault() const;
+    BlockParts Parts() const;
+    BlockParts NewParts() const { return Parts(); }
+    void Disown(const BlockParts& parts);
 
   private:
+    const unsigned char* CellBytes() const { return reinterpret_cast<const unsigned char*>(&cell); }
+
     ValueKind kind;
     unsigned long cell;
     unsigned long storageAddress = 0;
-    std::unique_ptr<TypedStorage> storage;
+    std::unique_ptr<TypedStorage> storage; ///< of a picture none: the cell is it
+    BlockParts disowned;
 };
+
+/// What a command has made of its parameters and result that cannot be, after it was called:
+/// "parameter 2 was written behind its 4 bytes", "the result holds a text whose handle was disposed
+/// of", and so on. What belongs to a variable is disowned; what was lent is taken over.
+std::vector<std::string> CheckCall(Arguments& arguments, ResultCell& result,
+                                   HostVariables& variables);

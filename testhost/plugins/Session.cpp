@@ -95,12 +95,8 @@ void Session::ProcessEnd(long number) {
 TypedValue Session::Call(long command, Arguments& arguments, ValueKind result) {
     ResultCell cell(result);
     Enter(command, arguments.Array(), nullptr, cell.Cell(), CommandText(command, arguments));
-    std::string where = "Command " + std::to_string(command) + ": ";
-    for (const std::string& problem : arguments.GuardProblems()) {
-        host.Report(where + problem + ".");
-    }
-    if (auto problem = cell.GuardProblem()) {
-        host.Report(where + "the result was written " + *problem + ".");
+    for (const std::string& problem : CheckCall(arguments, cell, host.variables)) {
+        host.Report("Command " + std::to_string(command) + ": " + problem + ".");
     }
     return cell.Read();
 }
@@ -117,8 +113,10 @@ void Session::Enter(long selector, void* params, void* data, void* result, std::
     if (outermost) {
         host.scheduler->BeginEntry();
     }
+    const std::string who = what.starts_with("command") ? "Command " + std::to_string(selector)
+                                                        : "The entry point (" + what + ")";
     const long left = CallPlugin(host, extended ? entries.packEx : entries.pack, words, selector,
-                                 std::move(what));
+                                 std::move(what), who);
     if (outermost) {
         host.EndKilledProcess();
     }
@@ -153,6 +151,9 @@ void Session::ReportLeaks() {
 
 void Session::ReportHostLeaks() {
     host.dialogs.ReportLeaks();
+    for (std::string& fault : host.variables.TakeFaults()) {
+        host.Report(std::move(fault));
+    }
     host.variables.Clear(); // what they hold is not the plug-in's
     host.windows.DisposeMethodTexts();
     host.strings.Check();

@@ -18,7 +18,8 @@ AreaHandler EnterHandler(Host& host, const std::string& object, void* handler, v
         Str255 name;
         StorePascal(name, object);
         void* const words[4] = {kept.get(), name, &rect, &event};
-        if (CallPlugin(host, entry, words, event.what, "area " + object) != wordsLeft) {
+        if (CallPlugin(host, entry, words, event.what, "area " + object,
+                       "The handler of the area " + Quoted(object)) != wordsLeft) {
             host.Report("An area handler removed its arguments.");
         }
     };

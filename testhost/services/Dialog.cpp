@@ -1,5 +1,6 @@
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
+#include "testhost/model/PluginEntry.h"
 #include "testhost/services/DialogRequest.h"
 #include "testhost/services/Service.h"
 #include "testhost/toolbox/Control.h"
@@ -11,10 +12,6 @@
 
 namespace {
 using Request = DialogRequest;
-using FilterProcedure = void(__attribute__((__cdecl__)) *)(void* dialog, EventRecord* event,
-                                                           unsigned char* objectName,
-                                                           unsigned char enabled,
-                                                           unsigned char editable);
 
 constexpr long dialogTag = 0x35363536; // "5656": goes with every new dialog
 
@@ -78,15 +75,17 @@ Dialogs::Filter FilterOf(const ServiceCall& call) {
     if (address == nullptr) {
         return {};
     }
-    const auto procedure = reinterpret_cast<FilterProcedure>(address);
     void* const dialog = reinterpret_cast<void*>(call.fields.param1);
-    return [procedure, dialog](const EventRecord& event, const DialogObject* object) {
-        EventRecord copy = event;
-        Str255 name = {};
-        StorePascal(name, object != nullptr ? object->name : std::string());
-        procedure(dialog, &copy, name, object != nullptr && object->enabled ? 1 : 0,
-                  object != nullptr && object->editable ? 1 : 0);
-    };
+    return
+        [&host = call.host, address, dialog](const EventRecord& event, const DialogObject* object) {
+            EventRecord copy = event;
+            Str255 name = {};
+            StorePascal(name, object != nullptr ? object->name : std::string());
+            const auto word = [](bool yes) { return reinterpret_cast<void*>(yes ? 1L : 0L); };
+            void* const words[] = {dialog, &copy, name, word(object != nullptr && object->enabled),
+                                   word(object != nullptr && object->editable)};
+            CallPluginProcedure(host, address, words, "The dialog's filter");
+        };
 }
 
 void Modal(Request& request) {
@@ -137,6 +136,7 @@ void GetVar(Request& request) {
     const ValueBlock* value = request.dialog.Find(request.Name());
     fields.error = ResultCode::BadParameter;
     if (value != nullptr && fields.handle != nullptr) {
+        request.call.host.variables.Touch(request.dialog.VariableContext(), request.Name());
         std::memcpy(static_cast<void*>(fields.handle), value, sizeof *value);
         fields.error = ResultCode::NoError;
     }
@@ -154,18 +154,19 @@ void SetVar(Request& request) {
     std::memcpy(&block, static_cast<const void*>(call.fields.handle), sizeof block);
     HostVariables& variables = call.host.variables;
     if (const auto fault = variables.Fault(request.dialog.VariableContext(), name, block)) {
-        return call.host.Report("DialogSetVar: the value for " + Quoted(name) + " is " + *fault +
+        return call.host.Report("DialogSetVar: the value for " + Quoted(name) + " holds " + *fault +
                                 ".");
     }
     const ValueBlock* former = request.dialog.Find(name);
     if (former == nullptr || former->type == block.type) {
-        variables.Set(request.dialog.VariableContext(), name, block);
+        variables.Adopt(request.dialog.VariableContext(), name, block);
     } else {
-        const ValueLayout& layout = call.host.variables.layout;
-        if (!request.dialog.Write(name, FetchBlock({}, block, layout))) {
+        const BlockParts parts = PartsOf(block, variables.layout);
+        if (!request.dialog.Write(name, FetchBlock({}, block, variables.layout))) {
             return;
         }
-        FreeParts(PartsOf(block, layout), layout);
+        variables.TakeBack(parts);
+        FreeParts(parts, variables.layout);
     }
     call.fields.error = ResultCode::NoError;
 }

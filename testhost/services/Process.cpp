@@ -42,7 +42,8 @@ void RunFunction(Host& host, PluginEntry function) {
     void* const rubbish = reinterpret_cast<void*>(0xA5A5A5A5);
     void* const words[4] = {rubbish, rubbish, rubbish, rubbish};
     const std::string process = "process " + std::to_string(host.currentProcess);
-    const long left = CallPlugin(host, function, words, 0, process + " runs");
+    const long left =
+        CallPlugin(host, function, words, 0, process + " runs", "The function of " + process);
     if (left != sizeof words) {
         host.Report("The function of " + process +
                     " took arguments off the stack that it does not have.");
@@ -197,7 +198,9 @@ void ExecuteOnMainThread(ServiceCall& call) {
     call.host.scheduler->RunOnMain([&] {
         const Host::Scope scope(call.host);
         const Host::InProcess inside(call.host, 1);
-        call.engine->mainThreadProc(call.engine->mainThreadArg);
+        void* const words[] = {call.engine->mainThreadArg};
+        CallPluginProcedure(call.host, reinterpret_cast<const void*>(call.engine->mainThreadProc),
+                            words, "The function on the main thread");
     });
 }
 

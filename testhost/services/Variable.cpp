@@ -46,6 +46,7 @@ void GetVariable(ServiceCall& call, long process, const char* service, bool conv
     answer.type = ValueType::Undefined;
     if (found != nullptr) {
         answer = *found;
+        variables.Touch(process, NameOf(call));
     }
     // A plug-in that asks with a string gets texts of every type as one.
     if (found != nullptr && converts && *static_cast<unsigned char*>(target) == ValueType::String) {
@@ -74,8 +75,8 @@ void SetVariable(ServiceCall& call, long process, const char* service) {
         return;
     }
     if (auto fault = variables.Fault(process, name, value)) {
-        return call.host.Report(std::string(service) + ": the value for " + Quoted(name) + " is " +
-                                *fault + ".");
+        return call.host.Report(std::string(service) + ": the value for " + Quoted(name) +
+                                " holds " + *fault + ".");
     }
     // A compiled database fixes the types of its variables.
     const ValueBlock* former = variables.Find(process, name);

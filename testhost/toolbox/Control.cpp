@@ -88,6 +88,10 @@ short ToolboxHandleOwner(Handle handle) {
     return static_cast<short>(TheHeap().OwnerOf(handle));
 }
 
+unsigned char ToolboxWasHandle(Handle handle) {
+    return TheHeap().WasHandle(handle) ? 1 : 0;
+}
+
 long ToolboxCheckAll() {
     const long before = ToolboxProblemCount();
     TheHeap().CheckAll();

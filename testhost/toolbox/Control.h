@@ -56,6 +56,8 @@ TOOLBOX_CALL long ToolboxLivePointers();
 TOOLBOX_CALL long ToolboxOpenFiles();
 /// Whose handle this is: 0 no live handle, 1 the toolbox's, 2 the host's. Never a problem.
 TOOLBOX_CALL short ToolboxHandleOwner(Handle handle);
+/// Whether this is, or ever was, a handle. Never a problem.
+TOOLBOX_CALL unsigned char ToolboxWasHandle(Handle handle);
 
 /// Checks the guard bytes of every block and the bytes of recently released ones. Answers how
 /// many problems it added. Damage is reported once, then repaired.

@@ -1,7 +1,6 @@
 #include "testhost/values/Arrays.h"
 
 #include "platform/Toolbox.h"
-#include "testhost/toolbox/Control.h"
 
 #include <algorithm>
 #include <cstring>
@@ -9,16 +8,6 @@
 
 namespace {
 using ElementBytes = std::span<const unsigned char>;
-
-#pragma pack(push, 2)
-// Element of an array of arrays.
-struct ArrayRow {
-    unsigned char type;
-    unsigned char filler;
-    ArrayBlock array;
-};
-#pragma pack(pop)
-static_assert(sizeof(ArrayRow) == 12 && offsetof(ArrayRow, array) == 2);
 
 template <typename T>
 T Load(ElementBytes bytes) {
@@ -133,9 +122,47 @@ void AddElementParts(ValueKind kind, ElementBytes element, BlockParts& parts) {
     }
 }
 
-// What a storage that may be anyone's holds; nothing when it is no live toolbox handle.
-std::string LiveContents(Handle storage) {
-    return ToolboxHandleOwner(storage) == 1 ? HandleContents(storage) : std::string();
+// Whether there is anything in elements of this kind that could be wrong.
+bool CanBeWrong(ValueKind arrayKind, Scrutiny scrutiny) {
+    switch (arrayKind) {
+    case ValueKind::LongArray:
+    case ValueKind::RealArray:
+    case ValueKind::IntegerArray:
+        return false;
+    case ValueKind::DateArray:
+    case ValueKind::BooleanArray:
+    case ValueKind::StringArray:
+        return scrutiny == Scrutiny::Contents;
+    default:
+        return true;
+    }
+}
+
+std::optional<std::string> RowFault(const ArrayRow& row, unsigned char typeOfAll,
+                                    const ValueLayout& layout, Scrutiny scrutiny) {
+    const std::string what = "a row of the type " + std::to_string(row.type);
+    if (scrutiny == Scrutiny::Contents && row.type != typeOfAll) {
+        return what + " where row 0 has " + std::to_string(typeOfAll);
+    }
+    if (IsRow(BlockKind(row.type))) {
+        return ArrayFault(BlockKind(row.type), row.array, layout, scrutiny);
+    }
+    return scrutiny == Scrutiny::Contents ? std::optional(what + ", which is no array's")
+                                          : std::nullopt;
+}
+
+std::optional<std::string> ElementFault(ValueKind arrayKind, ElementBytes element,
+                                        const ValueLayout& layout) {
+    if (arrayKind == ValueKind::UnicodeTextArray) {
+        return UnicodeFault(Load<FDStringBlock>(element), layout);
+    }
+    if (arrayKind == ValueKind::StringArray) {
+        return element[0] < element.size()
+                   ? std::nullopt
+                   : std::optional("a string of the length " + std::to_string(element[0]) +
+                                   " in a slot for " + std::to_string(element.size() - 1));
+    }
+    return ScalarFault(ElementKind(arrayKind), element.data(), layout);
 }
 } // namespace
 
@@ -163,7 +190,7 @@ ArrayBlock StoreArray(const TypedValue& array, const ValueLayout& layout) {
 }
 
 TypedValue FetchArray(ValueKind kind, const ArrayBlock& array, const ValueLayout& layout) {
-    const std::string contents = HandleContents(array.elements);
+    const std::string contents = LiveContents(array.elements);
     const ElementPlaces places = Places(kind, contents);
     std::vector<TypedValue> elements;
     for (size_t place = 1; place < LivingElements(places, array); ++place) {
@@ -181,13 +208,35 @@ void AddArrayParts(ValueKind kind, const ArrayBlock& array, BlockParts& parts) {
     }
 }
 
-long ElementsHeld(ValueKind kind, Handle storage) {
-    return static_cast<long>(Places(kind, LiveContents(storage)).count) - 1;
+std::optional<std::string> ArrayFault(ValueKind kind, const ArrayBlock& array,
+                                      const ValueLayout& layout, Scrutiny scrutiny) {
+    if (const auto fault = HandleFault(array.elements, layout)) {
+        return "an array whose storage " + *fault;
+    }
+    const std::string contents = LiveContents(array.elements);
+    const ElementPlaces places = Places(kind, contents);
+    const long held = static_cast<long>(places.count) - 1;
+    if (array.count < 0 || array.count > held) {
+        return "an array of " + std::to_string(array.count) +
+               " elements whose storage has room for " +
+               (held < 0 ? "none" : std::to_string(held)) + " and element 0";
+    }
+    const bool rows = kind == ValueKind::ArrayOfArrays;
+    const unsigned char rowType = rows ? Load<ArrayRow>(places.At(contents, 0)).type : 0;
+    for (long place = 0; CanBeWrong(kind, scrutiny) && place <= array.count; ++place) {
+        const ElementBytes element = places.At(contents, static_cast<size_t>(place));
+        const auto fault = rows ? RowFault(Load<ArrayRow>(element), rowType, layout, scrutiny)
+                                : ElementFault(kind, element, layout);
+        if (fault) {
+            return (rows ? "in row " : "in element ") + std::to_string(place) + " " + *fault;
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<TypedValue> FetchElement(ValueKind kind, const ArrayBlock& array, long index,
                                        const ValueLayout& layout) {
-    const std::string contents = HandleContents(array.elements);
+    const std::string contents = LiveContents(array.elements);
     const ElementPlaces places = Places(kind, contents);
     if (index < 0 || static_cast<size_t>(index) >= LivingElements(places, array)) {
         return std::nullopt;

@@ -11,8 +11,10 @@ ArrayBlock StoreArray(const TypedValue& array, const ValueLayout& layout);
 TypedValue FetchArray(ValueKind kind, const ArrayBlock& array, const ValueLayout& layout);
 /// Adds the storage and what elements 0 to `count` own.
 void AddArrayParts(ValueKind kind, const ArrayBlock& array, BlockParts& parts);
-/// How many elements the storage holds besides element 0; -1 when not even that.
-long ElementsHeld(ValueKind kind, Handle storage);
+/// What is wrong with it, see ScalarFault: "in element 3 a text whose handle was disposed of".
+std::optional<std::string> ArrayFault(ValueKind kind, const ArrayBlock& array,
+                                      const ValueLayout& layout,
+                                      Scrutiny scrutiny = Scrutiny::Contents);
 
 /// Element `index`, from 0; nothing when the array does not have it.
 std::optional<TypedValue> FetchElement(ValueKind kind, const ArrayBlock& array, long index,

@@ -1,12 +1,17 @@
 #include "testhost/values/Scalars.h"
 
 #include "platform/Toolbox.h"
+#include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
 #include "testhost/values/Pictures.h"
 #include "testhost/values/Strings.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
+#include <functional>
+#include <iterator>
+#include <set>
 #include <stdexcept>
 
 namespace {
@@ -51,10 +56,61 @@ constexpr BlockTypeRow blockTypes[] = {
     {ValueKind::UnicodeText, ValueType::UnicodeText},
     {ValueKind::UnicodeTextArray, ValueType::UnicodeTextArray},
 };
+
+// What ToolboxHandleOwner answers.
+constexpr short toolboxHandle = 1;
+constexpr short hostHandle = 2;
+
+long LiveSize(Handle handle) {
+    switch (ToolboxHandleOwner(handle)) {
+    case toolboxHandle:
+        return GetHandleSize(handle);
+    case hostHandle:
+        return ToolboxHostHandleSize(handle);
+    default:
+        return 0;
+    }
+}
+
+// A date with any field 0 is the empty one.
+bool IsDate(const DateBlock& date) {
+    if (date.day == 0 || date.month == 0 || date.year == 0) {
+        return true;
+    }
+    return date.day > 0 && date.month > 0 && date.year > 0 &&
+           std::chrono::year_month_day(std::chrono::year(date.year),
+                                       std::chrono::month(static_cast<unsigned>(date.month)),
+                                       std::chrono::day(static_cast<unsigned>(date.day)))
+               .ok();
+}
+// The items of `from` that are not, by their identity, in `kept`.
+template <typename Item, typename Identity>
+std::vector<Item> Without(const std::vector<Item>& from, const std::vector<Item>& kept,
+                          Identity identity) {
+    std::set<std::decay_t<std::invoke_result_t<Identity, const Item&>>> identities;
+    for (const Item& item : kept) {
+        identities.insert(identity(item));
+    }
+    std::vector<Item> left;
+    std::ranges::copy_if(from, std::back_inserter(left),
+                         [&](const Item& item) { return !identities.contains(identity(item)); });
+    return left;
+}
+
+// A string stays the same when it is set anew, which changes all of its block but its number.
+unsigned long StringNumber(const FDStringBlock& string) {
+    return string.hostPrivate[0];
+}
+
 } // namespace
 
 std::string HandleContents(Handle handle) {
     Size size = handle == nullptr ? 0 : GetHandleSize(handle);
+    return size > 0 ? std::string(*handle, static_cast<size_t>(size)) : std::string();
+}
+
+std::string LiveContents(Handle handle) {
+    const long size = LiveSize(handle);
     return size > 0 ? std::string(*handle, static_cast<size_t>(size)) : std::string();
 }
 
@@ -91,7 +147,7 @@ Handle StoreHandle(const TypedValue& value) {
 TypedValue FetchHandle(ValueKind kind, Handle handle) {
     TypedValue value = NullValue(kind);
     if (handle != nullptr) {
-        value.texts.push_back(HandleContents(handle));
+        value.texts.push_back(LiveContents(handle));
     }
     return value;
 }
@@ -102,7 +158,7 @@ TextBlock StoreText(std::string_view text) {
 }
 
 std::string FetchText(const TextBlock& text) {
-    std::string contents = HandleContents(text.text);
+    std::string contents = LiveContents(text.text);
     size_t length = static_cast<size_t>(std::max<short>(text.length, 0));
     return contents.substr(0, std::min(length, contents.size()));
 }
@@ -243,6 +299,12 @@ void BlockParts::Add(const FDStringBlock& string) {
     }
 }
 
+void BlockParts::Add(const BlockParts& others) {
+    handles.insert(handles.end(), others.handles.begin(), others.handles.end());
+    strings.insert(strings.end(), others.strings.begin(), others.strings.end());
+    pictures.insert(pictures.end(), others.pictures.begin(), others.pictures.end());
+}
+
 void AddScalarParts(ValueKind kind, const unsigned char* source, BlockParts& parts) {
     if (kind == ValueKind::Text) {
         parts.Add(Load<TextBlock>(source).text);
@@ -251,19 +313,105 @@ void AddScalarParts(ValueKind kind, const unsigned char* source, BlockParts& par
     }
 }
 
+BlockParts PartsWithout(const BlockParts& from, const BlockParts& kept) {
+    return {Without(from.handles, kept.handles, std::identity()),
+            Without(from.strings, kept.strings, StringNumber),
+            Without(from.pictures, kept.pictures, std::identity())};
+}
+
 void FreeParts(const BlockParts& parts, const ValueLayout& layout) {
     for (Handle handle : parts.handles) {
-        DisposeHandle(handle);
+        const short owner = ToolboxHandleOwner(handle);
+        if (owner == toolboxHandle) {
+            DisposeHandle(handle);
+        } else if (owner == hostHandle) {
+            ToolboxDisposeHostHandle(handle);
+        }
     }
     if (layout.strings != nullptr) {
         for (FDStringBlock string : parts.strings) {
-            layout.strings->Dispose(string);
+            if (layout.strings->IsLive(string)) {
+                layout.strings->Dispose(string);
+            }
         }
     }
     if (layout.pictures != nullptr) {
         for (const FDPictureBlock* picture : parts.pictures) {
-            layout.pictures->Dispose(picture);
+            if (layout.pictures->IsLive(picture)) {
+                layout.pictures->Dispose(picture);
+            }
         }
+    }
+}
+
+std::optional<std::string> HandleFault(Handle handle, const ValueLayout& layout) {
+    constexpr signed char isResource = 0x20;
+    if (handle == nullptr) {
+        return std::nullopt;
+    }
+    switch (ToolboxHandleOwner(handle)) {
+    case toolboxHandle:
+        return (HGetState(handle) & isResource) != 0 ? std::optional("is a resource's")
+                                                     : std::nullopt;
+    case hostHandle:
+        return layout.HasEngine() ? std::nullopt : std::optional("is the host's");
+    default:
+        return ToolboxWasHandle(handle) != 0 ? "was disposed of" : "is no handle";
+    }
+}
+
+std::optional<std::string> LengthFault(const std::string& what, long length, Handle handle,
+                                       const ValueLayout& layout) {
+    if (const auto fault = HandleFault(handle, layout)) {
+        return what + " whose handle " + *fault;
+    }
+    const long held = LiveSize(handle);
+    if (length >= 0 && length <= held) {
+        return std::nullopt;
+    }
+    return what + " of the length " + std::to_string(length) +
+           (handle == nullptr
+                ? " without a handle"
+                : " whose handle holds " + std::to_string(held) + (held == 1 ? " byte" : " bytes"));
+}
+
+std::optional<std::string> UnicodeFault(const FDStringBlock& string, const ValueLayout& layout) {
+    if (string.units == nullptr) {
+        return string.length == 0 ? std::nullopt
+                                  : std::optional("a Unicode text of the length " +
+                                                  std::to_string(string.length) + " without units");
+    }
+    if (layout.strings != nullptr && layout.strings->IsLive(string)) {
+        return std::nullopt;
+    }
+    return "a Unicode text that is no host string, or no longer as the host filled it";
+}
+
+std::optional<std::string> ScalarFault(ValueKind kind, const unsigned char* source,
+                                       const ValueLayout& layout) {
+    switch (kind) {
+    case ValueKind::Boolean:
+        return source[0] <= 1 ? std::nullopt
+                              : std::optional("the " + Describe(FetchScalar(kind, source)) +
+                                              ", which is neither 0 nor 1");
+    case ValueKind::Date:
+        return IsDate(Load<DateBlock>(source))
+                   ? std::nullopt
+                   : std::optional("the " + Describe(FetchScalar(kind, source)) +
+                                   ", which is none");
+    case ValueKind::Text: {
+        const auto text = Load<TextBlock>(source);
+        return LengthFault("a text", text.length, text.text, layout);
+    }
+    case ValueKind::Picture:
+    case ValueKind::HandleBytes: {
+        const auto fault = HandleFault(Load<Handle>(source), layout);
+        return fault ? std::optional(kind == ValueKind::Picture ? "a picture whose handle " + *fault
+                                                                : "a handle that " + *fault)
+                     : std::nullopt;
+    }
+    default:
+        return std::nullopt;
     }
 }
 
@@ -277,7 +425,7 @@ FDStringBlock StoreUnicode(std::string_view utf8, const ValueLayout& layout) {
 }
 
 std::string FetchUnicode(const FDStringBlock& string, const ValueLayout& layout) {
-    if (layout.strings == nullptr) {
+    if (layout.strings == nullptr || !layout.strings->IsLive(string)) {
         return {};
     }
     const std::vector<unsigned short> units = layout.strings->Units(string);

@@ -4,6 +4,7 @@
 #include "testhost/values/TypedValue.h"
 
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -20,7 +21,8 @@ struct ValueLayout {
     HostStrings* strings = nullptr;   ///< owner of Unicode texts; null: there are none
     HostPictures* pictures = nullptr; ///< of those in value blocks; null before 11.0
 
-    /// Whether it is that of a host with the engine call-back.
+    /// Whether it is that of a host with the engine call-back. Then the host's handles, too, may
+    /// lie in values.
     bool HasEngine() const { return pictures != nullptr; }
 };
 
@@ -29,7 +31,7 @@ unsigned char BlockType(ValueKind kind);
 /// The kind of a type code; none when it is no type of a value.
 ValueKind BlockKind(unsigned char type);
 
-/// What a block owns, without the target of a pointer.
+/// Handles, strings and pictures that a value owns.
 struct BlockParts {
     std::vector<Handle> handles;
     std::vector<FDStringBlock> strings;
@@ -38,8 +40,12 @@ struct BlockParts {
     /// Null handles, and strings without units, own nothing.
     void Add(Handle handle);
     void Add(const FDStringBlock& string);
+    void Add(const BlockParts& others);
 };
-/// Frees all of them; the strings and pictures are the host's of the layout.
+/// The parts of `from` that are not in `kept`.
+BlockParts PartsWithout(const BlockParts& from, const BlockParts& kept);
+/// Frees all of them, each as its owner does; the strings and pictures are the host's of the
+/// layout. What is none any more is left alone.
 void FreeParts(const BlockParts& parts, const ValueLayout& layout);
 
 /// Bytes that a value takes that is neither a tagged value, an array nor a pointer; 0 for those.
@@ -50,8 +56,28 @@ TypedValue FetchScalar(ValueKind kind, const unsigned char* source);
 /// Adds the handle that such a value owns.
 void AddScalarParts(ValueKind kind, const unsigned char* source, BlockParts& parts);
 
+/// How closely a value is looked at.
+enum class Scrutiny {
+    Storage,  ///< what it owns: whether handles are any, and hold what they are to hold
+    Contents, ///< dates, booleans and strings that cannot be, too
+};
+/// What is wrong with such a value as it lies there, as what a sentence says that something holds:
+/// "the boolean 7, which is neither 0 nor 1". Nothing when all is well. Looks at nothing that is
+/// not there, and no fault of a value becomes a problem of the toolbox.
+std::optional<std::string> ScalarFault(ValueKind kind, const unsigned char* source,
+                                       const ValueLayout& layout);
+/// The same for a handle, behind "whose handle": "was disposed of". Null is all right.
+std::optional<std::string> HandleFault(Handle handle, const ValueLayout& layout);
+/// The same for `what` ("a text") of so many bytes in a handle.
+std::optional<std::string> LengthFault(const std::string& what, long length, Handle handle,
+                                       const ValueLayout& layout);
+std::optional<std::string> UnicodeFault(const FDStringBlock& string, const ValueLayout& layout);
+
 /// A handle's bytes, copied out at once: any later memory call may move the block.
 std::string HandleContents(Handle handle);
+/// The same of a handle that may be anyone's, or none: then there are no bytes, and nobody
+/// complains.
+std::string LiveContents(Handle handle);
 Handle NewHandleWith(std::string_view contents);
 /// A handle with the value's bytes, null for none at all, and back.
 Handle StoreHandle(const TypedValue& value);

@@ -34,26 +34,37 @@ Handle StoredPointer(const TypedValue& pointer, const ValueLayout& layout) {
     return target;
 }
 
+// The bytes of a pointer's target, as many as they are to be whatever happened to the handle.
+std::string TargetContents(const TypedValue& shape, Handle handle, const ValueLayout& layout) {
+    std::string contents = LiveContents(handle);
+    contents.resize(StoredSize(shape.inner.at(0), Compiled(layout)));
+    return contents;
+}
+
 TypedValue FetchPointer(const TypedValue& shape, Handle handle, const ValueLayout& layout) {
     if (handle == nullptr || shape.inner.empty()) {
         return NullValue(ValueKind::Pointer);
     }
-    std::string contents = HandleContents(handle);
-    // Whatever happened to the handle.
-    contents.resize(StoredSize(shape.inner[0], Compiled(layout)));
+    std::string contents = TargetContents(shape, handle, layout);
     return PointerTo(Fetch(shape.inner[0], Compiled(layout), Bytes(contents)));
 }
 
-void FreePointer(const TypedValue& shape, Handle handle, const ValueLayout& layout) {
-    if (handle == nullptr) {
-        return;
+std::optional<std::string> PointerFault(const TypedValue& shape, Handle handle,
+                                        const ValueLayout& layout) {
+    if (const auto fault = HandleFault(handle, layout)) {
+        return "a pointer whose handle " + *fault;
     }
-    if (!shape.inner.empty()) {
-        std::string contents = HandleContents(handle);
-        contents.resize(StoredSize(shape.inner[0], Compiled(layout)));
-        Free(shape.inner[0], Compiled(layout), Bytes(contents));
+    if (handle == nullptr || shape.inner.empty()) {
+        return std::nullopt;
     }
-    DisposeHandle(handle);
+    std::string contents = LiveContents(handle);
+    const size_t wanted = StoredSize(shape.inner[0], Compiled(layout));
+    if (contents.size() < wanted) {
+        return "a pointer whose target has " + std::to_string(contents.size()) + " of its " +
+               std::to_string(wanted) + " bytes";
+    }
+    const auto fault = StorageFault(shape.inner[0], Compiled(layout), Bytes(contents));
+    return fault ? std::optional("in its target " + *fault) : std::nullopt;
 }
 
 FDPictureBlock* StoredPicture(const TypedValue& value, HostPictures& pictures) {
@@ -67,7 +78,7 @@ FDPictureBlock* StoredPicture(const TypedValue& value, HostPictures& pictures) {
 
 // The bytes of its first representation.
 TypedValue FetchPicture(const FDPictureBlock* block, HostPictures& pictures) {
-    const HostPicture* picture = pictures.Find(block);
+    const HostPicture* picture = pictures.IsLive(block) ? pictures.Find(block) : nullptr;
     if (picture == nullptr) {
         return NullValue(ValueKind::Picture);
     }
@@ -187,11 +198,57 @@ BlockParts PartsOf(const ValueBlock& block, const ValueLayout& layout) {
     return parts;
 }
 
-void FreeBlock(const TypedValue& shape, const ValueBlock& block, const ValueLayout& layout) {
-    if (block.type == ValueType::Pointer) {
-        return FreePointer(shape, block.pointer, layout);
+std::optional<std::string> BlockFault(const TypedValue& shape, const ValueBlock& block,
+                                      const ValueLayout& layout, Scrutiny scrutiny) {
+    const bool contents = scrutiny == Scrutiny::Contents;
+    const ValueKind kind = BlockKind(block.type);
+    const auto* bytes = reinterpret_cast<const unsigned char*>(&block) + offsetof(ValueBlock, real);
+    switch (kind) {
+    case ValueKind::Boolean:
+    case ValueKind::Date:
+        return contents ? ScalarFault(kind, bytes, layout) : std::nullopt;
+    case ValueKind::Text:
+        return ScalarFault(kind, bytes, layout);
+    case ValueKind::String: // without a capacity nobody has said how long it may be
+        return !contents || block.string.capacity == 0 ||
+                       block.string.string[0] <= block.string.capacity
+                   ? std::nullopt
+                   : std::optional("a string of the length " +
+                                   std::to_string(block.string.string[0]) + " and the capacity " +
+                                   std::to_string(block.string.capacity));
+    case ValueKind::Picture:
+        if (layout.pictures != nullptr) {
+            return block.picture == nullptr || layout.pictures->IsLive(block.picture)
+                       ? std::nullopt
+                       : std::optional("something that is no picture of the host");
+        }
+        return LengthFault("a picture", block.blob.size, block.blob.data, layout);
+    case ValueKind::Blob:
+        return LengthFault("a BLOB", block.blob.size, block.blob.data, layout);
+    case ValueKind::Pointer:
+        return PointerFault(shape, block.pointer, layout);
+    case ValueKind::None:
+        return "the type " + std::to_string(block.type) + ", which no value has";
+    case ValueKind::UnicodeText:
+    case ValueKind::UnicodeTextArray:
+        if (!layout.HasEngine()) {
+            return "the type " + std::to_string(block.type) + ", which it cannot have";
+        }
+        return kind == ValueKind::UnicodeText ? UnicodeFault(block.unicode, layout)
+                                              : ArrayFault(kind, block.array, layout, scrutiny);
+    default:
+        return IsArray(kind) ? ArrayFault(kind, block.array, layout, scrutiny) : std::nullopt;
     }
-    FreeParts(PartsOf(block, layout), layout);
+}
+
+BlockParts PartsWithTarget(const TypedValue& shape, const ValueBlock& block,
+                           const ValueLayout& layout) {
+    BlockParts parts = PartsOf(block, layout);
+    if (block.type == ValueType::Pointer && !parts.handles.empty() && !shape.inner.empty()) {
+        std::string contents = TargetContents(shape, block.pointer, layout);
+        parts.Add(StoredParts(shape.inner[0], Compiled(layout), Bytes(contents)));
+    }
+    return parts;
 }
 
 size_t StoredSize(const TypedValue& value, const ValueLayout& layout) {
@@ -226,16 +283,24 @@ TypedValue Fetch(const TypedValue& shape, const ValueLayout& layout, const unsig
     return shape.kind == ValueKind::Value || held.kind != shape.kind ? Tagged(held) : held;
 }
 
-void Free(const TypedValue& shape, const ValueLayout& layout, const unsigned char* source) {
+std::optional<std::string> StorageFault(const TypedValue& shape, const ValueLayout& layout,
+                                        const unsigned char* source) {
     if (IsPlainPointer(shape, layout.compiled)) {
-        if (!shape.inner.empty()) {
-            Free(shape.inner[0], layout, source);
-        }
-    } else if (ScalarSize(shape.kind) != 0) {
-        BlockParts parts;
-        AddScalarParts(shape.kind, source, parts);
-        FreeParts(parts, layout);
-    } else if (shape.kind != ValueKind::None) {
-        FreeBlock(BlockShape(shape), LoadBlock(source), layout);
+        return shape.inner.empty() ? std::nullopt : StorageFault(shape.inner[0], layout, source);
     }
+    return ScalarSize(shape.kind) != 0 ? ScalarFault(shape.kind, source, layout)
+                                       : BlockFault(BlockShape(shape), LoadBlock(source), layout);
+}
+
+BlockParts StoredParts(const TypedValue& shape, const ValueLayout& layout,
+                       const unsigned char* source) {
+    if (IsPlainPointer(shape, layout.compiled)) {
+        return shape.inner.empty() ? BlockParts{} : StoredParts(shape.inner[0], layout, source);
+    }
+    if (ScalarSize(shape.kind) == 0) {
+        return PartsWithTarget(BlockShape(shape), LoadBlock(source), layout);
+    }
+    BlockParts parts;
+    AddScalarParts(shape.kind, source, parts);
+    return parts;
 }

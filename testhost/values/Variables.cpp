@@ -2,19 +2,19 @@
 
 #include "platform/Toolbox.h"
 #include "testhost/toolbox/Control.h"
-#include "testhost/values/Arrays.h"
 #include "testhost/values/Pictures.h"
 #include "testhost/values/Storage.h"
 #include "testhost/values/Strings.h"
 
 #include <algorithm>
-#include <functional>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 constexpr char markCharacter = static_cast<char>(0xD7);
 constexpr std::string_view mark = "<>";
 constexpr size_t longestName = 255;
+constexpr short hostHandle = 2; // what ToolboxHandleOwner answers
 
 // A variable's process and its name without the mark.
 struct Place {
@@ -40,31 +40,6 @@ bool SameName(std::string_view a, std::string_view b) {
     return EqualString(first, second, 0, 1) != 0;
 }
 
-// The items of `from` that are not, by their identity, in `kept`.
-template <typename Item, typename Identity>
-std::vector<Item> Without(const std::vector<Item>& from, const std::vector<Item>& kept,
-                          Identity identity) {
-    std::vector<Item> left;
-    for (const Item& item : from) {
-        if (std::ranges::none_of(
-                kept, [&](const Item& other) { return identity(other) == identity(item); })) {
-            left.push_back(item);
-        }
-    }
-    return left;
-}
-
-// A string stays the same when it is set anew, which changes all of its block but its number.
-unsigned long StringNumber(const FDStringBlock& string) {
-    return string.hostPrivate[0];
-}
-
-BlockParts PartsWithout(const BlockParts& from, const BlockParts& kept) {
-    return {Without(from.handles, kept.handles, std::identity()),
-            Without(from.strings, kept.strings, StringNumber),
-            Without(from.pictures, kept.pictures, std::identity())};
-}
-
 size_t Count(const BlockParts& parts) {
     return parts.handles.size() + parts.strings.size() + parts.pictures.size();
 }
@@ -72,26 +47,6 @@ size_t Count(const BlockParts& parts) {
 bool SamePointer(const ValueBlock& a, const ValueBlock& b) {
     return a.type == ValueType::Pointer && b.type == ValueType::Pointer &&
            Handle{a.pointer} == Handle{b.pointer};
-}
-
-// A value whose lengths say more than what is there.
-std::optional<std::string> LengthFault(const ValueBlock& value, bool hasEngine) {
-    const ValueKind kind = BlockKind(value.type);
-    const auto beyond = [](long count, long held) { return count < 0 || count > held; };
-    const auto size = [](Handle handle) {
-        return static_cast<long>(HandleContents(handle).size());
-    };
-    if (kind == ValueKind::Text && beyond(value.text.length, size(value.text.text))) {
-        return "a text whose length is not in its handle";
-    }
-    if ((kind == ValueKind::Blob || (kind == ValueKind::Picture && !hasEngine)) &&
-        beyond(value.blob.size, size(value.blob.data))) {
-        return "a BLOB or picture whose size is not in its handle";
-    }
-    if (IsArray(kind) && beyond(value.array.count, ElementsHeld(kind, value.array.elements))) {
-        return "an array whose elements are not in its handle";
-    }
-    return std::nullopt;
 }
 } // namespace
 
@@ -132,15 +87,23 @@ void HostVariables::Set(long process, std::string_view name, const ValueBlock& v
     HostVariable* variable = FindVariable(process, name);
     if (variable == nullptr) {
         const Place place = Resolve(process, name);
-        variables[place.process].push_back({std::string(place.name), {}, {}});
+        variables[place.process].push_back({std::string(place.name), {}, {}, {}});
         variable = &variables[place.process].back();
     } else {
         Release(*variable, parts);
     }
+    TakeBack(parts);
     if (!SamePointer(variable->value, value)) {
         variable->shape = {};
     }
     variable->value = value;
+    variable->reported.clear();
+    Touch(process, name);
+    for (Handle handle : parts.handles) {
+        if (ToolboxHandleOwner(handle) == hostHandle) {
+            ToolboxShareHostHandle(handle);
+        }
+    }
     for (const FDStringBlock& string : parts.strings) {
         layout.strings->SetOwner(string,
                                  IsArray(BlockKind(value.type)) ? Owner::Element : Owner::Host);
@@ -161,15 +124,13 @@ void HostVariables::Set(long process, std::string_view name, const TypedValue& v
     Set(process, name, StoreBlock(value, layout));
     if (HostVariable* variable = FindVariable(process, name)) {
         variable->shape = value;
+        variable->reported = BlockFault(value, variable->value, layout).value_or("");
     }
 }
 
 void HostVariables::Adopt(long process, std::string_view name, const ValueBlock& value) {
     if (HostVariable* variable = FindVariable(process, name)) {
-        const std::vector<Handle> held = PartsOf(variable->value, layout).handles;
-        if (!held.empty() && ToolboxHandleOwner(held.front()) != 1) {
-            variable->value = {.type = variable->value.type, .filler = 0, .array = {}};
-        }
+        DropDisposed(*variable);
     }
     Set(process, name, value);
 }
@@ -204,62 +165,111 @@ void HostVariables::Clear() {
     while (!variables.empty()) {
         RemoveProcess(variables.begin()->first);
     }
+    FreeParts(std::exchange(lent, {}), layout);
 }
 
-// Frees what the variable holds, but not what is to be kept.
+// Frees what the variable holds, but not what is to be kept. A pointer that is kept keeps what it
+// leads to.
 void HostVariables::Release(const HostVariable& variable, const BlockParts& kept) {
-    const BlockParts held = PartsOf(variable.value, layout);
-    const BlockParts freed = PartsWithout(held, kept);
-    if (variable.value.type == ValueType::Pointer && !freed.handles.empty()) {
-        return FreeBlock(variable.shape, variable.value, layout); // with what it leads to
+    const BlockParts freed = PartsWithout(PartsOf(variable.value, layout), kept);
+    const bool whole = variable.value.type == ValueType::Pointer && !freed.handles.empty();
+    for (Handle handle : freed.handles) {
+        if (ToolboxHandleOwner(handle) == 0 && variable.reported.empty()) {
+            DisposeHandle(handle); // so that the toolbox complains of who did so before
+        }
     }
-    FreeParts(freed, layout);
+    FreeParts(whole ? PartsWithTarget(variable.shape, variable.value, layout) : freed, layout);
+}
+
+// Empties a variable whose text, BLOB, storage or target somebody has disposed of.
+void HostVariables::DropDisposed(HostVariable& variable) const {
+    const std::vector<Handle> held = PartsOf(variable.value, layout).handles;
+    if (!held.empty() && ToolboxHandleOwner(held.front()) == 0) {
+        variable.value = {.type = variable.value.type, .filler = 0, .array = {}};
+    }
+}
+
+void HostVariables::Lend(const ValueBlock& value) {
+    const BlockParts parts = PartsOf(value, layout);
+    for (const FDStringBlock& string : parts.strings) {
+        layout.strings->SetOwner(string, Owner::Host);
+    }
+    lent.Add(parts);
+}
+
+void HostVariables::TakeBack(const BlockParts& parts) {
+    if (Count(lent) > 0 && Count(parts) > 0) {
+        lent = PartsWithout(lent, parts);
+    }
+}
+
+void HostVariables::Touch(long process, std::string_view name) {
+    const HostVariable* variable = touched == nullptr ? nullptr : FindVariable(process, name);
+    if (variable != nullptr) {
+        touched->emplace(Resolve(process, name).process, variable->name);
+    }
+}
+
+std::vector<std::string> HostVariables::TakeFaults(const TouchedVariables& names) {
+    std::vector<std::string> faults;
+    for (const auto& [process, name] : names) {
+        HostVariable* variable = FindVariable(process, name);
+        if (variable == nullptr) {
+            continue;
+        }
+        const std::string fault = BlockFault(variable->shape, variable->value, layout).value_or("");
+        if (!fault.empty() && fault != variable->reported) {
+            faults.push_back("The variable " + Quoted(name) + " holds " + fault + ".");
+        }
+        variable->reported = fault;
+        DropDisposed(*variable);
+    }
+    if (std::erase_if(lent.handles,
+                      [](Handle handle) { return ToolboxHandleOwner(handle) == 0; })) {
+        faults.push_back("The plug-in disposed of a handle of a pointer or array that the host had "
+                         "evaluated: it is the host's.");
+    }
+    return faults;
+}
+
+std::vector<std::string> HostVariables::TakeFaults() {
+    TouchedVariables all;
+    for (const auto& [process, list] : variables) {
+        for (const HostVariable& variable : list) {
+            all.emplace(process, variable.name);
+        }
+    }
+    return TakeFaults(all);
 }
 
 std::optional<std::string> HostVariables::Fault(long process, std::string_view name,
                                                 const ValueBlock& value) {
-    const ValueKind kind = BlockKind(value.type);
-    const bool unicode = kind == ValueKind::UnicodeText || kind == ValueKind::UnicodeTextArray;
-    if (kind == ValueKind::None || (unicode && !layout.HasEngine())) {
-        return "the type " + std::to_string(value.type) + ", which no variable of this host has";
-    }
-    const BlockParts parts = PartsOf(value, layout);
-    if (auto fault = PartsFault(parts, FindVariable(process, name))) {
+    if (auto fault = BlockFault({}, value, layout, Scrutiny::Storage)) {
         return fault;
     }
-    return LengthFault(value, layout.HasEngine());
+    const BlockParts parts = PartsOf(value, layout);
+    std::vector<Handle> handles = parts.handles;
+    std::ranges::sort(handles);
+    if (std::ranges::adjacent_find(handles) != handles.end()) {
+        return "one handle in two places";
+    }
+    const HostVariable* holder = Holder(parts, FindVariable(process, name));
+    return holder == nullptr
+               ? std::nullopt
+               : std::optional("what the variable " + Quoted(holder->name) + " holds already");
 }
 
-std::optional<std::string> HostVariables::PartsFault(const BlockParts& parts,
-                                                     const HostVariable* target) {
-    for (Handle handle : parts.handles) {
-        if (ToolboxHandleOwner(handle) != 1) {
-            return "something that is no live toolbox handle";
-        }
-        if (std::ranges::count(parts.handles, handle) > 1) {
-            return "one handle in two places";
-        }
-    }
-    for (const FDStringBlock& string : parts.strings) {
-        if (!layout.strings->IsLive(string)) {
-            return "something that is no host string";
-        }
-    }
-    for (const FDPictureBlock* picture : parts.pictures) {
-        if (!layout.pictures->IsLive(picture)) {
-            return "something that is no picture of the host";
-        }
-    }
+const HostVariable* HostVariables::Holder(const BlockParts& parts, const HostVariable* but) const {
     if (Count(parts) == 0) {
-        return std::nullopt;
+        return nullptr;
     }
     for (const auto& [process, list] : variables) {
         for (const HostVariable& other : list) {
-            if (&other != target &&
+            if (&other != but &&
                 Count(PartsWithout(parts, PartsOf(other.value, layout))) < Count(parts)) {
-                return "what the variable " + Quoted(other.name) + " holds already";
+                return &other;
             }
         }
     }
-    return std::nullopt;
+    return nullptr;
 }

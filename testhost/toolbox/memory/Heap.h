@@ -38,6 +38,7 @@ class Heap {
     OSErr FindHandle(const Call& call, Handle handle, HandleEntry** entry);
     OSErr SetHandleSize(const Call& call, Handle handle, long long size);
     Owner OwnerOf(Handle handle) const;
+    bool WasHandle(Handle handle) const { return handles.contains(handle); }
 
     OSErr NewPointer(long long size, Ptr* pointer);
     OSErr DisposePointer(const Call& call, Ptr pointer);
