@@ -3,6 +3,7 @@
 
 #include "host/Call.h"
 #include "host/FourD.h"
+#include "host/Value.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "shell/base/DebugTrace.h"
@@ -95,6 +96,48 @@ TEST_P(FormulasTest, EvaluatesExpressions) {
     EXPECT_EQ(number, 0);
     EXPECT_EQ(FourD::ExecFunc(PascalString("3"), &real), 0);
     EXPECT_EQ(real.value, 3);
+}
+
+// The fixture's account shows what was released by nobody, or twice.
+TEST_P(FormulasTest, EvaluatedValuesAreTheCallersButNotPointersAndArrays) {
+    struct Row {
+        TypedValue value;
+        const char* expression;
+        bool isCallers;
+    };
+    std::vector<Row> rows = {
+        {TextValue("text"), "a", true},
+        {PictureValue("picture"), "a", true},
+        {TextArrayValue({"one", "two"}), "a", false},
+        {LongValue(1), "Get pointer(\"a\")", false},
+    };
+    if (host.HasEngine()) {
+        rows.push_back({UnicodeValue("unicode"), "a", true});
+        rows.push_back({ArrayValue(ValueKind::UnicodeTextArray, {UnicodeValue("u")}), "a", false});
+    }
+    const auto owned = [this] {
+        return ToolboxLiveHandles() + host.strings.Live() + host.pictures.Live();
+    };
+    for (const Row& row : rows) {
+        host.variables.Set(1, "a", row.value);
+        const OwnedHandle text(row.expression);
+        Handle tokens = nullptr;
+        EXPECT_EQ(FourD::TokenizeProc(text, &tokens), 0);
+        const long before = owned();
+        ValueBlock block = EmptyValueBlock(ValueType::Undefined);
+        EXPECT_EQ(Evaluate(tokens, &block), 0);
+        const long evaluated = owned();
+        FreeValueBlock(&block);
+        EXPECT_EQ(evaluated - owned(), row.isCallers ? 1 : 0) << row.value;
+        EXPECT_TRUE(!row.isCallers || owned() == before) << row.value;
+        DisposeHandle(tokens);
+        if (block.type == ValueType::Pointer) { // a variable takes it over
+            EXPECT_EQ(FourD::SetVariable(PascalString("to"), &block, 1), 0);
+        } else if (block.type == ValueType::TextArray) {
+            DisposeHandle(block.array.elements);
+            EXPECT_EQ(host.variables.TakeFaults(TouchedVariables()).size(), 1U);
+        }
+    }
 }
 
 TEST_P(FormulasTest, CompilesAndGoesBack) {

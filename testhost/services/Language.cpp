@@ -73,7 +73,8 @@ std::string PascalText(const unsigned char* text) {
 // --- What calls answer ----------------------------------------------------------------------
 
 // Puts a value into the caller's block: as it is when the block is set to undefined, else as one of
-// the block's type. Handles in it become the caller's.
+// the block's type. What it holds becomes the caller's, except that the handles of a pointer or
+// array, which nobody frees a value block of, stay the host's.
 void Answer(const ServiceCall& call, const TypedValue& value, ValueBlock* target) {
     if (target == nullptr) {
         throw LanguageFailure(ResultCode::BadParameter, "there is no value block for the result");
@@ -83,6 +84,17 @@ void Answer(const ServiceCall& call, const TypedValue& value, ValueBlock* target
         answer = ConvertValue(answer, BlockKind(target->type));
     }
     *target = MakeBlock(call.host, answer);
+    const ValueLayout& layout = call.host.variables.layout;
+    if (IsArray(answer.kind) || answer.kind == ValueKind::Pointer) {
+        return call.host.variables.Lend(*target);
+    }
+    const BlockParts parts = PartsOf(*target, layout);
+    for (const FDStringBlock& string : parts.strings) {
+        layout.strings->SetOwner(string, Owner::Plugin);
+    }
+    for (const FDPictureBlock* picture : parts.pictures) {
+        layout.pictures->SetOwner(picture, Owner::Plugin);
+    }
 }
 
 ValueBlock* BlockAt(long address) {
