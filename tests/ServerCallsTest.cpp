@@ -365,6 +365,7 @@ TEST(ServerCallsTest, WhateverComesFromTheNetworkTheServerServesOn) {
 /// The plug-in of a made-up server: notes the writes, answers reads as it is told.
 std::vector<std::string> written;
 std::string identifierAnswer;
+long excess = 0; // what it says of its answers' size beyond the truth
 
 NIMBO_REALIGN __attribute__((__stdcall__)) void MadeUpServer(long selector, void* params, void*,
                                                              void* result) {
@@ -382,7 +383,7 @@ NIMBO_REALIGN __attribute__((__stdcall__)) void MadeUpServer(long selector, void
         *static_cast<long*>(result) = 1;
     } else if (selector == -205) {
         answer = block.callID == 0 ? identifierAnswer : "answer";
-        block.dataSize = static_cast<long>(answer.size());
+        block.dataSize = static_cast<long>(answer.size()) + excess;
         word = answer.empty() ? nullptr : answer.data();
     } else if (selector == -206) {
         char text[40];
@@ -422,6 +423,16 @@ TEST_F(ServerCallsClientTest, SendsWhoItIsThenIdentifiersAndParameters) {
     EXPECT_THAT(written,
                 ElementsAre("0 -2 \x1F" + std::string(31, 'o') + "\13Workstation\10Designer",
                             "80000102 7 params", "102 8 "));
+}
+
+TEST_F(ServerCallsClientTest, AnswersLargerThanTheMemoryAreProblems) {
+    char** answer = nullptr;
+    excess = 0x70000000;
+    network.Read(host, 7, 0, &answer);
+    excess = 0;
+    DisposeHandle(answer);
+    EXPECT_THAT(std::exchange(server.problems, {}),
+                ElementsAre(testing::HasSubstr("with the size 1879048198, but only")));
 }
 
 TEST_F(ServerCallsClientTest, AnswersWhatWentWrongAndGoesOn) {

@@ -204,6 +204,8 @@ TEST(TesthostScriptTest, ValuesSurviveTheHostsStorage) {
             EXPECT_EQ(arguments.StorageAt(1).GuardProblem(), std::nullopt) << text;
         }
     }
+    // Rows of no array's type, which only a plug-in can leave.
+    EXPECT_EQ(Describe(ArrayValue(ValueKind::ArrayOfArrays, {})), "array array none");
     Words hexadecimal("long 0xFFFFFFFE");
     EXPECT_EQ(TakeValue(hexadecimal), LongValue(-2));
 }

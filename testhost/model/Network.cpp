@@ -11,6 +11,8 @@
 #include <cstring>
 #include <random>
 
+#include <windows.h>
+
 namespace {
 namespace Request {
 constexpr long Connect = -201;
@@ -33,6 +35,19 @@ constexpr unsigned char unused = 0xA5; // behind the fields that a request has
 template <typename Number>
 void Put(RequestBytes& block, size_t offset, Number number) {
     std::memcpy(&block[offset], &number, sizeof number);
+}
+
+// How many of so many bytes can be read from an address on.
+size_t Readable(const char* address, size_t size) {
+    constexpr DWORD unreadable = PAGE_NOACCESS | PAGE_GUARD;
+    size_t readable = 0;
+    MEMORY_BASIC_INFORMATION region{};
+    while (readable < size && VirtualQuery(address + readable, &region, sizeof region) != 0 &&
+           region.State == MEM_COMMIT && (region.Protect & unreadable) == 0) {
+        readable = static_cast<size_t>(static_cast<const char*>(region.BaseAddress) +
+                                       region.RegionSize - address);
+    }
+    return std::min(readable, size);
 }
 
 long DataSize(const RequestBytes& block) {
@@ -328,7 +343,13 @@ std::string Network::FetchAnswer(const Connection& connection, long id, short ki
         server->host.Report("The plug-in answered a read with the size " + std::to_string(size) +
                             (*answered ? "." : " and no data."));
     } else if (*answered) {
-        bytes.assign(reinterpret_cast<const char*>(word), static_cast<size_t>(size));
+        const auto* data = reinterpret_cast<const char*>(word);
+        bytes.assign(data, Readable(data, static_cast<size_t>(size)));
+        if (bytes.size() < static_cast<size_t>(size)) {
+            server->host.Report("The plug-in answered a read with the size " +
+                                std::to_string(size) + ", but only " +
+                                std::to_string(bytes.size()) + " bytes are at its address.");
+        }
     }
     EnterServer(Request::Cleanup, block, &word, Named("clean-up", id, kind));
     return bytes;

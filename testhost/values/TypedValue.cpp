@@ -59,10 +59,13 @@ std::string ElementsText(const TypedValue& array) {
     return text;
 }
 
-// "long / 1 2 / 3": the rows' kind, then the rows.
+// "long / 1 2 / 3": the rows' kind, then the rows. A plug-in may have left one that is no array's.
 std::string RowsText(const TypedValue& array) {
-    auto kind = static_cast<ValueKind>(array.numbers.at(0));
-    std::string text = " " + std::string(KindName(kind).substr(arrayWord.size()));
+    std::string_view name = KindName(static_cast<ValueKind>(array.numbers.at(0)));
+    if (name.starts_with(arrayWord)) {
+        name.remove_prefix(arrayWord.size());
+    }
+    std::string text = " " + std::string(name);
     for (const TypedValue& row : array.inner) {
         text += " /" + ContentsText(row);
     }

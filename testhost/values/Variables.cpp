@@ -226,8 +226,9 @@ std::vector<std::string> HostVariables::TakeFaults(const TouchedVariables& names
     }
     if (std::erase_if(lent.handles,
                       [](Handle handle) { return ToolboxHandleOwner(handle) == 0; })) {
-        faults.push_back("The plug-in disposed of a handle of a pointer or array that the host had "
-                         "evaluated: it is the host's.");
+        faults.emplace_back(
+            "The plug-in disposed of a handle of a pointer or array that the host had "
+            "evaluated: it is the host's.");
     }
     return faults;
 }
