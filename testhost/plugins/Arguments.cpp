@@ -173,7 +173,8 @@ void Check(Checked& value, const std::string& what, HostVariables& variables, Ho
     if (const auto problem = value.GuardProblem()) {
         problems.push_back(what + " was written " + *problem);
     }
-    if (const auto fault = value.Fault()) {
+    const std::optional<std::string> fault = value.Fault();
+    if (fault) {
         problems.push_back(what + " holds " + *fault);
     }
     const BlockParts added = value.NewParts();
@@ -184,7 +185,7 @@ void Check(Checked& value, const std::string& what, HostVariables& variables, Ho
     }
     for (Handle handle : value.Parts().handles) {
         const auto [place, isNew] = holders.emplace(handle, what);
-        if (!isNew) {
+        if (!isNew && !fault) {
             problems.push_back(
                 what + " holds a handle that " +
                 (place->second == what ? "it holds twice" : place->second + " holds"));

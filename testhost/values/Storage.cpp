@@ -49,6 +49,15 @@ TypedValue FetchPointer(const TypedValue& shape, Handle handle, const ValueLayou
     return PointerTo(Fetch(shape.inner[0], Compiled(layout), Bytes(contents)));
 }
 
+// Without a capacity nobody has said how long the string may be.
+std::optional<std::string> StringFault(const StringBlock& string) {
+    if (string.capacity == 0 || string.string[0] <= string.capacity) {
+        return std::nullopt;
+    }
+    return "a string of the length " + std::to_string(string.string[0]) + " and the capacity " +
+           std::to_string(string.capacity);
+}
+
 std::optional<std::string> PointerFault(const TypedValue& shape, Handle handle,
                                         const ValueLayout& layout) {
     if (const auto fault = HandleFault(handle, layout)) {
@@ -209,13 +218,8 @@ std::optional<std::string> BlockFault(const TypedValue& shape, const ValueBlock&
         return contents ? ScalarFault(kind, bytes, layout) : std::nullopt;
     case ValueKind::Text:
         return ScalarFault(kind, bytes, layout);
-    case ValueKind::String: // without a capacity nobody has said how long it may be
-        return !contents || block.string.capacity == 0 ||
-                       block.string.string[0] <= block.string.capacity
-                   ? std::nullopt
-                   : std::optional("a string of the length " +
-                                   std::to_string(block.string.string[0]) + " and the capacity " +
-                                   std::to_string(block.string.capacity));
+    case ValueKind::String:
+        return contents ? StringFault(block.string) : std::nullopt;
     case ValueKind::Picture:
         if (layout.pictures != nullptr) {
             return block.picture == nullptr || layout.pictures->IsLive(block.picture)
