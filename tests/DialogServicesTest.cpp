@@ -106,6 +106,9 @@ TEST_P(DialogDualTest, AModalSession) {
     CustomerDialog dialog;
     ASSERT_TRUE(dialog.Open(nullptr, "Customers", 0));
     EXPECT_EQ(host.windows.At(0).port.windowKind, WindowKind::Modal);
+    Str255 title;
+    GetWTitle(&host.windows.At(0).port, title);
+    EXPECT_EQ(PascalString::TextOf(title), "Customers");
 
     using Kind = UserAction::Kind;
     Do({.kind = Kind::Click, .object = "ok"}); // refused: no customer
@@ -165,6 +168,30 @@ TEST_F(DialogServicesTest, WhatIsNeverClosedIsReported) {
     EXPECT_THAT(TakeProblems(),
                 ElementsAre(HasSubstr("no dialog"), HasSubstr("never used or closed"),
                             HasSubstr("\"Left open\" was never closed")));
+}
+
+// What was to be a dialog and became none may be closed, left or forgotten.
+TEST_F(DialogServicesTest, AContextWithoutItsDialogIsNobodysFault) {
+    PutForm(FormBytes());
+    for (const char* form : {"Form", "No such form"}) {
+        for (const int way : {1, 2, 3}) {
+            FourDDialog* const context = FourDDialog::CreateFourDDialogContext();
+            if (form == std::string("Form")) {
+                host.FailNext("CreateFourDDialog", -192);
+            }
+            EXPECT_EQ(FourDDialog::CreateFourDDialog(PascalString(form), PascalString("Title"), 1,
+                                                     5, 0, nullptr, context),
+                      nullptr);
+            if (way == 1) {
+                FourDDialog::Close(context);
+            } else if (way == 2) {
+                const long saved = FourDDialog::SwitchTo4DContext(context);
+                FourDDialog::SwitchToDlogContext(context, saved);
+            }
+        }
+    }
+    session.ReportLeaks();
+    EXPECT_THAT(TakeProblems(), ElementsAre());
 }
 
 // Whatever a resource holds: no fault, no leak, and a dialog only of a form that is whole.

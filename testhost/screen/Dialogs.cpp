@@ -2,6 +2,8 @@
 
 #include "host/boundary/AreaEvents.h"
 #include "platform/Toolbox.h"
+#include "testhost/toolbox/Control.h"
+#include "testhost/values/Scalars.h"
 #include "testhost/values/Storage.h"
 
 #include <algorithm>
@@ -181,7 +183,6 @@ long Dialogs::Open(long reference, long process, const std::string& form, const 
         Note(bytes.empty() ? "no form came with the name " + Quoted(form) +
                                  ": is it among the plug-in's resources?"
                            : "the form " + Quoted(form) + " is refused: " + fault);
-        dialogs.erase(place);
         return 0;
     }
     std::unique_ptr<Dialog> dialog = std::move(place->second);
@@ -203,6 +204,9 @@ long Dialogs::Open(long reference, long process, const std::string& form, const 
     }
     dialog->process = process;
     dialog->window = &host.windows.AddInFront(process, WindowKind::Modal).port;
+    Str255 windowTitle;
+    StorePascal(windowTitle, title);
+    ToolboxSetWindowTitle(dialog->window, windowTitle);
 
     const long opened = firstReference + 16 * references++;
     dialog->former = EnterContext(dialog->process, opened);
@@ -294,9 +298,11 @@ long Dialogs::EnterContext(long process, long reference) {
 void Dialogs::ReportLeaks() {
     while (!dialogs.empty()) {
         const auto& [reference, dialog] = *dialogs.begin();
-        host.report(dialog->IsOpen()
-                        ? "The dialog " + Quoted(dialog->title) + " was never closed."
-                        : "A dialog context that the plug-in made was never used or closed.");
+        if (dialog->IsOpen()) {
+            host.report("The dialog " + Quoted(dialog->title) + " was never closed.");
+        } else if (!dialog->wasToOpen) {
+            host.report("A dialog context that the plug-in made was never used or closed.");
+        }
         Close(reference);
     }
     actions.clear();

@@ -172,6 +172,7 @@ class Dialog {
     std::map<std::string, FieldList> fieldLists;          ///< by the name of their object
     std::list<std::pair<std::string, AreaHandler>> areas; ///< of plug-ins, by their object
     GrafPort* window = nullptr; ///< record in the host's list; null: a context only
+    bool wasToOpen = false;     ///< of a context: nobody need close it when no dialog came of it
     void* userData = nullptr;
     long process = 0; ///< in which it was opened
     long former = 0;  ///< the dialog whose variables were current before it, or 0
@@ -211,8 +212,8 @@ class Dialogs {
     /// Begins a dialog context; its reference is never 0 and never used twice.
     long NewContext();
     /// Opens a dialog in a context and a process, from the bytes of its form. Its reference, which
-    /// takes the place of the context's; 0 when the form is refused, and then the context is gone,
-    /// too.
+    /// takes the place of the context's; 0 when the form is refused, and then the context is as it
+    /// was.
     long Open(long reference, long process, const std::string& form, const std::string& title,
               std::string_view bytes);
     /// Closes a dialog, or a context. The dialog's areas get their last event.
@@ -238,7 +239,7 @@ class Dialogs {
     /// reference of the dialog whose variables were, or 0.
     long EnterContext(long process, long reference);
 
-    /// Reports dialogs and contexts that are still there, and closes them.
+    /// Reports dialogs, and contexts that were for nothing, which are still there, and closes them.
     void ReportLeaks();
 
     std::deque<UserAction> actions;                 ///< what the user is going to do

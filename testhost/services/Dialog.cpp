@@ -41,6 +41,14 @@ void NewContext(ServiceCall& call) {
     call.fields.param1 = call.host.dialogs.NewContext();
 }
 
+// Also when the call is made to fail: what becomes of a context without a dialog is then the
+// plug-in's own affair.
+void ReceiveCreate(ServiceCall& call) {
+    if (Dialog* context = call.host.dialogs.Find(call.fields.param1)) {
+        context->wasToOpen = true;
+    }
+}
+
 void Create(Request& request) {
     constexpr OSType formType = 0x464F3444; // FO4D
     ServiceCall& call = request.call;
@@ -395,13 +403,14 @@ void OnDialog(ServiceCall& call) {
 }
 
 // `in` is what may come in a classic call; in an engine call texts come as UTF-16.
-consteval Service Row(std::string_view selector, RecordField::Set in, void (*serve)(ServiceCall&)) {
+consteval Service Row(std::string_view selector, RecordField::Set in, void (*serve)(ServiceCall&),
+                      void (*receive)(ServiceCall&) = nullptr) {
     constexpr auto texts = static_cast<unsigned>(RecordField::Name | RecordField::ValueText);
     const auto others = static_cast<RecordField::Set>(in & ~texts);
     const auto name = (in & RecordField::Name) != 0 ? RecordField::UniName : RecordField::None;
     const auto text = (in & RecordField::ValueText) != 0 ? RecordField::UniText : RecordField::None;
-    return {Select(selector), others, serve, name | text,
-            static_cast<RecordField::Set>(in & texts)};
+    return {Select(selector), others, serve, name | text, static_cast<RecordField::Set>(in & texts),
+            receive};
 }
 
 using RecordField::Field, RecordField::Flag1, RecordField::Param2, RecordField::Param3,
@@ -417,7 +426,7 @@ constexpr auto byEither = Dialog::By::Either;
 constexpr Service services[] = {
     Row("CreateFourDDialogContext", RecordField::None, NewContext),
     Row("CreateFourDDialog", named | ValueText | Param2 | Param3 | Flag1 | address | Param4,
-        OnDialog<Create>),
+        OnDialog<Create>, ReceiveCreate),
     Row("DialogClose", whole, OnDialog<Close>),
     // The filter procedure comes in classic calls only.
     {Select("ModalDialog"), whole, OnDialog<Modal>, RecordField::None, address},
