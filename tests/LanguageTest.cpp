@@ -82,6 +82,8 @@ TEST_F(LanguageTest, EvaluatesExpressions) {
              {"1 2", "error -9901"},
              {"\"open", "error -9901"},
              {"!13/01/2026!", "error -9901"},
+             {"!2025-02-29!", "error -9901"},
+             {"!00/00/0000!", "date 0000-00-00"},
              {"{1}", "error -9901"},
              {"[Nobody]", "error -9902"},
              {"[Clients]First name", "error -9902"},
@@ -95,6 +97,13 @@ TEST_F(LanguageTest, EvaluatesExpressions) {
          }) {
         EXPECT_EQ(Value(expression), value) << expression;
     }
+    for (int level = 1; level < 22; ++level) {
+        const std::string next = "Level" + std::to_string(level + 1);
+        host.language.DefineMethod("Level" + std::to_string(level), next + "\r" + next);
+    }
+    host.language.DefineMethod("Level22", "count:=1");
+    EXPECT_EQ(Value("Level1"), "error -9908");
+    EXPECT_EQ(Run("ARRAY LONGINT(a;1000000)" + std::string("\rb:=a\rb:=a")), "error -9908");
     EXPECT_EQ(Value(std::string(100000, '(')), "error -9907");
     EXPECT_EQ(Value(std::string(100000, '-')), "error -9907");
     std::string longSum = "1";

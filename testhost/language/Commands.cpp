@@ -48,6 +48,8 @@ short CommandCall::Table(size_t place) const {
         FailMismatch(std::string(TheHost().language.CommandName(command.number)) +
                      " takes a table");
     }
+    const DatabaseTable* table = TheHost().database.Table(argument.number);
+    evaluator.SpendOn(table != nullptr ? table->records.size() : 0);
     return argument.number;
 }
 
@@ -85,6 +87,7 @@ size_t ElementCount(const CommandCall& call, size_t place) {
     if (count > mostElements) {
         throw LanguageFailure(ResultCode::MemoryFull, "an array is too large");
     }
+    call.evaluator.SpendOn(static_cast<size_t>(count));
     return static_cast<size_t>(count);
 }
 
@@ -104,6 +107,7 @@ TypedValue DeclareArray(const CommandCall& call) {
         if (rows * columns > mostElements) {
             throw LanguageFailure(ResultCode::MemoryFull, "an array is too large");
         }
+        call.evaluator.SpendOn(rows * columns);
         array = ArrayValue(ValueKind::ArrayOfArrays,
                            std::vector<TypedValue>(rows, EmptyArray(kind, columns)),
                            static_cast<long>(kind));

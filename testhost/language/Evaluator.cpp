@@ -8,11 +8,27 @@
 
 namespace {
 constexpr int deepestMethod = 30;
+// The language has no loops, but methods that call one another twice double the work with every
+// level. So much takes a second or two.
+constexpr size_t mostSteps = 100'000;
+constexpr size_t amountOfStep = 25; // bytes or elements
 
 void ExpectVariable(const Expression& expression) {
     if (expression.kind != Expression::Kind::Variable) {
         throw LanguageFailure(LanguageError::TypeMismatch, "only variables can be declared");
     }
+}
+
+// Bytes and elements, about.
+size_t SizeOf(const TypedValue& value) {
+    size_t size = value.numbers.size();
+    for (const std::string& text : value.texts) {
+        size += 1 + text.size();
+    }
+    for (const TypedValue& element : value.inner) {
+        size += 1 + SizeOf(element);
+    }
+    return size;
 }
 
 // As an interprocess variable it belongs to no process.
@@ -31,7 +47,22 @@ void Evaluator::Execute(const std::vector<LanguageStatement>& statements) {
     }
 }
 
+void Evaluator::SpendOn(size_t amount) {
+    spent += 1 + amount / amountOfStep;
+    if (spent > mostSteps) {
+        throw LanguageFailure(LanguageError::TooLong,
+                              "an evaluation takes more than " + std::to_string(mostSteps) +
+                                  " steps: do methods call one another too often?");
+    }
+}
+
 TypedValue Evaluator::Evaluate(const Expression& expression) {
+    TypedValue value = ValueOf(expression);
+    SpendOn(SizeOf(value));
+    return value;
+}
+
+TypedValue Evaluator::ValueOf(const Expression& expression) {
     switch (expression.kind) {
     case Expression::Kind::Constant:
         return expression.constant;
@@ -78,6 +109,7 @@ TypedValue Evaluator::CallMethod(long number, std::vector<TypedValue> arguments)
     if (depth == deepestMethod) {
         throw LanguageFailure(LanguageError::TooDeep, "methods call each other too deep");
     }
+    SpendOn(method->source.size());
     Locals own;
     for (size_t place = 0; place < arguments.size(); ++place) {
         own[std::to_string(place + 1)] = std::move(arguments[place]);

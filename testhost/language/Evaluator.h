@@ -27,18 +27,22 @@ class Evaluator {
     void Declare(const Expression& variable, const TypedValue& empty);
     /// Makes a variable one with this value, whatever it was.
     void Replace(const Expression& variable, const TypedValue& value);
+    /// Counts a step of the evaluation, more for many bytes or elements; fails beyond the limit.
+    void SpendOn(size_t amount);
 
     Host& host;
 
   private:
     using Locals = std::map<std::string, TypedValue>;
 
+    TypedValue ValueOf(const Expression& expression);
     TypedValue CallMethod(const Expression& expression);
     TypedValue Read(const Expression& variable);
     TypedValue ReadField(const Expression& field);
     void Assign(const Expression& target, const TypedValue& value);
 
     CommandRunner runCommand;
-    Locals locals; ///< of the method that runs, by folded name
-    int depth = 0; ///< how many methods are running
+    Locals locals;    ///< of the method that runs, by folded name
+    int depth = 0;    ///< how many methods are running
+    size_t spent = 0; ///< steps so far
 };

@@ -14,6 +14,7 @@ enum : short {
     DivisionByZero = -9905,  ///
     MalformedTokens = -9906, ///< not tokens, or in the other byte order
     TooDeep = -9907,         ///< parentheses or methods within one another beyond the limit
+    TooLong = -9908,         ///< more is to be executed than an evaluation may take
 };
 }
 

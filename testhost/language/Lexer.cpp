@@ -1,6 +1,7 @@
 #include "testhost/language/Lexer.h"
 
 #include "testhost/language/Failure.h"
+#include "testhost/values/Scalars.h"
 
 #include <algorithm>
 #include <bit>
@@ -159,7 +160,7 @@ class Lexer {
         const long day = yearFirst ? c : b;
         const long month = yearFirst ? b : a;
         const long year = yearFirst ? a : c;
-        if (day > 31 || month > 12) {
+        if (!IsDate(year, month, day)) {
             FailSyntax("there is no such date");
         }
         Add(TokenKind::Date, static_cast<unsigned long>(day), static_cast<unsigned long>(month),
@@ -211,7 +212,7 @@ class Lexer {
 
     // A command when one has this name, else a variable or a method.
     void TakeName() {
-        const std::string folded = FoldCase(rest);
+        const std::string folded = FoldCase(rest.substr(0, longestLanguageName));
         long number = 0;
         size_t longest = 0;
         for (const auto& [candidate, name] : host.language.CommandNames()) {

@@ -54,17 +54,12 @@ long Language::DefineMethod(const std::string& name, std::string source) {
         return number;
     }
     methods.push_back({name, std::move(source)});
-    return static_cast<long>(methods.size());
+    return methodNumbers[FoldCase(name)] = static_cast<long>(methods.size());
 }
 
 long Language::FindMethod(std::string_view name) const {
-    const std::string folded = FoldCase(name);
-    for (size_t place = 0; place < methods.size(); ++place) {
-        if (FoldCase(methods[place].name) == folded) {
-            return static_cast<long>(place) + 1;
-        }
-    }
-    return 0;
+    const auto found = methodNumbers.find(FoldCase(name));
+    return found != methodNumbers.end() ? found->second : 0;
 }
 
 const HostMethod* Language::Method(long number) const {

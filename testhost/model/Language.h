@@ -50,5 +50,6 @@ class Language {
   private:
     std::map<long, std::string> commandNames;
     std::vector<HostMethod> methods;
-    std::vector<std::string> pointedTo; ///< folded names, with the interprocess mark
+    std::map<std::string, long> methodNumbers; ///< by folded name
+    std::vector<std::string> pointedTo;        ///< folded names, with the interprocess mark
 };

@@ -1,4 +1,5 @@
 #include "testhost/screen/Dialogs.h"
+#include "testhost/values/Scalars.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -76,7 +77,8 @@ std::optional<TypedValue> NumberEntered(const DialogObject& object, const std::s
 std::optional<TypedValue> Entered(const DialogObject& object, const std::string& text) {
     switch (object.type) {
     case ValueType::Date:
-        if (const auto parts = Parts(text, '-')) {
+        if (const auto parts = Parts(text, '-');
+            parts && IsDate((*parts)[0], (*parts)[1], (*parts)[2])) {
             return DateValue(static_cast<short>((*parts)[0]), static_cast<short>((*parts)[1]),
                              static_cast<short>((*parts)[2]));
         }

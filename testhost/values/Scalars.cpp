@@ -173,6 +173,18 @@ std::string FetchPascal(const unsigned char* source) {
     return {reinterpret_cast<const char*>(source + 1), source[0]};
 }
 
+bool IsDate(long year, long month, long day) {
+    if (year == 0 && month == 0 && day == 0) {
+        return true;
+    }
+    // The calendar's own types would cut larger numbers.
+    return year >= 1 && year <= 9999 && month >= 1 && month <= 12 && day >= 1 && day <= 31 &&
+           std::chrono::year_month_day(std::chrono::year(static_cast<int>(year)),
+                                       std::chrono::month(static_cast<unsigned>(month)),
+                                       std::chrono::day(static_cast<unsigned>(day)))
+               .ok();
+}
+
 DateBlock StoreDate(const TypedValue& value) {
     return {static_cast<short>(value.numbers.at(0)), static_cast<short>(value.numbers.at(1)),
             static_cast<short>(value.numbers.at(2))};

@@ -88,6 +88,8 @@ std::string FetchText(const TextBlock& text);
 /// Copies a text as a Pascal string, cut to what fits.
 void StorePascal(std::span<unsigned char> target, std::string_view text);
 std::string FetchPascal(const unsigned char* source);
+/// Whether the calendar has this date, or it is the empty one: 0, 0, 0.
+bool IsDate(long year, long month, long day);
 /// The record of a date's numbers, and back.
 DateBlock StoreDate(const TypedValue& value);
 TypedValue FetchDate(const DateBlock& date);
