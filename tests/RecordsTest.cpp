@@ -295,7 +295,7 @@ TEST_P(RecordsTest, TipsAndThePictureEditor) {
     EXPECT_EQ(FourD::EditPict(&picture), 0); // the user cancels
     EXPECT_EQ(picture, nullptr);
     for (const char* drawn : {"a line", "a longer line"}) {
-        host.pictureEdit = drawn;
+        host.pictureEdits = {drawn};
         EXPECT_EQ(FourD::EditPict(&picture), 1);
         EXPECT_EQ(OwnedHandle::BytesOf(picture), drawn);
     }

@@ -5,9 +5,15 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace {
-constexpr size_t mostKept = 100'000;
+constexpr size_t mostBytesKept = 16 * 1024 * 1024; // some 5000 engine calls
+
+size_t SizeOf(const LoggedCall& call) {
+    return sizeof call + call.name.size() + call.before.size() + call.after.size() +
+           call.remark.size();
+}
 
 bool IsZero(std::span<const unsigned char> bytes) {
     return std::ranges::all_of(bytes, [](unsigned char byte) { return byte == 0; });
@@ -110,33 +116,74 @@ std::string LoggedCall::Describe() const {
 }
 
 void CallLog::Add(LoggedCall call) {
-    ++(call.IsIntoPlugin() ? pluginCalls : hostCalls);
-    if (calls.size() == mostKept) {
-        calls.pop_front();
+    if (call.IsIntoPlugin()) {
+        ++pluginCalls;
+        countsSinceEntry.clear();
+    } else {
+        ++hostCalls;
+        ++countsSinceEntry[call.name];
     }
+    bytes += SizeOf(call);
     calls.push_back(std::move(call));
+    while (bytes > mostBytesKept && calls.size() > 1) {
+        DropOldest();
+    }
     if (onAdded) {
         onAdded(calls.back());
     }
 }
 
-void CallLog::Clear() {
-    calls.clear();
+void CallLog::DropOldest() {
+    LoggedCall& oldest = calls.front();
+    bytes -= SizeOf(oldest);
+    if (!oldest.IsIntoPlugin()) {
+        LoggedCall& former = dropped[oldest.name];
+        spare = std::exchange(former, std::move(oldest));
+    }
+    calls.pop_front();
 }
 
-std::vector<const LoggedCall*> CallLog::Named(std::string_view name, bool sinceEntry) const {
+LoggedCall CallLog::Blank() {
+    LoggedCall blank;
+    blank.before = std::exchange(spare.before, {});
+    blank.after = std::exchange(spare.after, {});
+    return blank;
+}
+
+void CallLog::EndEntry(long process, int entryDepth) {
+    if (onEntryEnded) {
+        onEntryEnded(process, entryDepth);
+    }
+}
+
+void CallLog::Clear() {
+    calls.clear();
+    bytes = 0;
+    dropped.clear();
+    countsSinceEntry.clear();
+}
+
+std::vector<const LoggedCall*> CallLog::Named(std::string_view name) const {
     std::vector<const LoggedCall*> found;
     for (const LoggedCall& call : calls) {
-        if (call.IsIntoPlugin() && sinceEntry) {
-            found.clear();
-        } else if (!call.IsIntoPlugin() && call.name == name) {
+        if (!call.IsIntoPlugin() && call.name == name) {
             found.push_back(&call);
         }
     }
     return found;
 }
 
+size_t CallLog::CountSinceEntry(std::string_view name) const {
+    const auto found = countsSinceEntry.find(name);
+    return found != countsSinceEntry.end() ? found->second : 0;
+}
+
 const LoggedCall* CallLog::Last(std::string_view name) const {
-    std::vector<const LoggedCall*> found = Named(name);
-    return found.empty() ? nullptr : found.back();
+    for (auto call = calls.rbegin(); call != calls.rend(); ++call) {
+        if (!call->IsIntoPlugin() && call->name == name) {
+            return &*call;
+        }
+    }
+    const auto found = dropped.find(name);
+    return found != dropped.end() ? &found->second : nullptr;
 }

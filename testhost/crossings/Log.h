@@ -4,6 +4,7 @@
 
 #include <deque>
 #include <functional>
+#include <map>
 #include <span>
 #include <string>
 #include <string_view>
@@ -60,17 +61,24 @@ struct LoggedCall {
 /// returns, an entry into the plug-in when it begins.
 class CallLog {
   public:
-    /// Keeps it, and drops the oldest of too many. The counts go on.
+    /// An empty one to fill and add, with the storage of one that was dropped: where thousands
+    /// come and go memory need not be sought for each.
+    LoggedCall Blank();
+    /// Keeps it, and drops the oldest of too many; but the last of each name stays. The counts
+    /// go on.
     void Add(LoggedCall call);
+    /// The entry into the plug-in that began last in this process, at this depth, is over.
+    void EndEntry(long process, int entryDepth);
     /// Only counts a call into the host.
     void CountOnly() { ++hostCalls; }
     /// Forgets the crossings; the counts stay.
     void Clear();
 
     const std::deque<LoggedCall>& Calls() const { return calls; }
-    /// The calls into the host of this selector name that are still kept, oldest first. With
-    /// `sinceEntry`, only those since the last entry into the plug-in.
-    std::vector<const LoggedCall*> Named(std::string_view name, bool sinceEntry = false) const;
+    /// The calls into the host of this selector name that are still kept, oldest first.
+    std::vector<const LoggedCall*> Named(std::string_view name) const;
+    /// How many there were since the last entry into the plug-in.
+    size_t CountSinceEntry(std::string_view name) const;
     /// The last call into the host of this selector name; null when there is none.
     const LoggedCall* Last(std::string_view name) const;
 
@@ -80,9 +88,17 @@ class CallLog {
     int depth = 0; ///< plug-in entries that are under way; kept by CallPlugin
     /// Runs for every crossing that is added; may be empty.
     std::function<void(const LoggedCall&)> onAdded;
+    /// Runs for every EndEntry; may be empty.
+    std::function<void(long process, int entryDepth)> onEntryEnded;
 
   private:
+    void DropOldest();
+
     std::deque<LoggedCall> calls;
+    size_t bytes = 0; ///< of these
+    LoggedCall spare;
+    std::map<std::string, LoggedCall, std::less<>> dropped;      ///< the last of each name
+    std::map<std::string, size_t, std::less<>> countsSinceEntry; ///< of calls, by name
     size_t hostCalls = 0;
     size_t pluginCalls = 0;
 };

@@ -107,9 +107,14 @@ long Host::FindProcess(std::string_view name) const {
 }
 
 void Host::Report(std::string problem) {
-    problems.push_back(std::move(problem));
+    constexpr size_t mostKept = 1000;
     if (onProblem) {
-        onProblem(problems.back());
+        onProblem(problem);
+    }
+    if (problems.size() < mostKept) {
+        problems.push_back(std::move(problem));
+    } else {
+        ++problemsNotKept;
     }
 }
 

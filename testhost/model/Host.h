@@ -16,6 +16,7 @@
 #include "testhost/values/Variables.h"
 
 #include <array>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -48,7 +49,9 @@ class Host {
     Network* network = nullptr; ///< that it serves or is connected to; null when there is none
     std::vector<HostedPlugin*> plugins; ///< each enters and leaves by itself
     CallLog log;                        ///< all that crossed the boundary
-    std::vector<std::string> problems;  ///< that were reported, oldest first; callers may clear it
+    /// That were reported, oldest first; of very many only the first. Callers may clear it.
+    std::vector<std::string> problems;
+    size_t problemsNotKept = 0;
     /// Runs for every problem, also for one that shows when the host is cleared away; may be empty.
     std::function<void(const std::string&)> onProblem;
     /// Runs for every line that a plug-in told a debugger; may be empty.
@@ -65,8 +68,10 @@ class Host {
     Boxes boxes{log};
     int aboutShown = 0; ///< how often the about box was shown
     bool tipsEnabled = true;
-    std::vector<std::string> tips;          ///< those that plug-ins had shown, oldest first
-    std::optional<std::string> pictureEdit; ///< what the user makes of a picture; nothing: cancels
+    std::vector<std::string> tips; ///< the first ones that plug-ins had shown, oldest first
+    /// What users make of the pictures that plug-ins have them edit, in turn; nothing means that
+    /// they cancel, which they also do when none is left.
+    std::deque<std::optional<std::string>> pictureEdits;
     /// Background, white, grey and black, as on platform interface 2.
     SysColors4D systemColors{{{0xC0C0, 0xC0C0, 0xC0C0},
                               {0xFFFF, 0xFFFF, 0xFFFF},
@@ -154,6 +159,7 @@ class Host {
     void HearDebugText(std::string_view text);
     /// Takes notice of all that was set aside.
     void HearAsides();
+    size_t ProblemCount() const { return problems.size() + problemsNotKept; }
 
     /// Makes the next call of this service (a name from host/boundary/Selectors.h) answer `code`
     /// and do nothing else; said several times, the calls after it, in turn. One that is never made

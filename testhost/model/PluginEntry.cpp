@@ -185,12 +185,14 @@ long CallPlugin(Host& host, PluginEntry function, void* const words[4], long sel
     entry.name = std::move(what);
     entry.process = host.currentProcess;
     entry.depth = host.log.depth;
+    const long process = host.currentProcess;
     host.log.Add(std::move(entry));
 
     const EntryUnderWay underWay(host.log.Calls().back().Describe());
     ++host.log.depth;
     const long left = Run(host, reinterpret_cast<const void*>(function), {words, 4}, who, 0);
     --host.log.depth;
+    host.log.EndEntry(process, host.log.depth);
     return left;
 }
 

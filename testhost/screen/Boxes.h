@@ -29,7 +29,8 @@ class Boxes {
     /// Shows a box and answers what the user pressed.
     long Show(HostBox::Kind kind, std::string text);
 
-    std::vector<HostBox> shown; ///< oldest first; callers may clear it
+    /// Oldest first, of very many only the last. Callers may clear it.
+    std::vector<HostBox> shown;
     /// Answers to the next confirmation boxes; OK when none is left.
     std::deque<long> confirmAnswers;
     /// Runs for every box that is shown; may be empty.

@@ -143,7 +143,7 @@ long Dispatch(long number, Block* block, EngineFields* engine) {
     Record record(reinterpret_cast<unsigned char*>(block), sizeof *block);
     const SelectorPair* selector = FindSelector(number, isEngine);
     ServiceCall call{*host, *block, engine, block->valueText};
-    LoggedCall logged;
+    LoggedCall logged = host->log.Blank();
     logged.kind = isEngine ? LoggedCall::Kind::Engine : LoggedCall::Kind::Classic;
     logged.selector = number;
     logged.name = selector != nullptr ? selector->name : "unknown selector";

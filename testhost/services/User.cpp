@@ -20,7 +20,8 @@ void StringsEqual(ServiceCall& call) {
 }
 
 void CreateTip(ServiceCall& call) {
-    if (call.host.tipsEnabled) {
+    constexpr size_t mostKept = 1000;
+    if (call.host.tipsEnabled && call.host.tips.size() < mostKept) {
         call.host.tips.emplace_back(PascalText(call.fields.name));
     }
 }
@@ -28,7 +29,12 @@ void CreateTip(ServiceCall& call) {
 // The picture in `handle`, null for an empty one, is changed in place or made; param1 answers
 // whether the user accepted it.
 void EditPicture(ServiceCall& call) {
-    const std::optional<std::string>& edited = call.host.pictureEdit;
+    std::deque<std::optional<std::string>>& edits = call.host.pictureEdits;
+    if (edits.empty()) {
+        return;
+    }
+    const std::optional<std::string> edited = std::move(edits.front());
+    edits.pop_front();
     if (!edited) {
         return;
     }

@@ -3,10 +3,19 @@
 #include "testhost/model/UnderWay.h"
 #include "testhost/values/Encodings.h"
 
+#include <algorithm>
+#include <functional>
 #include <numeric>
 #include <utility>
 
 namespace {
+constexpr size_t mostCallsPrinted = 40; // of an entry into the plug-in
+constexpr size_t mostNamesPrinted = 5;  // of the others
+
+std::string Indent(int depth) {
+    return std::string(static_cast<size_t>(depth) * 2, ' ');
+}
+
 // The total of what `count` says of each host.
 template <typename Count>
 size_t Total(const Stage& stage, Count count) {
@@ -45,6 +54,7 @@ Player::~Player() {
         EntryUnderWay::onChanged = nullptr;
     }
     host.log.onAdded = nullptr;
+    host.log.onEntryEnded = nullptr;
     host.boxes.onShown = nullptr;
     host.dialogs.onNote = nullptr;
     host.dialogs.onFailure = nullptr;
@@ -58,18 +68,19 @@ void Player::Watch() {
         KeepAccount();
         Print(call);
     };
+    host.log.onEntryEnded = [this](long process, int depth) { PrintRest(process, depth); };
     host.boxes.onShown = [this](const HostBox& box) {
-        Note(std::string(box.kind == HostBox::Kind::Alert ? "alert" : "confirm") + ": " +
-             Quoted(box.text));
+        NoteEvent(std::string(box.kind == HostBox::Kind::Alert ? "alert" : "confirm") + ": " +
+                  Quoted(box.text));
     };
-    host.dialogs.onNote = [this](const std::string& text) { Note(text); };
+    host.dialogs.onNote = [this](const std::string& text) { NoteEvent(text); };
     host.dialogs.onFailure = [this](const UserAction& action, const std::string& reason) {
         At(action.place, [&] { Fail(reason); });
     };
-    host.onDebugText = [this](const std::string& text) { Note("debugger: " + Quoted(text)); };
+    host.onDebugText = [this](const std::string& text) { NoteEvent("debugger: " + Quoted(text)); };
     host.onProblem = [this](const std::string& problem) {
         KeepAccount();
-        stage.out << "PROBLEM " << stage.place << ": " << heading << problem << std::endl;
+        stage.transcript.Problem(stage.place, heading + problem);
     };
 }
 
@@ -77,20 +88,48 @@ void Player::Print(const LoggedCall& call) {
     if (stage.quiet) {
         return;
     }
-    // Flushed line by line, so that a crash shows what led to it.
-    std::string indent(static_cast<size_t>(call.depth) * 2, ' ');
+    if (call.IsIntoPlugin()) {
+        entries[{call.process, call.depth}] = {};
+    } else if (PlayedEntry& entry = entries[{call.process, call.depth - 1}];
+               ++entry.calls > mostCallsPrinted) {
+        ++entry.unprinted[call.name];
+        return;
+    }
     if (!call.IsIntoPlugin() && call.process != lastProcess) {
-        stage.out << heading << "  (process " << call.process << ")" << std::endl;
+        stage.transcript.Line(heading + "  (process " + std::to_string(call.process) + ")");
     }
     lastProcess = call.process;
-    stage.out << heading << indent << (call.IsIntoPlugin() ? "→ " : "← ") << call.Describe()
-              << std::endl;
+    stage.transcript.Line(heading + Indent(call.depth) + (call.IsIntoPlugin() ? "→ " : "← ") +
+                          call.Describe());
+}
+
+void Player::PrintRest(long process, int depth) {
+    const PlayedEntry entry = std::exchange(entries[{process, depth}], {});
+    entries.erase({process, depth});
+    if (entry.unprinted.empty()) {
+        return;
+    }
+    std::vector<std::pair<std::string, size_t>> names(entry.unprinted.begin(),
+                                                      entry.unprinted.end());
+    std::ranges::stable_sort(names, std::greater(), &std::pair<std::string, size_t>::second);
+    std::string list;
+    for (size_t place = 0; place < std::min(names.size(), mostNamesPrinted); ++place) {
+        list += (place == 0 ? "" : ", ") + std::to_string(names[place].second) + " " +
+                names[place].first;
+    }
+    stage.transcript.Line(heading + Indent(depth + 1) + "← ... and " +
+                          std::to_string(entry.calls - mostCallsPrinted) + " more calls: " + list +
+                          (names.size() > mostNamesPrinted ? ", ..." : ""));
 }
 
 void Player::Note(const std::string& text) {
     if (!stage.quiet) {
         stage.out << heading << "  " << text << std::endl;
     }
+}
+
+void Player::NoteEvent(const std::string& text) {
+    stage.transcript.Line(heading + "  " + text);
 }
 
 void Player::Echo(const std::string& text) {
@@ -128,11 +167,11 @@ void Player::FailUnusedActions() {
 }
 
 size_t Player::OpenProblems() const {
-    return host.problems.size() - acceptedProblems;
+    return host.ProblemCount() - acceptedProblems;
 }
 
 void Player::AcceptProblems() {
-    acceptedProblems = host.problems.size();
+    acceptedProblems = host.ProblemCount();
     KeepAccount();
 }
 
@@ -190,6 +229,7 @@ void Player::PlayStatement(const Script& script, size_t number) {
     } catch (const std::runtime_error& error) {
         stage.current->Fail(error.what());
     }
+    stage.transcript.EndStatement(stage.place);
     stage.out << std::flush; // a crash shows all that was printed before
 }
 
@@ -235,6 +275,9 @@ void Player::PlayAll(const Script& script) {
     progress.Begin(script.statements.size(), stage.place, "");
     progress.Enter(Progress::Phase::Stopping);
     StopAll();
+    if (script.statements.empty()) {
+        Fail("the script has no statements: nothing was played");
+    }
     KeepAccount();
     LetFurtherHostsGo();
 }
@@ -254,6 +297,7 @@ void Player::LetFurtherHostsGo() {
 }
 
 bool Player::Finish() {
+    stage.transcript.EndStatement(stage.place);
     stage.out << stage.progress->account.Describe() << std::endl;
     return stage.progress->account.IsGood();
 }

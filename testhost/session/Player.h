@@ -5,6 +5,7 @@
 #include "testhost/session/Area.h"
 #include "testhost/session/Progress.h"
 #include "testhost/session/Script.h"
+#include "testhost/session/Transcript.h"
 
 #include <filesystem>
 #include <functional>
@@ -12,6 +13,7 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 class Player;
@@ -32,7 +34,8 @@ struct Stage {
     bool isSettingUp = false; ///< what is played was played before, by a process that crashed
     Network network = {};
     std::vector<Player*> players = {}; ///< the script's own host first
-    Player* current = nullptr;         ///< whom the statements concern
+    Transcript transcript = {out, quiet};
+    Player* current = nullptr; ///< whom the statements concern
     std::vector<std::shared_ptr<void>> further =
         {}; ///< all hosts but the first, with their players
 };
@@ -66,6 +69,8 @@ class Player {
     void FailNotStarted() { Fail("the plug-in is not started"); }
     /// A line of the transcript, beneath the crossing it belongs to.
     void Note(const std::string& text);
+    /// The same for what the plug-in may make happen again and again.
+    void NoteEvent(const std::string& text);
     void Echo(const std::string& text);
 
     /// Problems that were reported and are not yet accounted for by `expect problems`.
@@ -90,10 +95,18 @@ class Player {
 
   private:
     void Watch();
+    /// What was printed of the calls that an entry into the plug-in makes, and what was not.
+    struct PlayedEntry {
+        size_t calls = 0;
+        std::map<std::string, size_t> unprinted; ///< by name
+    };
+
     void Print(const LoggedCall& call);
     void PlayStatement(const Script& script, size_t number);
     size_t SetUpAgain(const Script& script);
     void KeepAccount();
+    /// Says what was not printed of an entry that is over.
+    void PrintRest(long process, int depth);
     void Stop();
     void StopAll();
     void LetFurtherHostsGo();
@@ -101,5 +114,6 @@ class Player {
 
     std::string heading; ///< of each line; empty for the script's own host
     size_t acceptedProblems = 0;
+    std::map<std::pair<long, int>, PlayedEntry> entries; ///< under way, by process and depth
     long lastProcess = 1; ///< in which the last crossing that was printed happened
 };

@@ -68,7 +68,7 @@ Action ParseExpectCall(Words& words) {
     bool counted = words.TakeIf("times");
     auto times = counted ? static_cast<size_t>(words.TakeNumber("a count", 0)) : 0;
     return [name, counted, times](Player& player) {
-        size_t calls = player.host.log.Named(name, true).size();
+        const size_t calls = player.host.log.CountSinceEntry(name);
         player.Expect(counted ? calls == times : calls > 0,
                       counted ? std::to_string(times) + " calls of " + name : "a call of " + name,
                       std::to_string(calls));
@@ -77,7 +77,7 @@ Action ParseExpectCall(Words& words) {
 
 Action ParseExpectNoCall(Words& words) {
     return [name = TakeCallName(words)](Player& player) {
-        size_t calls = player.host.log.Named(name, true).size();
+        const size_t calls = player.host.log.CountSinceEntry(name);
         player.Expect(calls == 0, "no call of " + name, std::to_string(calls));
     };
 }
