@@ -62,6 +62,45 @@ TEST(DatabaseTest, DeletedRecordsLeaveGapsAndEverySelection) {
     EXPECT_EQ(database.SetSelection(1, 1, {3, 2}), DatabaseError::UnknownRecord);
 }
 
+TEST(DatabaseTest, UniqueValuesAreTakenAndFreed) {
+    Database database = RowsDatabase();
+    const auto change = [&](long record, long key) {
+        database.GotoRecord(1, 1, record);
+        database.WriteField(1, 1, 1, LongValue(key));
+        return database.SaveRecord(1, 1);
+    };
+    EXPECT_EQ(change(2, 10), DatabaseError::DuplicateValue);
+    EXPECT_EQ(change(0, 10), 0); // its own
+    EXPECT_EQ(change(0, 11), 0);
+    EXPECT_EQ(change(2, 10), 0); // which was given up
+    EXPECT_EQ(change(0, 10), DatabaseError::DuplicateValue);
+    database.GotoRecord(1, 1, 2);
+    database.DeleteRecord(1, 1);
+    EXPECT_EQ(change(0, 10), 0);
+}
+
+TEST(DatabaseTest, LimitsOfAFile) {
+    std::string fields = "table \"T\"\n";
+    std::string tables;
+    for (int number = 1; number <= 512; ++number) {
+        fields += "field \"F" + std::to_string(number) + "\" long\n";
+    }
+    for (int number = 1; number <= 256; ++number) {
+        tables += "table \"T" + std::to_string(number) + "\"\n";
+    }
+    EXPECT_THAT(ParseDatabase(fields, "f").errors,
+                ElementsAre("f:513: a table has at most 511 fields"));
+    EXPECT_THAT(ParseDatabase(tables, "f").errors,
+                ElementsAre("f:256: a database has at most 255 tables"));
+    std::string rubbish;
+    for (int number = 1; number <= 1000; ++number) {
+        rubbish += std::string(1000, 'x') + "\n";
+    }
+    const std::vector<std::string> errors = ParseDatabase(rubbish, "f").errors;
+    EXPECT_EQ(errors.size(), 101U);
+    EXPECT_THAT(errors.back(), HasSubstr("the rest was not read"));
+}
+
 TEST(DatabaseTest, EveryWrongLineOfAFileIsTold) {
     const std::pair<const char*, const char*> rows[] = {
         {"tables \"T\"", "'table', 'field' or 'records'"},
@@ -87,6 +126,7 @@ TEST(DatabaseTest, EveryWrongLineOfAFileIsTold) {
         {"3|x|", "expected 4 values, found 3"},
         {"40000|x||", "field \"Key\": expected a short"},
         {"5|x|2026-1|", "field \"D\": '2026-1' is no date"},
+        {"5|x|2026-02-29|", "field \"D\": no calendar has the date 2026-02-29"},
         {"6|x||10:60:00", "field \"W\": '10:60:00' is no time"},
         {"7|\\q||", "field \"A\": unknown escape"},
     };

@@ -1,6 +1,7 @@
 // The session scripts of the stand-in host: how they are read, and how they are played.
 
 #include "host/boundary/Selectors.h"
+#include "platform/Toolbox.h"
 #include "testhost/plugins/PortableExecutable.h"
 #include "testhost/session/Player.h"
 #include "testhost/session/Values.h"
@@ -21,6 +22,15 @@ namespace {
 using testing::HasSubstr;
 
 PackInitBlock init;
+
+// Size of a handle, which is disposed of.
+long TakenSize(Handle handle) {
+    const long size = handle != nullptr ? GetHandleSize(handle) : 0;
+    if (handle != nullptr) {
+        DisposeHandle(handle);
+    }
+    return size;
+}
 
 // A plug-in in one function. It behaves badly where its commands say so.
 HOST_ENTRY void FakePlugin(long selector, void* params, void*, void* result) {
@@ -64,6 +74,29 @@ HOST_ENTRY void FakePlugin(long selector, void* params, void*, void* result) {
             event->modifiers = ++bytes[event->what == 80 ? 256 : 255];
         }
         break;
+    case 10: // (long): so many calls with a stray byte
+        for (long count = *static_cast<long*>(parameters[0]); count > 0; --count) {
+            block = {};
+            block.param2 = 0x12;
+            init.classicCallBack(Select("ProcessInfo").classic, &block);
+        }
+        break;
+    case 11: // () -> long: sums up what the user draws, a colour, a context and a resource
+        init.classicCallBack(Select("SystemColors").classic, &block);
+        *cell = reinterpret_cast<SysColors4D*>(block.handle)->colors[2].red;
+        block = {};
+        init.classicCallBack(Select("UpdateDrawingContext").classic, &block);
+        *cell += block.param1;
+        block = {};
+        init.classicCallBack(Select("EditPicture").classic, &block);
+        *cell += block.param1 != 0 ? TakenSize(block.handle) : 0;
+        block = {};
+        block.param1 = StructureResources::structureFile;
+        block.param2 = 0x44617461; // Data
+        block.param3 = 5;
+        init.classicCallBack(Select("GetRes").classic, &block);
+        *cell += TakenSize(block.handle);
+        break;
     default:
         break;
     }
@@ -94,8 +127,16 @@ Played Play(const std::string& text,
 }
 
 TEST(TesthostScriptTest, EveryWrongLineIsToldAtOnceWithItsNumber) {
+    std::string many;
+    for (int count = 0; count < 256; ++count) {
+        many += " long 1";
+    }
+    std::string deep;
+    for (int count = 0; count < 30; ++count) {
+        deep += " pointer";
+    }
     struct Row {
-        const char* line;
+        std::string line;
         const char* error;
     };
     const Row rows[] = {
@@ -104,11 +145,15 @@ TEST(TesthostScriptTest, EveryWrongLineIsToldAtOnceWithItsNumber) {
         {"start -2", "-1 or -200"},
         {"start -1 now", "expected the end of the line, found 'now'"},
         {"call", "expected a command number, found the end of the line"},
+        {"call 0", "a command's number is 1 or more"},
+        {"call 3" + many, "at most 255 parameters"},
+        {"call 3" + deep, "point to pointers too often"},
         {"call 3 lang 7", "unknown kind 'lang'"},
         {"call 3 short 32768", "a short from -32768 to 32767, found '32768'"},
         {"call 3 long 4294967296", "expected a long"},
         {"call 3 long 7x", "expected a long, found '7x'"},
         {"call 3 date 2026-11", "no date"},
+        {"call 3 date 2026-13-45", "no calendar has the date 2026-13-45"},
         {"call 3 text to", "a text in quotation marks, found 'to'"},
         {"call 3 text \"to", "does not end"},
         {R"(call 3 text "\q")", "unknown escape"},
@@ -124,6 +169,10 @@ TEST(TesthostScriptTest, EveryWrongLineIsToldAtOnceWithItsNumber) {
         {"expect something", "one of 'param', 'result'"},
         {"process end 0", "from 1"},
         {"set compiled maybe", "'on' or 'off'"},
+        {"set colour red 1 2 3", "background, white, grey and black"},
+        {"set colour grey 1 2 65536", "blue from 0 to 65535"},
+        {"answer picture", "the picture's bytes or 'cancel'"},
+        {R"(structure resource "STR" 1 "x")", "a type has four characters"},
         {"window add kind 8", "'process'"},
         {"call 1 array array array", "no such arrays themselves"},
         {"call 1 unicode \"a\"", "in variables only"},
@@ -141,7 +190,7 @@ TEST(TesthostScriptTest, EveryWrongLineIsToldAtOnceWithItsNumber) {
     };
     std::string text;
     for (const Row& row : rows) {
-        text += "# good\n" + std::string(row.line) + "\r\n";
+        text += "# good\n" + row.line + "\r\n";
     }
     Script script = ParseScript(text, "file");
     ASSERT_EQ(script.errors.size(), std::size(rows));
@@ -289,6 +338,41 @@ TEST(TesthostScriptTest, FailuresAndPicturesOfAHost) {
     EXPECT_TRUE(played.good) << played.output;
 }
 
+TEST(TesthostScriptTest, WhatTheSystemAnswers) {
+    Played played = Play(R"(
+        start
+        call 11 -> long 0x4040
+        set colour grey 10000 0 0
+        set update-context 200
+        structure resource "Data" 5 "Name" "ab"
+        answer picture cancel
+        answer picture "abc"
+        call 11 -> long 10202
+        call 11 -> long 10205
+    )");
+    EXPECT_TRUE(played.good) << played.output;
+    EXPECT_THAT(
+        Play("structure resource \"Data\" 5 \"\"\nstructure resource \"Data\" 5 \"\"").output,
+        HasSubstr("FAILED script:2: the structure has a resource"));
+}
+
+TEST(TesthostScriptTest, OfARunawayCommandMostIsCounted) {
+    Played played = Play("\xEF\xBB\xBFstart\n"
+                         "call 6 -> long\n"
+                         "call 10 long 20000\n"
+                         "expect call ProcessInfo times 20000\n"
+                         "expect sent ProcessInfo param2 18\n"
+                         "expect answered ProgramInfo name \"Demo.4DB\"\n"
+                         "expect problems 20000\n");
+    EXPECT_TRUE(played.good) << played.output;
+    EXPECT_LT(played.output.size(), 20000U);
+    EXPECT_THAT(played.output, HasSubstr("\n  ← ... and 19960 more calls: 19960 ProcessInfo\n"));
+    EXPECT_THAT(played.output, HasSubstr("PROBLEM script:3: ... and 19990 more like it: selector"));
+    const Played empty = Play("# nothing\n");
+    EXPECT_FALSE(empty.good);
+    EXPECT_THAT(empty.output, HasSubstr("nothing was played"));
+}
+
 TEST(TesthostScriptTest, EventsOfAreasThatComeWithARecord) {
     Played played = Play(R"(
         start
@@ -322,6 +406,7 @@ TEST(TesthostScriptTest, FilesOfASession) {
         expect folder "${prefs}"
         expect folder "${data}"
         expect folder "${temp}"
+        show "${scratch}made.txt"
         expect file "${library}ASINTPPC.dll"
         echo "\x24{scratch}, $, $x and ${library}"
     )");

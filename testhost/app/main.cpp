@@ -7,6 +7,7 @@
 #include "testhost/resources/Text.h"
 #include "testhost/session/DatabaseFile.h"
 #include "testhost/session/Player.h"
+#include "testhost/session/TextFile.h"
 #include "testhost/statements/Table.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
@@ -24,7 +25,6 @@
 #include <iostream>
 #include <iterator>
 #include <optional>
-#include <sstream>
 
 #include <windows.h>
 
@@ -107,21 +107,11 @@ void AddRunOptions(CLI::App& run, Options& options) {
     run.add_option(progressOption, options.progress)->group(""); // for testhost itself
 }
 
-std::string ReadAll(std::istream& in) {
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 Script ReadScript(const std::string& name) {
     if (name == "-") {
-        return ParseScript(ReadAll(std::cin), "standard input");
+        return ParseScript(ReadText(std::cin, "the standard input"), "standard input");
     }
-    std::ifstream file(std::filesystem::path(FromUtf8(name)), std::ios::binary);
-    if (!file) {
-        throw ScriptError("the script " + name + " is missing or cannot be read");
-    }
-    return ParseScript(ReadAll(file), name);
+    return ParseScript(ReadText(FromUtf8(name), "the script " + name), name);
 }
 
 // C:\Plug.dll has its resources in C:\Plug.rsrc.
@@ -268,12 +258,9 @@ bool WriteFile(const std::filesystem::path& path, const std::string& bytes) {
 }
 
 int Compile(const Options& options) {
-    std::ifstream text(std::filesystem::path(FromUtf8(options.resourceText)), std::ios::binary);
-    if (!text) {
-        throw ScriptError("the resource text " + options.resourceText +
-                          " is missing or cannot be read");
-    }
-    const CompiledResources compiled = CompileResources(ReadAll(text), options.resourceText);
+    const std::string text =
+        ReadText(FromUtf8(options.resourceText), "the resource text " + options.resourceText);
+    const CompiledResources compiled = CompileResources(text, options.resourceText);
     for (const std::string& error : compiled.errors) {
         std::cerr << error << "\n";
     }

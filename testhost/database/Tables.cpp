@@ -61,6 +61,20 @@ std::optional<TypedValue> ConvertNumber(ValueKind kind, double number) {
     return TypedValue{.kind = kind, .numbers = {static_cast<long>(whole)}};
 }
 
+// The value as a text that equal values of one kind share.
+std::string KeyOf(const TypedValue& value) {
+    std::string key;
+    const auto append = [&](auto number) {
+        key.append(reinterpret_cast<const char*>(&number), sizeof number);
+    };
+    append(value.real + 0.0); // makes one of the two zeros
+    std::ranges::for_each(value.numbers, append);
+    for (const std::string& text : value.texts) {
+        key += "t" + text; // one text at most: a null handle is not an empty one
+    }
+    return key;
+}
+
 bool FitsFields(const DatabaseTable& table, const RecordValues& values) {
     return std::ranges::equal(
         table.fields, values, [](const DatabaseField& field, const TypedValue& value) {
@@ -143,13 +157,16 @@ std::optional<TypedValue> ConvertToField(const DatabaseField& field, const Typed
 // --- Structure ------------------------------------------------------------------------------
 
 short Database::AddTable(std::string name) {
+    if (TableCount() == mostTables) {
+        return 0;
+    }
     tables.push_back({.name = std::move(name), .fields = {}, .records = {}});
     return TableCount();
 }
 
 short Database::AddField(short table, DatabaseField field) {
     DatabaseTable* found = MutableTable(table);
-    if (found == nullptr) {
+    if (found == nullptr || found->fields.size() == mostFields) {
         return 0;
     }
     // Records that are there already get an empty value.
@@ -164,7 +181,16 @@ short Database::AddField(short table, DatabaseField field) {
         }
     }
     found->fields.push_back(std::move(field));
-    return static_cast<short>(found->fields.size());
+    const auto number = static_cast<short>(found->fields.size());
+    if ((found->fields.back().attributes & FieldAttribute::Unique) != 0) {
+        UniqueIndex& index = indexes[{table, number}];
+        for (size_t place = 0; place < found->records.size(); ++place) {
+            if (found->records[place]) {
+                index.emplace(KeyOf(found->records[place]->back()), static_cast<long>(place));
+            }
+        }
+    }
+    return number;
 }
 
 void Database::Relate(short table, short field, short toTable, short toField) {
@@ -217,14 +243,37 @@ DatabaseTable* Database::MutableTable(short number) {
 
 // --- Records of a table ---------------------------------------------------------------------
 
+void Database::Index(short table, long number, const RecordValues& values) {
+    for (auto index = indexes.lower_bound({table, 0});
+         index != indexes.end() && index->first.first == table; ++index) {
+        const auto place = static_cast<size_t>(index->first.second) - 1;
+        index->second.emplace(KeyOf(values[place]), number);
+    }
+}
+
+void Database::Unindex(short table, long number, const RecordValues& values) {
+    for (auto index = indexes.lower_bound({table, 0});
+         index != indexes.end() && index->first.first == table; ++index) {
+        const auto place = static_cast<size_t>(index->first.second) - 1;
+        const auto [begin, end] = index->second.equal_range(KeyOf(values[place]));
+        const auto entry =
+            std::find_if(begin, end, [=](const auto& each) { return each.second == number; });
+        if (entry != end) {
+            index->second.erase(entry);
+        }
+    }
+}
+
 long Database::AddRecord(short table, RecordValues values) {
     DatabaseTable* found = MutableTable(table);
     if (found == nullptr) {
         return noRecordNumber;
     }
+    const auto number = static_cast<long>(found->records.size());
+    Index(table, number, values);
     found->records.emplace_back(std::move(values));
     ++found->sequenceNumber;
-    return static_cast<long>(found->records.size()) - 1;
+    return number;
 }
 
 void Database::AddGap(short table) {
@@ -244,20 +293,12 @@ const RecordValues* Database::Record(short table, long number) const {
 }
 
 bool Database::IsTaken(short table, short field, const TypedValue& value, long except) const {
-    const DatabaseTable* holder = Table(table);
-    const DatabaseField* found = Field(table, field);
-    if (holder == nullptr || found == nullptr ||
-        (found->attributes & FieldAttribute::Unique) == 0) {
+    const auto index = indexes.find({table, field});
+    if (index == indexes.end()) {
         return false;
     }
-    const auto& records = holder->records;
-    for (size_t number = 0; number < records.size(); ++number) {
-        if (records[number] && static_cast<long>(number) != except &&
-            (*records[number])[static_cast<size_t>(field) - 1] == value) {
-            return true;
-        }
-    }
-    return false;
+    const auto [begin, end] = index->second.equal_range(KeyOf(value));
+    return std::any_of(begin, end, [=](const auto& each) { return each.second != except; });
 }
 
 long Database::RecordsInTable(short table) const {
@@ -319,21 +360,29 @@ short Database::GotoSelectedRecord(long process, short table, long place) {
     if (place < 0 || static_cast<size_t>(place) >= selection.size()) {
         return DatabaseError::UnknownRecord;
     }
-    return GotoRecord(process, table, selection[static_cast<size_t>(place)]);
+    return MakeCurrent(process, table, selection[static_cast<size_t>(place)]);
 }
 
 short Database::GotoRecord(long process, short table, long number) {
     if (Table(table) == nullptr) {
         return DatabaseError::UnknownTable;
     }
+    if (const short error = MakeCurrent(process, table, number)) {
+        return error;
+    }
+    std::vector<long>& selection = MutableState(process, table).selection;
+    if (std::ranges::find(selection, number) == selection.end()) {
+        selection = {number};
+    }
+    return DatabaseError::None;
+}
+
+short Database::MakeCurrent(long process, short table, long number) {
     const RecordValues* record = Record(table, number);
     if (record == nullptr) {
         return DatabaseError::UnknownRecord;
     }
     TableState& state = MutableState(process, table);
-    if (std::ranges::find(state.selection, number) == state.selection.end()) {
-        state.selection = {number};
-    }
     state.number = number;
     state.values = *record;
     return DatabaseError::None;
@@ -385,7 +434,10 @@ short Database::SaveRecord(long process, short table) {
         state.number = AddRecord(table, state.values);
         state.selection.push_back(state.number);
     } else {
-        found->records[static_cast<size_t>(state.number)] = state.values;
+        std::optional<RecordValues>& saved = found->records[static_cast<size_t>(state.number)];
+        Unindex(table, state.number, *saved);
+        Index(table, state.number, state.values);
+        saved = state.values;
     }
     return DatabaseError::None;
 }
@@ -407,7 +459,9 @@ short Database::DeleteRecord(long process, short table) {
     if (Record(table, number) == nullptr) {
         return DatabaseError::UnknownRecord;
     }
-    found->records[static_cast<size_t>(number)].reset();
+    std::optional<RecordValues>& deleted = found->records[static_cast<size_t>(number)];
+    Unindex(table, number, *deleted);
+    deleted.reset();
     for (auto& [key, state] : states) {
         if (key.second == table) {
             std::erase(state.selection, number);

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -26,6 +27,10 @@ enum : short {
     BadPackedRecord = -15, ///< not a packed record, or of another table
 };
 }
+
+/// Most tables of a database, and most fields of a table.
+inline constexpr short mostTables = 255;
+inline constexpr short mostFields = 511;
 
 /// A field; its number is its place in the table, from 1.
 struct DatabaseField {
@@ -72,7 +77,7 @@ class Database {
   public:
     // --- Structure ------------------------------------------------------------------------
 
-    /// Adds a table, a field, and answers its number.
+    /// Adds a table, a field, and answers its number; 0 when there are as many as may be.
     short AddTable(std::string name);
     short AddField(short table, DatabaseField field);
 
@@ -147,10 +152,18 @@ class Database {
         RecordValues values;          ///< of the current record
     };
 
+    /// Numbers of the records that have a value in a field that is to be unique, by that value.
+    using UniqueIndex = std::unordered_multimap<std::string, long>;
+
     DatabaseTable* MutableTable(short number);
+    short MakeCurrent(long process, short table, long number);
+    /// Puts a record's values into the indexes of its table, or takes them out.
+    void Index(short table, long number, const RecordValues& values);
+    void Unindex(short table, long number, const RecordValues& values);
     const TableState& State(long process, short table) const;
     TableState& MutableState(long process, short table) { return states[{process, table}]; }
 
     std::vector<DatabaseTable> tables;
-    std::map<std::pair<long, short>, TableState> states; ///< by process and table
+    std::map<std::pair<short, short>, UniqueIndex> indexes; ///< by table and field
+    std::map<std::pair<long, short>, TableState> states;    ///< by process and table
 };

@@ -1,6 +1,8 @@
 #include "testhost/resources/Compiler.h"
 
 #include "testhost/resources/Text.h"
+#include "testhost/session/TextFile.h"
+#include "testhost/session/Values.h"
 #include "testhost/toolbox/resources/Fork.h"
 
 #include <algorithm>
@@ -10,7 +12,6 @@ struct Resource {
     unsigned long type = 0;
     short id = 0;
     std::string name;
-    size_t line = 0; ///< where it begins
     ResourceBytes contents;
 };
 
@@ -36,8 +37,7 @@ bool HasForeignCharacter(std::string_view line) {
 
 class Compiler {
   public:
-    void AddLine(std::string_view text) {
-        ++line;
+    void AddLine(std::string_view text, size_t line) {
         if (HasForeignCharacter(text)) {
             throw ScriptError("characters beyond ASCII are written \\xNN, in the Macintosh set");
         }
@@ -46,7 +46,7 @@ class Compiler {
             return;
         }
         if (words.TakeIf("resource")) {
-            Begin(words);
+            Begin(words, line);
         } else if (resources.empty()) {
             throw ScriptError(R"(the first line begins a resource: resource "TYPE" ID ["NAME"])");
         } else {
@@ -66,13 +66,10 @@ class Compiler {
         return WriteResourceFork(views);
     }
 
-    size_t line = 0; ///< that was read last
-
   private:
-    void Begin(Words& words) {
+    void Begin(Words& words, size_t line) {
         // Even when the line is wrong: the lines that follow belong to it, not to the one before.
         Resource& resource = resources.emplace_back();
-        resource.line = line;
         resource.type = TakeResourceType(words);
         resource.id = static_cast<short>(words.TakeNumber("a resource's number", -0x8000, 0x7FFF));
         if (words.IsString()) {
@@ -81,34 +78,24 @@ class Compiler {
         if (resource.name.size() > 255) {
             throw ScriptError("a resource's name has at most 255 bytes");
         }
-        const auto same =
-            std::find_if(resources.begin(), resources.end() - 1, [&](const Resource& other) {
-                return other.type == resource.type && other.id == resource.id;
-            });
-        if (same != resources.end() - 1) {
+        const auto [known, isNew] = begun.try_emplace({resource.type, resource.id}, line);
+        if (!isNew) {
             throw ScriptError("there is a resource of this type and number already, on line " +
-                              std::to_string(same->line));
+                              std::to_string(known->second));
         }
     }
 
     std::vector<Resource> resources;
+    std::map<std::pair<unsigned long, short>, size_t> begun; ///< on which line, by type and number
 };
 } // namespace
 
 CompiledResources CompileResources(std::string_view text, const std::string& name) {
     CompiledResources compiled;
     Compiler compiler;
-    while (!text.empty()) {
-        const size_t end = std::min(text.find('\n'), text.size());
-        const std::string_view line = text.substr(0, end);
-        text.remove_prefix(std::min(end + 1, text.size()));
-        try {
-            compiler.AddLine(line);
-        } catch (const ScriptError& error) {
-            compiled.errors.push_back(name + ":" + std::to_string(compiler.line) + ": " +
-                                      error.what());
-        }
-    }
+    LineReader lines(text, name);
+    lines.ForEach([&](std::string_view line, size_t number) { compiler.AddLine(line, number); });
+    compiled.errors = std::move(lines.errors);
     if (!compiled.errors.empty()) {
         return compiled;
     }

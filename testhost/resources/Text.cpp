@@ -1,6 +1,7 @@
 #include "testhost/resources/Text.h"
 
 #include "testhost/resources/Forms.h"
+#include "testhost/session/Values.h"
 
 #include <algorithm>
 #include <iterator>
@@ -205,18 +206,6 @@ void AddResourceLine(Words& words, ResourceBytes& resource) {
     if (!TakeFormLine(words, resource)) {
         TakeFields(words, resource);
     }
-}
-
-unsigned long TakeResourceType(Words& words) {
-    const std::string text = words.TakeString("a type of four characters");
-    if (text.size() != 4) {
-        throw ScriptError("a type has four characters, not " + std::to_string(text.size()));
-    }
-    unsigned long type = 0;
-    for (const char character : text) {
-        type = type << 8 | static_cast<unsigned char>(character);
-    }
-    return type;
 }
 
 void PrintResourceHelp(std::ostream& out) {

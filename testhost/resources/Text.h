@@ -7,8 +7,5 @@
 /// Adds what one line says, one that begins no resource. Throws ScriptError when it is wrong.
 void AddResourceLine(Words& words, ResourceBytes& resource);
 
-/// Takes four characters in quotation marks as a resource type.
-unsigned long TakeResourceType(Words& words);
-
 /// Explains the lines of a resource text and the kinds of fields.
 void PrintResourceHelp(std::ostream& out);

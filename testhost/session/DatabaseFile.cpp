@@ -1,13 +1,12 @@
 #include "testhost/session/DatabaseFile.h"
 
+#include "testhost/session/TextFile.h"
 #include "testhost/session/Values.h"
 #include "testhost/session/Words.h"
 #include "testhost/values/Encodings.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
-#include <sstream>
 
 namespace {
 struct TypeWord {
@@ -167,7 +166,11 @@ class Reader {
         if (database.FindTable(name) != 0) {
             throw ScriptError("there is a table " + Quoted(name) + " already");
         }
-        table = database.AddTable(std::move(name));
+        const short added = database.AddTable(std::move(name));
+        if (added == 0) {
+            throw ScriptError("a database has at most " + std::to_string(mostTables) + " tables");
+        }
+        table = added;
     }
 
     void TakeField(Words& words) {
@@ -196,6 +199,9 @@ class Reader {
         while (std::ranges::any_of(attributeWords, takeAttribute)) {
         }
         const short number = database.AddField(table, std::move(field));
+        if (number == 0) {
+            throw ScriptError("a table has at most " + std::to_string(mostFields) + " fields");
+        }
         if (words.TakeIf("related")) {
             std::string toTable = words.TakeString("the related table's name");
             relations.push_back({lineNumber, table, number, std::move(toTable),
@@ -244,31 +250,15 @@ class Reader {
 
 DatabaseFile ParseDatabase(std::string_view text, const std::string& name) {
     Reader reader;
-    std::vector<std::string> errors;
-    auto attempt = [&](size_t line, auto act) {
-        try {
-            act();
-        } catch (const ScriptError& error) {
-            errors.push_back(name + ":" + std::to_string(line) + ": " + error.what());
-        }
-    };
-    std::istringstream lines{std::string(text)};
-    std::string line;
-    for (size_t number = 1; std::getline(lines, line); ++number) {
-        attempt(number, [&] { reader.Take(line, number); });
-    }
+    LineReader lines(text, name);
+    lines.ForEach([&](std::string_view line, size_t number) { reader.Take(line, number); });
     for (const Relation& relation : reader.relations) {
-        attempt(relation.line, [&] { reader.ResolveRelation(relation); });
+        lines.At(relation.line, [&] { reader.ResolveRelation(relation); });
     }
-    return {std::move(reader.database), std::move(errors)};
+    return {std::move(reader.database), std::move(lines.errors)};
 }
 
 DatabaseFile ReadDatabaseFile(const std::filesystem::path& path) {
     const std::string name = Shown(path);
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    if (!file || !(text << file.rdbuf())) {
-        throw ScriptError("the database " + name + " is missing or cannot be read");
-    }
-    return ParseDatabase(text.str(), name);
+    return ParseDatabase(ReadText(path, "the database " + name), name);
 }

@@ -1,7 +1,10 @@
 #include "testhost/session/Values.h"
 
+#include "testhost/values/Scalars.h"
+
 #include <cstdio>
 #include <initializer_list>
+#include <memory>
 
 namespace {
 constexpr long lowestShort = -0x8000;
@@ -70,12 +73,12 @@ bool TakeElement(ValueKind kind, Words& words, std::vector<TypedValue>& elements
         }
         break;
     default: { // what does not read as one ends the array
-        const Words before = words;
+        const size_t before = words.Place();
         try {
             elements.push_back(TakeValueOf(kind, words));
             return true;
         } catch (const ScriptError&) {
-            words = before;
+            words.GoBackTo(before);
             return false;
         }
     }
@@ -126,6 +129,18 @@ bool IsTaggedKind(ValueKind kind) {
     }
 }
 
+// What a pointer points to, which may be a pointer in its turn.
+TypedValue TakeTarget(Words& words) {
+    constexpr int deepest = 20;
+    static int depth = 0;
+    if (depth == deepest) {
+        throw ScriptError("pointers point to pointers too often");
+    }
+    ++depth;
+    const std::unique_ptr<int, void (*)(int*)> back(&depth, [](int* counted) { --*counted; });
+    return TakeValue(words);
+}
+
 TypedValue TakeTagged(Words& words) {
     ValueKind kind = TakeKind(words);
     if (!IsTaggedKind(kind)) {
@@ -156,6 +171,9 @@ TypedValue TakeDate(Words& words) {
     if (std::sscanf(text.c_str(), "%4d-%2d-%2d%n", &year, &month, &day, &length) != 3 ||
         static_cast<size_t>(length) != text.size() || year < 0 || month < 0 || day < 0) {
         throw ScriptError("'" + text + "' is no date: write it as 2026-11-21");
+    }
+    if (!IsDate(year, month, day)) {
+        throw ScriptError("no calendar has the date " + text + "; 0000-00-00 is the empty one");
     }
     return DateValue(static_cast<short>(year), static_cast<short>(month), static_cast<short>(day));
 }
@@ -205,7 +223,7 @@ TypedValue TakeValueOf(ValueKind kind, Words& words) {
     case ValueKind::Value:
         return TakeTagged(words);
     case ValueKind::Pointer:
-        return words.TakeIf("null") ? value : PointerTo(TakeValue(words));
+        return words.TakeIf("null") ? value : PointerTo(TakeTarget(words));
     default:
         return TakeArray(kind, words);
     }
@@ -237,4 +255,16 @@ bool IsUnicode(const TypedValue& value) {
     return value.kind == ValueKind::UnicodeText || value.kind == ValueKind::UnicodeTextArray ||
            (value.kind == ValueKind::ArrayOfArrays &&
             static_cast<ValueKind>(value.numbers.at(0)) == ValueKind::UnicodeTextArray);
+}
+
+unsigned long TakeResourceType(Words& words) {
+    const std::string text = words.TakeString("a type of four characters");
+    if (text.size() != 4) {
+        throw ScriptError("a type has four characters, not " + std::to_string(text.size()));
+    }
+    unsigned long type = 0;
+    for (const char character : text) {
+        type = type << 8 | static_cast<unsigned char>(character);
+    }
+    return type;
 }

@@ -15,3 +15,5 @@ TypedValue TakeVariableValue(Words& words);
 bool IsUnicode(const TypedValue& value);
 /// Takes a date: 2026-11-21.
 TypedValue TakeDate(Words& words);
+/// Takes four characters in quotation marks as a resource type.
+unsigned long TakeResourceType(Words& words);

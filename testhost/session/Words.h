@@ -50,6 +50,10 @@ class Words {
     void Take(std::string_view word);
     void ExpectEnd() const;
 
+    /// Where the next word stands, for going back to it.
+    size_t Place() const { return next; }
+    void GoBackTo(size_t place) { next = place; }
+
   private:
     struct Word {
         std::string text; ///< of a string: as far as the ANSI code page holds its variables

@@ -6,6 +6,9 @@
 #include <utility>
 
 namespace {
+// Most parameters of a command; hosts have fewer.
+constexpr size_t mostParameters = 255;
+
 struct CommandCall {
     long command;
     std::vector<TypedValue> parameters;
@@ -67,13 +70,23 @@ void PlayInBackground(Player& player, const CommandCall& call) {
     }
 }
 
+long TakeCommandNumber(Words& words) {
+    const long number = words.TakeNumber("a command number", -0x8000, 0x7FFF);
+    if (number < 1) {
+        throw ScriptError("a command's number is 1 or more, not " + std::to_string(number));
+    }
+    return number;
+}
+
 CommandCall TakeCall(Words& words) {
-    CommandCall call{.command = words.TakeNumber("a command number", -0x8000, 0x7FFF),
-                     .parameters = {},
-                     .result = {},
-                     .checksResult = false};
+    CommandCall call{
+        .command = TakeCommandNumber(words), .parameters = {}, .result = {}, .checksResult = false};
     bool hasResult = words.TakeIf("->");
     while (!hasResult && !words.AtEnd()) {
+        if (call.parameters.size() == mostParameters) {
+            throw ScriptError("a command has at most " + std::to_string(mostParameters) +
+                              " parameters");
+        }
         call.parameters.push_back(TakeValue(words));
         if (call.parameters.back().kind == ValueKind::None) {
             throw ScriptError("a parameter cannot be of the kind none");
@@ -133,7 +146,7 @@ Action ParseBackground(Words& words) {
 }
 
 Action ParseExpectParameter(Words& words) {
-    auto number = static_cast<size_t>(words.TakeNumber("a parameter's number", 1, 255));
+    auto number = static_cast<size_t>(words.TakeNumber("a parameter's number", 1, mostParameters));
     return [number, expected = TakeValue(words)](Player& player) {
         if (player.arguments == nullptr || number > player.arguments->Count()) {
             return player.Fail("the last command called has no parameter " +

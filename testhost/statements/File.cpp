@@ -1,22 +1,19 @@
 #include "testhost/session/Player.h"
+#include "testhost/session/TextFile.h"
 #include "testhost/statements/Parsers.h"
 #include "testhost/values/Encodings.h"
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
+#include <optional>
 
 #include <windows.h>
 
 namespace {
-std::string ContentsOf(std::istream& file) {
-    std::ostringstream contents;
-    contents << file.rdbuf();
-    return contents.str();
-}
+constexpr size_t mostShown = 1024 * 1024;
+constexpr size_t mostInMessage = 1000;
 
-// What is at a path of Windows: a file with its contents, a folder, or nothing.
-std::string DescribeFile(const std::filesystem::path& path) {
+// What is at a path of Windows: a file with what it begins with, a folder, or nothing.
+std::string DescribeFile(const std::filesystem::path& path, size_t most) {
     const DWORD attributes = GetFileAttributesW(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         return "nothing there";
@@ -24,20 +21,26 @@ std::string DescribeFile(const std::filesystem::path& path) {
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         return "a folder";
     }
-    std::ifstream file(path, std::ios::binary);
+    const std::optional<FileStart> file = ReadStart(path, most);
     if (!file) {
         return "a file that cannot be read";
     }
-    return "a file with " + Quoted(ContentsOf(file));
+    return "a file with " + Quoted(file->bytes) +
+           (file->more > 0 ? " and " + std::to_string(file->more) + " more bytes" : "");
 }
 } // namespace
 
 Action ParseExpectFile(Words& words) {
     std::wstring path = words.TakeWideString("the file's path");
-    std::string expected =
-        "a file" + (words.IsString() ? " with " + Quoted(words.TakeString("its contents")) : "");
-    return [path, expected](Player& player) {
-        std::string got = DescribeFile(path);
+    std::optional<std::string> contents;
+    if (words.IsString()) {
+        contents = words.TakeString("its contents");
+    }
+    const std::string expected = "a file" + (contents ? " with " + Quoted(*contents) : "");
+    // Beyond its contents, to show what a longer file goes on with.
+    const size_t most = contents.value_or("").size() + mostInMessage;
+    return [path, expected, most](Player& player) {
+        std::string got = DescribeFile(path, most);
         bool held = expected == "a file" ? got.starts_with(expected) : got == expected;
         player.Expect(held, Shown(path) + ": " + expected, got);
     };
@@ -49,24 +52,37 @@ Action ParseEcho(Words& words) {
 
 Action ParseShow(Words& words) {
     return [path = words.TakeWideString("the file's path")](Player& player) {
-        std::ifstream file{std::filesystem::path(path)};
+        std::optional<FileStart> file = ReadStart(path, mostShown);
         if (!file) {
             return player.Fail(Shown(path) + " cannot be read");
         }
-        player.Echo("=== " + Shown(path) + "\n" + Utf8(FromEither(ContentsOf(file))) + "===");
+        std::string& text = file->bytes;
+        if (const size_t end = text.rfind('\n'); file->more > 0 && end != std::string::npos) {
+            file->more += text.size() - (end + 1); // amid a character it might end else
+            text.resize(end + 1);
+        }
+        size_t kept = 0; // lines end as they do on the screen
+        for (size_t place = 0; place < text.size(); ++place) {
+            if (text.compare(place, 2, "\r\n") != 0) {
+                text[kept++] = text[place];
+            }
+        }
+        text.resize(kept);
+        player.Echo("=== " + Shown(path) + "\n" + Utf8(FromEither(text)) + "===" +
+                    (file->more > 0 ? " and " + std::to_string(file->more) + " more bytes" : ""));
     };
 }
 
 Action ParseExpectFolder(Words& words) {
     return [path = words.TakeWideString("the folder's path")](Player& player) {
-        std::string got = DescribeFile(path);
+        std::string got = DescribeFile(path, mostInMessage);
         player.Expect(got == "a folder", Shown(path) + ": a folder", got);
     };
 }
 
 Action ParseExpectNoFile(Words& words) {
     return [path = words.TakeWideString("the file's path")](Player& player) {
-        std::string got = DescribeFile(path);
+        std::string got = DescribeFile(path, mostInMessage);
         player.Expect(got == "nothing there", Shown(path) + ": nothing there", got);
     };
 }

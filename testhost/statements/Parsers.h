@@ -29,6 +29,7 @@ Parser ParseHostStatement, ParseOn, ParseConnect, ParseDisconnect, ParseNetwork;
 Parser ParsePicture, ParseUserPicture;
 Parser ParseProcessStart, ParseProcessEnd, ParseProcessDying, ParseCurrentProcess, ParseEvent,
     ParseRun;
+Parser ParseSetColour, ParseSetUpdateContext, ParseAnswerPicture, ParseStructureResource;
 Parser ParseSetVariable, ParseSetPicture, ParseExpectVariable, ParseSetChosen, ParseExpectChosen;
 
 /// What the user does with the dialog when all before it is done; takes no turn. What it says has

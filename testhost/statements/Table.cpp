@@ -1,6 +1,7 @@
 #include "testhost/statements/Table.h"
 
 #include "testhost/session/Player.h"
+#include "testhost/session/TextFile.h"
 #include "testhost/session/Variables.h"
 #include "testhost/session/WordTable.h"
 #include "testhost/statements/Parsers.h"
@@ -57,6 +58,9 @@ constexpr Row settings[] = {
     {"user", R"("Name")", "the current user", ParseSetText<&HostOptions::currentUser>},
     {"machine", R"("Name")", "the name of the machine", ParseSetText<&HostOptions::machine>},
     {"owner", R"("Name")", "the name of its owner", ParseSetText<&HostOptions::machineOwner>},
+    {"colour", "background|white|grey|black RED GREEN BLUE",
+     "one of the system's colours; 16 bits each", ParseSetColour},
+    {"update-context", "N", "the drawing context of the update under way", ParseSetUpdateContext},
 };
 
 constexpr Row answerChoices[] = {
@@ -64,6 +68,8 @@ constexpr Row answerChoices[] = {
      ParseAnswerConfirm},
     {"formula", R"("text"|cancel)", "enters this when a formula is edited (else cancels)",
      ParseAnswerFormula},
+    {"picture", R"("DATA"|cancel)", "draws this when a picture is edited (else cancels)",
+     ParseAnswerPicture},
 };
 
 constexpr Row windowChoices[] = {
@@ -142,6 +148,8 @@ constexpr Row statements[] = {
      ParseBackground},
     {"database", "\"FILE\"", "gives the host the tables of a file beside the script",
      ParseDatabaseStatement},
+    {"structure", R"(resource "TYPE" ID ["NAME"] "BYTES")",
+     "the structure has this resource from the start", ParseStructureResource},
     {"method", R"("Name" "SOURCE")", "the database has a method; \\r ends its lines", ParseMethod},
     {"answer", "...", "what the user does next", nullptr, answerChoices},
     {"user", "...", "what the user does in the next turn of a dialog", nullptr, userChoices},
@@ -255,25 +263,18 @@ Statement MakeStatement(size_t line, std::string_view content) {
 
 Script ParseScript(std::string_view text, std::string name) {
     Script script{.name = std::move(name), .statements = {}, .errors = {}};
-    size_t line = 0;
-    while (!text.empty()) {
-        size_t end = std::min(text.find('\n'), text.size());
-        std::string_view content = text.substr(0, end);
-        text.remove_prefix(std::min(end + 1, text.size()));
-        ++line;
-        try {
-            // Checked as if they stood for nothing: what they stand for may be too long only later.
-            Words words(content, [](std::string_view variable) {
-                FindVariable(variable);
-                return std::wstring();
-            });
-            if (ParseLine(std::move(words))) {
-                script.statements.push_back(MakeStatement(line, content));
-            }
-        } catch (const ScriptError& error) {
-            script.errors.push_back(script.name + ":" + std::to_string(line) + ": " + error.what());
+    LineReader lines(text, script.name);
+    lines.ForEach([&](std::string_view content, size_t line) {
+        // Checked as if they stood for nothing: what they stand for may be too long only later.
+        Words words(content, [](std::string_view variable) {
+            FindVariable(variable);
+            return std::wstring();
+        });
+        if (ParseLine(std::move(words))) {
+            script.statements.push_back(MakeStatement(line, content));
         }
-    }
+    });
+    script.errors = std::move(lines.errors);
     return script;
 }
 
