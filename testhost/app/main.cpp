@@ -24,6 +24,7 @@
 #include <io.h>
 #include <iostream>
 #include <iterator>
+#include <new>
 #include <optional>
 
 #include <windows.h>
@@ -324,6 +325,8 @@ int Command(int argc, wchar_t** argv) {
         std::cerr << "testhost: " << error.what() << " (testhost help explains)\n";
     } catch (const std::runtime_error& error) { // about the plug-in, or this machine
         std::cerr << error.what() << "\n";
+    } catch (const std::bad_alloc&) {
+        std::cerr << "testhost: there is no memory for all of this\n";
     }
     return wrongUse;
 }
