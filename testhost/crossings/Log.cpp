@@ -179,10 +179,11 @@ size_t CallLog::CountSinceEntry(std::string_view name) const {
 }
 
 const LoggedCall* CallLog::Last(std::string_view name) const {
-    for (auto call = calls.rbegin(); call != calls.rend(); ++call) {
-        if (!call->IsIntoPlugin() && call->name == name) {
-            return &*call;
-        }
+    const auto kept = std::find_if(calls.rbegin(), calls.rend(), [=](const LoggedCall& call) {
+        return !call.IsIntoPlugin() && call.name == name;
+    });
+    if (kept != calls.rend()) {
+        return &*kept;
     }
     const auto found = dropped.find(name);
     return found != dropped.end() ? &found->second : nullptr;

@@ -106,15 +106,15 @@ long Host::FindProcess(std::string_view name) const {
     return 0;
 }
 
-void Host::Report(std::string problem) {
+void Host::Report(const std::string& problem) {
     constexpr size_t mostKept = 1000;
-    if (onProblem) {
-        onProblem(problem);
-    }
     if (problems.size() < mostKept) {
-        problems.push_back(std::move(problem));
+        problems.push_back(problem);
     } else {
         ++problemsNotKept;
+    }
+    if (onProblem) {
+        onProblem(problem);
     }
 }
 

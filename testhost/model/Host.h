@@ -154,7 +154,7 @@ class Host {
     // --- What went wrong, and what is to ---------------------------------------------------------
 
     /// Notes a misbehaviour of the plug-in, as a whole sentence.
-    void Report(std::string problem);
+    void Report(const std::string& problem);
     /// Takes notice of what a plug-in told a debugger: each line is a problem or a remark.
     void HearDebugText(std::string_view text);
     /// Takes notice of all that was set aside.
@@ -196,7 +196,7 @@ class Host {
 
   private:
     Reporter Reporting() {
-        return [this](std::string problem) { Report(std::move(problem)); };
+        return [this](const std::string& problem) { Report(problem); };
     }
     void PublishCommandNames() const;
 

@@ -163,8 +163,8 @@ long Run(Host& host, const void* function, std::span<void* const> words, const s
         touched = std::move(scope.touched);
     }
     ReportChanges(host, frame, who);
-    for (std::string& fault : host.variables.TakeFaults(touched)) {
-        host.Report(std::move(fault));
+    for (const std::string& fault : host.variables.TakeFaults(touched)) {
+        host.Report(fault);
     }
     const unsigned long stack = frame.after[4];
     const unsigned long left = frame.before - stack; // far too large when the stack is above

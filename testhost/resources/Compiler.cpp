@@ -5,7 +5,8 @@
 #include "testhost/session/Values.h"
 #include "testhost/toolbox/resources/Fork.h"
 
-#include <algorithm>
+#include <map>
+#include <utility>
 
 namespace {
 struct Resource {

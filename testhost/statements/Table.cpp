@@ -245,8 +245,8 @@ Action PlayLine(std::string line) {
 }
 
 // Statements that say what the host is, by their first words.
-constexpr std::string_view setUps[] = {"database", "host", "method", "on",
-                                       "process",  "set",  "window"};
+constexpr std::string_view setUps[] = {"database", "host", "method",    "on",
+                                       "process",  "set",  "structure", "window"};
 
 Statement MakeStatement(size_t line, std::string_view content) {
     constexpr std::string_view blanks = " \t\r";

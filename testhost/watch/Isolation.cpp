@@ -1,6 +1,7 @@
 #include "testhost/watch/Isolation.h"
 
 #include "testhost/model/ScratchFolder.h"
+#include "testhost/session/TextFile.h"
 #include "testhost/values/Encodings.h"
 #include "testhost/watch/Child.h"
 
@@ -58,7 +59,8 @@ class SharedProgress {
 class InputFile {
   public:
     explicit InputFile(const std::string& folder) : path(FromAnsi(folder) + L"script") {
-        std::ofstream(std::filesystem::path(path), std::ios::binary) << std::cin.rdbuf();
+        std::ofstream(std::filesystem::path(path), std::ios::binary)
+            << ReadText(std::cin, "the standard input");
     }
     HANDLE Open() const {
         SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
