@@ -236,7 +236,9 @@ TEST_P(CommandsTest, ValuesThatDoNotHoldTogetherAreProblems) {
          ValueKind::Text},
         {{TextValue("")},
          [](CXParam* p, CXResult*) {
-             FourD::GetTextVar(PascalString("x"), &p[0].GetTextBlockPtr()->text, 0);
+             Handle text = nullptr;
+             FourD::GetTextVar(PascalString("x"), &text, 0);
+             p[0].GetTextBlockPtr()->text = text;
          },
          "Command 1: parameter 1 holds what the variable \"x\" holds."},
         {{},
