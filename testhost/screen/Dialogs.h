@@ -239,7 +239,7 @@ class Dialogs {
     /// reference of the dialog whose variables were, or 0.
     long EnterContext(long process, long reference);
 
-    /// Reports dialogs, and contexts that were for nothing, which are still there, and closes them.
+    /// Reports dialogs that are still open and contexts that were never used, and closes them.
     void ReportLeaks();
 
     std::deque<UserAction> actions;                 ///< what the user is going to do

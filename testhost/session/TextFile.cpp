@@ -13,7 +13,11 @@ constexpr size_t longestMessage = 500;
 
 struct Closer {
     using pointer = HANDLE;
-    void operator()(HANDLE file) const { CloseHandle(file); }
+    void operator()(HANDLE file) const {
+        if (file != INVALID_HANDLE_VALUE) {
+            CloseHandle(file);
+        }
+    }
 };
 
 [[noreturn]] void FailTooLong(const std::string& what) {

@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-/// Most bytes of a text that people write: a script, a database, a resource text. In one of its
-/// lines stand at most as many as in 100,000 numbers or short strings.
+/// Most bytes of a text that people write (a script, a database, a resource text), and of one of
+/// its lines, in which an array of 100,000 short strings finds room.
 inline constexpr size_t mostTextBytes = 16 * 1024 * 1024;
 inline constexpr size_t mostLineBytes = 4 * 1024 * 1024;
 
