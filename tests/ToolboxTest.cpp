@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include <windows.h>
+
 namespace {
 
 using namespace ResultCode;
@@ -81,6 +83,95 @@ TEST_F(ToolboxTest, StrictMemoryMovesUnlockedBlocksOnly) {
         }
     }
     EXPECT_EQ(GetPtrSize(pointer), 4);
+}
+
+// However many blocks there are, and however large.
+TEST_F(ToolboxTest, StrictMemoryMovesAFewBlocksWithEachCall) {
+    std::vector<Handle> handles(500);
+    for (Handle& handle : handles) {
+        handle = NewHandle(&handle == &handles[250] ? 100'000 : 20);
+    }
+    std::vector<char*> before;
+    const auto look = [&] {
+        before.clear();
+        for (const Handle handle : handles) {
+            before.push_back(*handle);
+        }
+    };
+    std::vector<bool> moved(handles.size());
+    ToolboxSetStrict(1);
+    for (int call = 0; call < 150; ++call) {
+        GetHandleSize(handles[7]);
+        look();
+        DisposeHandle(NewHandle(1));
+        long count = 0;
+        for (std::size_t i = 0; i < handles.size(); ++i) {
+            count += *handles[i] != before[i];
+            moved[i] = moved[i] || *handles[i] != before[i];
+        }
+        EXPECT_NE(*handles[7], before[7]);
+        EXPECT_LE(count, 9);
+    }
+    EXPECT_THAT(moved, testing::Each(true));
+    look();
+    ToolboxMoveMemory();
+    for (std::size_t i = 0; i < handles.size(); ++i) {
+        EXPECT_NE(*handles[i], before[i]);
+    }
+}
+
+TEST_F(ToolboxTest, ProblemsNameThePlacesOfBlocks) {
+    ToolboxSetPlace("line 1");
+    const Handle handle = HandleWith("0123456789");
+    const Ptr pointer = NewPtr(3);
+    ToolboxSetPlace("line 2");
+    char* const stale = *handle;
+    ToolboxMoveMemory();
+    DisposePtr(pointer);
+    ToolboxSetPlace("line 3");
+    EXPECT_EQ(ToolboxCheckUsed(), 0);
+    stale[9] = (*handle)[10] = 'x';
+    DisposePtr(pointer);
+    EXPECT_EQ(ToolboxCheckUsed(), 0); // neither was used in this call
+    ToolboxSetStrict(1);
+    EXPECT_EQ(ToolboxCheckUsed(), 1);
+    ToolboxSetPlace(nullptr);
+    EXPECT_EQ(ToolboxCheckAll(), 1);
+    EXPECT_THAT(
+        TakeProblems(),
+        ElementsAre(HasSubstr("already disposed, under line 2"),
+                    testing::AllOf(HasSubstr("at the end of line 3: bytes of former block"),
+                                   HasSubstr("written after it had moved, under line 2 (size 10, "
+                                             "first at offset 9; made under line 1)")),
+                    HasSubstr("(size 10, first at offset 10; made under line 1)")));
+    for (int i = 0; i < 1005; ++i) {
+        DisposePtr(pointer);
+    }
+    EXPECT_EQ(TakeProblems().back(),
+              "there are more than 1000 problems: the further ones are not told");
+}
+
+DWORD WINAPI CallFromThread(void* failures) {
+    Handle handle = nullptr;
+    auto& count = *static_cast<int*>(failures);
+    count += NewHandle(1) != nullptr;
+    count += NewHandle(1) != nullptr;
+    count += PtrToHand("x", &handle, 1) != BadParameter || handle != nullptr;
+    return 0;
+}
+
+TEST_F(ToolboxTest, CallsFromOtherThreadsAreRefused) {
+    ToolboxSetThread();
+    int failures = 0;
+    HANDLE thread = CreateThread(nullptr, 0, CallFromThread, &failures, 0, nullptr);
+    ASSERT_EQ(WaitForSingleObject(thread, 10'000), WAIT_OBJECT_0);
+    CloseHandle(thread);
+    EXPECT_EQ(failures, 0);
+    EXPECT_EQ(ToolboxLiveHandles(), 0);
+    EXPECT_EQ(ToolboxCheckUsed(), 2);
+    EXPECT_THAT(TakeProblems(),
+                ElementsAre(testing::StartsWith("NewHandle was called 2 times from another thread"),
+                            testing::StartsWith("PtrToHand was called from another thread")));
 }
 
 TEST_F(ToolboxTest, WritesOutsideABlockAreFound) {

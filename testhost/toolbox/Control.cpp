@@ -5,6 +5,7 @@
 #include "testhost/toolbox/drawing/Ports.h"
 #include "testhost/toolbox/files/Catalog.h"
 #include "testhost/toolbox/files/OpenFiles.h"
+#include "testhost/toolbox/memory/ForeignCalls.h"
 #include "testhost/toolbox/memory/Heap.h"
 #include "testhost/toolbox/resources/Files.h"
 
@@ -46,6 +47,14 @@ void ToolboxReset() {
     TheFinderInfos().Reset();
     TheResourceFiles().Reset();
     TheDrawing().Reset();
+}
+
+void ToolboxSetThread() {
+    SetHostThread();
+}
+
+void ToolboxSetPlace(const char* place) {
+    TheHeap().here = place ? Place(place) : Place();
 }
 
 void ToolboxSetStrict(unsigned char strict) {
@@ -92,9 +101,49 @@ unsigned char ToolboxWasHandle(Handle handle) {
     return TheHeap().WasHandle(handle) ? 1 : 0;
 }
 
+void ToolboxVisitLeftOvers(unsigned long after,
+                           void (*visit)(void* context, const ToolboxLeftOver*), void* context) {
+    const auto tell = [=](const ToolboxLeftOver& leftOver) {
+        if (leftOver.serial > after) {
+            visit(context, &leftOver);
+        }
+    };
+    const auto tellBlock = [&](ToolboxLeftOver::Kind kind, const auto& entry) {
+        tell({kind, entry.serial, entry.place.Text(), entry.block.Bytes(), entry.block.Length(),
+              nullptr});
+    };
+    for (const auto* entry = TheHeap().NewestHandle(); entry; entry = entry->older) {
+        tellBlock(entry->owner == Owner::Host ? ToolboxLeftOver::HostHandle
+                  : entry->isResource         ? ToolboxLeftOver::ResourceHandle
+                                              : ToolboxLeftOver::PlainHandle,
+                  *entry);
+    }
+    for (const auto* entry = TheHeap().NewestPointer(); entry; entry = entry->older) {
+        tellBlock(ToolboxLeftOver::Pointer, *entry);
+    }
+    for (const auto& [number, file] : TheOpenFiles().All()) {
+        long size = 0;
+        file.GetSize(&size);
+        tell({ToolboxLeftOver::File, file.serial, file.openedAt.Text(), nullptr, size,
+              file.path.c_str()});
+    }
+}
+
+unsigned long ToolboxLastSerial() {
+    return TheHeap().serial;
+}
+
 long ToolboxCheckAll() {
     const long before = ToolboxProblemCount();
     TheHeap().CheckAll();
+    TakeForeignCalls(TheHeap().problems);
+    return ToolboxProblemCount() - before;
+}
+
+long ToolboxCheckUsed() {
+    const long before = ToolboxProblemCount();
+    TheHeap().CheckUsed();
+    TakeForeignCalls(TheHeap().problems);
     return ToolboxProblemCount() - before;
 }
 

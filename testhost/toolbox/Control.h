@@ -22,7 +22,22 @@
 // as folders are met. Types and creators are kept beside, and follow only what toolbox calls do to
 // a file. A reference number that is closed twice is a problem.
 //
-// The library expects one call at a time, as the host makes them.
+// The library expects one call at a time, as the host makes them. Once it was told the host's
+// thread it refuses the calls that plug-ins make from others, and touches nothing: they answer null
+// or 0, those that answer a result code -50.
+
+/// Something that is alive, or open.
+struct ToolboxLeftOver {
+    enum Kind : short { PlainHandle, ResourceHandle, HostHandle, Pointer, File };
+
+    Kind kind;
+    unsigned long serial; ///< larger than that of whatever was made before it
+    const char* place;    ///< where it was made, see ToolboxSetPlace; null when that is not known
+    const char* bytes;    ///< of a block; null for a file
+    long size;            ///< bytes
+    const char* path;     ///< of a file; null for a block
+};
+
 extern "C" {
 
 /// Back to the start: all blocks released, files closed, resource files gone, settings off,
@@ -30,10 +45,18 @@ extern "C" {
 /// closed; identifiers of folders stay.
 TOOLBOX_CALL void ToolboxReset();
 
-/// Strict memory on (non-zero) or off: every call that may move memory moves every unlocked block
-/// that is not empty and overwrites its old bytes with 0xE5.
+/// Tells the thread that calls this as the one of the host and its plug-ins.
+TOOLBOX_CALL void ToolboxSetThread();
+/// Says where whatever is made, released and moved from now on is, as sentences shall name it:
+/// a zero-terminated text in UTF-8, or null when nothing is known.
+TOOLBOX_CALL void ToolboxSetPlace(const char* place);
+
+/// Strict memory on (non-zero) or off: every call that may move memory moves unlocked blocks that
+/// are not empty, and overwrites their old bytes with 0xE5. Up to 16 blocks of up to 4 KB all move
+/// each time; of more, the 4 that were used last and 4 others in turn. Larger ones may take a few
+/// calls.
 TOOLBOX_CALL void ToolboxSetStrict(unsigned char strict);
-/// Moves every unlocked block once, as strict memory does, whether or not that is on.
+/// Moves every unlocked block once, whether or not strict memory is on.
 TOOLBOX_CALL void ToolboxMoveMemory();
 /// Makes the `count`-th allocation or growth from now fail with -108, once; 0 switches it off.
 /// Handles, pointers and host handles all count. Answers what was left of the former count: 0
@@ -59,10 +82,22 @@ TOOLBOX_CALL short ToolboxHandleOwner(Handle handle);
 /// Whether this is, or ever was, a handle. Never a problem.
 TOOLBOX_CALL unsigned char ToolboxWasHandle(Handle handle);
 
+/// Calls `visit` for everything that is alive or open and was made after what had this serial
+/// number, in no particular order.
+TOOLBOX_CALL void ToolboxVisitLeftOvers(unsigned long after,
+                                        void (*visit)(void* context, const ToolboxLeftOver*),
+                                        void* context);
+/// The serial number of what was made last.
+TOOLBOX_CALL unsigned long ToolboxLastSerial();
+
 /// Checks the guard bytes of every block and the bytes of recently released ones. Answers how
 /// many problems it added. Damage is reported once, then repaired.
 TOOLBOX_CALL long ToolboxCheckAll();
-/// Number of problems recorded so far. After 1000 no more are kept.
+/// The same for the blocks that were used since the last such call, and those that were released
+/// or moved since; with strict memory for all of the latter that are kept. To be called at the end
+/// of each call into the plug-in, in whose place it is found.
+TOOLBOX_CALL long ToolboxCheckUsed();
+/// Number of problems recorded so far. After 1000 no more are kept, which the last one says.
 TOOLBOX_CALL long ToolboxProblemCount();
 /// Copies problem `index` (from 0), a whole sentence, zero-terminated and cut to `size` bytes.
 /// Answers its full length without the terminator, or -1 when there is no such problem.

@@ -112,6 +112,7 @@ OSErr OpenFiles::Open(const std::string& path, char permission, short* refNum) {
         return ResultCode::FileNotFound;
     }
     DataFork opened;
+    opened.path = path;
     opened.key = FileKey(path);
     opened.shared = permission == FilePermission::Shared;
     opened.writeRefusal = ResultCode::NoWritePermission;
@@ -136,6 +137,8 @@ OSErr OpenFiles::Open(const std::string& path, char permission, short* refNum) {
         return FileResult(GetLastError());
     }
     *refNum = FreshNumber();
+    opened.openedAt = TheHeap().here;
+    opened.serial = ++TheHeap().serial;
     files[*refNum] = std::move(opened);
     return ResultCode::NoError;
 }
@@ -156,7 +159,7 @@ short OpenFiles::FreshNumber() {
     do {
         lastNumber = lastNumber == SHRT_MAX ? short{1} : static_cast<short>(lastNumber + 1);
     } while (files.contains(lastNumber));
-    given.set(static_cast<std::size_t>(lastNumber));
+    closed.erase(lastNumber);
     return lastNumber;
 }
 
@@ -172,13 +175,15 @@ OSErr OpenFiles::Find(short refNum, DataFork** file) {
 OSErr OpenFiles::Close(short refNum) {
     const auto found = files.find(refNum);
     if (found == files.end()) {
-        if (refNum > 0 && given.test(static_cast<std::size_t>(refNum))) {
-            TheHeap().problems.Add("FSClose: file %d was already closed", refNum);
+        if (const auto former = closed.find(refNum); former != closed.end()) {
+            TheHeap().problems.Add("FSClose: file %d was already closed%s", refNum,
+                                   former->second.Under().c_str());
         }
         return ResultCode::BadFileNumber;
     }
     WindowsFile file = std::move(found->second.file);
     files.erase(found);
+    closed[refNum] = TheHeap().here;
     if (FailsNow() || !file.Close()) {
         return ResultCode::InputOutput;
     }
@@ -191,6 +196,9 @@ bool OpenFiles::IsAnyOpen(const std::string& key) const {
 }
 
 void OpenFiles::Reset() {
+    for (const auto& [number, file] : files) {
+        closed[number] = {};
+    }
     files.clear();
     failCountdown = 0;
 }

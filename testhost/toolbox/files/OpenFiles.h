@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/Types.h"
+#include "testhost/toolbox/memory/Place.h"
 
-#include <bitset>
 #include <map>
 #include <memory>
 #include <string>
@@ -30,7 +30,10 @@ class WindowsFile {
 class DataFork {
   public:
     WindowsFile file;
-    std::string key; ///< FileKey of its path
+    std::string path; ///< ANSI
+    std::string key;  ///< FileKey of its path
+    Place openedAt;
+    unsigned long serial = 0;
     bool shared = false;
     OSErr writeRefusal = 0; ///< what an attempt to write answers; 0 when it may be written
     long mark = 0;
@@ -57,6 +60,8 @@ class OpenFiles {
     /// Whether the file with this FileKey, or any in the folder with it, is open.
     bool IsAnyOpen(const std::string& key) const;
     long Count() const { return static_cast<long>(files.size()); }
+    /// By reference number.
+    const std::map<short, DataFork>& All() const { return files; }
     /// Counts a file call down; true when it has to fail.
     bool FailsNow() { return failCountdown > 0 && --failCountdown == 0; }
     /// Closes all. Their numbers count as closed.
@@ -70,7 +75,7 @@ class OpenFiles {
     short FreshNumber();
 
     std::map<short, DataFork> files;
-    std::bitset<32768> given; ///< numbers that were given out at some time
+    std::map<short, Place> closed; ///< where; numbers that were given out and are free now
     short lastNumber = 0;
 };
 

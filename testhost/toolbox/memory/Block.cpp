@@ -3,128 +3,239 @@
 #include "testhost/toolbox/memory/Problems.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstring>
 #include <new>
+#include <vector>
 
 namespace {
 
-constexpr int guardByte = 0xA5;
-constexpr int newByte = 0xCC;
-constexpr int releasedByte = 0xE5;
+constexpr unsigned char guardByte = 0xA5;
+constexpr unsigned char newByte = 0xCC;
+constexpr unsigned char releasedByte = 0xE5;
 
 constexpr Size mostQuarantined = 4 * 1024 * 1024;
 constexpr std::size_t mostQuarantinedBlocks = 2000;
 
+/// Does without a call for the few bytes of a small block: strict memory moves many of them.
+void Fill(char* bytes, Size count, unsigned char value) {
+    constexpr Size few = 64;
+    if (count > few) {
+        std::memset(bytes, value, static_cast<std::size_t>(count));
+        return;
+    }
+    const std::uint64_t word = value * 0x0101010101010101U;
+    for (; count >= Size{sizeof word}; bytes += sizeof word, count -= Size{sizeof word}) {
+        std::memcpy(bytes, &word, sizeof word);
+    }
+    for (; count > 0; --count) {
+        *bytes++ = static_cast<char>(value);
+    }
+}
+
 /// Index of the first byte that is not `value`, or `count`.
-Size FirstOther(const char* bytes, Size count, int value) {
-    return static_cast<Size>(
-        std::find_if(bytes, bytes + count,
-                     [value](char byte) { return static_cast<unsigned char>(byte) != value; }) -
-        bytes);
+Size FirstOther(const char* bytes, Size count, unsigned char value) {
+    const std::uint64_t expected = value * 0x0101010101010101U;
+    Size index = 0;
+    for (std::uint64_t word = 0; index + Size{sizeof word} <= count; index += Size{sizeof word}) {
+        std::memcpy(&word, bytes + index, sizeof word);
+        if (word != expected) {
+            break;
+        }
+    }
+    while (index < count && static_cast<unsigned char>(bytes[index]) == value) {
+        ++index;
+    }
+    return index;
+}
+
+/// Storage of small blocks that were released, for the next ones: with strict memory each call
+/// moves several of them.
+class SpareStorage {
+  public:
+    /// Null when there is no memory.
+    char* Take(Size room) {
+        if (std::vector<char*>* kept = Kept(room); kept && !kept->empty()) {
+            char* bytes = kept->back();
+            kept->pop_back();
+            return bytes;
+        }
+        return new (std::nothrow) char[static_cast<std::size_t>(room)];
+    }
+
+    void Keep(char* bytes, Size room) {
+        std::vector<char*>* kept = Kept(room);
+        if (!kept || kept->size() >= mostOfOneSize) {
+            delete[] bytes;
+            return;
+        }
+        if (kept->capacity() == 0) {
+            kept->reserve(mostOfOneSize);
+        }
+        kept->push_back(bytes);
+    }
+
+  private:
+    static constexpr std::size_t mostOfOneSize = 64;
+    static constexpr Size step = 16;
+
+    /// Those of this room; null when it is large.
+    std::vector<char*>* Kept(Size room) {
+        const auto place = static_cast<std::size_t>(room / step);
+        return place < bySize.size() ? &bySize[place] : nullptr;
+    }
+
+    std::array<std::vector<char*>, 32> bySize;
+};
+
+SpareStorage& TheSpareStorage() {
+    static auto* const storage = new SpareStorage; // outlives all blocks
+    return *storage;
 }
 
 } // namespace
 
-Block Block::Make(long long size) {
+void Block::Recycler::operator()(char* bytes) const {
+    TheSpareStorage().Keep(bytes, room);
+}
+
+Block Block::WithRoom(Size size, Size room) {
     Block block;
+    const Size all = room + 2 * guardSize;
+    block.storage = {TheSpareStorage().Take(all), Recycler{all}};
+    if (block) {
+        block.capacity = CapacityFor(size);
+        block.length = size;
+        block.FillGuards();
+    }
+    return block;
+}
+
+Block Block::Make(long long size) {
     if (size < 0 || size > maxSize) {
-        return block;
+        return {};
     }
-    const Size room = CapacityFor(static_cast<Size>(size));
-    block.storage.reset(new (std::nothrow) char[static_cast<std::size_t>(room + 2 * guardSize)]);
-    if (!block) {
-        return block;
+    Block block = WithRoom(static_cast<Size>(size), CapacityFor(static_cast<Size>(size)));
+    if (block) {
+        Fill(block.Bytes(), block.length, newByte);
     }
-    block.capacity = room;
-    block.length = static_cast<Size>(size);
-    std::memset(block.Bytes(), newByte, static_cast<std::size_t>(size));
-    block.FillGuards();
+    return block;
+}
+
+Block Block::Copy(Size size, Size spare) const {
+    Block block = WithRoom(size, CapacityFor(size + spare));
+    if (block) {
+        const Size kept = std::min(size, length);
+        std::memcpy(block.Bytes(), Bytes(), static_cast<std::size_t>(kept));
+        Fill(block.Bytes() + kept, size - kept, newByte);
+    }
     return block;
 }
 
 void Block::FillGuards() {
-    std::memset(storage.get(), guardByte, guardSize);
-    std::memset(Bytes() + length, guardByte,
-                static_cast<std::size_t>(capacity - length + guardSize));
+    Fill(storage.get(), guardSize, guardByte);
+    Fill(Bytes() + length, capacity - length + guardSize, guardByte);
 }
 
 void Block::SetLength(Size size) {
     if (size > length) {
-        std::memset(Bytes() + length, newByte, static_cast<std::size_t>(size - length));
+        Fill(Bytes() + length, size - length, newByte);
     }
     length = size;
     FillGuards();
+}
+
+void Block::SetLengthAndCapacity(Size size) {
+    capacity = CapacityFor(size);
+    SetLength(size);
 }
 
 void Block::CheckGuards(const Subject& subject, Problems& problems) {
     const bool damagedBefore = FirstOther(storage.get(), guardSize, guardByte) != guardSize;
     const Size room = capacity - length + guardSize;
     const Size behind = FirstOther(Bytes() + length, room, guardByte);
+    if (!damagedBefore && behind == room) {
+        return;
+    }
+    const std::string made =
+        subject.made->Text() ? std::string("; made under ") + subject.made->Text() : std::string();
     if (damagedBefore) {
-        problems.Add("%s: bytes before the start of %s %p were overwritten", subject.callName,
-                     subject.kind, subject.address);
+        problems.Add("%s: bytes before the start of %s %p were overwritten (size %ld%s)",
+                     subject.callName, subject.kind, subject.address, length, made.c_str());
     }
     if (behind != room) {
         problems.Add("%s: bytes behind the end of %s %p were overwritten (size %ld, first at "
-                     "offset %ld)",
-                     subject.callName, subject.kind, subject.address, length, length + behind);
+                     "offset %ld%s)",
+                     subject.callName, subject.kind, subject.address, length, length + behind,
+                     made.c_str());
     }
-    if (damagedBefore || behind != room) {
-        FillGuards();
-    }
+    FillGuards();
 }
 
 void Block::Poison() {
-    std::memset(Bytes(), releasedByte, static_cast<std::size_t>(length));
+    Fill(Bytes(), length, releasedByte);
 }
 
-void Block::CheckPoison(const Subject& subject, Problems& problems) {
+Size Block::TakeChanged() {
     const Size changed = FirstOther(Bytes(), length, releasedByte);
-    if (changed == length) {
-        return;
+    if (changed != length) {
+        Poison();
     }
-    problems.Add("%s: bytes of %s %p were written after it was released or moved (size %ld, first "
-                 "at offset %ld)",
-                 subject.callName, subject.kind, subject.address, length, changed);
-    Poison();
+    return changed;
 }
 
-void Quarantine::Take(Block block) {
-    if (!block) {
+void Quarantine::Take(FormerBlock former) {
+    if (!former.block) {
         return;
     }
-    block.Poison();
-    total += block.Capacity();
-    blocks.push_back(std::move(block));
-    while (total > mostQuarantined || blocks.size() > mostQuarantinedBlocks) {
+    former.block.Poison();
+    total += former.block.Capacity();
+    blocks.push_back(std::move(former));
+    ++recent;
+    while (blocks.size() > 1 &&
+           (total > mostQuarantined || blocks.size() > mostQuarantinedBlocks)) {
         DropOldest();
     }
 }
 
-void Quarantine::CheckAll() {
-    for (Block& block : blocks) {
-        Check(block);
+void Quarantine::CheckRecent(const char* finder) {
+    for (; recent > 0; --recent) {
+        Check(blocks[blocks.size() - recent], finder);
     }
 }
 
-bool Quarantine::Holds(const char* bytes) const {
-    return std::any_of(blocks.begin(), blocks.end(),
-                       [bytes](const Block& block) { return block.Bytes() == bytes; });
+void Quarantine::CheckAll(const char* finder) {
+    for (FormerBlock& former : blocks) {
+        Check(former, finder);
+    }
+    recent = 0;
 }
 
 void Quarantine::Clear() {
     blocks.clear();
+    recent = 0;
     total = 0;
 }
 
 void Quarantine::DropOldest() {
-    Check(blocks.front());
-    total -= blocks.front().Capacity();
+    Check(blocks.front(), "Check");
+    total -= blocks.front().block.Capacity();
     blocks.pop_front();
+    recent = std::min(recent, blocks.size());
 }
 
-void Quarantine::Check(Block& block) {
-    const Subject subject{"Check", "former block", block.Bytes()};
-    block.CheckGuards(subject, problems);
-    block.CheckPoison(subject, problems);
+void Quarantine::Check(FormerBlock& former, const char* finder) {
+    Block& block = former.block;
+    const void* address = block.Bytes();
+    block.CheckGuards({finder, "former block", address, &former.made}, problems);
+    const Size changed = block.TakeChanged();
+    if (changed == block.Length()) {
+        return;
+    }
+    problems.Add("%s: bytes of former block %p were written after it %s%s (size %ld, first at "
+                 "offset %ld%s%s)",
+                 finder, address, former.isReleased ? "was released" : "had moved",
+                 former.left.Under().c_str(), block.Length(), changed,
+                 former.made ? "; made under " : "", former.made ? former.made.Text() : "");
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Types.h"
+#include "testhost/toolbox/memory/Place.h"
 
 #include <deque>
 #include <memory>
@@ -12,6 +13,7 @@ struct Subject {
     const char* callName;
     const char* kind;
     const void* address;
+    const Place* made; ///< where the block was made
 };
 
 /// The bytes of one handle or pointer, with guard bytes before and behind them.
@@ -25,52 +27,75 @@ class Block {
     /// A block of `size` bytes of no particular value; an empty object when memory is full or the
     /// size is out of range.
     static Block Make(long long size);
+    /// A block of `size` bytes that begins with this one's, as far as there are so many, and has
+    /// room for `spare` bytes more; an empty object as above.
+    Block Copy(Size size, Size spare) const;
 
     explicit operator bool() const { return storage != nullptr; }
     char* Bytes() const { return storage.get() + guardSize; }
     Size Length() const { return length; }
     Size Capacity() const { return capacity; }
-    /// Room that a block of `size` bytes gets: the next multiple of 16.
+    /// The capacity of a block of `size` bytes: the next multiple of 16.
     static Size CapacityFor(Size size) { return (size + 15) & ~15; }
+    /// Bytes that would fit if the capacity were changed: it, and what was to spare.
+    Size Room() const { return storage.get_deleter().room - 2 * guardSize; }
     /// Changes the length in place; `size` is at most the capacity.
     void SetLength(Size size);
+    /// Changes the capacity, too; `size` is at most the room.
+    void SetLengthAndCapacity(Size size);
 
     /// Reports guard bytes that were overwritten, then restores them.
     void CheckGuards(const Subject& subject, Problems& problems);
 
     /// Overwrites all bytes with 0xE5.
     void Poison();
-    /// Reports bytes that changed since Poison().
-    void CheckPoison(const Subject& subject, Problems& problems);
+    /// Index of the first byte that changed since Poison(), after which all are as it left them;
+    /// the length when there is none.
+    Size TakeChanged();
 
   private:
     static constexpr Size guardSize = 16;
 
+    struct Recycler {
+        Size room; ///< bytes, with both guards
+        void operator()(char* bytes) const;
+    };
+
+    static Block WithRoom(Size size, Size room);
     void FillGuards();
 
-    std::unique_ptr<char[]> storage; ///< guard, `capacity` bytes, guard
+    std::unique_ptr<char[], Recycler> storage; ///< guard, `capacity` bytes, guard, what is to spare
     Size length = 0;
     Size capacity = 0;
 };
 
-/// Released blocks, kept for a while to see whether someone still writes there. Holds at most
-/// 4 MB and 2000 blocks; the oldest leave first.
+/// Bytes that a handle or pointer has left: it was released, or they moved.
+struct FormerBlock {
+    Block block;
+    bool isReleased; ///< else it moved
+    Place made;
+    Place left; ///< where it was released or moved
+};
+
+/// Former blocks, kept for a while to see whether someone still writes there. Holds at most 4 MB
+/// and 2000 blocks, or one that is larger; the oldest leave first. All are checked as they leave.
 class Quarantine {
   public:
     explicit Quarantine(Problems& problemList) : problems(problemList) {}
 
     /// Poisons the block and keeps it.
-    void Take(Block block);
-    void CheckAll();
-    /// Whether the address was the start of one of the blocks held.
-    bool Holds(const char* bytes) const;
+    void Take(FormerBlock former);
+    /// Checks those that came since the last check. `finder` begins each sentence.
+    void CheckRecent(const char* finder);
+    void CheckAll(const char* finder);
     void Clear();
 
   private:
     void DropOldest();
-    void Check(Block& block);
+    void Check(FormerBlock& former, const char* finder);
 
     Problems& problems;
-    std::deque<Block> blocks;
+    std::deque<FormerBlock> blocks;
+    std::size_t recent = 0; ///< how many of the last ones were never checked
     Size total = 0;
 };

@@ -184,8 +184,8 @@ void DisposePtr(Ptr block) {
 }
 
 Size GetPtrSize(Ptr block) {
-    Block* found = nullptr;
-    return Failed(TheHeap().FindPointer({"GetPtrSize"}, block, &found)) ? 0 : found->Length();
+    Heap::PointerEntry* found = nullptr;
+    return Failed(TheHeap().FindPointer({"GetPtrSize"}, block, &found)) ? 0 : found->block.Length();
 }
 
 void SetPtrSize(Ptr block, Size size) {

@@ -3,13 +3,29 @@
 #include "platform/ResultCodes.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace {
 
 // A master pointer is used again only after this many others, so that stale handles are noticed.
 constexpr std::size_t restingHandles = 4096;
+constexpr std::size_t rememberedPointers = 4096; // that were disposed of, at least
+// A larger block that grows gets a quarter more to spare, or growing step by step would take longer
+// and longer. Small ones stay tight: stale pointers to them show without strict memory, too.
+constexpr Size largestTight = 4096;
+
+// What one call moves at most, see MayMove().
+constexpr long mostMovedOfFew = 8;
+constexpr long mostMovedOfMany = 4;
+constexpr long mostLookedAt = 32; // locked blocks are skipped, but not for ever
+constexpr Size largestSmall = 4096;
+constexpr Size largeBytesOfEach = 8 * 1024;
+constexpr std::size_t smallTurn = 0;
+constexpr std::size_t largeTurn = 1;
+
+bool IsLarge(const Heap::HandleEntry& entry) {
+    return entry.block.Length() > largestSmall;
+}
 
 const char* Possessive(Owner owner) {
     return owner == Owner::Host ? "the host's" : "the toolbox's";
@@ -36,7 +52,14 @@ OSErr Heap::NewHandle(const Call& call, long long size, Handle* handle) {
     }
     *handle = FreshMasterPointer();
     **handle = block.Bytes();
-    handles[*handle] = {std::move(block), call.owner, 0, false, false};
+    HandleEntry& entry = handles[*handle];
+    entry.block = std::move(block);
+    entry.handle = *handle;
+    entry.owner = call.owner;
+    entry.place = here;
+    entry.serial = ++serial;
+    ++liveHandles[static_cast<std::size_t>(call.owner)];
+    handleOrder.PutFirst(entry, callNumber);
     return ResultCode::NoError;
 }
 
@@ -59,11 +82,18 @@ OSErr Heap::DisposeHandle(const Call& call, Handle handle) {
                      static_cast<const void*>(handle));
         return ResultCode::BadZone;
     }
-    quarantine.Take(std::move(entry->block));
+    LeaveBytes(std::move(entry->block), true, entry->place);
+    handleOrder.Remove(*entry);
+    --liveHandles[static_cast<std::size_t>(entry->owner)];
     *entry = {};
+    entry->place = here;
     *handle = nullptr; // whoever follows a stale handle faults at once
     freeHandles.push_back(handle);
     return ResultCode::NoError;
+}
+
+void Heap::LeaveBytes(Block block, bool isReleased, const Place& made) {
+    quarantine.Take({std::move(block), isReleased, made, here});
 }
 
 OSErr Heap::FindHandle(const Call& call, Handle handle, HandleEntry** entry) {
@@ -78,7 +108,8 @@ OSErr Heap::FindHandle(const Call& call, Handle handle, HandleEntry** entry) {
     }
     const Owner owner = found->second.owner;
     if (owner == Owner::None) {
-        problems.Add("%s: handle %p was already disposed", call.name, address);
+        problems.Add("%s: handle %p was already disposed%s", call.name, address,
+                     found->second.place.Under().c_str());
         return ResultCode::BlockFreed;
     }
     if (owner != call.owner && !mixingAllowed && !found->second.isShared) {
@@ -87,12 +118,14 @@ OSErr Heap::FindHandle(const Call& call, Handle handle, HandleEntry** entry) {
         return ResultCode::BadZone;
     }
     *entry = &found->second;
-    CheckHandle(call.name, handle, found->second);
+    handleOrder.PutFirst(**entry, callNumber);
+    CheckHandle(call.name, **entry);
     return ResultCode::NoError;
 }
 
-void Heap::CheckHandle(const char* callName, Handle handle, HandleEntry& entry) {
-    const Subject subject{callName, "handle", handle};
+void Heap::CheckHandle(const char* callName, HandleEntry& entry) {
+    const Handle handle = entry.handle;
+    const Subject subject{callName, "handle", handle, &entry.place};
     if (*handle != entry.block.Bytes()) {
         problems.Add("%s: the master pointer of handle %p was overwritten", callName,
                      subject.address);
@@ -107,33 +140,41 @@ OSErr Heap::SetHandleSize(const Call& call, Handle handle, long long size) {
         return error;
     }
     MayMove();
-    if (size < 0 || size > Block::maxSize || (size > entry->block.Length() && FailsNow())) {
+    Block& block = entry->block;
+    if (size < 0 || size > Block::maxSize || (size > block.Length() && FailsNow())) {
         return ResultCode::MemoryFull;
     }
     const Size newSize = static_cast<Size>(size);
+    const Size newCapacity = Block::CapacityFor(newSize);
     if (entry->state & locked) {
-        if (newSize > entry->block.Capacity()) {
+        if (newSize > block.Capacity()) {
             return ResultCode::MemoryFull;
         }
-        entry->block.SetLength(newSize);
+        block.SetLength(newSize);
         return ResultCode::NoError;
     }
-    if (Block::CapacityFor(newSize) != entry->block.Capacity()) {
-        return Relocate(handle, *entry, newSize);
+    if (newCapacity > block.Capacity() && newCapacity <= block.Room()) {
+        block.SetLengthAndCapacity(newSize);
+        return ResultCode::NoError;
     }
-    entry->block.SetLength(newSize);
+    if (newCapacity != block.Capacity()) {
+        const bool growsLarge = newSize > block.Length() && newSize > largestTight;
+        return Relocate(*entry, newSize, growsLarge ? newSize / 4 : 0);
+    }
+    block.SetLength(newSize);
     return ResultCode::NoError;
 }
 
-OSErr Heap::Relocate(Handle handle, HandleEntry& entry, long long size) {
-    Block block = Block::Make(size);
+OSErr Heap::Relocate(HandleEntry& entry, Size size, Size spare) {
+    Block block = entry.block.Copy(size, spare);
+    if (!block && spare > 0) {
+        block = entry.block.Copy(size, 0);
+    }
     if (!block) {
         return ResultCode::MemoryFull;
     }
-    std::memcpy(block.Bytes(), entry.block.Bytes(),
-                static_cast<std::size_t>(std::min(block.Length(), entry.block.Length())));
-    quarantine.Take(std::exchange(entry.block, std::move(block)));
-    *handle = entry.block.Bytes();
+    LeaveBytes(std::exchange(entry.block, std::move(block)), false, entry.place);
+    *entry.handle = entry.block.Bytes();
     return ResultCode::NoError;
 }
 
@@ -155,71 +196,136 @@ OSErr Heap::NewPointer(long long size, Ptr* pointer) {
         return ResultCode::MemoryFull;
     }
     *pointer = block.Bytes();
-    pointers[*pointer] = std::move(block);
+    PointerEntry& entry = pointers[*pointer];
+    entry.block = std::move(block);
+    entry.place = here;
+    entry.serial = ++serial;
+    pointerOrder.PutFirst(entry, callNumber);
     return ResultCode::NoError;
 }
 
 OSErr Heap::DisposePointer(const Call& call, Ptr pointer) {
-    Block* block = nullptr;
-    if (const OSErr error = FindPointer(call, pointer, &block)) {
+    PointerEntry* entry = nullptr;
+    if (const OSErr error = FindPointer(call, pointer, &entry)) {
         return error;
     }
-    quarantine.Take(std::move(*block));
+    LeaveBytes(std::move(entry->block), true, entry->place);
+    pointerOrder.Remove(*entry);
     pointers.erase(pointer);
+    KeepFormerPointer(pointer);
     return ResultCode::NoError;
 }
 
-OSErr Heap::FindPointer(const Call& call, Ptr pointer, Block** block) {
+void Heap::KeepFormerPointer(Ptr pointer) {
+    if (formerPointers.size() >= rememberedPointers) {
+        olderFormerPointers = std::exchange(formerPointers, {});
+    }
+    formerPointers[pointer] = here;
+}
+
+const Place* Heap::FormerPointer(Ptr pointer) const {
+    for (const auto* former : {&formerPointers, &olderFormerPointers}) {
+        if (const auto found = former->find(pointer); found != former->end()) {
+            return &found->second;
+        }
+    }
+    return nullptr;
+}
+
+OSErr Heap::FindPointer(const Call& call, Ptr pointer, PointerEntry** entry) {
     if (!pointer) {
         return ResultCode::NullHandle;
     }
     const auto found = pointers.find(pointer);
-    const Subject subject{call.name, "pointer", pointer};
     if (found == pointers.end()) {
-        problems.Add(quarantine.Holds(pointer) ? "%s: pointer %p was already disposed"
-                                               : "%s: %p is not a pointer's block",
-                     call.name, subject.address);
+        const void* address = pointer;
+        if (const Place* disposed = FormerPointer(pointer)) {
+            problems.Add("%s: pointer %p was already disposed%s", call.name, address,
+                         disposed->Under().c_str());
+        } else {
+            problems.Add("%s: %p is not a pointer's block", call.name, address);
+        }
         return ResultCode::BlockFreed;
     }
-    *block = &found->second;
-    (*block)->CheckGuards(subject, problems);
+    *entry = &found->second;
+    pointerOrder.PutFirst(**entry, callNumber);
+    CheckPointer(call.name, **entry);
     return ResultCode::NoError;
 }
 
+void Heap::CheckPointer(const char* callName, PointerEntry& entry) {
+    entry.block.CheckGuards({callName, "pointer", entry.block.Bytes(), &entry.place}, problems);
+}
+
 OSErr Heap::SetPointerSize(const Call& call, Ptr pointer, long long size) {
-    Block* block = nullptr;
-    if (const OSErr error = FindPointer(call, pointer, &block)) {
+    PointerEntry* entry = nullptr;
+    if (const OSErr error = FindPointer(call, pointer, &entry)) {
         return error;
     }
     MayMove();
-    if (size < 0 || size > block->Capacity() || (size > block->Length() && FailsNow())) {
+    Block& block = entry->block;
+    if (size < 0 || size > block.Capacity() || (size > block.Length() && FailsNow())) {
         return ResultCode::MemoryFull;
     }
-    block->SetLength(static_cast<Size>(size));
+    block.SetLength(static_cast<Size>(size));
     return ResultCode::NoError;
 }
 
 // All blocks
 
-long Heap::LiveHandles(Owner owner) const {
-    return static_cast<long>(
-        std::count_if(handles.begin(), handles.end(),
-                      [owner](const auto& item) { return item.second.owner == owner; }));
-}
-
 void Heap::MayMove() {
-    if (strict) {
-        MoveAll();
+    if (!strict) {
+        return;
+    }
+    ++moveRound;
+    const long live = LiveHandles(Owner::Toolbox) + LiveHandles(Owner::Host);
+    const long looks = std::min(mostLookedAt, live);
+    const long most = live <= 2 * mostMovedOfFew ? mostMovedOfFew : mostMovedOfMany;
+    for (Size& free : largeBytes) {
+        free = std::min(free + largeBytesOfEach, largeBytesOfEach);
+    }
+    HandleEntry* recent = handleOrder.Newest();
+    long moved = 0;
+    for (long look = 0; look < looks && moved < most && recent; ++look) {
+        moved += MoveInTurn(*recent, largeBytes[0]);
+        recent = recent->older;
+    }
+    moved = 0;
+    for (long look = 0; look < looks && moved < most; ++look) {
+        HandleEntry* entry = handleOrder.Next(smallTurn);
+        moved += entry && !IsLarge(*entry) && MoveInTurn(*entry, largeBytes[1]);
+    }
+    for (long look = 0; look < looks && largeBytes[1] > 0; ++look) {
+        HandleEntry* entry = handleOrder.Next(largeTurn);
+        if (entry && IsLarge(*entry)) {
+            MoveInTurn(*entry, largeBytes[1]);
+        }
     }
 }
 
-void Heap::MoveAll() {
-    for (auto& [handle, entry] : handles) {
-        if (entry.owner == Owner::None || (entry.state & locked) || entry.block.Length() == 0) {
-            continue;
+bool Heap::MoveInTurn(HandleEntry& entry, Size& freeBytes) {
+    const Size length = entry.block.Length();
+    if (entry.movedIn == moveRound || (entry.state & locked) || length == 0) {
+        return false;
+    }
+    if (IsLarge(entry)) {
+        if (freeBytes <= 0) {
+            return false;
         }
-        CheckHandle("Moving memory", handle, entry);
-        Relocate(handle, entry, entry.block.Length()); // without memory it stays where it is
+        freeBytes -= length;
+    }
+    entry.movedIn = moveRound;
+    CheckHandle("Moving memory", entry);
+    // Without memory it stays where it is.
+    return Relocate(entry, length, entry.block.Room() - entry.block.Capacity()) ==
+           ResultCode::NoError;
+}
+
+void Heap::MoveAll() {
+    ++moveRound;
+    for (HandleEntry* entry = handleOrder.Newest(); entry; entry = entry->older) {
+        Size enough = Block::maxSize;
+        MoveInTurn(*entry, enough);
     }
 }
 
@@ -227,27 +333,48 @@ bool Heap::FailsNow() {
     return failCountdown > 0 && --failCountdown == 0;
 }
 
+void Heap::CheckUsed() {
+    const std::string finder = Finder();
+    CheckLive(finder.c_str(), callNumber);
+    ++callNumber;
+    if (strict) {
+        quarantine.CheckAll(finder.c_str());
+    } else {
+        quarantine.CheckRecent(finder.c_str());
+    }
+}
+
 void Heap::CheckAll() {
-    for (auto& [handle, entry] : handles) {
-        if (entry.owner != Owner::None) {
-            CheckHandle("Check", handle, entry);
-        }
+    const std::string finder = Finder();
+    CheckLive(finder.c_str(), 0);
+    quarantine.CheckAll(finder.c_str());
+}
+
+void Heap::CheckLive(const char* finder, unsigned long usedSince) {
+    for (HandleEntry* entry = handleOrder.Newest(); entry && entry->usedIn >= usedSince;
+         entry = entry->older) {
+        CheckHandle(finder, *entry);
     }
-    for (auto& [pointer, block] : pointers) {
-        block.CheckGuards({"Check", "pointer", pointer}, problems);
+    for (PointerEntry* entry = pointerOrder.Newest(); entry && entry->usedIn >= usedSince;
+         entry = entry->older) {
+        CheckPointer(finder, *entry);
     }
-    quarantine.CheckAll();
 }
 
 void Heap::Reset() {
-    for (auto& [handle, entry] : handles) {
-        if (entry.owner != Owner::None) {
-            entry = {};
-            *handle = nullptr;
-            freeHandles.push_back(handle);
-        }
+    for (HandleEntry* entry = handleOrder.Newest(); entry;) {
+        HandleEntry& disposed = *std::exchange(entry, entry->older);
+        const Handle handle = disposed.handle;
+        disposed = {};
+        *handle = nullptr;
+        freeHandles.push_back(handle);
     }
+    handleOrder.Clear();
+    std::ranges::fill(liveHandles, 0);
     pointers.clear();
+    pointerOrder.Clear();
+    formerPointers.clear();
+    olderFormerPointers.clear();
     quarantine.Clear();
     problems.Clear();
     strict = mixingAllowed = false;

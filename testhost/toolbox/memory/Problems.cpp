@@ -9,9 +9,13 @@ constexpr std::size_t mostProblems = 1000; // a loop that does wrong must not fi
 
 void Problems::Add(const char* format, ...) {
     if (sentences.size() >= mostProblems) {
+        if (sentences.size() == mostProblems) {
+            sentences.emplace_back("there are more than " + std::to_string(mostProblems) +
+                                   " problems: the further ones are not told");
+        }
         return;
     }
-    char sentence[300];
+    char sentence[500];
     va_list arguments; // NOLINT(cppcoreguidelines-init-variables): va_start does
     va_start(arguments, format);
     std::vsnprintf(sentence, sizeof sentence, format, arguments);
