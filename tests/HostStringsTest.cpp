@@ -320,7 +320,7 @@ TEST_F(HostStringsTest, TheHostNoticesMistreatedStrings) {
              one.units[0] = 'T';
              FourD::CopyCStringToFDString("three", &one);
          }},
-        {"disposed of, or never was one",
+        {"A host string came to the host that was already disposed of.",
          [&] {
              FDStringBlock again = one;
              FourD::DisposeFDStringBlock(&one);
@@ -331,7 +331,7 @@ TEST_F(HostStringsTest, TheHostNoticesMistreatedStrings) {
              FDStringBlock block = mine;
              FourD::DisposeFDStringBlock(&block);
          }},
-        {"1 host string that was taken",
+        {"1 host string of 4 units (\"lost\") that was taken since the session began is",
          [&] {
              FDStringBlock lost = host.strings.Create("lost");
              session.ReportLeaks();

@@ -199,7 +199,7 @@ TEST_F(PicturesTest, BitmapsAndPicturesAreTheCallersToRelease) {
     EXPECT_EQ(TakeProblems(), std::vector<std::string>{});
     EXPECT_EQ(FourD::DisposePictureV11(own), ResultCode::BadParameter);
     EXPECT_EQ(FourD::DisposePictureV11(picture), ResultCode::BadParameter);
-    EXPECT_THAT(TakeProblems(), ElementsAre(HasSubstr("was disposed of, or never was one"),
+    EXPECT_THAT(TakeProblems(), ElementsAre(HasSubstr("that was already disposed of."),
                                             HasSubstr("belongs to the host")));
 }
 

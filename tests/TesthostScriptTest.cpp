@@ -37,6 +37,8 @@ HOST_ENTRY void FakePlugin(long selector, void* params, void*, void* result) {
     void** parameters = static_cast<void**>(params);
     auto* cell = static_cast<long*>(result);
     ParameterBlock block{};
+    Handle handle = nullptr;
+    char* bytes = nullptr;
     switch (selector) {
     case -1: // starts properly
         init = *static_cast<PackInitBlock*>(params);
@@ -69,9 +71,9 @@ HOST_ENTRY void FakePlugin(long selector, void* params, void*, void* result) {
         break;
     case 8: // (event of an area): counts in the host's record, and writes behind that of a drag
         if (auto* event = static_cast<EventRecord*>(parameters[0]); event->message != 0) {
-            auto* bytes = reinterpret_cast<unsigned char*>(event->message);
-            bytes = event->what == 43 ? *reinterpret_cast<unsigned char**>(bytes) : bytes;
-            event->modifiers = ++bytes[event->what == 80 ? 256 : 255];
+            auto* record = reinterpret_cast<unsigned char*>(event->message);
+            record = event->what == 43 ? *reinterpret_cast<unsigned char**>(record) : record;
+            event->modifiers = ++record[event->what == 80 ? 256 : 255];
         }
         break;
     case 10: // (long): so many calls with a stray byte
@@ -96,6 +98,15 @@ HOST_ENTRY void FakePlugin(long selector, void* params, void*, void* result) {
         block.param3 = 5;
         init.classicCallBack(Select("GetRes").classic, &block);
         *cell += TakenSize(block.handle);
+        break;
+    case 12: // (): a handle is disposed of twice and then written to, two more are left over
+        PtrToHand("gone", &handle, 4);
+        bytes = *handle;
+        DisposeHandle(handle);
+        DisposeHandle(handle);
+        bytes[2] = 'x';
+        PtrToHand("left", &handle, 4);
+        PtrToHand("left", &handle, 4);
         break;
     default:
         break;
@@ -301,6 +312,12 @@ TEST(TesthostScriptTest, WhatFailsIsSaidAndPlayGoesOn) {
         {"call 3 short 1", "parameter 1 was written behind its 2 bytes"},
         {"call 5", "Selector 12345 is no classic call"},
         {"process end 9", "the host has no process 9"},
+        {"call 12", "was already disposed, under script:2, command 12()"},
+        {"call 12",
+         "PROBLEM script:2: Toolbox: at the end of script:2, command 12(): bytes of former"},
+        {"call 12",
+         "PROBLEM script:end: 2 handles of 4 bytes (6C 65 66 74 \"left\") that were made "
+         "under script:2, command 12() are still alive."},
         {"start", "already started"},
         {"expect problems 1", "expected 1 problems, got 0"},
         {"fail ProgramInfo -1", "ProgramInfo was to fail with -1, but the plug-in did not call it"},

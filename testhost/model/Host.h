@@ -86,7 +86,8 @@ class Host {
     HostVariables variables; // goes before strings and pictures, which its values hold
     Dialogs dialogs;         // goes first: dialogs hold variables and windows
 
-    bool macEnvironment = false; ///< set by SetupMacOSEnv, cleared by Setup4DEnv
+    const std::string* scriptPlace = nullptr; ///< where the script stands that is played; or null
+    bool macEnvironment = false;              ///< set by SetupMacOSEnv, cleared by Setup4DEnv
     bool quitRequested = false;
 
     /// Runs whenever plug-in code lets other processes run; may be empty.

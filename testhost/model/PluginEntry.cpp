@@ -2,6 +2,8 @@
 
 #include "testhost/model/Host.h"
 #include "testhost/model/UnderWay.h"
+#include "testhost/toolbox/Control.h"
+#include "testhost/values/Whereabouts.h"
 
 #include <algorithm>
 #include <bit>
@@ -175,10 +177,25 @@ long Run(Host& host, const void* function, std::span<void* const> words, const s
                  stack, 8);
     return usual;
 }
+
+constexpr size_t longestCall = 60; // bytes of a call's text in the name of its place
+
+// The script's line and the call, for whatever the plug-in does in it.
+std::string PlaceOf(const Host& host, std::string call) {
+    if (call.size() > longestCall) {
+        size_t end = longestCall;
+        while ((static_cast<unsigned char>(call[end]) & 0xC0) == 0x80) { // in a UTF-8 character
+            --end;
+        }
+        call = call.substr(0, end) + "...";
+    }
+    return host.scriptPlace != nullptr ? *host.scriptPlace + ", " + call : call;
+}
 } // namespace
 
 long CallPlugin(Host& host, PluginEntry function, void* const words[4], long selector,
                 std::string what, const std::string& who) {
+    const AtWhereabouts place(PlaceOf(host, what));
     LoggedCall entry;
     entry.kind = LoggedCall::Kind::IntoPlugin;
     entry.selector = selector;
@@ -193,6 +210,7 @@ long CallPlugin(Host& host, PluginEntry function, void* const words[4], long sel
     const long left = Run(host, reinterpret_cast<const void*>(function), {words, 4}, who, 0);
     --host.log.depth;
     host.log.EndEntry(process, host.log.depth);
+    ToolboxCheckUsed();
     return left;
 }
 

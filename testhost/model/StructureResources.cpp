@@ -1,6 +1,7 @@
 #include "testhost/model/StructureResources.h"
 
 #include "platform/ResultCodes.h"
+#include "testhost/values/Encodings.h"
 
 #include <algorithm>
 #include <cstring>
@@ -113,14 +114,13 @@ ResourceFileContents* StructureResources::File(long file) {
     return found != open.end() ? &found->second.contents : nullptr;
 }
 
-std::vector<std::string> StructureResources::OpenPaths() const {
-    std::vector<std::string> paths;
-    for (const auto& [file, opened] : open) {
-        if (file != structureFile) {
-            paths.push_back(opened.path);
+void StructureResources::AddLeftOvers(LeftOvers& leftOvers) const {
+    for (const auto& [number, file] : open) {
+        if (number != structureFile) {
+            leftOvers.Add({"resource file", "opened through the host", "open"},
+                          "\"" + Utf8(FromAnsi(file.path)) + "\"", file.opened);
         }
     }
-    return paths;
 }
 
 bool StructureResources::IgnoreCase::operator()(const std::string& a, const std::string& b) const {
@@ -134,6 +134,6 @@ bool StructureResources::IsOpen(const std::string& path) const {
 }
 
 long StructureResources::OpenAs(const std::string& path, ResourceFileContents contents) {
-    open[++lastFile] = {path, std::move(contents)};
+    open[++lastFile] = {path, std::move(contents), CurrentWhereabouts()};
     return lastFile;
 }

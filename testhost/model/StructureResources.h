@@ -1,6 +1,8 @@
 #pragma once
 
 #include "platform/Types.h"
+#include "testhost/values/LeftOvers.h"
+#include "testhost/values/Whereabouts.h"
 
 #include <map>
 #include <string>
@@ -54,8 +56,8 @@ class StructureResources {
     ResourceFileContents* File(long file);
     /// A number for the timestamp of a resource that is changed.
     long NextTimestamp() { return ++changes; }
-    /// Of the files that are open besides the structure's.
-    std::vector<std::string> OpenPaths() const;
+    /// Adds the files that are open besides the structure's.
+    void AddLeftOvers(LeftOvers& leftOvers) const;
 
   private:
     struct IgnoreCase {
@@ -64,6 +66,7 @@ class StructureResources {
     struct OpenFile {
         std::string path;
         ResourceFileContents contents;
+        Whereabouts opened;
     };
 
     bool IsOpen(const std::string& path) const;

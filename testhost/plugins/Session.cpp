@@ -4,6 +4,7 @@
 #include "testhost/services/Dispatch.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
+#include "testhost/values/LeftOvers.h"
 
 #include <algorithm>
 
@@ -12,6 +13,13 @@ long Session::toolboxProblemsSeen = 0;
 
 namespace {
 constexpr unsigned long notWritten = 0xDEADBEEF;
+
+// By ToolboxLeftOver::Kind.
+constexpr LeftOvers::Kind kinds[] = {{"handle"},
+                                     {"resource handle", "taken"},
+                                     {"host handle"},
+                                     {"pointer"},
+                                     {"file", "opened", "open"}};
 
 // Makes a resource file current for a while; file 0 leaves things as they are.
 class ResFileScope {
@@ -43,7 +51,8 @@ std::string CommandText(long command, const Arguments& arguments) {
 } // namespace
 
 Session::Session(Host& sessionHost, EntryPoints entryPoints)
-    : HostedPlugin(sessionHost), entries(entryPoints), before(CountLiveBlocks()) {
+    : HostedPlugin(sessionHost), entries(entryPoints), firstSerial(ToolboxLastSerial()) {
+    ToolboxSetThread();
     toolboxProblemsSeen = ToolboxProblemCount();
     host.plugins.push_back(this);
 }
@@ -136,17 +145,31 @@ void Session::CollectToolboxProblems() {
         ToolboxProblem(toolboxProblemsSeen, text, sizeof text);
         host.Report(std::string("Toolbox: ") + text);
     }
+    ToolboxClearProblems(); // it keeps so many, and the next call may have as many
+    toolboxProblemsSeen = 0;
 }
 
 void Session::ReportLeaks() {
     ReportHostLeaks();
     ToolboxCheckAll();
     CollectToolboxProblems();
-    const LiveBlocks now = CountLiveBlocks();
-    ReportLeak(now.handles - before.handles, "handle", "made", "alive");
-    ReportLeak(now.hostHandles - before.hostHandles, "host handle", "made", "alive");
-    ReportLeak(now.pointers - before.pointers, "pointer", "made", "alive");
-    ReportLeak(now.files - before.files, "file", "opened", "open");
+    std::vector<ToolboxLeftOver> all;
+    ToolboxVisitLeftOvers(
+        firstSerial,
+        [](void* list, const ToolboxLeftOver* leftOver) {
+            static_cast<decltype(all)*>(list)->push_back(*leftOver);
+        },
+        &all);
+    std::ranges::sort(all, {}, &ToolboxLeftOver::serial);
+    LeftOvers leftOvers;
+    for (const ToolboxLeftOver& each : all) {
+        const std::string description =
+            each.path != nullptr
+                ? "\"" + Utf8(FromAnsi(each.path)) + "\" of " + LeftOvers::Count(each.size, "byte")
+                : "of " + LeftOvers::Bytes({each.bytes, static_cast<size_t>(each.size)});
+        leftOvers.Add(kinds[each.kind], description, each.place);
+    }
+    leftOvers.Report([this](std::string sentence) { host.Report(std::move(sentence)); });
 }
 
 void Session::ReportHostLeaks() {
@@ -158,29 +181,10 @@ void Session::ReportHostLeaks() {
     host.windows.DisposeMethodTexts();
     host.strings.Check();
     host.pictures.Check();
-    const LiveBlocks now = CountLiveBlocks();
-    ReportLeak(now.strings - before.strings, "host string", "taken", "alive");
-    ReportLeak(now.pictures - before.pictures, "picture", "taken", "alive");
-    ReportLeak(now.bitmaps - before.bitmaps, "native bitmap", "taken", "alive");
-    for (const std::string& path : host.structureResources.OpenPaths()) {
-        host.Report("The resource file \"" + Utf8(FromAnsi(path)) +
-                    "\" that the plug-in opened through the host is still open.");
-    }
+    LeftOvers leftOvers;
+    host.strings.AddLeftOvers(leftOvers);
+    host.pictures.AddLeftOvers(leftOvers);
+    host.structureResources.AddLeftOvers(leftOvers);
+    leftOvers.Report([this](std::string sentence) { host.Report(std::move(sentence)); });
     host.ReportUnusedFailures();
-}
-
-void Session::ReportLeak(long leaked, const std::string& kind, const std::string& begun,
-                         const std::string& state) {
-    if (leaked > 0) {
-        host.Report(std::to_string(leaked) + " " + kind +
-                    (leaked == 1 ? " that was " : "s that were ") + begun +
-                    " since the session began " + (leaked == 1 ? "is" : "are") + " still " + state +
-                    ".");
-    }
-}
-
-Session::LiveBlocks Session::CountLiveBlocks() const {
-    return {ToolboxLiveHandles(),       ToolboxLiveHostHandles(), ToolboxLivePointers(),
-            ToolboxOpenFiles(),         host.strings.Live(),      host.pictures.Live(),
-            host.pictures.LiveBitmaps()};
 }

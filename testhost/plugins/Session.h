@@ -51,24 +51,11 @@ class Session final : public HostedPlugin {
     void ReportHostLeaks();
 
   private:
-    struct LiveBlocks {
-        long handles;
-        long hostHandles;
-        long pointers;
-        long files;
-        long strings;
-        long pictures;
-        long bitmaps;
-    };
-
-    LiveBlocks CountLiveBlocks() const;
-    void ReportLeak(long leaked, const std::string& kind, const std::string& begun,
-                    const std::string& state);
     void CollectToolboxProblems();
 
     static long toolboxProblemsSeen;
     EntryPoints entries;
     bool started = false;
-    short resFile = 0; ///< the plug-in's resource file that the toolbox was told of
-    LiveBlocks before;
+    short resFile = 0;         ///< the plug-in's resource file that the toolbox was told of
+    unsigned long firstSerial; ///< what the toolbox made up to it is not the session's
 };

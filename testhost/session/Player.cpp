@@ -53,6 +53,7 @@ Player::~Player() {
     if (ownStage != nullptr) {
         EntryUnderWay::onChanged = nullptr;
     }
+    host.scriptPlace = nullptr;
     host.log.onAdded = nullptr;
     host.log.onEntryEnded = nullptr;
     host.boxes.onShown = nullptr;
@@ -64,6 +65,7 @@ Player::~Player() {
 
 void Player::Watch() {
     stage.players.push_back(this);
+    host.scriptPlace = &stage.place;
     host.log.onAdded = [this](const LoggedCall& call) {
         KeepAccount();
         Print(call);

@@ -8,18 +8,22 @@
 
 namespace {
 constexpr unsigned char opaque = 0xA5; // what the blocks hold
+
+std::string SizeText(short width, short height) {
+    return "of " + std::to_string(width) + " x " + std::to_string(height) + " pixels";
 }
+} // namespace
 
 HostPictures::~HostPictures() {
-    for (void* bitmap : bitmaps) {
-        DeleteObject(bitmap);
+    for (const Bitmap& bitmap : bitmaps) {
+        DeleteObject(bitmap.handle);
     }
 }
 
 FDPictureBlock* HostPictures::Add(HostPicture picture, Owner owner) {
     blocks.emplace_back().fill(opaque);
     auto* block = reinterpret_cast<FDPictureBlock*>(blocks.back().data());
-    pictures[block] = {std::move(picture), owner};
+    pictures[block] = {std::move(picture), owner, CurrentWhereabouts()};
     return block;
 }
 
@@ -38,6 +42,7 @@ short HostPictures::Dispose(const FDPictureBlock* block, Owner by) {
         return ResultCode::BadParameter;
     }
     pictures.erase(block);
+    disposed[block] = CurrentWhereabouts();
     return ResultCode::NoError;
 }
 
@@ -51,13 +56,39 @@ short HostPictures::SetOwner(const FDPictureBlock* block, Owner owner) {
 }
 
 void* HostPictures::CreateNativeBitmap(const HostPicture& picture) {
-    bitmaps.push_back(CreateBitmap(picture.width, picture.height, 1, 32, nullptr));
-    return bitmaps.back();
+    void* handle = CreateBitmap(picture.width, picture.height, 1, 32, nullptr);
+    bitmaps.push_back({handle, picture.width, picture.height, CurrentWhereabouts()});
+    return handle;
 }
 
 long HostPictures::LiveBitmaps() const {
-    return static_cast<long>(std::ranges::count_if(
-        bitmaps, [](void* bitmap) { return GetObjectType(bitmap) == OBJ_BITMAP; }));
+    return static_cast<long>(
+        std::ranges::count_if(bitmaps, [](const Bitmap& bitmap) { return bitmap.IsAlive(); }));
+}
+
+bool HostPictures::Bitmap::IsAlive() const {
+    return GetObjectType(handle) == OBJ_BITMAP;
+}
+
+void HostPictures::AddLeftOvers(LeftOvers& leftOvers) const {
+    for (const auto& [block, entry] : pictures) {
+        const auto& [picture, owner, made] = entry;
+        if (owner != Owner::Plugin) {
+            continue;
+        }
+        std::string text = SizeText(picture.width, picture.height);
+        if (!picture.representations.empty()) {
+            const PictureRepresentation& first = picture.representations.front();
+            text += ", " + first.information + " of " + LeftOvers::Bytes(first.data);
+        }
+        leftOvers.Add({"picture", "taken"}, text, made);
+    }
+    for (const Bitmap& bitmap : bitmaps) {
+        if (bitmap.IsAlive()) {
+            leftOvers.Add({"native bitmap", "taken"}, SizeText(bitmap.width, bitmap.height),
+                          bitmap.made);
+        }
+    }
 }
 
 void HostPictures::Check() {
@@ -80,7 +111,11 @@ HostPictures::Entry* HostPictures::FindEntry(const FDPictureBlock* block) {
     }
     auto found = pictures.find(block);
     if (found == pictures.end()) {
-        report("A picture that was disposed of, or never was one, came to the host.");
+        const auto former = disposed.find(block);
+        report(former != disposed.end()
+                   ? "A picture came to the host that was already disposed of" +
+                         Under(former->second) + "."
+                   : "A picture that was disposed of, or never was one, came to the host.");
         return nullptr;
     }
     return &found->second;

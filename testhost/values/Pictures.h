@@ -1,8 +1,10 @@
 #pragma once
 
 #include "host/boundary/Values.h"
+#include "testhost/values/LeftOvers.h"
 #include "testhost/values/Owner.h"
 #include "testhost/values/Reporter.h"
+#include "testhost/values/Whereabouts.h"
 
 #include <array>
 #include <deque>
@@ -52,6 +54,8 @@ class HostPictures {
     long LiveOfHost() const { return Count(Owner::Host); }
     /// How many of the bitmaps that were made nobody has deleted.
     long LiveBitmaps() const;
+    /// Adds the plug-in's pictures, and these bitmaps.
+    void AddLeftOvers(LeftOvers& leftOvers) const;
     /// Reports every block that was written to.
     void Check();
 
@@ -59,6 +63,15 @@ class HostPictures {
     struct Entry {
         HostPicture picture;
         Owner owner;
+        Whereabouts made;
+    };
+    struct Bitmap {
+        void* handle;
+        short width;
+        short height;
+        Whereabouts made;
+
+        bool IsAlive() const;
     };
     using Block = std::array<unsigned char, 32>;
 
@@ -68,5 +81,6 @@ class HostPictures {
     Reporter report;
     std::deque<Block> blocks; ///< kept for good, so that no address is used twice
     std::map<const FDPictureBlock*, Entry> pictures;
-    std::vector<void*> bitmaps;
+    std::map<const FDPictureBlock*, Whereabouts> disposed; ///< where; for good, as the blocks
+    std::vector<Bitmap> bitmaps;
 };

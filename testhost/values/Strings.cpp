@@ -12,6 +12,8 @@ constexpr size_t guardUnits = 8;
 constexpr unsigned short guard = 0xA5A5;
 constexpr unsigned short gone = 0xE5E5; // what the units of a released string become
 constexpr size_t keptReleased = 64;
+constexpr size_t rememberedDisposed = 10'000;
+constexpr size_t longestShown = 30; // units of a string that is left over
 
 bool IsZero(const FDStringBlock& block) {
     const FDStringBlock zero{};
@@ -44,6 +46,7 @@ FDStringBlock HostStrings::Create(std::span<const unsigned short> units, Owner o
     String& string = strings[number];
     string.block.hostPrivate[0] = number;
     string.owner = owner;
+    string.made = CurrentWhereabouts();
     Fill(string, units);
     return string.block;
 }
@@ -87,6 +90,10 @@ short HostStrings::Dispose(FDStringBlock& block, Owner by) {
     }
     Release(std::move(string->memory));
     strings.erase(NumberOf(block));
+    disposed[NumberOf(block)] = CurrentWhereabouts();
+    if (disposed.size() > rememberedDisposed) {
+        disposed.erase(disposed.begin());
+    }
     block = {};
     return ResultCode::NoError;
 }
@@ -113,7 +120,26 @@ std::vector<unsigned short> HostStrings::Units(const FDStringBlock& block) {
     if (string == nullptr) {
         return {};
     }
-    return {string->expected.begin() + guardUnits, string->expected.end() - guardUnits};
+    return UnitsOf(*string);
+}
+
+std::vector<unsigned short> HostStrings::UnitsOf(const String& string) {
+    return {string.expected.begin() + guardUnits, string.expected.end() - guardUnits};
+}
+
+void HostStrings::AddLeftOvers(LeftOvers& leftOvers) const {
+    for (const auto& [number, string] : strings) {
+        if (string.owner != Owner::Plugin) {
+            continue;
+        }
+        std::vector<unsigned short> units = UnitsOf(string);
+        const size_t count = units.size();
+        units.resize(std::min(count, longestShown));
+        leftOvers.Add({"host string", "taken"},
+                      "of " + LeftOvers::Count(static_cast<long>(count), "unit") + " (" +
+                          Quoted(TextOfUnits(units)) + (count > longestShown ? "..." : "") + ")",
+                      string.made);
+    }
 }
 
 void HostStrings::Check() {
@@ -134,7 +160,11 @@ long HostStrings::Count(Owner owner) const {
 HostStrings::String* HostStrings::Find(const FDStringBlock& block) {
     auto found = strings.find(NumberOf(block));
     if (found == strings.end()) {
-        report("A host string that was disposed of, or never was one, came to the host.");
+        const auto former = disposed.find(NumberOf(block));
+        report(former != disposed.end()
+                   ? "A host string came to the host that was already disposed of" +
+                         Under(former->second) + "."
+                   : "A host string that was disposed of, or never was one, came to the host.");
         return nullptr;
     }
     if (!IsLive(block)) {
@@ -160,9 +190,7 @@ void HostStrings::CheckMemory(String& string) {
         return;
     }
     report("The plug-in wrote into, or around, the units of a host string: " +
-           Quoted(TextOfUnits(std::span(string.expected)
-                                  .subspan(guardUnits, string.expected.size() - 2 * guardUnits))) +
-           ".");
+           Quoted(TextOfUnits(UnitsOf(string))) + ".");
     string.memory = string.expected; // of one size: the units stay where they are
 }
 

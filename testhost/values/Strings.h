@@ -1,8 +1,10 @@
 #pragma once
 
 #include "host/boundary/Values.h"
+#include "testhost/values/LeftOvers.h"
 #include "testhost/values/Owner.h"
 #include "testhost/values/Reporter.h"
+#include "testhost/values/Whereabouts.h"
 
 #include <deque>
 #include <map>
@@ -49,6 +51,8 @@ class HostStrings {
     /// How many strings the plug-in, how many the host has to release.
     long Live() const { return Count(Owner::Plugin); }
     long LiveOfHost() const { return Count(Owner::Host) + Count(Owner::Element); }
+    /// Adds those that the plug-in has to release.
+    void AddLeftOvers(LeftOvers& leftOvers) const;
     /// Reports every string, living or lately released, whose units were written over.
     void Check();
 
@@ -58,10 +62,12 @@ class HostStrings {
         std::vector<unsigned short> memory;
         std::vector<unsigned short> expected; ///< what the memory has to hold
         Owner owner;
+        Whereabouts made;
     };
 
     long Count(Owner owner) const;
     String* Find(const FDStringBlock& block);
+    static std::vector<unsigned short> UnitsOf(const String& string);
     void Fill(String& string, std::span<const unsigned short> units);
     void CheckMemory(String& string);
     void Release(std::vector<unsigned short>&& memory);
@@ -70,4 +76,6 @@ class HostStrings {
     Reporter report;
     std::map<unsigned long, String> strings;          ///< by their number, hostPrivate[0]
     std::deque<std::vector<unsigned short>> released; ///< the last ones, overwritten
+    std::map<unsigned long, Whereabouts>
+        disposed; ///< where; by the number, the last 10,000 numbers
 };
