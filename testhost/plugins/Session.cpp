@@ -5,6 +5,7 @@
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
 #include "testhost/values/LeftOvers.h"
+#include "testhost/values/Whereabouts.h"
 
 #include <algorithm>
 
@@ -53,6 +54,13 @@ std::string CommandText(long command, const Arguments& arguments) {
 Session::Session(Host& sessionHost, EntryPoints entryPoints)
     : HostedPlugin(sessionHost), entries(entryPoints), firstSerial(ToolboxLastSerial()) {
     ToolboxSetThread();
+    // At once: what follows may be a crash.
+    ToolboxOnProblem([] {
+        if (Host* current = Host::Current();
+            current != nullptr && CurrentWhereabouts() != nullptr) {
+            CollectToolboxProblems(*current);
+        }
+    });
     toolboxProblemsSeen = ToolboxProblemCount();
     host.plugins.push_back(this);
 }
@@ -134,25 +142,25 @@ void Session::Enter(long selector, void* params, void* data, void* result, std::
                     " bytes of its arguments on the stack: it must remove them (stdcall).");
     }
     host.HearAsides();
-    CollectToolboxProblems();
-}
-
-void Session::CollectToolboxProblems() {
-    // Someone may have cleared the list meanwhile.
-    toolboxProblemsSeen = std::min(toolboxProblemsSeen, ToolboxProblemCount());
-    for (; toolboxProblemsSeen < ToolboxProblemCount(); ++toolboxProblemsSeen) {
-        char text[512];
-        ToolboxProblem(toolboxProblemsSeen, text, sizeof text);
-        host.Report(std::string("Toolbox: ") + text);
-    }
+    CollectToolboxProblems(host);
     ToolboxClearProblems(); // it keeps so many, and the next call may have as many
     toolboxProblemsSeen = 0;
+}
+
+void Session::CollectToolboxProblems(Host& host) {
+    // Someone may have cleared the list meanwhile.
+    toolboxProblemsSeen = std::min(toolboxProblemsSeen, ToolboxProblemCount());
+    while (toolboxProblemsSeen < ToolboxProblemCount()) {
+        char text[512];
+        ToolboxProblem(toolboxProblemsSeen++, text, sizeof text);
+        host.Report(std::string("Toolbox: ") + text);
+    }
 }
 
 void Session::ReportLeaks() {
     ReportHostLeaks();
     ToolboxCheckAll();
-    CollectToolboxProblems();
+    CollectToolboxProblems(host);
     std::vector<ToolboxLeftOver> all;
     ToolboxVisitLeftOvers(
         firstSerial,

@@ -51,7 +51,7 @@ class Session final : public HostedPlugin {
     void ReportHostLeaks();
 
   private:
-    void CollectToolboxProblems();
+    static void CollectToolboxProblems(Host& host);
 
     static long toolboxProblemsSeen;
     EntryPoints entries;

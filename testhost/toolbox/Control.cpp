@@ -164,6 +164,10 @@ long ToolboxProblem(long index, char* buffer, long size) {
     return static_cast<long>(sentence->size());
 }
 
+void ToolboxOnProblem(void (*tell)()) {
+    TheHeap().problems.onAdded = tell;
+}
+
 void ToolboxClearProblems() {
     TheHeap().problems.Clear();
 }

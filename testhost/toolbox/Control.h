@@ -103,6 +103,9 @@ TOOLBOX_CALL long ToolboxProblemCount();
 /// Answers its full length without the terminator, or -1 when there is no such problem.
 TOOLBOX_CALL long ToolboxProblem(long index, char* buffer, long size);
 TOOLBOX_CALL void ToolboxClearProblems();
+/// Has `tell` called whenever a problem was recorded, in the midst of the call that it is about: it
+/// may ask for problems, and make no other call into the toolbox. Null: nothing is called.
+TOOLBOX_CALL void ToolboxOnProblem(void (*tell)());
 
 // The host's own handles. They live in the same memory and move alike, but belong to the host.
 // These calls leave MemError() alone.

@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <utility>
 
 namespace {
 constexpr std::size_t mostProblems = 1000; // a loop that does wrong must not fill the memory
@@ -10,8 +11,8 @@ constexpr std::size_t mostProblems = 1000; // a loop that does wrong must not fi
 void Problems::Add(const char* format, ...) {
     if (sentences.size() >= mostProblems) {
         if (sentences.size() == mostProblems) {
-            sentences.emplace_back("there are more than " + std::to_string(mostProblems) +
-                                   " problems: the further ones are not told");
+            Keep("there are more than " + std::to_string(mostProblems) +
+                 " problems: the further ones are not told");
         }
         return;
     }
@@ -20,7 +21,14 @@ void Problems::Add(const char* format, ...) {
     va_start(arguments, format);
     std::vsnprintf(sentence, sizeof sentence, format, arguments);
     va_end(arguments);
-    sentences.emplace_back(sentence);
+    Keep(sentence);
+}
+
+void Problems::Keep(std::string sentence) {
+    sentences.push_back(std::move(sentence));
+    if (onAdded) {
+        onAdded();
+    }
 }
 
 const std::string* Problems::At(long index) const {

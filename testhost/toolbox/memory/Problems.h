@@ -13,6 +13,11 @@ class Problems {
     /// Null when there is no such problem.
     const std::string* At(long index) const;
 
+    /// Runs when a problem was recorded; null: nothing does.
+    void (*onAdded)() = nullptr;
+
   private:
+    void Keep(std::string sentence);
+
     std::vector<std::string> sentences;
 };
