@@ -32,9 +32,11 @@ void LeftOvers::Report(const Reporter& report) const {
     for (const auto& [kind, groups, byDescription] : kinds) {
         for (size_t index = 0; index < std::min(groups.size(), mostGroups); ++index) {
             const auto& [description, place, count] = groups[index];
-            report(Count(count, kind.name) + " " + description +
-                   (count == 1 ? " that was " : " that were ") + kind.begun + " " + place +
-                   (count == 1 ? " is" : " are") + " still " + kind.state + ".");
+            std::string sentence = Count(count, kind.name) + " " + description;
+            sentence += count == 1 ? " that was " : " that were ";
+            sentence.append(kind.begun).append(" ").append(place);
+            sentence += count == 1 ? " is still " : " are still ";
+            report(sentence.append(kind.state) + ".");
         }
         if (groups.size() > mostGroups) {
             long more = 0;
