@@ -338,6 +338,7 @@ TEST(TesthostScriptTest, WhatFailsIsSaidAndPlayGoesOn) {
                 HasSubstr("at most 255 bytes"));
     EXPECT_THAT(Play("call 1 long 1").output, HasSubstr("not started"));
     EXPECT_THAT(Play("start").output, HasSubstr("→ stop (-2)")); // also when the script does not
+    ToolboxReset();                                              // what command 10 left over
 }
 
 TEST(TesthostScriptTest, FailuresAndPicturesOfAHost) {
