@@ -3,7 +3,6 @@
 #include "testhost/model/Host.h"
 #include "testhost/model/UnderWay.h"
 #include "testhost/toolbox/Control.h"
-#include "testhost/values/Whereabouts.h"
 
 #include <algorithm>
 #include <bit>
@@ -195,7 +194,7 @@ std::string PlaceOf(const Host& host, std::string call) {
 
 long CallPlugin(Host& host, PluginEntry function, void* const words[4], long selector,
                 std::string what, const std::string& who) {
-    const AtWhereabouts place(PlaceOf(host, what));
+    const std::string place = PlaceOf(host, what);
     LoggedCall entry;
     entry.kind = LoggedCall::Kind::IntoPlugin;
     entry.selector = selector;
@@ -205,7 +204,7 @@ long CallPlugin(Host& host, PluginEntry function, void* const words[4], long sel
     const long process = host.currentProcess;
     host.log.Add(std::move(entry));
 
-    const EntryUnderWay underWay(host.log.Calls().back().Describe());
+    const EntryUnderWay underWay(host.log.Calls().back().Describe(), place);
     ++host.log.depth;
     const long left = Run(host, reinterpret_cast<const void*>(function), {words, 4}, who, 0);
     --host.log.depth;

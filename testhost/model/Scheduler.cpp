@@ -4,7 +4,6 @@
 #include "testhost/model/Host.h"
 #include "testhost/model/PluginEntry.h"
 #include "testhost/model/UnderWay.h"
-#include "testhost/values/Whereabouts.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -58,7 +57,6 @@ struct Scheduler::Task {
     Host* currentHost = nullptr;
     const EntryUnderWay* underWay = nullptr;
     PluginFrame* pluginFrame = nullptr;
-    Whereabouts whereabouts;
     std::vector<CurrentIn> current;
 };
 
@@ -295,7 +293,6 @@ void Scheduler::KeepCurrent(Task& task) const {
     task.currentHost = Host::Current();
     task.underWay = EntryUnderWay::Innermost();
     task.pluginFrame = innermostPluginFrame;
-    task.whereabouts = CurrentWhereabouts();
     task.current.clear();
     for (Host* host : hosts) {
         task.current.push_back(
@@ -307,7 +304,6 @@ void Scheduler::RestoreCurrent(const Task& task) const {
     Host::SetCurrent(task.currentHost);
     EntryUnderWay::SetInnermost(task.underWay);
     innermostPluginFrame = task.pluginFrame;
-    SetWhereabouts(task.whereabouts);
     for (const CurrentIn& kept : task.current) {
         if (std::ranges::find(hosts, kept.host) != hosts.end()) {
             kept.host->currentProcess = kept.process;

@@ -5,7 +5,10 @@
 const EntryUnderWay* EntryUnderWay::innermost = nullptr;
 std::function<void(const EntryUnderWay*)> EntryUnderWay::onChanged;
 
-EntryUnderWay::EntryUnderWay(std::string itsName) : name(std::move(itsName)), outer(innermost) {
+EntryUnderWay::EntryUnderWay(std::string itsName, const std::string& itsPlace)
+    : name(std::move(itsName)),
+      place(std::make_shared<const std::string>(itsPlace)),
+      outer(innermost) {
     SetInnermost(this);
 }
 
@@ -16,6 +19,7 @@ EntryUnderWay::~EntryUnderWay() {
 void EntryUnderWay::SetInnermost(const EntryUnderWay* entry) {
     if (innermost != entry) {
         innermost = entry;
+        SetWhereabouts(entry != nullptr ? entry->place : nullptr);
         if (onChanged) {
             onChanged(entry);
         }

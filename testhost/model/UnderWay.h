@@ -1,5 +1,7 @@
 #pragma once
 
+#include "testhost/values/Whereabouts.h"
+
 #include <functional>
 #include <string>
 
@@ -7,7 +9,8 @@
 /// process that is ended amid an entry it is simply gone.
 class EntryUnderWay {
   public:
-    explicit EntryUnderWay(std::string itsName);
+    /// What the plug-in makes in it bears the place.
+    EntryUnderWay(std::string itsName, const std::string& itsPlace);
     ~EntryUnderWay();
     EntryUnderWay(const EntryUnderWay&) = delete;
     EntryUnderWay& operator=(const EntryUnderWay&) = delete;
@@ -18,6 +21,7 @@ class EntryUnderWay {
     static void SetInnermost(const EntryUnderWay* entry);
 
     const std::string name;           ///< as in the log
+    const Whereabouts place;
     const EntryUnderWay* const outer; ///< within which it was made; null when within none
 
     /// Runs whenever another one is the innermost; may be empty.

@@ -12,11 +12,11 @@ const Whereabouts& CurrentWhereabouts() {
     return current;
 }
 
-Whereabouts SetWhereabouts(Whereabouts place) {
+void SetWhereabouts(Whereabouts place) {
     if (place != current) {
         ToolboxSetPlace(place ? place->c_str() : nullptr);
     }
-    return std::exchange(current, std::move(place));
+    current = std::move(place);
 }
 
 std::string Under(const Whereabouts& place) {

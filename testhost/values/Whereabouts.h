@@ -9,20 +9,7 @@ using Whereabouts = std::shared_ptr<const std::string>;
 
 /// The one at this moment.
 const Whereabouts& CurrentWhereabouts();
-/// Changes it, in the toolbox, too, and answers the former one.
-Whereabouts SetWhereabouts(Whereabouts place);
+/// Changes it, in the toolbox, too.
+void SetWhereabouts(Whereabouts place);
 /// The same as the end of a statement: ", under TEXT", or nothing.
 std::string Under(const Whereabouts& place);
-
-/// Makes a place the current one, and puts the former one back at the end.
-class AtWhereabouts {
-  public:
-    explicit AtWhereabouts(std::string text)
-        : former(SetWhereabouts(std::make_shared<const std::string>(std::move(text)))) {}
-    ~AtWhereabouts() { SetWhereabouts(std::move(former)); }
-    AtWhereabouts(const AtWhereabouts&) = delete;
-    AtWhereabouts& operator=(const AtWhereabouts&) = delete;
-
-  private:
-    Whereabouts former;
-};
