@@ -1,6 +1,7 @@
 #include "testhost/language/Lexer.h"
 
 #include "testhost/language/Failure.h"
+#include "testhost/values/Encodings.h"
 #include "testhost/values/Scalars.h"
 
 #include <algorithm>
@@ -23,7 +24,7 @@ bool IsDigit(char character) {
     return character >= '0' && character <= '9';
 }
 bool BeginsName(char character) {
-    return IsCharAlphaA(character) != 0 || character == '_';
+    return IsAnsiLetter(character) || character == '_';
 }
 bool ContinuesName(char character) {
     return BeginsName(character) || IsDigit(character);

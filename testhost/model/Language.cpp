@@ -1,6 +1,7 @@
 #include "testhost/model/Language.h"
 
 #include "testhost/model/CommandNames.h"
+#include "testhost/values/Encodings.h"
 
 #include <algorithm>
 #include <cctype>
@@ -8,22 +9,19 @@
 #include <windows.h>
 
 namespace {
-bool IsLetter(char character) {
-    return IsCharAlphaA(character) != 0;
-}
-
 bool IsName(std::string_view name) {
-    return !name.empty() && name.size() <= longestLanguageName && IsLetter(name.front()) &&
+    return !name.empty() && name.size() <= longestLanguageName && IsAnsiLetter(name.front()) &&
            name.back() != ' ' && std::ranges::all_of(name, [](char character) {
-               return IsCharAlphaNumericA(character) != 0 || character == ' ' || character == '_' ||
-                      character == '\'';
+               return IsAnsiLetter(character) || IsAnsiDigit(character) || character == ' ' ||
+                      character == '_' || character == '\'';
            });
 }
 } // namespace
 
 std::string FoldCase(std::string_view name) {
     std::string folded(name);
-    CharLowerBuffA(folded.data(), static_cast<DWORD>(folded.size()));
+    LCMapStringA(LOCALE_USER_DEFAULT, LCMAP_LOWERCASE, name.data(), static_cast<int>(name.size()),
+                 folded.data(), static_cast<int>(folded.size()));
     return folded;
 }
 

@@ -20,7 +20,7 @@ class EntryUnderWay {
     /// For the scheduler, which has each process find its own.
     static void SetInnermost(const EntryUnderWay* entry);
 
-    const std::string name;           ///< as in the log
+    const std::string name; ///< as in the log
     const Whereabouts place;
     const EntryUnderWay* const outer; ///< within which it was made; null when within none
 

@@ -21,7 +21,21 @@ std::string Narrow(std::wstring_view wide, unsigned codePage) {
     text.resize(static_cast<size_t>(count));
     return text;
 }
+
+WORD TypeOf(char character) {
+    WORD type = 0;
+    GetStringTypeA(LOCALE_USER_DEFAULT, CT_CTYPE1, &character, 1, &type);
+    return type;
+}
 } // namespace
+
+bool IsAnsiLetter(char character) {
+    return (TypeOf(character) & C1_ALPHA) != 0;
+}
+
+bool IsAnsiDigit(char character) {
+    return (TypeOf(character) & C1_DIGIT) != 0;
+}
 
 std::wstring FromAnsi(std::string_view text) {
     return Widen(text, CP_ACP);

@@ -8,6 +8,10 @@
 // wide, so that it reaches every file. What it tells a plug-in, and hears of it, is in the system's
 // ANSI code page, as with every host of this kind. What it prints is UTF-8. Only Ansi() fails.
 
+/// What a character of the ANSI code page is.
+bool IsAnsiLetter(char character);
+bool IsAnsiDigit(char character);
+
 std::wstring FromAnsi(std::string_view text);
 std::wstring FromUtf8(std::string_view text);
 /// Text that people or plug-ins wrote: UTF-8 where its bytes are that, else ANSI.

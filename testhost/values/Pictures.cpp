@@ -3,11 +3,38 @@
 #include "platform/ResultCodes.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include <windows.h>
 
 namespace {
 constexpr unsigned char opaque = 0xA5; // what the blocks hold
+
+// Loaded when a plug-in first asks for a bitmap: it takes longer than all else of a program's
+// start.
+struct GdiCalls {
+    decltype(&CreateBitmap) createBitmap;
+    decltype(&DeleteObject) deleteObject;
+    decltype(&GetObjectType) getObjectType;
+};
+
+template <typename Function>
+void Find(HMODULE library, const char* name, Function& function) {
+    void* const found = reinterpret_cast<void*>(GetProcAddress(library, name));
+    std::memcpy(&function, &found, sizeof function);
+}
+
+const GdiCalls& Gdi() {
+    static const GdiCalls calls = [] {
+        GdiCalls found{};
+        HMODULE const library = LoadLibraryW(L"gdi32.dll");
+        Find(library, "CreateBitmap", found.createBitmap);
+        Find(library, "DeleteObject", found.deleteObject);
+        Find(library, "GetObjectType", found.getObjectType);
+        return found;
+    }();
+    return calls;
+}
 
 std::string SizeText(short width, short height) {
     return "of " + std::to_string(width) + " x " + std::to_string(height) + " pixels";
@@ -16,7 +43,7 @@ std::string SizeText(short width, short height) {
 
 HostPictures::~HostPictures() {
     for (const Bitmap& bitmap : bitmaps) {
-        DeleteObject(bitmap.handle);
+        Gdi().deleteObject(bitmap.handle);
     }
 }
 
@@ -56,7 +83,7 @@ short HostPictures::SetOwner(const FDPictureBlock* block, Owner owner) {
 }
 
 void* HostPictures::CreateNativeBitmap(const HostPicture& picture) {
-    void* handle = CreateBitmap(picture.width, picture.height, 1, 32, nullptr);
+    void* handle = Gdi().createBitmap(picture.width, picture.height, 1, 32, nullptr);
     bitmaps.push_back({handle, picture.width, picture.height, CurrentWhereabouts()});
     return handle;
 }
@@ -67,7 +94,7 @@ long HostPictures::LiveBitmaps() const {
 }
 
 bool HostPictures::Bitmap::IsAlive() const {
-    return GetObjectType(handle) == OBJ_BITMAP;
+    return Gdi().getObjectType(handle) == OBJ_BITMAP;
 }
 
 void HostPictures::AddLeftOvers(LeftOvers& leftOvers) const {

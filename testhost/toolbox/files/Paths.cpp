@@ -71,7 +71,8 @@ bool IsAtOrIn(std::string_view path, std::string_view place) {
 
 std::string UpperCase(std::string_view text) {
     std::string upper(text);
-    CharUpperBuffA(upper.data(), static_cast<DWORD>(upper.size()));
+    LCMapStringA(LOCALE_USER_DEFAULT, LCMAP_UPPERCASE, text.data(), static_cast<int>(text.size()),
+                 upper.data(), static_cast<int>(upper.size()));
     return upper;
 }
 
