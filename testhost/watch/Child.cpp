@@ -183,7 +183,8 @@ class Watch {
         }
         const auto found = threads.find(thread);
         if (found != threads.end()) {
-            end.calls = modules.PluginCalls(found->second);
+            const bool overflowed = fault.ExceptionCode == EXCEPTION_STACK_OVERFLOW;
+            end.calls = modules.PluginCalls(found->second, overflowed);
         }
         Kill();
     }

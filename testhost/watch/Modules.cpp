@@ -96,7 +96,7 @@ std::string Modules::Text(unsigned long address) const {
     return AddressText(Shown(found->second.file.filename()), found->first, address);
 }
 
-std::vector<std::string> Modules::PluginCalls(void* thread) const {
+std::vector<std::string> Modules::PluginCalls(void* thread, bool overflowed) const {
     CONTEXT context{};
     context.ContextFlags = CONTEXT_FULL;
     if (GetThreadContext(thread, &context) == 0) {
@@ -111,7 +111,8 @@ std::vector<std::string> Modules::PluginCalls(void* thread) const {
     }
     std::vector<unsigned long> frames = Walk(thread, pc, stack);
     std::erase_if(frames, [this](unsigned long address) { return !IsInPlugin(address); });
-    if (frames.size() <= 1) {
+    if (overflowed || frames.size() <= 1) {
+        frames.resize(std::min<size_t>(frames.size(), 1));
         const std::vector<unsigned long> more = Scan(stack);
         frames.insert(frames.end(), more.begin(), more.end());
     }

@@ -21,8 +21,9 @@ class Modules {
     /// "Plug.dll+0x1234", or the bare address outside every library.
     std::string Text(unsigned long address) const;
     /// The calls of the plug-in's own that a suspended thread is in, innermost first:
-    /// "Plug.dll+0x1234 (Function)", where the library's symbols tell the function.
-    std::vector<std::string> PluginCalls(void* thread) const;
+    /// "Plug.dll+0x1234 (Function)", where the library's symbols tell the function. Of a stack that
+    /// overflowed those that have called last are told, else those that can be followed.
+    std::vector<std::string> PluginCalls(void* thread, bool overflowed = false) const;
 
   private:
     struct Module {

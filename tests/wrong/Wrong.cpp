@@ -2,12 +2,17 @@
 // which the stand-in host has to outlive and to tell. tests/check-wrong has what it says of each.
 
 #include "host/boundary/Calls.h"
+#include "host/boundary/Values.h"
 #include "platform/CallingConvention.h"
+#include "platform/Toolbox.h"
 
 #include <cstdlib>
 #include <cstring>
 
 #include <windows.h>
+
+extern "C" int changesRegister; // ebx, which functions must keep
+int changesRegister = 0;
 
 namespace {
 volatile int zero = 0;
@@ -29,6 +34,72 @@ void InThread(LPTHREAD_START_ROUTINE work) {
     HANDLE thread = CreateThread(nullptr, 0, work, nullptr, 0, nullptr);
     WaitForSingleObject(thread, INFINITE);
     CloseHandle(thread);
+}
+
+DWORD WINAPI CallToolbox(void*) {
+    DisposeHandle(NewHandle(5));
+    return 0;
+}
+
+// What goes wrong without an end: the host finds it afterwards. `parameters` are those of the
+// command.
+void Spoil(long way, void** parameters) {
+    static Handle handle = nullptr;
+    const char* bytes = nullptr;
+    switch (way) {
+    case 30: // two blocks are left over
+        for (int count = 0; count < 2; ++count) {
+            PtrToHand("Hello", &handle, 5);
+        }
+        break;
+    case 31: // one is released
+        handle = NewHandle(5);
+        DisposeHandle(handle);
+        break;
+    case 32: // and once more
+        DisposeHandle(handle);
+        break;
+    case 33: // a block is written to that has moved
+        handle = NewHandle(5);
+        bytes = *handle;
+        DisposeHandle(NewHandle(5));
+        const_cast<char*>(bytes)[2] = 'x';
+        DisposeHandle(handle);
+        break;
+    case 34: // a block is written behind its end
+        handle = NewHandle(5);
+        (*handle)[5] = 'x';
+        DisposeHandle(handle);
+        break;
+    case 35: // (text)
+        static_cast<TextBlock*>(parameters[0])->length = 99;
+        break;
+    case 36: // (text)
+        DisposeHandle(static_cast<TextBlock*>(parameters[0])->text);
+        break;
+    case 37: // (date)
+        static_cast<DateBlock*>(parameters[0])->month = 13;
+        break;
+    case 38: // (boolean)
+        *static_cast<unsigned char*>(parameters[0]) = 7;
+        break;
+    case 39: // (long)
+        static_cast<long*>(parameters[0])[1] = 7;
+        break;
+    case 40:
+        changesRegister = 1;
+        break;
+    case 41:
+        __asm__ volatile("std" ::: "memory");
+        break;
+    case 42: {
+        const unsigned short control = 0x027F;
+        __asm__ volatile("fldcw %0" ::"m"(control));
+        break;
+    }
+    default:
+        break;
+    }
 }
 
 int Recurse(int depth) {
@@ -87,6 +158,9 @@ void Misbehave(long way) {
     case 17:
         OutputDebugStringA("[plug-in problem] Wrong.dll says so\n");
         break;
+    case 18:
+        InThread(CallToolbox);
+        break;
     default:
         break;
     }
@@ -112,7 +186,8 @@ struct Static {
 } // namespace
 
 extern "C" {
-HOST_ENTRY void FourDPack(long selector, void* params, void*, void*) {
+HOST_CALL void Pack(long selector, void* params) {
+    changesRegister = 0;
     if (selector == -1) {
         auto* init = static_cast<PackInitBlock*>(params);
         init->acceptedVersion = init->hostVersion;
@@ -124,7 +199,24 @@ HOST_ENTRY void FourDPack(long selector, void* params, void*, void*) {
         MisbehaveAt("process");
     } else {
         Misbehave(selector);
+        Spoil(selector, static_cast<void**>(params));
     }
+}
+
+// The compiler would put the register back.
+__attribute__((naked, __stdcall__)) void FourDPack(long, void*, void*, void*) {
+    __asm__("pushl 8(%esp)\n\t"
+            ".cfi_adjust_cfa_offset 4\n\t" // exceptions find their way by this
+            "pushl 8(%esp)\n\t"
+            ".cfi_adjust_cfa_offset 4\n\t"
+            "call _Pack\n\t"
+            "addl $8, %esp\n\t"
+            ".cfi_adjust_cfa_offset -8\n\t"
+            "cmpl $0, _changesRegister\n\t"
+            "je 1f\n\t"
+            "movl $5, %ebx\n"
+            "1:\n\t"
+            "ret $16");
 }
 
 HOST_ENTRY BOOL DllMain(HINSTANCE, DWORD reason, LPVOID) {
