@@ -177,13 +177,13 @@ void Session::ReportLeaks() {
                 : "of " + LeftOvers::Bytes({each.bytes, static_cast<size_t>(each.size)});
         leftOvers.Add(kinds[each.kind], description, each.place);
     }
-    leftOvers.Report([this](std::string sentence) { host.Report(std::move(sentence)); });
+    leftOvers.Report([this](const std::string& sentence) { host.Report(sentence); });
 }
 
 void Session::ReportHostLeaks() {
     host.dialogs.ReportLeaks();
-    for (std::string& fault : host.variables.TakeFaults()) {
-        host.Report(std::move(fault));
+    for (const std::string& fault : host.variables.TakeFaults()) {
+        host.Report(fault);
     }
     host.variables.Clear(); // what they hold is not the plug-in's
     host.windows.DisposeMethodTexts();
@@ -193,6 +193,6 @@ void Session::ReportHostLeaks() {
     host.strings.AddLeftOvers(leftOvers);
     host.pictures.AddLeftOvers(leftOvers);
     host.structureResources.AddLeftOvers(leftOvers);
-    leftOvers.Report([this](std::string sentence) { host.Report(std::move(sentence)); });
+    leftOvers.Report([this](const std::string& sentence) { host.Report(sentence); });
     host.ReportUnusedFailures();
 }
