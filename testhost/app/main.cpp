@@ -36,9 +36,10 @@ constexpr int wrongUse = 2;
 constexpr unsigned long longestTimeout = 24 * 60 * 60;
 
 constexpr const char* exitCodes =
-    "Exit code: 0 when every expectation held and no problem was found; 1 when not, or when the\n"
-    "plug-in crashed; 2 when the options, the script, the plug-in's file or its resources are\n"
-    "wrong, or a resource text is: nothing is written then.\n";
+    "Exit code: 0 when every expectation held and no problem was found; 1 when not, when the\n"
+    "plug-in crashed, hung or ended the program, or when the script has no statement; 2 when the\n"
+    "options, the script, the plug-in's file or its resources are wrong, or a resource text is:\n"
+    "nothing is written then.\n";
 
 // What the command line says; files in UTF-8, as all of it.
 struct Options {
