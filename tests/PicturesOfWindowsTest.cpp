@@ -85,7 +85,8 @@ TEST_F(PicturesOfWindowsTest, WhatChangesInADialogChangesThePictureThere) {
 
 TEST_F(PicturesOfWindowsTest, AScriptSavesTheFrontmostVisibleWindow) {
     const Script script = ParseScript("window add process 1 kind 8 invisible\n"
-                                      "picture \"fen\xC3\xAAtre\"\n",
+                                      "picture \"fen\xC3\xAAtre\"\n"
+                                      "expect problems 0\n",
                                       "script");
     ASSERT_THAT(script.errors, testing::IsEmpty());
     EXPECT_THAT(ParseScript("picture \"../front\"", "script").errors, testing::SizeIs(1));

@@ -26,6 +26,7 @@
 #include <iterator>
 #include <new>
 #include <optional>
+#include <streambuf>
 
 #include <windows.h>
 
@@ -37,7 +38,7 @@ constexpr unsigned long longestTimeout = 24 * 60 * 60;
 
 constexpr const char* exitCodes =
     "Exit code: 0 when every expectation held and no problem was found; 1 when not, when the\n"
-    "plug-in crashed, hung or ended the program, or when the script has no statement; 2 when the\n"
+    "plug-in crashed, hung or ended the program, or when nothing was played; 2 when the\n"
     "options, the script, the plug-in's file or its resources are wrong, or a resource text is:\n"
     "nothing is written then.\n";
 
@@ -54,7 +55,6 @@ struct Options {
     bool inProcess = false;
     bool keepGoing = false;
     unsigned long timeout = 30; ///< seconds
-    unsigned long progress = 0; ///< handle that a watching process gave; 0: none
     std::string resourceText;
     std::string out;
 };
@@ -106,7 +106,6 @@ void AddRunOptions(CLI::App& run, Options& options) {
                  "plays in testhost's own process, for a debugger:\nnothing limits the time, and a "
                  "crash ends it all")
         ->excludes(keepGoing);
-    run.add_option(progressOption, options.progress)->group(""); // for testhost itself
 }
 
 Script ReadScript(const std::string& name) {
@@ -173,6 +172,39 @@ void MakePictureFolder(const std::filesystem::path& folder) {
     }
 }
 
+// Passes a transcript on. The time in which nobody reads it is not the plug-in's.
+class TimedOutput : public std::streambuf {
+  public:
+    TimedOutput(std::streambuf& itsTarget, Progress& itsProgress)
+        : target(itsTarget), progress(itsProgress) {}
+
+  private:
+    template <typename Write>
+    auto Timed(Write write) {
+        const DWORD before = GetTickCount();
+        progress.isWriting = true;
+        const auto result = write();
+        progress.began += GetTickCount() - before;
+        progress.isWriting = false;
+        return result;
+    }
+
+  protected:
+    std::streamsize xsputn(const char* text, std::streamsize count) override {
+        return Timed([&] { return target.sputn(text, count); });
+    }
+    int_type overflow(int_type character) override {
+        return Timed([&] { return target.sputc(traits_type::to_char_type(character)); });
+    }
+    int sync() override {
+        return Timed([&] { return target.pubsync(); });
+    }
+
+  private:
+    std::streambuf& target;
+    Progress& progress;
+};
+
 // Plays the session in this process, and keeps `progress` up to date.
 int Play(const Options& options, Progress& progress) {
     Script script = ReadScript(options.script);
@@ -196,10 +228,15 @@ int Play(const Options& options, Progress& progress) {
     std::optional<PluginLibrary> library;
     try {
         library.emplace(FromUtf8(options.plugin));
-    } catch (const PluginLoadCrash& crash) {
-        progress.account.crashes = 1;
-        progress.account.notPlayed = script.statements.size();
-        std::cout << "CRASHED " << crash.what() << "\n" << progress.account.Describe() << std::endl;
+    } catch (const PluginLoadError& error) {
+        const bool crashed = dynamic_cast<const PluginLoadCrash*>(&error) != nullptr;
+        if (!crashed && progress.resumeFrom == 0) {
+            throw;
+        }
+        progress.account.crashes += crashed ? 1 : 0;
+        progress.account.notPlayed += script.statements.size() - progress.resumeFrom;
+        std::cout << (crashed ? "CRASHED " : "") << error.what() << "\n"
+                  << progress.account.Describe() << std::endl;
         return somethingFailed;
     }
     HostOptions hostOptions = options.host;
@@ -208,7 +245,9 @@ int Play(const Options& options, Progress& progress) {
     host.ScratchPath(); // made here, where it may fail, rather than amid the plug-in's calls
     host.database = std::move(database.database);
     Session session(host, library->Entries());
-    Player player(session, std::cout, options.quiet, &progress);
+    TimedOutput timed(*std::cout.rdbuf(), progress);
+    std::ostream transcript(&timed);
+    Player player(session, transcript, options.quiet, &progress);
     player.libraryFolder = library->Folder();
     player.stage.plugin = FromUtf8(options.plugin);
     if (hostOptions.pluginResFile != 0) {
@@ -236,11 +275,8 @@ int PlayInProcess(const Options& options) {
 Progress* watched = nullptr; // where another process sees how far this one is
 
 int Run(const Options& options) {
-    if (options.progress != 0) {
-        watched = OpenProgress(options.progress);
-        if (watched == nullptr) {
-            throw ScriptError(std::string(progressOption) + " is for testhost itself");
-        }
+    watched = SharedWithWatcher();
+    if (watched != nullptr) {
         return Play(options, *watched);
     }
     if (options.inProcess) {

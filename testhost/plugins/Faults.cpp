@@ -19,6 +19,15 @@ std::string Hex(unsigned long number, int digits = 1) {
     return text;
 }
 
+// Null outside every module.
+HMODULE ModuleOf(const void* address) {
+    HMODULE module = nullptr;
+    constexpr DWORD flags =
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    GetModuleHandleExW(flags, static_cast<LPCWSTR>(address), &module);
+    return module;
+}
+
 constexpr int addressDigits = 8;
 constexpr DWORD microsoftException = 0xE06D7363; // of C++, as that compiler raises them
 } // namespace
@@ -28,13 +37,10 @@ std::string AddressText(const std::string& module, unsigned long base, unsigned 
 }
 
 std::string AddressText(const void* address) {
-    HMODULE module = nullptr;
-    constexpr DWORD flags =
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    HMODULE const module = ModuleOf(address);
     wchar_t path[MAX_PATH] = L"";
     std::string name;
-    if (GetModuleHandleExW(flags, static_cast<LPCWSTR>(address), &module) != 0 &&
-        GetModuleFileNameW(module, path, std::size(path)) != 0) {
+    if (module != nullptr && GetModuleFileNameW(module, path, std::size(path)) != 0) {
         name = Shown(std::filesystem::path(path).filename());
     }
     return AddressText(name, reinterpret_cast<unsigned long>(module),
@@ -82,14 +88,17 @@ NIMBO_REALIGN long __attribute__((__stdcall__))
 FaultRecorder::Record(EXCEPTION_POINTERS* pointers) {
     const EXCEPTION_RECORD& fault = *pointers->ExceptionRecord;
     if (current != nullptr && current->thread == GetCurrentThreadId() &&
-        IsFault(fault.ExceptionCode)) {
+        IsFault(fault.ExceptionCode) &&
+        (current->library == nullptr || current->library == ModuleOf(fault.ExceptionAddress))) {
         current->last = DescribeFault(fault, AddressText(fault.ExceptionAddress));
     }
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
-FaultRecorder::FaultRecorder()
-    : handler(AddVectoredExceptionHandler(1, Record)), thread(GetCurrentThreadId()) {
+FaultRecorder::FaultRecorder(void* ofLibrary)
+    : library(ofLibrary),
+      handler(AddVectoredExceptionHandler(1, Record)),
+      thread(GetCurrentThreadId()) {
     current = this;
 }
 

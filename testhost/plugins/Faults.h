@@ -17,14 +17,17 @@ std::string AddressText(const void* address);
 
 /// "Plug.dll+0x1234 read 0x00000000": `place` is the text of the address where it happened.
 std::string DescribeFault(const _EXCEPTION_RECORD& fault, const std::string& place);
-/// Whether this is a crash unless someone handles it; texts for the debugger are none.
+/// Whether this is a fault, which is a crash unless someone handles it; texts for the debugger are
+/// none.
 bool IsFault(unsigned long exceptionCode);
 
 /// Remembers the last fault within this thread while it lives: the loader of libraries keeps what
 /// happens in DllMain and in static objects to itself.
 class FaultRecorder {
   public:
-    FaultRecorder();
+    /// With a library, only what happens in its own code: what it asks of the system may fault and
+    /// be handled there.
+    explicit FaultRecorder(void* library = nullptr);
     ~FaultRecorder();
     FaultRecorder(const FaultRecorder&) = delete;
     FaultRecorder& operator=(const FaultRecorder&) = delete;
@@ -36,6 +39,7 @@ class FaultRecorder {
     static long __attribute__((__stdcall__)) Record(struct _EXCEPTION_POINTERS* pointers);
     static FaultRecorder* current;
 
+    void* library;
     void* handler;
     unsigned long thread;
     std::optional<std::string> last;

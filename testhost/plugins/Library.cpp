@@ -115,7 +115,7 @@ void PluginLibrary::Unload() {
     if (module == nullptr) {
         return;
     }
-    const FaultRecorder recorder;
+    const FaultRecorder recorder(module);
     FreeLibrary(static_cast<HMODULE>(std::exchange(module, nullptr)));
     if (recorder.Last()) {
         unloadFaults.push_back("The library crashed when it was unloaded, at " + *recorder.Last() +

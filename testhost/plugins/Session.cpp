@@ -8,6 +8,7 @@
 #include "testhost/values/Whereabouts.h"
 
 #include <algorithm>
+#include <new>
 
 // All sessions share one toolbox: each of its problems is reported once.
 long Session::toolboxProblemsSeen = 0;
@@ -161,13 +162,23 @@ void Session::ReportLeaks() {
     ReportHostLeaks();
     ToolboxCheckAll();
     CollectToolboxProblems(host);
-    std::vector<ToolboxLeftOver> all;
-    ToolboxVisitLeftOvers(
-        firstSerial,
-        [](void* list, const ToolboxLeftOver* leftOver) {
-            static_cast<decltype(all)*>(list)->push_back(*leftOver);
-        },
-        &all);
+    struct {
+        std::vector<ToolboxLeftOver> list;
+        bool isFull = false;
+    } found;
+    const auto add = [](void* context, const ToolboxLeftOver* leftOver) {
+        auto& all = *static_cast<decltype(found)*>(context);
+        try {
+            all.list.push_back(*leftOver);
+        } catch (const std::bad_alloc&) { // nothing may be thrown through another library
+            all.isFull = true;
+        }
+    };
+    ToolboxVisitLeftOvers(firstSerial, add, &found);
+    if (found.isFull) {
+        throw std::bad_alloc();
+    }
+    std::vector<ToolboxLeftOver>& all = found.list;
     std::ranges::sort(all, {}, &ToolboxLeftOver::serial);
     LeftOvers leftOvers;
     for (const ToolboxLeftOver& each : all) {

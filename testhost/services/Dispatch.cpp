@@ -119,13 +119,21 @@ void LeaveIfKilled(Host& host) {
     }
 }
 
-template <typename Block>
-long Dispatch(long number, Block* block, EngineFields* engine) {
-    constexpr bool isEngine = std::is_same_v<Block, FDEngineBlock>;
+// Whether this is no thread in which the host calls plug-ins, which is told.
+bool IsForeignThread(long number) {
     if (!Host::IsOwnThread()) {
         SetAside({true, "The host was called (selector " + std::to_string(number) +
                             ") from a thread that is not its own: only the one in which it calls "
                             "the plug-in may do so."});
+        return true;
+    }
+    return false;
+}
+
+template <typename Block>
+long Dispatch(long number, Block* block, EngineFields* engine) {
+    constexpr bool isEngine = std::is_same_v<Block, FDEngineBlock>;
+    if (IsForeignThread(number)) {
         return notImplemented;
     }
     Host* host = Host::Current();
@@ -169,7 +177,7 @@ long EngineHostCall(long selector, FDEngineBlock* block) {
 }
 
 long MissingEngineCall(long selector, FDEngineBlock*) {
-    if (Host* host = Host::IsOwnThread() ? Host::Current() : nullptr) {
+    if (Host* host = IsForeignThread(selector) ? nullptr : Host::Current()) {
         host->Report("The engine call-back was called (selector " + std::to_string(selector) +
                      ") on a host without engine.");
     }

@@ -4,7 +4,9 @@
 #include "testhost/values/Encodings.h"
 
 #include <algorithm>
+#include <array>
 #include <functional>
+#include <new>
 #include <numeric>
 #include <utility>
 
@@ -81,6 +83,9 @@ void Player::Watch() {
     };
     host.onDebugText = [this](const std::string& text) { NoteEvent("debugger: " + Quoted(text)); };
     host.onProblem = [this](const std::string& problem) {
+        if (stage.isSettingUp) {
+            return;
+        }
         KeepAccount();
         stage.transcript.Problem(stage.place, heading + problem);
     };
@@ -95,6 +100,7 @@ void Player::Print(const LoggedCall& call) {
     } else if (PlayedEntry& entry = entries[{call.process, call.depth - 1}];
                ++entry.calls > mostCallsPrinted) {
         ++entry.unprinted[call.name];
+        ++stage.progress->callsNotPrinted;
         return;
     }
     if (!call.IsIntoPlugin() && call.process != lastProcess) {
@@ -111,6 +117,7 @@ void Player::PrintRest(long process, int depth) {
     if (entry.unprinted.empty()) {
         return;
     }
+    stage.progress->callsNotPrinted -= entry.calls - mostCallsPrinted;
     std::vector<std::pair<std::string, size_t>> names(entry.unprinted.begin(),
                                                       entry.unprinted.end());
     std::ranges::stable_sort(names, std::greater(), &std::pair<std::string, size_t>::second);
@@ -230,6 +237,8 @@ void Player::PlayStatement(const Script& script, size_t number) {
         statement.play(*stage.current);
     } catch (const std::runtime_error& error) {
         stage.current->Fail(error.what());
+    } catch (const std::bad_alloc&) {
+        stage.current->Fail("there is no memory left");
     }
     stage.transcript.EndStatement(stage.place);
     stage.out << std::flush; // a crash shows all that was printed before
@@ -256,6 +265,9 @@ size_t Player::SetUpAgain(const Script& script) {
     }
     stage.isSettingUp = false;
     stage.quiet = quiet;
+    for (Player* player : stage.players) {
+        player->AcceptProblems(); // they were told the first time
+    }
     return next;
 }
 
@@ -266,6 +278,7 @@ bool Player::Play(const Script& script) {
 
 void Player::PlayAll(const Script& script) {
     Progress& progress = *stage.progress;
+    auto memoryForTheEnd = std::make_unique<std::array<char, 1 << 20>>();
     stage.scriptFolder = FromUtf8(script.name.substr(0, script.name.find_last_of("/\\") + 1));
     progress.statements = script.statements.size();
     progress.Enter(Progress::Phase::Playing);
@@ -276,11 +289,17 @@ void Player::PlayAll(const Script& script) {
     stage.place = script.name + ":end";
     progress.Begin(script.statements.size(), stage.place, "");
     progress.Enter(Progress::Phase::Stopping);
-    StopAll();
-    if (script.statements.empty()) {
-        Fail("the script has no statements: nothing was played");
+    try {
+        StopAll();
+    } catch (const std::bad_alloc&) { // the plug-in has left over all that there is
+        memoryForTheEnd.reset();
+        Fail("there is no memory left to tell what is left over");
     }
     KeepAccount();
+    const Account& account = progress.account;
+    if (account.pluginCalls == 0 && account.held + account.failed == 0) {
+        Fail("nothing was played: the plug-in was never called, and nothing expected");
+    }
     LetFurtherHostsGo();
 }
 
@@ -300,6 +319,9 @@ void Player::LetFurtherHostsGo() {
 
 bool Player::Finish() {
     stage.transcript.EndStatement(stage.place);
-    stage.out << stage.progress->account.Describe() << std::endl;
-    return stage.progress->account.IsGood();
+    Progress& progress = *stage.progress;
+    progress.hasAccount = true;
+    stage.out << progress.account.Describe() << std::endl;
+    progress.toldAccount = stage.out.good();
+    return progress.account.IsGood();
 }

@@ -23,8 +23,8 @@ std::string Account::Describe() const {
 }
 
 void Progress::Enter(Phase next) {
+    began = GetTickCount(); // first: whoever watches compares it when the phase has a limit
     phase = next;
-    began = GetTickCount();
 }
 
 void Progress::Begin(size_t number, std::string_view itsPlace, std::string_view itsLine) {

@@ -38,8 +38,13 @@ struct Progress {
     Text<512> place = {};     ///< "script:line"
     Text<1024> line = {};     ///< the statement as the script has it
     Text<1024> underWay = {}; ///< the innermost entry into the plug-in; empty outside all of them
+    size_t callsNotPrinted =
+        0; ///< of entries that are under way: the host's calls that are only counted
     Account account = {};
-    int exitCode = 0; ///< of the whole, when Done
+    bool isWriting = false;   ///< waits for whoever reads the transcript: no time of the plug-in's
+    bool hasAccount = false;  ///< the account is complete, and
+    bool toldAccount = false; ///< was printed
+    int exitCode = 0;         ///< of the whole, when Done
 
     void Enter(Phase next);
     void Begin(size_t number, std::string_view itsPlace, std::string_view itsLine);

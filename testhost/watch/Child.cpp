@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iostream>
 #include <iterator>
 #include <map>
 #include <optional>
@@ -17,13 +18,9 @@ constexpr DWORD killedCode = 1;
 constexpr DWORD longestKill = 10'000; // milliseconds until a process that was killed is gone
 
 std::atomic<bool> interrupted = false;
-std::atomic<void*> childJob = nullptr; // of the child that runs
 
 BOOL WINAPI OnInterrupt(DWORD) {
-    interrupted = true;
-    if (void* const job = childJob) {
-        TerminateJobObject(job, killedCode);
-    }
+    interrupted = true; // whoever waits for the child looks
     return TRUE;
 }
 
@@ -34,18 +31,17 @@ class Job {
         JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
         limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
         SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
-        SetConsoleCtrlHandler(OnInterrupt, TRUE);
-        childJob = job;
     }
-    ~Job() {
-        childJob = nullptr;
-        SetConsoleCtrlHandler(OnInterrupt, FALSE);
-        CloseHandle(job);
-    }
+    ~Job() { CloseHandle(job); }
     Job(const Job&) = delete;
     Job& operator=(const Job&) = delete;
 
-    void Add(HANDLE process) const { AssignProcessToJobObject(job, process); }
+    /// A system whose jobs cannot lie in one another refuses what is in one already.
+    void Add(HANDLE process) const {
+        if (AssignProcessToJobObject(job, process) == 0) {
+            std::cerr << "testhost: programs that the plug-in starts will not end with it\n";
+        }
+    }
     void Kill() const { TerminateJobObject(job, killedCode); }
 
   private:
@@ -72,12 +68,15 @@ class Watch {
     ChildEnd Run() {
         while (!exited) {
             DEBUG_EVENT event;
+            if (interrupted && !killed) {
+                Kill();
+            }
             if (WaitForDebugEvent(&event, NextWait()) != 0) {
                 const DWORD answer = Handle(event);
                 ContinueDebugEvent(event.dwProcessId, event.dwThreadId, answer);
             } else if (killed) {
                 break; // it hangs in its own end; the job takes it along
-            } else if (IsLate()) {
+            } else if (HasLimit() && Spent() >= start.timeout) {
                 TimeOut();
             }
         }
@@ -85,6 +84,12 @@ class Watch {
     }
 
   private:
+    static std::wstring Program() {
+        std::wstring path(1024, L'\0');
+        path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+        return path;
+    }
+
     static PROCESS_INFORMATION Start(const ChildStart& start) {
         STARTUPINFOW startup{};
         startup.cb = sizeof startup;
@@ -96,9 +101,14 @@ class Watch {
         PROCESS_INFORMATION information{};
         // The system's heap of programs that are debugged is slow, and not what the plug-in has.
         SetEnvironmentVariableW(L"_NO_DEBUG_HEAP", L"1");
-        if (CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE,
-                           DEBUG_ONLY_THIS_PROCESS | CREATE_SUSPENDED, nullptr, nullptr, &startup,
-                           &information) == 0) {
+        const std::wstring program = Program();
+        const auto create = [&](DWORD flags) {
+            return CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE,
+                                  flags | DEBUG_ONLY_THIS_PROCESS | CREATE_SUSPENDED, nullptr,
+                                  nullptr, &startup, &information) != 0;
+        };
+        // Out of the job that this process may be in, where that is allowed.
+        if (!create(CREATE_BREAKAWAY_FROM_JOB) && !create(0)) {
             throw std::runtime_error("testhost: the session's process cannot be started (error " +
                                      std::to_string(GetLastError()) +
                                      "); --in-process does without");
@@ -106,21 +116,23 @@ class Watch {
         return information;
     }
 
-    // A script and a plug-in's files are read in no limited time, and in what is done nobody waits.
+    // A script and a plug-in's files are read in no limited time.
     bool HasLimit() const {
-        return start.timeout > 0 && progress.phase != Progress::Phase::Preparing;
+        return start.timeout > 0 && progress.phase != Progress::Phase::Preparing &&
+               !progress.isWriting;
     }
-    DWORD Spent() const { return GetTickCount() - progress.began; }
-    bool IsLate() const { return HasLimit() && Spent() >= start.timeout; }
+
+    // Milliseconds since the statement began.
+    DWORD Spent() const {
+        const DWORD began = progress.began; // before the clock is read: the next one may begin now
+        return static_cast<DWORD>(std::max(0L, static_cast<long>(GetTickCount() - began)));
+    }
 
     DWORD NextWait() const {
         constexpr DWORD most = 100; // the statement under way may end meanwhile
-        if (killed) {
-            return longestKill;
-        }
-        return HasLimit()
-                   ? std::clamp<DWORD>(start.timeout - std::min(Spent(), start.timeout), 1, most)
-                   : most;
+        const DWORD spent = std::min(Spent(), start.timeout);
+        return killed ? longestKill
+                      : std::clamp<DWORD>(HasLimit() ? start.timeout - spent : most, 1, most);
     }
 
     DWORD Handle(const DEBUG_EVENT& event) {
@@ -162,9 +174,10 @@ class Watch {
             return DBG_CONTINUE; // the system's own, once the program is loaded
         }
         // The loader keeps to itself what happens when libraries are unloaded with the process.
-        const bool isLast =
-            event.u.Exception.dwFirstChance == 0 ||
-            (progress.phase == Progress::Phase::Done && IsFault(fault.ExceptionCode));
+        const auto address = reinterpret_cast<unsigned long>(fault.ExceptionAddress);
+        const bool isLast = event.u.Exception.dwFirstChance == 0 ||
+                            (progress.phase == Progress::Phase::Done &&
+                             IsFault(fault.ExceptionCode) && modules.IsInPlugin(address));
         if (isLast && !killed) {
             Crash(fault, event.dwThreadId);
         }
@@ -216,9 +229,12 @@ class Watch {
                     end.exitCode != static_cast<DWORD>(progress.exitCode))) {
             end.kind = ChildEnd::Kind::Ended;
             constexpr DWORD afterAbort = 3;
-            end.what = "the plug-in ended the program, with exit code " +
-                       std::to_string(end.exitCode) +
-                       (end.exitCode == afterAbort ? " as abort does" : "");
+            // Before it is loaded it cannot have been the plug-in.
+            end.what =
+                std::string(progress.phase == Progress::Phase::Preparing ? "the session's process"
+                                                                         : "the plug-in") +
+                " ended the program, with exit code " + std::to_string(end.exitCode) +
+                (end.exitCode == afterAbort ? " as abort does" : "");
         }
         return end;
     }
@@ -236,5 +252,6 @@ class Watch {
 } // namespace
 
 ChildEnd RunChild(const ChildStart& start, const Progress& progress) {
+    SetConsoleCtrlHandler(OnInterrupt, TRUE); // for good: after the last child little is left to do
     return Watch(start, progress).Run();
 }

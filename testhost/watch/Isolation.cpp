@@ -6,6 +6,7 @@
 #include "testhost/watch/Child.h"
 
 #include <algorithm>
+#include <cwchar>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -17,6 +18,9 @@
 
 namespace {
 constexpr int somethingFailed = 1;
+
+// Where a child finds the handle of its Progress.
+constexpr const wchar_t* progressVariable = L"TESTHOST_PROGRESS";
 
 // Progress that a child shares.
 class SharedProgress {
@@ -38,10 +42,9 @@ class SharedProgress {
 
     Progress* operator->() { return progress; }
     Progress& operator*() { return *progress; }
-    /// For the child's command line.
-    std::wstring Option() const {
-        return L" " + FromUtf8(progressOption) + L"=" +
-               std::to_wstring(reinterpret_cast<unsigned long>(mapping));
+    /// For the children's environment.
+    std::wstring Handle() const {
+        return std::to_wstring(reinterpret_cast<unsigned long>(mapping));
     }
 
   private:
@@ -59,16 +62,28 @@ class SharedProgress {
 class InputFile {
   public:
     explicit InputFile(const std::string& folder) : path(FromAnsi(folder) + L"script") {
-        std::ofstream(std::filesystem::path(path), std::ios::binary)
-            << ReadText(std::cin, "the standard input");
+        std::ofstream file(std::filesystem::path(path), std::ios::binary);
+        file << ReadText(std::cin, "the standard input");
+        file.close();
+        if (!file) {
+            Fail();
+        }
     }
     HANDLE Open() const {
         SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-        return CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, &inherited, OPEN_EXISTING,
-                           0, nullptr);
+        HANDLE const file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, &inherited,
+                                        OPEN_EXISTING, 0, nullptr);
+        if (file == INVALID_HANDLE_VALUE) {
+            Fail();
+        }
+        return file;
     }
 
   private:
+    [[noreturn]] void Fail() const {
+        throw std::runtime_error("testhost: the standard input cannot be kept in " + Shown(path));
+    }
+
     std::wstring path;
 };
 
@@ -107,6 +122,9 @@ std::string Where(const Progress& progress) {
 }
 
 void Report(const ChildEnd& end, const Progress& progress) {
+    if (progress.callsNotPrinted > 0) {
+        std::cout << "  ← ... and " << progress.callsNotPrinted << " more calls\n";
+    }
     std::cout << Word(end.kind) << " " << Where(progress);
     if (!end.what.empty()) {
         std::cout << ": " << end.what;
@@ -116,6 +134,17 @@ void Report(const ChildEnd& end, const Progress& progress) {
         std::cout << "  in " << call << "\n";
     }
     std::cout << std::flush;
+}
+
+// When a child has played to the end: whether people know what came of it. A plug-in may close what
+// the transcript goes to.
+int TellOf(const Progress& progress) {
+    if (!progress.hasAccount || progress.toldAccount) {
+        return progress.exitCode;
+    }
+    std::cout << "CRASHED: the transcript could not be printed to its end\n"
+              << progress.account.Describe() << std::endl;
+    return somethingFailed;
 }
 
 // Makes this the folder for temporary files of the processes that are started from now on: whatever
@@ -136,7 +165,8 @@ int PlayIsolated(const IsolatedSession& session) {
     }
     UseForTemporaryFiles(folder);
     SharedProgress progress;
-    ChildStart start{.commandLine = GetCommandLineW() + progress.Option(),
+    SetEnvironmentVariableW(progressVariable, progress.Handle().c_str());
+    ChildStart start{.commandLine = GetCommandLineW(),
                      .plugin = session.plugin,
                      .timeout = session.timeout * 1000};
     while (true) {
@@ -146,15 +176,18 @@ int PlayIsolated(const IsolatedSession& session) {
             CloseHandle(start.input);
         }
         if (end.kind == ChildEnd::Kind::Finished) {
-            return progress->exitCode;
+            return TellOf(*progress);
         }
         Report(end, *progress);
         progress->account.crashes += end.kind != ChildEnd::Kind::Interrupted ? 1 : 0;
         const bool played = progress->phase >= Progress::Phase::Playing;
         const size_t next =
-            std::min(played ? progress->statement + 1 : progress->resumeFrom, progress->statements);
+            std::min(std::max(played ? progress->statement + 1 : 0, progress->resumeFrom),
+                     progress->statements);
+        // What goes down while it is set up again would do so for ever.
         const bool goesOn = session.keepsGoing && end.kind != ChildEnd::Kind::Interrupted &&
-                            progress->phase == Progress::Phase::Playing;
+                            progress->phase == Progress::Phase::Playing &&
+                            next > progress->resumeFrom;
         if (!goesOn) {
             progress->account.notPlayed += progress->statements - next;
             std::cout << progress->account.Describe() << std::endl;
@@ -163,10 +196,19 @@ int PlayIsolated(const IsolatedSession& session) {
         progress->resumeFrom = next;
         progress->phase = Progress::Phase::Preparing;
         progress->underWay = {};
+        progress->callsNotPrinted = 0;
+        progress->isWriting = false;
     }
 }
 
-Progress* OpenProgress(unsigned long handle) {
-    return static_cast<Progress*>(MapViewOfFile(reinterpret_cast<HANDLE>(handle),
-                                                FILE_MAP_ALL_ACCESS, 0, 0, sizeof(Progress)));
+Progress* SharedWithWatcher() {
+    wchar_t text[16] = L"";
+    const DWORD length = GetEnvironmentVariableW(progressVariable, text, std::size(text));
+    if (length == 0 || length >= std::size(text)) {
+        return nullptr;
+    }
+    SetEnvironmentVariableW(progressVariable, nullptr); // not for programs that the plug-in starts
+    auto* const handle = reinterpret_cast<HANDLE>(std::wcstoul(text, nullptr, 10));
+    return static_cast<Progress*>(
+        MapViewOfFile(handle, FILE_MAP_ALL_ACCESS, 0, 0, sizeof(Progress)));
 }

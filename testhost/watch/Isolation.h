@@ -12,12 +12,11 @@ struct IsolatedSession {
     bool keepsGoing = false;    ///< after a crash goes on at the next `start`, in another process
 };
 
-/// Runs this program once more, with the same command line and word that it plays for another, and
-/// tells how it came to its end unless that was its own. Answers the exit code. Throws
-/// std::runtime_error when there is no process to be had.
+/// Runs this program once more, with the same command line, and tells how it came to its end unless
+/// that was its own. Answers the exit code. Throws std::runtime_error when there is no process to
+/// be had.
 int PlayIsolated(const IsolatedSession& session);
 
-/// The option that gives such a process the handle of its Progress.
-constexpr const char* progressOption = "--progress";
-/// Its Progress, for as long as the process lives; null when the handle is none.
-Progress* OpenProgress(unsigned long handle);
+/// The Progress of a process that was started so, for as long as it lives; null in any other. To be
+/// asked once, before there is a plug-in.
+Progress* SharedWithWatcher();

@@ -57,16 +57,24 @@ std::filesystem::path PathOf(void* file) {
     wchar_t path[1024] = L"";
     const DWORD length = GetFinalPathNameByHandleW(file, path, std::size(path), 0);
     constexpr std::wstring_view prefix = L"\\\\?\\";
+    constexpr std::wstring_view sharePrefix = L"\\\\?\\UNC\\";
     const std::wstring_view text(path, length < std::size(path) ? length : 0);
+    if (text.starts_with(sharePrefix)) {
+        return L"\\\\" + std::wstring(text.substr(sharePrefix.size()));
+    }
     return text.starts_with(prefix) ? text.substr(prefix.size()) : text;
 }
 
-// "tour" for "C:\Folder\Tour.dll", and for "Tour-anna.dll", a copy for another host.
+// "tour" for "C:\Folder\Tour.dll".
 std::wstring Stem(const std::filesystem::path& file) {
     std::wstring stem = file.stem().wstring();
-    stem = stem.substr(0, stem.find(L'-'));
     std::ranges::transform(stem, stem.begin(), std::towlower);
     return stem;
+}
+
+// Also "Tour-anna.dll" is Tour.dll: a copy for another host.
+bool IsCopy(const std::filesystem::path& file, const std::filesystem::path& plugin) {
+    return Stem(file) == Stem(plugin) || Stem(file).starts_with(Stem(plugin) + L"-");
 }
 
 std::string FunctionAt(const std::filesystem::path& file, unsigned long address) {
@@ -78,7 +86,7 @@ std::string FunctionAt(const std::filesystem::path& file, unsigned long address)
 
 void Modules::Add(void* base, void* file) {
     const std::filesystem::path path = PathOf(file);
-    modules[reinterpret_cast<unsigned long>(base)] = {path, Stem(path) == Stem(pluginFile)};
+    modules[reinterpret_cast<unsigned long>(base)] = {path, IsCopy(path, pluginFile)};
 }
 
 const std::pair<const unsigned long, Modules::Module>* Modules::Find(unsigned long address) const {

@@ -20,6 +20,7 @@ class Modules {
 
     /// "Plug.dll+0x1234", or the bare address outside every library.
     std::string Text(unsigned long address) const;
+    bool IsInPlugin(unsigned long address) const;
     /// The calls of the plug-in's own that a suspended thread is in, innermost first:
     /// "Plug.dll+0x1234 (Function)", where the library's symbols tell the function. Of a stack that
     /// overflowed those that have called last are told, else those that can be followed.
@@ -32,7 +33,6 @@ class Modules {
     };
 
     const std::pair<const unsigned long, Module>* Find(unsigned long address) const;
-    bool IsInPlugin(unsigned long address) const;
     std::vector<unsigned long> Walk(void* thread, unsigned long pc, unsigned long stack) const;
     std::vector<unsigned long> Scan(unsigned long stack) const;
 

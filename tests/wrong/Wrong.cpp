@@ -161,6 +161,9 @@ void Misbehave(long way) {
     case 18:
         InThread(CallToolbox);
         break;
+    case 19:
+        CloseHandle(GetStdHandle(STD_OUTPUT_HANDLE));
+        break;
     default:
         break;
     }
