@@ -147,8 +147,9 @@ short OpenResources(const Options& options) {
 const Progress* playing = nullptr; // for the report about a crash within this process
 
 [[noreturn]] void ReportCrash(const std::string& what) {
-    std::cout << "CRASHED " << (playing != nullptr ? playing->place.data() : "before the script")
-              << ": " << what << std::endl;
+    std::cout << "CRASHED "
+              << (playing != nullptr ? Progress::Read(playing->place) : "before the script") << ": "
+              << what << std::endl;
     TerminateProcess(GetCurrentProcess(), somethingFailed);
     std::abort();
 }

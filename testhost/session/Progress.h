@@ -54,5 +54,11 @@ struct Progress {
         const size_t length = text.copy(target.data(), Size - 1);
         target[length] = '\0';
     }
+    /// What is in it, whatever a plug-in has written over it.
+    template <size_t Size>
+    static std::string_view Read(const Text<Size>& text) {
+        const std::string_view all(text.data(), Size);
+        return all.substr(0, all.find('\0'));
+    }
 };
 static_assert(std::is_trivially_copyable_v<Progress>);

@@ -72,8 +72,9 @@ long LiveSize(Handle handle) {
     }
 }
 
-// A date with any field 0 is the empty one.
-bool IsDate(const DateBlock& date) {
+// Looser than IsDate, which is about what people write: with any field 0 it is the empty date, and
+// years go as far as the record does.
+bool IsStoredDate(const DateBlock& date) {
     if (date.day == 0 || date.month == 0 || date.year == 0) {
         return true;
     }
@@ -83,6 +84,7 @@ bool IsDate(const DateBlock& date) {
                                        std::chrono::day(static_cast<unsigned>(date.day)))
                .ok();
 }
+
 // The items of `from` that are not, by their identity, in `kept`.
 template <typename Item, typename Identity>
 std::vector<Item> Without(const std::vector<Item>& from, const std::vector<Item>& kept,
@@ -407,7 +409,7 @@ std::optional<std::string> ScalarFault(ValueKind kind, const unsigned char* sour
                               : std::optional("the " + Describe(FetchScalar(kind, source)) +
                                               ", which is neither 0 nor 1");
     case ValueKind::Date:
-        return IsDate(Load<DateBlock>(source))
+        return IsStoredDate(Load<DateBlock>(source))
                    ? std::nullopt
                    : std::optional("the " + Describe(FetchScalar(kind, source)) +
                                    ", which is none");

@@ -51,9 +51,8 @@ class HostVariables {
     /// The value away from its storage; of the kind Undefined when there is no such variable.
     TypedValue Read(long process, std::string_view name);
     /// Sets a variable and takes over what the block holds. What the former value held and the new
-    /// one does not is released. A value of
-    /// the type undefined removes the variable. Throws std::invalid_argument for a name that cannot
-    /// be one.
+    /// one does not is released. A value of the type undefined removes the variable. Throws
+    /// std::invalid_argument for a name that cannot be one.
     void Set(long process, std::string_view name, const ValueBlock& value);
     /// The same, from a value of any kind that lies in a value block.
     void Set(long process, std::string_view name, const TypedValue& value);

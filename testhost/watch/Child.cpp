@@ -6,9 +6,7 @@
 #include <algorithm>
 #include <atomic>
 #include <iostream>
-#include <iterator>
 #include <map>
-#include <optional>
 #include <stdexcept>
 
 #include <windows.h>

@@ -111,12 +111,12 @@ std::string Where(const Progress& progress) {
     default:
         break;
     }
-    std::string where = progress.place.data();
-    if (progress.line[0] != '\0') {
-        where += std::string(" (") + progress.line.data() + ")";
+    std::string where(Progress::Read(progress.place));
+    if (const std::string_view line = Progress::Read(progress.line); !line.empty()) {
+        where.append(" (").append(line).append(")");
     }
-    if (progress.underWay[0] != '\0') {
-        where += std::string(", in ") + progress.underWay.data();
+    if (const std::string_view entry = Progress::Read(progress.underWay); !entry.empty()) {
+        where.append(", in ").append(entry);
     }
     return where;
 }
@@ -169,6 +169,7 @@ int PlayIsolated(const IsolatedSession& session) {
     ChildStart start{.commandLine = GetCommandLineW(),
                      .plugin = session.plugin,
                      .timeout = session.timeout * 1000};
+    size_t resumeFrom = 0; // kept here, too: what is shared lies within reach of the plug-in
     while (true) {
         start.input = input != nullptr ? input->Open() : nullptr;
         const ChildEnd end = RunChild(start, *progress);
@@ -181,19 +182,17 @@ int PlayIsolated(const IsolatedSession& session) {
         Report(end, *progress);
         progress->account.crashes += end.kind != ChildEnd::Kind::Interrupted ? 1 : 0;
         const bool played = progress->phase >= Progress::Phase::Playing;
-        const size_t next =
-            std::min(std::max(played ? progress->statement + 1 : 0, progress->resumeFrom),
-                     progress->statements);
+        const size_t next = std::min(std::max(played ? progress->statement + 1 : 0, resumeFrom),
+                                     progress->statements);
         // What goes down while it is set up again would do so for ever.
         const bool goesOn = session.keepsGoing && end.kind != ChildEnd::Kind::Interrupted &&
-                            progress->phase == Progress::Phase::Playing &&
-                            next > progress->resumeFrom;
+                            progress->phase == Progress::Phase::Playing && next > resumeFrom;
         if (!goesOn) {
             progress->account.notPlayed += progress->statements - next;
             std::cout << progress->account.Describe() << std::endl;
             return somethingFailed;
         }
-        progress->resumeFrom = next;
+        progress->resumeFrom = resumeFrom = next;
         progress->phase = Progress::Phase::Preparing;
         progress->underWay = {};
         progress->callsNotPrinted = 0;

@@ -38,15 +38,16 @@ Heap& TheHeap() {
     return heap;
 }
 
+Block Heap::NewBlock(long long size) {
+    MayMove();
+    return FailsNow() ? Block() : Block::Make(size);
+}
+
 // Handles
 
 OSErr Heap::NewHandle(const Call& call, long long size, Handle* handle) {
     *handle = nullptr;
-    MayMove();
-    if (FailsNow()) {
-        return ResultCode::MemoryFull;
-    }
-    Block block = Block::Make(size);
+    Block block = NewBlock(size);
     if (!block) {
         return ResultCode::MemoryFull;
     }
@@ -187,11 +188,7 @@ Owner Heap::OwnerOf(Handle handle) const {
 
 OSErr Heap::NewPointer(long long size, Ptr* pointer) {
     *pointer = nullptr;
-    MayMove();
-    if (FailsNow()) {
-        return ResultCode::MemoryFull;
-    }
-    Block block = Block::Make(size);
+    Block block = NewBlock(size);
     if (!block) {
         return ResultCode::MemoryFull;
     }

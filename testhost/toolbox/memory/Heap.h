@@ -95,6 +95,8 @@ class Heap {
     Problems problems;
 
   private:
+    /// An empty object when there is no memory, or is to be none.
+    Block NewBlock(long long size);
     Handle FreshMasterPointer();
     /// Begins sentences about what a check finds that nobody's call brought to light.
     std::string Finder() const {
