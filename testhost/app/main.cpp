@@ -1,15 +1,13 @@
 #include "platform/CallingConvention.h"
-#include "platform/ResultCodes.h"
 #include "testhost/plugins/DebugText.h"
 #include "testhost/plugins/Faults.h"
 #include "testhost/plugins/Library.h"
 #include "testhost/resources/Compiler.h"
 #include "testhost/resources/Text.h"
 #include "testhost/session/DatabaseFile.h"
-#include "testhost/session/Player.h"
+#include "testhost/session/PlayScript.h"
 #include "testhost/session/TextFile.h"
 #include "testhost/statements/Table.h"
-#include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
 #include "testhost/watch/Isolation.h"
 
@@ -25,8 +23,6 @@
 #include <iostream>
 #include <iterator>
 #include <new>
-#include <optional>
-#include <streambuf>
 
 #include <windows.h>
 
@@ -115,35 +111,6 @@ Script ReadScript(const std::string& name) {
     return ParseScript(ReadText(FromUtf8(name), "the script " + name), name);
 }
 
-// C:\Plug.dll has its resources in C:\Plug.rsrc.
-std::filesystem::path ResourcesOf(const Options& options) {
-    return options.resources.empty()
-               ? std::filesystem::path(FromUtf8(options.plugin)).replace_extension(".rsrc")
-               : std::filesystem::path(FromUtf8(options.resources));
-}
-
-// Opens the plug-in's resources and answers their reference number; 0 when it has none.
-short OpenResources(const Options& options) {
-    const bool asked = !options.resources.empty();
-    const std::filesystem::path file = ResourcesOf(options);
-    short refNum = 0;
-    const OSErr error = ToolboxOpenResFile(file.c_str(), &refNum);
-    if (error == ResultCode::FileNotFound && !asked) {
-        return 0;
-    }
-    if (error == ResultCode::FileNotFound || error == ResultCode::InputOutput) {
-        throw ScriptError("the resource file " + Shown(file) + " is missing or cannot be read");
-    }
-    if (error != ResultCode::NoError) {
-        throw ScriptError(Shown(file) + " is no resource file: " +
-                          (error == ResultCode::EndOfData
-                               ? "it is too short"
-                               : "its map does not agree with itself or the file") +
-                          " (" + std::to_string(error) + ")");
-    }
-    return refNum;
-}
-
 const Progress* playing = nullptr; // for the report about a crash within this process
 
 [[noreturn]] void ReportCrash(const std::string& what) {
@@ -173,42 +140,9 @@ void MakePictureFolder(const std::filesystem::path& folder) {
     }
 }
 
-// Passes a transcript on. The time in which nobody reads it is not the plug-in's.
-class TimedOutput : public std::streambuf {
-  public:
-    TimedOutput(std::streambuf& itsTarget, Progress& itsProgress)
-        : target(itsTarget), progress(itsProgress) {}
-
-  private:
-    template <typename Write>
-    auto Timed(Write write) {
-        const DWORD before = GetTickCount();
-        progress.isWriting = true;
-        const auto result = write();
-        progress.began += GetTickCount() - before;
-        progress.isWriting = false;
-        return result;
-    }
-
-  protected:
-    std::streamsize xsputn(const char* text, std::streamsize count) override {
-        return Timed([&] { return target.sputn(text, count); });
-    }
-    int_type overflow(int_type character) override {
-        return Timed([&] { return target.sputc(traits_type::to_char_type(character)); });
-    }
-    int sync() override {
-        return Timed([&] { return target.pubsync(); });
-    }
-
-  private:
-    std::streambuf& target;
-    Progress& progress;
-};
-
 // Plays the session in this process, and keeps `progress` up to date.
 int Play(const Options& options, Progress& progress) {
-    Script script = ReadScript(options.script);
+    const Script script = ReadScript(options.script);
     DatabaseFile database;
     if (!options.database.empty()) {
         database = ReadDatabaseFile(FromUtf8(options.database));
@@ -223,47 +157,15 @@ int Play(const Options& options, Progress& progress) {
     }
     const std::filesystem::path pictures = FromUtf8(options.pictures);
     MakePictureFolder(pictures);
-    ToolboxSetStrict(options.strict ? 1 : 0);
-    progress.statements = script.statements.size();
-    progress.Enter(Progress::Phase::Loading);
-    std::optional<PluginLibrary> library;
-    try {
-        library.emplace(FromUtf8(options.plugin));
-    } catch (const PluginLoadError& error) {
-        const bool crashed = dynamic_cast<const PluginLoadCrash*>(&error) != nullptr;
-        if (!crashed && progress.resumeFrom == 0) {
-            throw;
-        }
-        progress.account.crashes += crashed ? 1 : 0;
-        progress.account.notPlayed += script.statements.size() - progress.resumeFrom;
-        std::cout << (crashed ? "CRASHED " : "") << error.what() << "\n"
-                  << progress.account.Describe() << std::endl;
-        return somethingFailed;
-    }
-    HostOptions hostOptions = options.host;
-    hostOptions.pluginResFile = OpenResources(options);
-    Host host(hostOptions);
-    host.ScratchPath(); // made here, where it may fail, rather than amid the plug-in's calls
-    host.database = std::move(database.database);
-    Session session(host, library->Entries());
-    TimedOutput timed(*std::cout.rdbuf(), progress);
-    std::ostream transcript(&timed);
-    Player player(session, transcript, options.quiet, &progress);
-    player.libraryFolder = library->Folder();
-    player.stage.plugin = FromUtf8(options.plugin);
-    if (hostOptions.pluginResFile != 0) {
-        player.stage.resources = ResourcesOf(options);
-    }
-    player.stage.pictures = pictures;
-    ListenToDebugText();
-    player.PlayAll(script);
-    progress.Enter(Progress::Phase::Unloading);
-    library->Unload();
-    for (const std::string& fault : PluginLibrary::TakeUnloadFaults()) {
-        host.Report(fault);
-    }
-    host.HearAsides();
-    return player.Finish() ? allHeld : somethingFailed;
+    const PlaySettings settings{.plugin = FromUtf8(options.plugin),
+                                .resources = FromUtf8(options.resources),
+                                .pictures = pictures,
+                                .host = options.host,
+                                .strict = options.strict,
+                                .quiet = options.quiet};
+    return PlayScript(script, std::move(database.database), settings, std::cout, progress)
+               ? allHeld
+               : somethingFailed;
 }
 
 int PlayInProcess(const Options& options) {
@@ -322,6 +224,7 @@ void SetUp() {
     SetConsoleOutputCP(CP_UTF8);
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
     std::signal(SIGABRT, OnAbort);
+    ListenToDebugText();
 }
 
 int Command(int argc, wchar_t** argv) {

@@ -70,6 +70,9 @@ void Player::Watch() {
     host.scriptPlace = &stage.place;
     host.log.onAdded = [this](const LoggedCall& call) {
         KeepAccount();
+        if (stage.onCrossing) {
+            stage.onCrossing(call);
+        }
         Print(call);
     };
     host.log.onEntryEnded = [this](long process, int depth) { PrintRest(process, depth); };
@@ -87,6 +90,7 @@ void Player::Watch() {
             return;
         }
         KeepAccount();
+        TellFinding(heading + problem);
         stage.transcript.Problem(stage.place, heading + problem);
     };
 }
@@ -158,7 +162,14 @@ void Player::Fail(const std::string& reason) {
         return;
     }
     ++stage.progress->account.failed;
+    TellFinding(heading + reason);
     stage.out << "FAILED " << stage.place << ": " << heading << reason << std::endl;
+}
+
+void Player::TellFinding(const std::string& sentence) const {
+    if (stage.onFinding) {
+        stage.onFinding(stage.place, sentence);
+    }
 }
 
 void Player::At(const std::string& place, const std::function<void()>& act) {

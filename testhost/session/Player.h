@@ -34,6 +34,10 @@ struct Stage {
     bool isSettingUp = false; ///< what is played was played before, by a process that crashed
     Network network = {};
     std::vector<Player*> players = {}; ///< the script's own host first
+    /// Run for each problem or failed expectation, with its place, and for each crossing, before
+    /// they are printed; may be empty.
+    std::function<void(const std::string& place, const std::string& sentence)> onFinding = {};
+    std::function<void(const LoggedCall&)> onCrossing = {};
     Transcript transcript = {out, quiet};
     Player* current = nullptr; ///< whom the statements concern
     std::vector<std::shared_ptr<void>> further =
@@ -105,6 +109,7 @@ class Player {
     void PlayStatement(const Script& script, size_t number);
     size_t SetUpAgain(const Script& script);
     void KeepAccount();
+    void TellFinding(const std::string& sentence) const;
     /// Says what was not printed of an entry that is over.
     void PrintRest(long process, int depth);
     void Stop();

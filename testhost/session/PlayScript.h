@@ -1,0 +1,31 @@
+#pragma once
+
+#include "testhost/database/Tables.h"
+#include "testhost/model/Options.h"
+#include "testhost/session/Progress.h"
+#include "testhost/session/Script.h"
+
+#include <filesystem>
+#include <functional>
+#include <ostream>
+
+struct Stage;
+
+/// What a script is played with.
+struct PlaySettings {
+    std::filesystem::path plugin;
+    std::filesystem::path resources; ///< empty: PLUGIN.rsrc beside the plug-in, if there is one
+    std::filesystem::path pictures;  ///< a folder that exists; empty: none are made
+    HostOptions host;
+    bool strict = false;
+    bool quiet = false;
+    /// Is shown the stage before the first statement; may be empty.
+    std::function<void(Stage&)> onReady = {};
+};
+
+/// Loads the plug-in, plays the script in a host of its own, unloads the plug-in and prints the
+/// account. Answers whether all was well. Throws ScriptError when the resource file is wrong, and
+/// PluginLoadError when the plug-in cannot be loaded for another reason than a crash, unless it
+/// once could.
+bool PlayScript(const Script& script, Database database, const PlaySettings& settings,
+                std::ostream& out, Progress& progress);
