@@ -10,6 +10,7 @@
 #include "testhost/statements/Table.h"
 #include "testhost/values/Encodings.h"
 #include "testhost/watch/Isolation.h"
+#include "testhost/watch/SharedProgress.h"
 
 #include <algorithm>
 #include <CLI.hpp>

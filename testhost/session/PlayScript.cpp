@@ -99,10 +99,13 @@ bool PlayScript(const Script& script, Database database, const PlaySettings& set
         if (!crashed && progress.resumeFrom == 0) {
             throw;
         }
+        const std::string sentence = std::string(crashed ? "CRASHED " : "") + error.what();
+        if (settings.onFinding) {
+            settings.onFinding("", sentence);
+        }
         progress.account.crashes += crashed ? 1 : 0;
         progress.account.notPlayed += script.statements.size() - progress.resumeFrom;
-        out << (crashed ? "CRASHED " : "") << error.what() << "\n"
-            << progress.account.Describe() << std::endl;
+        out << sentence << "\n" << progress.account.Describe() << std::endl;
         return false;
     }
     const PluginResources resources(settings);
@@ -121,6 +124,7 @@ bool PlayScript(const Script& script, Database database, const PlaySettings& set
         player.stage.resources = resources.File();
     }
     player.stage.pictures = settings.pictures;
+    player.stage.onFinding = settings.onFinding;
     if (settings.onReady) {
         settings.onReady(player.stage);
     }

@@ -19,6 +19,9 @@ struct PlaySettings {
     HostOptions host;
     bool strict = false;
     bool quiet = false;
+    /// Runs for each problem, failed expectation and crash while the plug-in is loaded, see
+    /// Stage::onFinding; may be empty.
+    std::function<void(const std::string& place, const std::string& sentence)> onFinding = {};
     /// Is shown the stage before the first statement; may be empty.
     std::function<void(Stage&)> onReady = {};
 };

@@ -251,6 +251,9 @@ void Player::PlayStatement(const Script& script, size_t number) {
     } catch (const std::bad_alloc&) {
         stage.current->Fail("there is no memory left");
     }
+    if (stage.onPlayed) {
+        stage.onPlayed(*stage.current);
+    }
     stage.transcript.EndStatement(stage.place);
     stage.out << std::flush; // a crash shows all that was printed before
 }

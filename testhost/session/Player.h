@@ -38,6 +38,7 @@ struct Stage {
     /// they are printed; may be empty.
     std::function<void(const std::string& place, const std::string& sentence)> onFinding = {};
     std::function<void(const LoggedCall&)> onCrossing = {};
+    std::function<void(Player&)> onPlayed = {}; ///< runs after each statement; may be empty
     Transcript transcript = {out, quiet};
     Player* current = nullptr; ///< whom the statements concern
     std::vector<std::shared_ptr<void>> further =

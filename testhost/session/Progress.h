@@ -44,6 +44,7 @@ struct Progress {
     bool isWriting = false;   ///< waits for whoever reads the transcript: no time of the plug-in's
     bool hasAccount = false;  ///< the account is complete, and
     bool toldAccount = false; ///< was printed
+    size_t sessions = 0;      ///< of a check: those that it has played
     int exitCode = 0;         ///< of the whole, when Done
 
     void Enter(Phase next);

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <iostream>
 #include <map>
+#include <mutex>
 #include <stdexcept>
 
 #include <windows.h>
@@ -48,10 +49,10 @@ class Job {
 
 class Watch {
   public:
-    Watch(const ChildStart& childStart, const Progress& childProgress)
+    Watch(const ChildStart& childStart, const SharedProgress& childProgress)
         : start(childStart),
-          progress(childProgress),
-          child(Start(childStart)),
+          progress(*childProgress),
+          child(Start(childStart, childProgress.Handle())),
           modules(child.hProcess, childStart.plugin) {
         job.Add(child.hProcess);
         ResumeThread(child.hThread);
@@ -88,13 +89,22 @@ class Watch {
         return path;
     }
 
-    static PROCESS_INFORMATION Start(const ChildStart& start) {
+    static PROCESS_INFORMATION Start(const ChildStart& start, const std::wstring& progressHandle) {
+        // What it inherits is this process's for a moment.
+        static std::mutex starting;
+        const std::lock_guard lock(starting);
+        const auto set = [](const wchar_t* name, const std::wstring& value) {
+            SetEnvironmentVariableW(name, value.c_str());
+        };
+        set(SharedProgress::variable, progressHandle);
+        set(L"TEMP", start.temporaryFolder.wstring());
+        set(L"TMP", start.temporaryFolder.wstring());
         STARTUPINFOW startup{};
         startup.cb = sizeof startup;
         startup.dwFlags = STARTF_USESTDHANDLES;
         startup.hStdInput = start.input != nullptr ? start.input : GetStdHandle(STD_INPUT_HANDLE);
-        startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
-        startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+        startup.hStdOutput = start.isSilent ? Nowhere() : GetStdHandle(STD_OUTPUT_HANDLE);
+        startup.hStdError = start.isSilent ? Nowhere() : GetStdHandle(STD_ERROR_HANDLE);
         std::wstring commandLine = start.commandLine; // it may be written to
         PROCESS_INFORMATION information{};
         // The system's heap of programs that are debugged is slow, and not what the plug-in has.
@@ -103,7 +113,8 @@ class Watch {
         const auto create = [&](DWORD flags) {
             return CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE,
                                   flags | DEBUG_ONLY_THIS_PROCESS | CREATE_SUSPENDED, nullptr,
-                                  nullptr, &startup, &information) != 0;
+                                  start.folder.empty() ? nullptr : start.folder.c_str(), &startup,
+                                  &information) != 0;
         };
         // Out of the job that this process may be in, where that is allowed.
         if (!create(CREATE_BREAKAWAY_FROM_JOB) && !create(0)) {
@@ -112,6 +123,14 @@ class Watch {
                                      "); --in-process does without");
         }
         return information;
+    }
+
+    // Where what is written disappears; open for as long as this process lives.
+    static HANDLE Nowhere() {
+        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+        static HANDLE const nowhere = CreateFileW(L"NUL", GENERIC_WRITE, FILE_SHARE_WRITE,
+                                                  &inherited, OPEN_EXISTING, 0, nullptr);
+        return nowhere;
     }
 
     // A script and a plug-in's files are read in no limited time.
@@ -249,7 +268,30 @@ class Watch {
 };
 } // namespace
 
-ChildEnd RunChild(const ChildStart& start, const Progress& progress) {
+std::string ChildEnd::Describe(const std::string& place) const {
+    const char* const word = kind == Kind::TimedOut      ? "TIMED OUT"
+                             : kind == Kind::Interrupted ? "INTERRUPTED"
+                                                         : "CRASHED";
+    return word + (place.empty() ? "" : " " + place) + (what.empty() ? "" : ": " + what);
+}
+
+ChildEnd RunChild(const ChildStart& start, const SharedProgress& progress) {
     SetConsoleCtrlHandler(OnInterrupt, TRUE); // for good: after the last child little is left to do
     return Watch(start, progress).Run();
+}
+
+std::string UnderWayText(const Progress& progress) {
+    switch (progress.phase) {
+    case Progress::Phase::Preparing:
+        return "before the script";
+    case Progress::Phase::Loading:
+        return "while the plug-in was loaded";
+    case Progress::Phase::Unloading:
+    case Progress::Phase::Done:
+        return "after the script, when the plug-in was unloaded";
+    default:
+        break;
+    }
+    const std::string_view entry = Progress::Read(progress.underWay);
+    return entry.empty() ? "" : "in " + std::string(entry);
 }

@@ -6,57 +6,15 @@
 #include "testhost/watch/Child.h"
 
 #include <algorithm>
-#include <cwchar>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <memory>
-#include <new>
 #include <stdexcept>
 
 #include <windows.h>
 
 namespace {
 constexpr int somethingFailed = 1;
-
-// Where a child finds the handle of its Progress.
-constexpr const wchar_t* progressVariable = L"TESTHOST_PROGRESS";
-
-// Progress that a child shares.
-class SharedProgress {
-  public:
-    SharedProgress() : mapping(Make()) {
-        if (void* const view =
-                MapViewOfFile(mapping, FILE_MAP_ALL_ACCESS, 0, 0, sizeof(Progress))) {
-            progress = new (view) Progress;
-        } else {
-            throw std::runtime_error("testhost: there is no memory to share with the session");
-        }
-    }
-    ~SharedProgress() {
-        UnmapViewOfFile(progress);
-        CloseHandle(mapping);
-    }
-    SharedProgress(const SharedProgress&) = delete;
-    SharedProgress& operator=(const SharedProgress&) = delete;
-
-    Progress* operator->() { return progress; }
-    Progress& operator*() { return *progress; }
-    /// For the children's environment.
-    std::wstring Handle() const {
-        return std::to_wstring(reinterpret_cast<unsigned long>(mapping));
-    }
-
-  private:
-    static HANDLE Make() {
-        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-        return CreateFileMappingW(INVALID_HANDLE_VALUE, &inherited, PAGE_READWRITE, 0,
-                                  sizeof(Progress), nullptr);
-    }
-
-    HANDLE mapping;
-    Progress* progress = nullptr;
-};
 
 // The standard input as a file, from which each child can read.
 class InputFile {
@@ -87,49 +45,24 @@ class InputFile {
     std::wstring path;
 };
 
-const char* Word(ChildEnd::Kind kind) {
-    switch (kind) {
-    case ChildEnd::Kind::TimedOut:
-        return "TIMED OUT";
-    case ChildEnd::Kind::Interrupted:
-        return "INTERRUPTED";
-    default:
-        return "CRASHED";
-    }
-}
-
 // "demo.session:12 (call 3), in command 3()".
 std::string Where(const Progress& progress) {
-    switch (progress.phase) {
-    case Progress::Phase::Preparing:
-        return "before the script";
-    case Progress::Phase::Loading:
-        return "while the plug-in was loaded";
-    case Progress::Phase::Unloading:
-    case Progress::Phase::Done:
-        return "after the script, when the plug-in was unloaded";
-    default:
-        break;
+    const std::string underWay = UnderWayText(progress);
+    if (progress.phase != Progress::Phase::Playing && progress.phase != Progress::Phase::Stopping) {
+        return underWay;
     }
     std::string where(Progress::Read(progress.place));
     if (const std::string_view line = Progress::Read(progress.line); !line.empty()) {
         where.append(" (").append(line).append(")");
     }
-    if (const std::string_view entry = Progress::Read(progress.underWay); !entry.empty()) {
-        where.append(", in ").append(entry);
-    }
-    return where;
+    return underWay.empty() ? where : where + ", " + underWay;
 }
 
 void Report(const ChildEnd& end, const Progress& progress) {
     if (progress.callsNotPrinted > 0) {
         std::cout << "  ← ... and " << progress.callsNotPrinted << " more calls\n";
     }
-    std::cout << Word(end.kind) << " " << Where(progress);
-    if (!end.what.empty()) {
-        std::cout << ": " << end.what;
-    }
-    std::cout << "\n";
+    std::cout << end.Describe(Where(progress)) << "\n";
     for (const std::string& call : end.calls) {
         std::cout << "  in " << call << "\n";
     }
@@ -147,13 +80,6 @@ int TellOf(const Progress& progress) {
     return somethingFailed;
 }
 
-// Makes this the folder for temporary files of the processes that are started from now on: whatever
-// they leave there goes with it.
-void UseForTemporaryFiles(const std::string& folder) {
-    for (const wchar_t* name : {L"TEMP", L"TMP"}) {
-        SetEnvironmentVariableW(name, FromAnsi(folder).c_str());
-    }
-}
 } // namespace
 
 int PlayIsolated(const IsolatedSession& session) {
@@ -163,16 +89,15 @@ int PlayIsolated(const IsolatedSession& session) {
     if (session.readsInput) {
         input = std::make_unique<InputFile>(folder);
     }
-    UseForTemporaryFiles(folder);
     SharedProgress progress;
-    SetEnvironmentVariableW(progressVariable, progress.Handle().c_str());
     ChildStart start{.commandLine = GetCommandLineW(),
+                     .temporaryFolder = FromAnsi(folder),
                      .plugin = session.plugin,
                      .timeout = session.timeout * 1000};
     size_t resumeFrom = 0; // kept here, too: what is shared lies within reach of the plug-in
     while (true) {
         start.input = input != nullptr ? input->Open() : nullptr;
-        const ChildEnd end = RunChild(start, *progress);
+        const ChildEnd end = RunChild(start, progress);
         if (start.input != nullptr) {
             CloseHandle(start.input);
         }
@@ -198,16 +123,4 @@ int PlayIsolated(const IsolatedSession& session) {
         progress->callsNotPrinted = 0;
         progress->isWriting = false;
     }
-}
-
-Progress* SharedWithWatcher() {
-    wchar_t text[16] = L"";
-    const DWORD length = GetEnvironmentVariableW(progressVariable, text, std::size(text));
-    if (length == 0 || length >= std::size(text)) {
-        return nullptr;
-    }
-    SetEnvironmentVariableW(progressVariable, nullptr); // not for programs that the plug-in starts
-    auto* const handle = reinterpret_cast<HANDLE>(std::wcstoul(text, nullptr, 10));
-    return static_cast<Progress*>(
-        MapViewOfFile(handle, FILE_MAP_ALL_ACCESS, 0, 0, sizeof(Progress)));
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "testhost/session/Progress.h"
-
 #include <filesystem>
 
 /// A session that is played in a process of its own.
@@ -16,7 +14,3 @@ struct IsolatedSession {
 /// that was its own. Answers the exit code. Throws std::runtime_error when there is no process to
 /// be had.
 int PlayIsolated(const IsolatedSession& session);
-
-/// The Progress of a process that was started so, for as long as it lives; null in any other. To be
-/// asked once, before there is a plug-in.
-Progress* SharedWithWatcher();

@@ -9,6 +9,7 @@
 #include <cwctype>
 #include <fstream>
 #include <iterator>
+#include <mutex>
 
 #include <windows.h>
 #include <dbghelp.h>
@@ -143,6 +144,8 @@ bool Modules::IsInPlugin(unsigned long address) const {
 // can tell: it knows how functions unwind from what compilers leave beside them.
 std::vector<unsigned long> Modules::Walk(void* thread, unsigned long pc,
                                          unsigned long stack) const {
+    static std::mutex helping; // it serves one thread at a time
+    const std::lock_guard lock(helping);
     const DebugHelp help;
     CONTEXT context{};
     context.ContextFlags = CONTEXT_FULL;
