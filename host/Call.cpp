@@ -27,7 +27,10 @@ long FourD::CallFourD11(short selector, FDEngineBlock& block) {
 }
 
 long HostCall::Send() {
-    if (number == 0 || (engineCall && gHost.engineCallBack == nullptr)) {
+    // Before the host has started the plug-in there is no call-back.
+    const bool hasCallBack =
+        engineCall ? gHost.engineCallBack != nullptr : gHost.classicCallBack != nullptr;
+    if (number == 0 || !hasCallBack) {
         fields->error = ResultCode::BadParameter;
         return ResultCode::BadParameter;
     }

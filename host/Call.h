@@ -91,8 +91,11 @@ class HostCall {
     /// Text that the host left where PutText puts it, whatever length it claims.
     void TakeText(unsigned char* text);
 
-    /// The next call goes to another service, with the record as it now is.
-    void GoOnWith(Selector next) { number = engineCall ? next.engine : next.classic; }
+    /// The next call goes to another service, with the record as it now is but for the result.
+    void GoOnWith(Selector next) {
+        number = engineCall ? next.engine : next.classic;
+        fields->error = ResultCode::NoError;
+    }
 
   protected:
     HostCall(short itsNumber, bool toEngine) : number(itsNumber), engineCall(toEngine) {

@@ -126,7 +126,12 @@ long String2ValueBlock(StringBlock*, ValueBlock* block) {
 long Text2ValueBlock(TextBlock* text, ValueBlock* block) {
     if (block->type == ValueType::Text) {
         // The handle's size counts, not the record's length: text handles are exactly sized.
-        return reinterpret_cast<CTextBlock&>(block->text).SetTo(text->text);
+        auto& target = reinterpret_cast<CTextBlock&>(block->text);
+        const long error = target.SetTo(text->text);
+        if (error != ResultCode::NoError) {
+            target.SetLength(0); // a record must not claim bytes that it lacks
+        }
+        return error;
     }
     if (block->type != ValueType::String) {
         return ResultCode::UnsupportedConversion;

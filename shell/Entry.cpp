@@ -168,6 +168,10 @@ HOST_ENTRY void FourDPackex(long selector, void* params, void* data, void* resul
                         static_cast<long*>(data));
 }
 
+HOST_ENTRY const PlugInfo* FourDPlugInfo() {
+    return gFourDPlug != nullptr ? gFourDPlug->Info() : nullptr;
+}
+
 /// Load hook of the host interface. It has nothing to set up: everything it needs comes with
 /// selector -1.
 HOST_ENTRY BOOL FourDDllMain(HINSTANCE, DWORD, LPVOID) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/boundary/PlugInfo.h"
 #include "platform/CallingConvention.h"
 
 /// Module handles as recorded when the library was loaded: of the library, and of the host
@@ -20,6 +21,8 @@ extern "C" {
 HOST_ENTRY void FourDPack(long selector, void* params, void* data, void* result);
 /// The same call, as newer hosts make it.
 HOST_ENTRY void FourDPackex(long selector, void* params, void* data, void* result);
+/// The plug-in's description, for tools; null while there is no plug-in object. No host asks.
+HOST_ENTRY const PlugInfo* FourDPlugInfo();
 }
 
 /// Call-back that a host passed with selector -1, kept beside the one that FourD::Init keeps.

@@ -1,44 +1,13 @@
 #pragma once
 
 #include "host/boundary/Calls.h"
+#include "host/boundary/PlugInfo.h"
 #include "shell/base/GenericList.h"
 #include "shell/Commands.h"
 #include "shell/ServerCalls.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
-
-/// A command's body: the host's parameter array and result cell.
-using CommandHandler = void (*)(CXParam* params, CXResult* result);
-
-/// One command. The dispatcher reads the handler only; name and usage are for people and tools.
-struct CommandEntry {
-    const char* name;
-    const char* usage;      ///< parameters and result, as in "(text; long) -> long"
-    CommandHandler handler; ///< null: the command does nothing
-};
-
-/// Static description of a plug-in, one per library, written by its author.
-struct PlugInfo {
-    short reserved;          ///< 0
-    short recordVersion;     ///< 1
-    long recordSize;         ///< sizeof(PlugInfo)
-    const char* productName; ///< short product name, zero-terminated
-    OSType creator;          ///< the plug-in's signature
-    unsigned long version;   ///< toolbox packed version: 0x01108000 is 1.1 final
-    short resourceID;        ///< set by FourDPlug::Init
-    short resourceFile;      ///< set by FourDPlug::Init
-    short spare;
-    unsigned short commandCount;  ///< commands run from 1 to this number
-    const CommandEntry* commands; ///< entry n - 1 describes command n; may be null
-};
-
-static_assert(sizeof(PlugInfo) == 32);
-static_assert(offsetof(PlugInfo, productName) == 8 && offsetof(PlugInfo, creator) == 12 &&
-              offsetof(PlugInfo, version) == 16 && offsetof(PlugInfo, resourceID) == 20 &&
-              offsetof(PlugInfo, resourceFile) == 22 && offsetof(PlugInfo, commandCount) == 26 &&
-              offsetof(PlugInfo, commands) == 28);
 
 /// The plug-in object: derive one class, make one static instance of it, point gFourDPlug at it.
 /// It receives every event of the host.
@@ -51,6 +20,9 @@ class FourDPlug {
     FourDPlug& operator=(const FourDPlug&) = delete;
 
     virtual ~FourDPlug();
+
+    /// As handed to the constructor.
+    const PlugInfo* Info() const { return info; }
 
     /// After the host interface is ready (selectors -1, -200). Overrides call this one first.
     virtual void Init(PackInitBlock* init);

@@ -6,6 +6,7 @@
 #include "tests/Fixture.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 namespace {
@@ -257,6 +258,37 @@ TEST_P(CommandsTest, ValuesThatDoNotHoldTogetherAreProblems) {
     // What the caller chose is nobody's fault.
     const CommandHandler nothing = [](CXParam*, CXResult*) {};
     Call(nothing, {TypedValue{.kind = ValueKind::Boolean, .numbers = {7}}, DateValue(1, 2, 31)});
+}
+
+// Only what a usage marks may be changed, in place or through a handle; what a pointer leads to is
+// no parameter.
+TEST_P(CommandsTest, ChangesThatTheUsageDoesNotSay) {
+    Session described(host, EntryPoints{FourDPack, FourDPackex, FourDPlugInfo});
+    const CommandHandler change = [](CXParam* p, CXResult*) {
+        p[0].SetLong(1);
+        p[1].SetLong(2);
+        **p[2].GetTextBlockPtr()->text = 'X';
+        (*reinterpret_cast<long**>(p[3].GetVarRecPtr()->array.elements))[1] = 4;
+        *static_cast<long*>(p[4].GetPointerPtr()) = 5;
+        *p[5].GetNativeRealPtr() *= 1;
+    };
+    TestPlug plug({{"Change", "(long; &long; text; array long; pointer; real)", change}});
+    plug.info->recordVersion = 1;
+    plug.info->recordSize = sizeof(PlugInfo);
+    described.Start();
+    for (const bool compiled : {false, true}) {
+        host.options.callerCompiled = compiled;
+        described.Call(1, {LongValue(0), LongValue(0), TextValue("x"), LongArrayValue({0}),
+                           PointerTo(LongValue(0)), RealValue(std::nan(""))});
+        std::vector<std::string> expected;
+        for (const char* number : {"1", "3", "4"}) {
+            expected.push_back(std::string("Command 1 (\"Change\") changed parameter ") + number +
+                               ", which its usage (long; &long; text; array long; pointer; real) "
+                               "does not say (&).");
+        }
+        EXPECT_EQ(TakeProblems(), expected);
+    }
+    described.Stop();
 }
 
 TEST_P(CommandsTest, PointersLeadToTheirTarget) {

@@ -194,6 +194,21 @@ TEST_F(DialogServicesTest, AContextWithoutItsDialogIsNobodysFault) {
     EXPECT_THAT(TakeProblems(), ElementsAre());
 }
 
+// Nothing says whether an update has begun or ended, and one record asks for both bounds.
+TEST_P(DialogDualTest, CallsThatFailAmidOthers) {
+    PutForm(FormBytes());
+    for (const char* const failing : {"CreateFourDDialogContext", "DialogBeginUpdateVars",
+                                      "DialogEndUpdateVars", "DialogSetNumVarMin"}) {
+        host.FailNext(failing, -108);
+        CustomerDialog dialog;
+        if (dialog.Open(nullptr, "Customers", 0)) {
+            FourDDialog::BeginUpdateVars(dialog.Reference());
+            FourDDialog::EndUpdateVars(dialog.Reference());
+        }
+    }
+    EXPECT_THAT(TakeProblems(), ElementsAre());
+}
+
 // Whatever a resource holds: no fault, no leak, and a dialog only of a form that is whole.
 TEST_F(DialogServicesTest, MutatedResources) {
     ToolboxSetStrict(1);

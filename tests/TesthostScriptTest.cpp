@@ -22,6 +22,7 @@ namespace {
 using testing::HasSubstr;
 
 PackInitBlock init;
+long* kept[2];
 
 // Size of a handle, which is disposed of.
 long TakenSize(Handle handle) {
@@ -108,9 +109,54 @@ HOST_ENTRY void FakePlugin(long selector, void* params, void*, void* result) {
         PtrToHand("left", &handle, 4);
         PtrToHand("left", &handle, 4);
         break;
+    case 13: // (long) -> long: keeps where both are
+        kept[0] = static_cast<long*>(parameters[0]);
+        kept[1] = cell;
+        break;
+    case 14: // (long): writes to the parameter, or the result, that was kept
+        ++*kept[*static_cast<long*>(parameters[0])];
+        break;
+    case 15: // () -> long: how many of two handles it gets
+        for (int count = 0; count < 2; ++count) {
+            handle = NewHandle(4);
+            *cell += handle != nullptr ? 1 : 0;
+            DisposeHandle(handle);
+        }
+        break;
+    case -201: // lets everybody in
+    case 31000:
+        *cell = 1;
+        break;
+    case -205: // answers what is nowhere
+        static_cast<char*>(params)[6] = 4;
+        std::memset(static_cast<char*>(params) + 7, 0, 3);
+        *cell = 8;
+        break;
     default:
         break;
     }
+}
+
+// What it says of its first commands; not all of it is right.
+HOST_ENTRY const PlugInfo* FakeInfo() {
+    static constexpr CommandEntry commands[] = {
+        {"Add", "(&long) -> long", nullptr},
+        {"State", "(long process) -> long", nullptr},
+        {"Overrun", "(short", nullptr},
+        {"Add to target", "(pointer)", nullptr},
+    };
+    static constexpr PlugInfo info = {.reserved = 0,
+                                      .recordVersion = 1,
+                                      .recordSize = sizeof info,
+                                      .productName = "Fake",
+                                      .creator = 0,
+                                      .version = 0,
+                                      .resourceID = 0,
+                                      .resourceFile = 0,
+                                      .spare = 0,
+                                      .commandCount = std::size(commands),
+                                      .commands = commands};
+    return &info;
 }
 
 const std::filesystem::path toolboxFile = [] {
@@ -125,11 +171,12 @@ struct Played {
 };
 
 Played Play(const std::string& text,
-            const std::filesystem::path& libraryFolder = toolboxFile.parent_path() / "") {
+            const std::filesystem::path& libraryFolder = toolboxFile.parent_path() / "",
+            PlugInfoEntry describe = nullptr) {
     Script script = ParseScript(text, "script");
     EXPECT_EQ(script.errors, std::vector<std::string>{});
     Host host;
-    Session session(host, {FakePlugin});
+    Session session(host, {FakePlugin, nullptr, describe});
     std::ostringstream out;
     Player player(session, out, false);
     player.libraryFolder = libraryFolder;
@@ -155,8 +202,9 @@ TEST(TesthostScriptTest, EveryWrongLineIsToldAtOnceWithItsNumber) {
         {"\"start\"", "expected a statement, found \"start\""},
         {"start -2", "-1 or -200"},
         {"start -1 now", "expected the end of the line, found 'now'"},
-        {"call", "expected a command number, found the end of the line"},
+        {"call", "expected a command's number or name, found the end of the line"},
         {"call 0", "a command's number is 1 or more"},
+        {"background call \"\" long 1", "a command's name is not empty"},
         {"call 3" + many, "at most 255 parameters"},
         {"call 3" + deep, "point to pointers too often"},
         {"call 3 lang 7", "unknown kind 'lang'"},
@@ -194,6 +242,13 @@ TEST(TesthostScriptTest, EveryWrongLineIsToldAtOnceWithItsNumber) {
         {"expect variable \"a\" rect 1 2 3 4", "cannot be of the kind rect"},
         {"set chosen \"\" 1", "no variable has the name"},
         {"expect chosen \"a\" 32768", "an element from -32768 to 32767"},
+        {"set version 5.0", "a version is 6.0 to 12.x"},
+        {"set role king", "single, client or server"},
+        {"fail memory 0", "counted from 1, from 1"},
+        {"force", "one of 'start', 'stop', 'call'"},
+        {"request read 1", "expected the kind"},
+        {"reload 0", "how often from 1"},
+        {"call 1 text repeat 32001 \"x\"", "at most 32000 bytes"},
         {R"(echo "${nothing}")", "unknown variable '${nothing}'"},
         {R"(echo "${temp")", "does not end"},
         {"expect no file", "the file's path in quotation marks"},
@@ -266,6 +321,13 @@ TEST(TesthostScriptTest, ValuesSurviveTheHostsStorage) {
     }
     // Rows of no array's type, which only a plug-in can leave.
     EXPECT_EQ(Describe(ArrayValue(ValueKind::ArrayOfArrays, {})), "array array none");
+    for (const char* text : {"real nan", "extended -inf"}) {
+        Words words(text);
+        const TypedValue value = TakeValue(words);
+        EXPECT_EQ(Arguments({value}).At(1), value) << text;
+    }
+    Words repeated("string repeat 3 \"ab\"");
+    EXPECT_EQ(TakeValue(repeated), StringValue("ababab"));
     Words hexadecimal("long 0xFFFFFFFE");
     EXPECT_EQ(TakeValue(hexadecimal), LongValue(-2));
 }
@@ -318,9 +380,29 @@ TEST(TesthostScriptTest, WhatFailsIsSaidAndPlayGoesOn) {
         {"call 12",
          "PROBLEM script:end: 2 handles of 4 bytes (6C 65 66 74 \"left\") that were made "
          "under script:2, command 12() are still alive."},
+        {"call 13 long 1 -> long\ncall 14 long 0",
+         "PROBLEM script:3: The storage of parameter 1 of command 13(long 1) (script:2) was "
+         "written after the command was over."},
+        {"call 13 long 1 -> long\ncall 9\ncall 14 long 1", "of the result of command 13(long 1)"},
+        {"call \"Add\" long 1 -> long", "hands out no command table"},
         {"start", "already started"},
         {"expect problems 1", "expected 1 problems, got 0"},
         {"fail ProgramInfo -1", "ProgramInfo was to fail with -1, but the plug-in did not call it"},
+        {"set version 7.0", "before the plug-in starts"},
+        {"selector 31000", "wrote a result for the selector 31000"},
+        {"request connect", "the host is no server"},
+        {"fail memory 3\ncall 15 -> long 2", "Allocation 3 was to fail, but only 2 came."},
+        {"fail file 1\nfail file 2", "has not come yet"},
+        {"fail call 2 -1\ncall 6 -> long 0",
+         "Call 2 into the host was to fail with -1, but only 1"},
+        {"reload", "the plug-in is started"},
+        {"stop\nreload", "the plug-in is no library"},
+        {"expect same \"a\"", "nothing is remembered as \"a\""},
+        {"remember \"a\"", "no command was called"},
+        {"call 1 long 1 -> long\nremember \"a\"\ncall 1 long 2 -> long\nexpect same \"a\"",
+         "expected the same result as at script:3: long 2, got long 3"},
+        {"call 6 -> long\nremember \"a\"\ncall 15 -> long\nexpect same \"a\"",
+         "as at script:3: call 1 was ProgramInfo, got none"},
         {R"(expect file "${scratch}none")", "none: a file, got nothing there"},
         {R"(expect file "${prefs}" "")", R"(a file with "", got a folder)"},
         {R"(expect file "${structure}Demo.4DB" "x")", R"(a file with "x", got a file with "")"},
@@ -341,6 +423,36 @@ TEST(TesthostScriptTest, WhatFailsIsSaidAndPlayGoesOn) {
     ToolboxReset();                                              // what command 10 left over
 }
 
+TEST(TesthostScriptTest, CallsAreHeldAgainstThePluginsTable) {
+    const auto playDescribed = [](const std::string& lines) {
+        return Play("start\n" + lines, toolboxFile.parent_path() / "", FakeInfo);
+    };
+    Played played = playDescribed("expect problems 1 # a usage\n"
+                                  "stop\n"
+                                  "start\n"
+                                  "set compiled on\n"
+                                  "call \"Add\" long 41 -> long 42\n"
+                                  "call 1 long 1 -> long\n"
+                                  "background call \"Add\" long 1 -> long 2\n"
+                                  "run\n"
+                                  "call \"Add to target\" pointer long 7\n"
+                                  "expect param 1 pointer long 8\n"
+                                  "call 9 text \"beyond the table\"\n");
+    EXPECT_TRUE(played.good) << played.output;
+    EXPECT_THAT(played.output, HasSubstr("PROBLEM script:1: Command 3 (\"Overrun\"): its usage "
+                                         "\"(short\": expected ';' or ')' at the end."));
+    for (const char* line : {"call 1 long 1", "call 1 -> long", "call \"Add\" short 1 -> long 2",
+                             "call 1 long 1 long 2 -> long", "call 1 long 1 -> none",
+                             "background call \"Add\" long 1\nrun"}) {
+        played = playDescribed("expect problems 1\n" + std::string(line));
+        EXPECT_THAT(played.output,
+                    HasSubstr("FAILED script:3: call 1 \"Add\": the usage is (&long) -> long\n"));
+        EXPECT_THAT(played.output, HasSubstr("2 calls into the plug-in")); // none of them this
+    }
+    EXPECT_THAT(playDescribed("call \"add\" long 1 -> long").output,
+                HasSubstr("no command has the name \"add\""));
+}
+
 TEST(TesthostScriptTest, FailuresAndPicturesOfAHost) {
     Played played = Play(R"(
         start
@@ -354,6 +466,38 @@ TEST(TesthostScriptTest, FailuresAndPicturesOfAHost) {
         expect variable "Logo" picture "bytes"
     )");
     EXPECT_TRUE(played.good) << played.output;
+}
+
+TEST(TesthostScriptTest, HostsOutOfTheirOrder) {
+    Played played = Play(R"(
+        set version 7.0
+        set role server
+        set structure off
+        force call 1 long 1 -> long 2
+        start
+        force start
+        fail call 2 -7
+        call 6 -> long 0
+        remember "name"
+        call 6 -> long 0
+        fail memory 2
+        call 15 -> long 1
+        request connect from 5
+        request read 1 5 from 5
+        expect problems 1
+        request disconnect from 5
+        selector -999
+        selector -4 77
+        stop
+        force stop
+        start
+        call 6 -> long 0
+        expect same "name"
+    )");
+    EXPECT_TRUE(played.good) << played.output;
+    EXPECT_THAT(played.output, HasSubstr("only 0 bytes are at its address"));
+    EXPECT_THAT(played.output, HasSubstr("→ process 4 ends (-4)"));
+    EXPECT_EQ(init.hostVersion, 0x0700);
 }
 
 TEST(TesthostScriptTest, WhatTheSystemAnswers) {
@@ -408,6 +552,9 @@ TEST(TesthostScriptTest, EventsOfAreasThatComeWithARecord) {
         area "A" event drag
         expect problems 1
         area "A" delete
+        area "A" create command 6
+        area "A" delete within 84
+        expect call ProgramInfo times 2 # since the event within
     )");
     EXPECT_TRUE(played.good) << played.output;
 }

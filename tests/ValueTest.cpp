@@ -218,6 +218,7 @@ TEST_P(ValueTest, TextsGoIntoTextsAndStringsAsFarAsTheyFit) {
     ValueBlock copy = Text("old");
     ToolboxFailAllocation(1);
     EXPECT_EQ(Text2ValueBlock(&text.text, &copy), ResultCode::MemoryFull);
+    EXPECT_EQ(copy.text.length, 0);
     EXPECT_EQ(Text2ValueBlock(&text.text, &copy), 0);
     EXPECT_EQ(TakeText(copy.text), TakeText(text.text));
 

@@ -93,7 +93,7 @@ void StarsAreaEvent(CXParam* params, CXResult*) {
 constexpr CommandEntry Commands[] = {
     {"Stars", "(long rating) -> string", Stars},
     {"Ask for rating", "(string title; &long rating) -> boolean", AskForRating},
-    {"Stars area", "(&event; &rect; string name; &long area)", StarsAreaEvent},
+    {"Stars area", "area", StarsAreaEvent},
 };
 
 PlugInfo plugInfo = {

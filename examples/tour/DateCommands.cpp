@@ -2,11 +2,15 @@
 #include "platform/Toolbox.h"
 #include "shell/base/Strings.h"
 
+#include <algorithm>
+#include <limits>
 #include <tuple>
 
 namespace {
 
 constexpr long long SecondsPerDay = 86400;
+constexpr short LastYear = 9999; // of the host's dates
+constexpr long long MostDays = LastYear * 366LL;
 enum : short { Sunday = 1, Saturday = 7 };
 
 bool IsEmpty(const DateBlock& date) {
@@ -37,6 +41,12 @@ auto InOrder(const DateBlock& date) {
 
 namespace Tour {
 
+bool IsDate(const DateBlock& date) {
+    const auto isWithin = [](short number, short last) { return number >= 1 && number <= last; };
+    return isWithin(date.year, LastYear) && isWithin(date.month, 12) && isWithin(date.day, 31) &&
+           DateOf(Seconds(date)).day == date.day; // not 30 February
+}
+
 void Weekday(CXParam* params, CXResult* result) {
     static constexpr const char* Names[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
                                             "Thursday", "Friday", "Saturday"};
@@ -52,10 +62,11 @@ void Weekday(CXParam* params, CXResult* result) {
 void NextWorkday(CXParam* params, CXResult* result) {
     DateBlock date;
     params[0].GetDate4D(date);
-    if (!IsEmpty(date)) {
+    if (IsDate(date)) {
         const long days = params[1].GetLong();
         const long long step = days < 0 ? -SecondsPerDay : SecondsPerDay;
-        long long left = days < 0 ? -static_cast<long long>(days) : days;
+        // More days than there are lead out of the calendar all the same.
+        long long left = std::min(days < 0 ? -static_cast<long long>(days) : days, MostDays);
         long long seconds = Seconds(date);
         // Five workdays are a week. The last one to five are walked, so that a count from a
         // weekend ends on a workday too.
@@ -69,6 +80,9 @@ void NextWorkday(CXParam* params, CXResult* result) {
         }
         const LongDateRec next = DateOf(seconds);
         date = {.day = next.day, .month = next.month, .year = next.year};
+        if (next.era != 0 || !IsDate(date)) {
+            date = {};
+        }
     }
     result->SetDate4D(&date);
 }

@@ -22,6 +22,16 @@ void Then(OSErr& error, Next next) {
 constexpr OSErr MissingYet = -43;
 constexpr OSErr BadParameter = -50;
 
+/// A file may hold anything, but a date of the host's is one or empty.
+OSErr TakeDate(const DateBlock& date, CXParam& param) {
+    const bool isEmpty = date.day == 0 && date.month == 0 && date.year == 0;
+    if (!isEmpty && !Tour::IsDate(date)) {
+        return BadParameter;
+    }
+    *param.GetDate4DPtr() = date;
+    return 0;
+}
+
 /// Makes the file and writes the text into it.
 OSErr WriteWhole(const FSSpec& file, CTextBlock& text) {
     short refNum = 0;
@@ -63,9 +73,11 @@ void LoadValues(CXParam* params, CXResult* result) {
     OSErr error = FSMakeFSSpec(0, 0, params[0].GetStringPtr(), &spec);
     if (error == 0) {
         CFileStream file(params[0].GetStringPtr());
+        DateBlock date = {};
         Then(error, [&] { return file.Read(params[1].GetLongPtr()); });
         Then(error, [&] { return file.Read(params[2].GetShortPtr()); });
-        Then(error, [&] { return file.Read(params[3].GetDate4DPtr()); });
+        Then(error, [&] { return file.Read(&date); });
+        Then(error, [&] { return TakeDate(date, params[3]); });
         Then(error, [&] { return file.Read(params[4].GetStringPtr(), 1); });
         Then(error, [&] { return file.Read(params[5].GetCTextBlockPtr(), 1); });
         Then(error, [&] { return file.Read(params[6].GetHandlePtr(), 1); });

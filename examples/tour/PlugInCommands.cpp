@@ -10,10 +10,9 @@ namespace {
 
 /// Adds "label: text" as a line.
 void AppendLine(CTextBlock& text, const char* label, const char* line) {
-    text.Append(label);
-    text.Append(": ");
-    text.Append(line);
-    text.Append("\n");
+    for (const char* const part : {label, ": ", line, "\n"}) {
+        Tour::EmptyAfter(text.Append(part), text);
+    }
 }
 
 /// Adds a folder's path, or the result code that there is instead.

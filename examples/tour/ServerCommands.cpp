@@ -111,7 +111,7 @@ void WhoAmI(CXParam*, CXResult* result) {
     CTextBlock& text = *result->GetCTextBlockPtr();
     text.SetLength(0);
     if (names.Get() != nullptr) {
-        text.Append(names.Get());
+        EmptyAfter(text.Append(names.Get()), text);
     }
 }
 

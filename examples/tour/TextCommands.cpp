@@ -70,7 +70,7 @@ void ChangeHandle(CTextBlock& source, CTextBlock& target, Change change) {
     }
     change(bytes);
     if (GetHandleSize(bytes) <= CTextBlock::MaxLength) {
-        target.SetTo(bytes);
+        Tour::EmptyAfter(target.SetTo(bytes), target);
     }
     DisposeHandle(bytes);
 }
@@ -78,6 +78,12 @@ void ChangeHandle(CTextBlock& source, CTextBlock& target, Change change) {
 } // namespace
 
 namespace Tour {
+
+void EmptyAfter(long error, CTextBlock& text) {
+    if (error != 0) {
+        text.SetLength(0);
+    }
+}
 
 void CountWords(CXParam* params, CXResult* result) {
     long words = 0;
@@ -93,9 +99,7 @@ void CountWords(CXParam* params, CXResult* result) {
 void UpperText(CXParam* params, CXResult* result) {
     CTextBlock* const text = result->GetCTextBlockPtr();
     params[1].SetBoolean(0);
-    if (text->SetTo(params[0].GetCTextBlockPtr()) != 0) {
-        return;
-    }
+    EmptyAfter(text->SetTo(params[0].GetCTextBlockPtr()), *text);
     for (short i = 1; i <= text->GetLength(); ++i) {
         const auto before = static_cast<unsigned char>(text->GetChar(i));
         const unsigned char after = Upper(before);
@@ -131,7 +135,8 @@ void SetLineEndings(CXParam* params, CXResult* result) {
             return;
         }
     }
-    result->GetCTextBlockPtr()->SetTo(params[0].GetCTextBlockPtr()); // no such kind: as it is
+    CTextBlock& text = *result->GetCTextBlockPtr(); // no such kind: as it is
+    EmptyAfter(text.SetTo(params[0].GetCTextBlockPtr()), text);
 }
 
 void ReplaceInText(CXParam* params, CXResult* result) {

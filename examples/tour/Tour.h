@@ -30,10 +30,14 @@ void Base64EncodeText(CXParam* params, CXResult* result);
 void Base64DecodeText(CXParam* params, CXResult* result);
 void SetLineEndings(CXParam* params, CXResult* result);
 void ReplaceInText(CXParam* params, CXResult* result);
+/// After an error a text claims bytes that it could not get: it is emptied.
+void EmptyAfter(long error, CTextBlock& text);
 /// Fills the table that both checksums look up.
 void PrepareChecksums();
 
 // Dates
+/// Whether the host's calendar has it; the empty date is none.
+bool IsDate(const DateBlock& date);
 void Weekday(CXParam* params, CXResult* result);
 void NextWorkday(CXParam* params, CXResult* result);
 void OrderDates(CXParam* params, CXResult* result);

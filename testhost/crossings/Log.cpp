@@ -122,6 +122,7 @@ void CallLog::Add(LoggedCall call) {
     } else {
         ++hostCalls;
         ++countsSinceEntry[call.name];
+        KeepName(call);
     }
     bytes += SizeOf(call);
     calls.push_back(std::move(call));
@@ -131,6 +132,26 @@ void CallLog::Add(LoggedCall call) {
     if (onAdded) {
         onAdded(calls.back());
     }
+}
+
+void CallLog::KeepName(const LoggedCall& call) {
+    constexpr size_t mostNames = 10000;
+    if (call.process != namedProcess) {
+        return;
+    }
+    if (++names.count <= mostNames) {
+        names.first.push_back(call.name);
+    }
+}
+
+void CallLog::BeginNames(long process) {
+    namedProcess = process;
+    names = {};
+}
+
+CallLog::Names CallLog::TakeNames() {
+    namedProcess = 0;
+    return std::exchange(names, {});
 }
 
 void CallLog::DropOldest() {

@@ -82,6 +82,16 @@ class CallLog {
     /// The last call into the host of this selector name; null when there is none.
     const LoggedCall* Last(std::string_view name) const;
 
+    /// Keeps the names of the calls into the host that a process makes from now on, and counts
+    /// them.
+    void BeginNames(long process);
+    struct Names {
+        std::vector<std::string> first; ///< of many only the first 10,000
+        size_t count = 0;
+    };
+    /// Those since BeginNames; ends it.
+    Names TakeNames();
+
     size_t HostCallCount() const { return hostCalls; }     ///< calls into the host
     size_t PluginCallCount() const { return pluginCalls; } ///< calls into the plug-in
 
@@ -93,12 +103,15 @@ class CallLog {
 
   private:
     void DropOldest();
+    void KeepName(const LoggedCall& call);
 
     std::deque<LoggedCall> calls;
     size_t bytes = 0; ///< of these
     LoggedCall spare;
     std::map<std::string, LoggedCall, std::less<>> dropped;      ///< the last of each name
     std::map<std::string, size_t, std::less<>> countsSinceEntry; ///< of calls, by name
+    long namedProcess = 0; ///< whose calls are kept by name; 0 for none
+    Names names;
     size_t hostCalls = 0;
     size_t pluginCalls = 0;
 };

@@ -147,7 +147,8 @@ TypedValue OptionText(const CommandCall& call) {
 }
 
 TypedValue DataFile(const CommandCall& call) {
-    return TextValue(call.TheHost().DataFile());
+    Host& host = call.TheHost();
+    return TextValue(host.options.hasStructure ? host.DataFile() : std::string());
 }
 
 TypedValue ApplicationType(const CommandCall& call) {

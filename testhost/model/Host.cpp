@@ -1,6 +1,7 @@
 #include "testhost/model/Host.h"
 
 #include "platform/Diagnostics.h"
+#include "platform/Toolbox.h"
 #include "testhost/model/Asides.h"
 #include "testhost/model/Network.h"
 #include "testhost/toolbox/Control.h"
@@ -46,6 +47,16 @@ void AddStringList(short number, const std::vector<std::string>& strings) {
                        static_cast<long>(bytes.size()));
 }
 
+void AddOwnLists() {
+    AddStringList(170, {std::begin(ownProcessNames), std::end(ownProcessNames)});
+    AddStringList(163, {std::begin(windowTitles), std::end(windowTitles)});
+}
+
+// Newer hosts name a command when they are asked.
+bool PublishesCommandNames(unsigned short version) {
+    return version <= 0x0800;
+}
+
 std::string WithBackslash(const std::string& folder) {
     return folder.ends_with('\\') ? folder : folder + "\\";
 }
@@ -56,12 +67,11 @@ Host::Host(HostOptions hostOptions)
       scheduler(options.scheduler != nullptr ? options.scheduler : std::make_shared<Scheduler>()),
       strings(Reporting()),
       pictures(Reporting()),
-      variables({true, &strings, HasEngine() ? &pictures : nullptr}),
+      variables(LayoutOfVariables()),
       dialogs({variables, windows, database, Reporting()}) {
     ownThread = GetCurrentThreadId();
     scheduler->Join(*this);
-    AddStringList(170, {std::begin(ownProcessNames), std::end(ownProcessNames)});
-    AddStringList(163, {std::begin(windowTitles), std::end(windowTitles)});
+    AddOwnLists();
     // As with window records: words that nobody may rely on are rubbish.
     globals.fill(reinterpret_cast<void*>(0xA5A5A5A5));
     globals[windowListWord] = windows.Head();
@@ -123,7 +133,7 @@ void Host::HearDebugText(std::string_view text) {
         const size_t end = std::min(text.find_first_of("\r\n"), text.size());
         const std::string_view line = text.substr(0, end);
         text.remove_prefix(std::min(end + 1, text.size()));
-        if (line.starts_with(PluginProblemMark)) {
+        if (complaintsAreProblems && line.starts_with(PluginProblemMark)) {
             Report(Utf8(FromAnsi(line.substr(std::string_view(PluginProblemMark).size()))) + ".");
         } else if (!line.empty() && onDebugText) {
             onDebugText(Utf8(FromAnsi(line)));
@@ -159,8 +169,29 @@ bool Host::RenameCommand(long number, std::string name) {
     return renamed;
 }
 
+ValueLayout Host::LayoutOfVariables() {
+    return {true, &strings, HasEngine() ? &pictures : nullptr};
+}
+
+bool Host::SetVersion(unsigned short version) {
+    const bool publishedNames = PublishesCommandNames(options.version);
+    const unsigned short former = std::exchange(options.version, version);
+    if (!variables.SetLayout(LayoutOfVariables())) {
+        options.version = former;
+        return false;
+    }
+    if (publishedNames && !PublishesCommandNames(version)) {
+        const short currentFile = CurResFile();
+        ToolboxCloseResFile(0); // empties it
+        UseResFile(currentFile);
+        AddOwnLists();
+    }
+    PublishCommandNames();
+    return true;
+}
+
 void Host::PublishCommandNames() const {
-    if (options.version > 0x0800) { // newer hosts name a command when they are asked
+    if (!PublishesCommandNames(options.version)) {
         return;
     }
     std::vector<std::string> names; // item N is that of command N
@@ -175,6 +206,15 @@ void Host::FailNext(std::string_view service, short code) {
 }
 
 std::optional<short> Host::TakeFailure(std::string_view service) {
+    for (CountedFailure& failure : countedFailures) { // each counts by itself
+        --failure.left;
+    }
+    const auto due = std::ranges::find(countedFailures, 0, &CountedFailure::left);
+    if (due != countedFailures.end()) {
+        const short code = due->code;
+        std::erase_if(countedFailures, [](const CountedFailure& each) { return each.left == 0; });
+        return code;
+    }
     for (auto place = failures.begin(); place != failures.end(); ++place) {
         if (place->first == service) {
             const short code = place->second;
@@ -190,15 +230,23 @@ void Host::ReportUnusedFailures() {
         Report(service + " was to fail with " + std::to_string(code) +
                ", but the plug-in did not call it.");
     }
+    for (const CountedFailure& failure : std::exchange(countedFailures, {})) {
+        Report("Call " + std::to_string(failure.count) + " into the host was to fail with " +
+               std::to_string(failure.code) + ", but only " +
+               std::to_string(failure.count - failure.left) + " came.");
+    }
+    ToolboxFailures::ReportUnused(Reporting());
 }
 
 std::string Host::StructureFolder() {
     if (!options.structureFolder.empty()) {
         return WithBackslash(options.structureFolder);
     }
-    std::string folder = scratch.Inside("Structure");
-    MakeFile(folder + options.structureName);
-    return folder;
+    if (ownStructureFolder.empty()) {
+        ownStructureFolder = scratch.Inside("Structure");
+        MakeFile(ownStructureFolder + options.structureName);
+    }
+    return ownStructureFolder;
 }
 
 std::string Host::DataFolder() {

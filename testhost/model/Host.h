@@ -8,6 +8,7 @@
 #include "testhost/model/Process.h"
 #include "testhost/model/ScratchFolder.h"
 #include "testhost/model/StructureResources.h"
+#include "testhost/model/ToolboxFailures.h"
 #include "testhost/screen/Boxes.h"
 #include "testhost/screen/Dialogs.h"
 #include "testhost/screen/Windows.h"
@@ -90,6 +91,8 @@ class Host {
     bool macEnvironment = false;              ///< set by SetupMacOSEnv, cleared by Setup4DEnv
     bool quitRequested = false;
 
+    /// Runs, once, when plug-in code next calls the host, before the call is served.
+    std::function<void()> onNextCall;
     /// Runs whenever plug-in code lets other processes run; may be empty.
     std::function<void()> onYield;
 
@@ -156,6 +159,8 @@ class Host {
 
     /// Notes a misbehaviour of the plug-in, as a whole sentence.
     void Report(const std::string& problem);
+    /// Whether what a plug-in calls a problem is one; else the host has asked for it.
+    bool complaintsAreProblems = true;
     /// Takes notice of what a plug-in told a debugger: each line is a problem or a remark.
     void HearDebugText(std::string_view text);
     /// Takes notice of all that was set aside.
@@ -166,15 +171,21 @@ class Host {
     /// and do nothing else; said several times, the calls after it, in turn. One that is never made
     /// is a problem, see Session::ReportLeaks.
     void FailNext(std::string_view service, short code);
+    /// The same of the `count`-th call from now, whichever service it asks for.
+    void FailCall(long count, short code) { countedFailures.push_back({count, count, code}); }
     /// The code that this call is to fail with, taken out of the account; nothing when it is not.
     std::optional<short> TakeFailure(std::string_view service);
-    /// Reports the failures that are left over, and forgets them.
+    /// Reports the failures that are left over, those of the toolbox among them, and forgets them.
     void ReportUnusedFailures();
 
     // --- What it says of itself ------------------------------------------------------------------
 
     /// Whether the host has the engine call-back (11.0 and later).
     bool HasEngine() const { return options.version >= 0x1100; }
+    /// Makes it just the host that it were if it had been made with this version: to be called
+    /// before its plug-ins start. False, and nothing has changed, when the version would change how
+    /// the variables lie that it has already.
+    bool SetVersion(unsigned short version);
     /// Number that the command of this name answers: 0 single-user, 4 client, 5 server.
     long ApplicationType() const;
     /// Gives a command of the language another name, see Language::RenameCommand. Hosts up to 8.0
@@ -199,10 +210,18 @@ class Host {
     Reporter Reporting() {
         return [this](const std::string& problem) { Report(problem); };
     }
+    ValueLayout LayoutOfVariables();
     void PublishCommandNames() const;
 
     static Host* current;
     std::array<void*, 32> globals{};
     std::vector<std::pair<std::string, short>> failures; ///< FailNext's, oldest first
+    struct CountedFailure {
+        long count; ///< as it was asked for
+        long left;
+        short code;
+    };
+    std::vector<CountedFailure> countedFailures; ///< FailCall's, oldest first
     ScratchFolder scratch;
+    std::string ownStructureFolder; ///< once it was made
 };

@@ -7,79 +7,9 @@
 #include "testhost/toolbox/Control.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstring>
 #include <random>
 
-#include <windows.h>
-
 namespace {
-namespace Request {
-constexpr long Connect = -201;
-constexpr long Disconnect = -202;
-constexpr long Read = -205;
-constexpr long Write = -206;
-constexpr long Cleanup = -207;
-} // namespace Request
-
-// Where the fields of a request stand.
-constexpr size_t idOffset = 0;
-constexpr size_t kindOffset = 4;
-constexpr size_t sizeOffset = 6;
-constexpr size_t cookieOffset = 10;
-constexpr size_t processOffset = 14;
-constexpr size_t lateCookieOffset = 12; // in connection requests of some hosts
-constexpr size_t lateProcessOffset = 16;
-constexpr unsigned char unused = 0xA5; // behind the fields that a request has
-
-template <typename Number>
-void Put(RequestBytes& block, size_t offset, Number number) {
-    std::memcpy(&block[offset], &number, sizeof number);
-}
-
-// How many of so many bytes can be read from an address on.
-size_t Readable(const char* address, size_t size) {
-    constexpr DWORD unreadable = PAGE_NOACCESS | PAGE_GUARD;
-    size_t readable = 0;
-    MEMORY_BASIC_INFORMATION region{};
-    while (readable < size && VirtualQuery(address + readable, &region, sizeof region) != 0 &&
-           region.State == MEM_COMMIT && (region.Protect & unreadable) == 0) {
-        readable = static_cast<size_t>(static_cast<const char*>(region.BaseAddress) +
-                                       region.RegionSize - address);
-    }
-    return std::min(readable, size);
-}
-
-long DataSize(const RequestBytes& block) {
-    long size = 0;
-    std::memcpy(&size, &block[sizeOffset], sizeof size);
-    return size;
-}
-
-// Hosts from 11.3 to 12.1 tell of a client's end with that of its process only.
-bool IsLateHost(const Host& host) {
-    return host.options.version >= 0x1130 && host.options.version < 0x1220;
-}
-
-RequestBytes MakeRequest(long id, short kind, long size, unsigned long cookie) {
-    RequestBytes block;
-    block.fill(unused);
-    Put(block, idOffset, id);
-    Put(block, kindOffset, kind);
-    Put(block, sizeOffset, size);
-    Put(block, cookieOffset, cookie);
-    return block;
-}
-
-RequestBytes MakeConnectRequest(const Host& server, unsigned long cookie, long process) {
-    RequestBytes block;
-    block.fill(unused);
-    const bool late = IsLateHost(server);
-    Put(block, late ? lateCookieOffset : cookieOffset, cookie);
-    Put(block, late ? lateProcessOffset : processOffset, process);
-    return block;
-}
-
 // What a cut or corrupted request still brings.
 void Damage(std::string& bytes, const NetworkFault& fault) {
     if (fault.kind == NetworkFault::Kind::Cut) {
@@ -95,31 +25,6 @@ void Damage(std::string& bytes, const NetworkFault& fault) {
         byte = static_cast<char>(byte ^ bits);
     }
 }
-
-std::string Named(const char* what, long id, short kind) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%s of call 0x%lX, kind %d", what,
-                  static_cast<unsigned long>(id), kind);
-    return text;
-}
-
-// Bytes for the plug-in, in a block that is exactly as large as they are.
-class SentBytes {
-  public:
-    explicit SentBytes(const std::string& bytes) : block(NewPtr(static_cast<long>(bytes.size()))) {
-        if (block != nullptr) {
-            std::memcpy(block, bytes.data(), bytes.size());
-        }
-    }
-    ~SentBytes() { DisposePtr(block); }
-    SentBytes(const SentBytes&) = delete;
-    SentBytes& operator=(const SentBytes&) = delete;
-
-    unsigned long Word() const { return reinterpret_cast<unsigned long>(block); }
-
-  private:
-    Ptr block;
-};
 } // namespace
 
 // A place in the queue, from the request's arrival until the server is done with it. A process that
@@ -194,11 +99,7 @@ bool Network::Connect(Host& client, std::string name) {
     const Turn turn(*this, client);
     Host& host = server->host;
     const Connection made{&client, ++lastCookie, host.AddProcess({.name = std::move(name)})};
-    RequestBytes block = MakeConnectRequest(host, made.cookie, made.process);
-    unsigned long letIn = 0;
-    EnterServer(Request::Connect, block, &letIn,
-                "client in process " + std::to_string(made.process) + " connects");
-    if (letIn == 0) {
+    if (!Request::SendConnect(*server, made.cookie, made.process)) {
         host.FindProcess(made.process)->state = ProcessState::Ended;
         return false;
     }
@@ -226,11 +127,9 @@ bool Network::Disconnect(Host& client) {
         return true;
     }
     Host& host = server->host;
-    if (!IsLateHost(host)) {
+    if (!Request::IsLateHost(host)) {
         const Host::InProcess inside(host, gone.process);
-        RequestBytes block = MakeRequest(0, 0, 0, gone.cookie);
-        EnterServer(Request::Disconnect, block, nullptr,
-                    "client in process " + std::to_string(gone.process) + " disconnects");
+        Request::SendDisconnect(*server, gone.cookie, gone.process);
     }
     if (host.FindProcess(gone.process)->Lives()) {
         host.EndProcess(gone.process);
@@ -293,19 +192,6 @@ OSErr Network::Deliver(Host& client, const std::function<void(const Connection&)
     return ResultCode::NoError;
 }
 
-void Network::EnterServer(long selector, RequestBytes& block, unsigned long* word,
-                          const std::string& what) {
-    RequestBytes expected = block;
-    server->Enter(selector, block.data(), nullptr, word, what);
-    if (selector == Request::Read) { // which alone gives a size back
-        std::copy_n(&block[sizeOffset], sizeof(long), &expected[sizeOffset]);
-    }
-    if (block != expected) {
-        server->host.Report("The plug-in wrote into a request (" + what +
-                            ") where it may only read.");
-    }
-}
-
 OSErr Network::Write(Host& client, long id, short kind, Handle data) {
     if (data != nullptr && ToolboxHandleOwner(data) != 1) {
         client.Report("WriteOnServer came with a handle that is none of the toolbox's.");
@@ -321,38 +207,16 @@ OSErr Network::Write(Host& client, long id, short kind, Handle data) {
     }
     Damage(bytes, fault);
     return Deliver(client, [&](const Connection& connection) {
-        const SentBytes sent(bytes);
-        unsigned long word = data != nullptr ? sent.Word() : 0;
-        RequestBytes block =
-            MakeRequest(id, kind, static_cast<long>(bytes.size()), connection.cookie);
-        EnterServer(Request::Write, block, &word,
-                    Named("write", id, kind) + ", " + std::to_string(bytes.size()) + " bytes");
+        Request::SendWrite(*server, id, kind, connection.cookie,
+                           data != nullptr ? &bytes : nullptr);
     });
 }
 
 // Reads from the server's copy, and has it clean up once the bytes are copied.
-std::string Network::FetchAnswer(const Connection& connection, long id, short kind,
-                                 bool* answered) {
-    RequestBytes block = MakeRequest(id, kind, 0, connection.cookie);
-    unsigned long word = 0;
-    EnterServer(Request::Read, block, &word, Named("read", id, kind));
-    const long size = DataSize(block);
-    *answered = word != 0;
-    std::string bytes;
-    if (size < 0 || (size > 0 && !*answered)) {
-        server->host.Report("The plug-in answered a read with the size " + std::to_string(size) +
-                            (*answered ? "." : " and no data."));
-    } else if (*answered) {
-        const auto* data = reinterpret_cast<const char*>(word);
-        bytes.assign(data, Readable(data, static_cast<size_t>(size)));
-        if (bytes.size() < static_cast<size_t>(size)) {
-            server->host.Report("The plug-in answered a read with the size " +
-                                std::to_string(size) + ", but only " +
-                                std::to_string(bytes.size()) + " bytes are at its address.");
-        }
-    }
-    EnterServer(Request::Cleanup, block, &word, Named("clean-up", id, kind));
-    return bytes;
+Request::Answer Network::FetchAnswer(const Connection& connection, long id, short kind) {
+    Request::Answer answer = Request::SendRead(*server, id, kind, connection.cookie);
+    Request::SendCleanup(*server, id, kind, connection.cookie, answer);
+    return answer;
 }
 
 OSErr Network::Read(Host& client, long id, short kind, Handle* answer) {
@@ -361,14 +225,12 @@ OSErr Network::Read(Host& client, long id, short kind, Handle* answer) {
     if (const std::optional<OSErr> lost = Travel(client, fault)) {
         return *lost;
     }
-    std::string bytes;
-    bool answered = false;
-    const OSErr error = Deliver(client, [&](const Connection& connection) {
-        bytes = FetchAnswer(connection, id, kind, &answered);
-    });
-    if (error != ResultCode::NoError || !answered) {
+    Request::Answer got;
+    const OSErr error = Deliver(
+        client, [&](const Connection& connection) { got = FetchAnswer(connection, id, kind); });
+    if (error != ResultCode::NoError || got.word == 0) {
         return error;
     }
-    Damage(bytes, fault);
-    return PtrToHand(bytes.data(), answer, static_cast<long>(bytes.size()));
+    Damage(got.bytes, fault);
+    return PtrToHand(got.bytes.data(), answer, static_cast<long>(got.bytes.size()));
 }

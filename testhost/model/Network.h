@@ -1,9 +1,9 @@
 #pragma once
 
 #include "platform/Types.h"
+#include "testhost/model/Requests.h"
 #include "testhost/model/Scheduler.h"
 
-#include <array>
 #include <deque>
 #include <functional>
 #include <optional>
@@ -15,10 +15,6 @@ class HostedPlugin;
 
 /// What a client's host answers when there is no server that it is connected to.
 inline constexpr OSErr noServer = -10002;
-
-/// The record of a request to a server's plug-in, with room behind it that the plug-in must leave
-/// alone.
-using RequestBytes = std::array<unsigned char, 32>;
 
 /// What happens to one request on its way.
 struct NetworkFault {
@@ -95,9 +91,7 @@ class Network {
     void DropAbandonedTickets();
     /// Runs `deliver` in the server's process of the client, shown beneath what the client does.
     OSErr Deliver(Host& client, const std::function<void(const Connection&)>& deliver);
-    std::string FetchAnswer(const Connection& connection, long id, short kind, bool* answered);
-    void EnterServer(long selector, RequestBytes& block, unsigned long* word,
-                     const std::string& what);
+    Request::Answer FetchAnswer(const Connection& connection, long id, short kind);
 
     HostedPlugin* server = nullptr;
     std::vector<Connection> connections;

@@ -16,12 +16,13 @@ std::optional<unsigned short> ParseHostVersion(std::string_view text);
 std::string HostVersionText(unsigned short version);
 
 /// What a host is from the start. Every member may also be changed while the host lives,
-/// except the version and the role, which a plug-in reads once at its start.
+/// except the role, which a plug-in reads once at its start, and the version, see Host::SetVersion.
 struct HostOptions {
     unsigned short version = 0x1130; ///< BCD: major, then minor and fix digits
     Role role = Role::SingleUser;
     bool callerCompiled = false; ///< the calling database runs compiled
     bool hostCompiled = false;   ///< the host database runs compiled (11.0 and later)
+    bool hasStructure = true;    ///< a database is open; else its names and folders are not there
     bool messages = true;        ///< progress messages are shown
     bool reals64 = true;         ///< reals are 64-bit
     bool hasGlobals = true;      ///< the host hands out its globals record

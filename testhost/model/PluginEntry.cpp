@@ -177,20 +177,24 @@ long Run(Host& host, const void* function, std::span<void* const> words, const s
     return usual;
 }
 
-constexpr size_t longestCall = 60; // bytes of a call's text in the name of its place
-
 // The script's line and the call, for whatever the plug-in does in it.
 std::string PlaceOf(const Host& host, std::string call) {
-    if (call.size() > longestCall) {
-        size_t end = longestCall;
-        while ((static_cast<unsigned char>(call[end]) & 0xC0) == 0x80) { // in a UTF-8 character
-            --end;
-        }
-        call = call.substr(0, end) + "...";
-    }
+    call = Shortened(std::move(call));
     return host.scriptPlace != nullptr ? *host.scriptPlace + ", " + call : call;
 }
 } // namespace
+
+std::string Shortened(std::string call) {
+    constexpr size_t longestCall = 60; // bytes
+    if (call.size() <= longestCall) {
+        return call;
+    }
+    size_t end = longestCall;
+    while ((static_cast<unsigned char>(call[end]) & 0xC0) == 0x80) { // in a UTF-8 character
+        --end;
+    }
+    return call.substr(0, end) + "...";
+}
 
 long CallPlugin(Host& host, PluginEntry function, void* const words[4], long selector,
                 std::string what, const std::string& who) {

@@ -22,6 +22,9 @@ long CallPlugin(Host& host, PluginEntry function, void* const words[4], long sel
 void CallPluginProcedure(Host& host, const void* function, std::span<void* const> words,
                          const std::string& who);
 
+/// A call's text as it stands in the name of a place: not more than a line.
+std::string Shortened(std::string call);
+
 struct PluginFrame;
 /// The call into a plug-in that the running task is in; null outside. The scheduler keeps it for
 /// each task.

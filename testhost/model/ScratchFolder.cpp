@@ -38,6 +38,9 @@ ScratchFolder::~ScratchFolder() {
 }
 
 const std::string& ScratchFolder::Path() {
+    if (!path.empty()) {
+        return path;
+    }
     const std::wstring start =
         FromAnsi(TemporaryFolder()) + L"testhost-" + std::to_wstring(GetCurrentProcessId()) + L"-";
     for (unsigned number = 1; path.empty(); ++number) {

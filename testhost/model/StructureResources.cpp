@@ -123,6 +123,12 @@ void StructureResources::AddLeftOvers(LeftOvers& leftOvers) const {
     }
 }
 
+void StructureResources::CloseAll() {
+    while (open.size() > 1) {
+        Close(open.rbegin()->first);
+    }
+}
+
 bool StructureResources::IgnoreCase::operator()(const std::string& a, const std::string& b) const {
     return _stricmp(a.c_str(), b.c_str()) < 0;
 }

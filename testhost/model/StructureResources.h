@@ -58,6 +58,8 @@ class StructureResources {
     long NextTimestamp() { return ++changes; }
     /// Adds the files that are open besides the structure's.
     void AddLeftOvers(LeftOvers& leftOvers) const;
+    /// Closes those.
+    void CloseAll();
 
   private:
     struct IgnoreCase {

@@ -1,5 +1,7 @@
 #include "testhost/model/UnderWay.h"
 
+#include "testhost/model/ToolboxFailures.h"
+
 #include <utility>
 
 const EntryUnderWay* EntryUnderWay::innermost = nullptr;
@@ -19,6 +21,7 @@ EntryUnderWay::~EntryUnderWay() {
 void EntryUnderWay::SetInnermost(const EntryUnderWay* entry) {
     if (innermost != entry) {
         innermost = entry;
+        ToolboxFailures::SetEntered(entry != nullptr);
         SetWhereabouts(entry != nullptr ? entry->place : nullptr);
         if (onChanged) {
             onChanged(entry);

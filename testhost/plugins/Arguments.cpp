@@ -6,10 +6,11 @@
 #include <algorithm>
 #include <map>
 #include <stdexcept>
+#include <utility>
 
 namespace {
-constexpr size_t guardSize = 16;
 constexpr unsigned char guardByte = 0xC7;
+constexpr unsigned char voidByte = 0xDD;
 constexpr unsigned long untouchedCell = 0x454E4F4E; // in a cell that is to hold no result
 
 bool ResultNeedsStorage(ValueKind kind) {
@@ -18,43 +19,11 @@ bool ResultNeedsStorage(ValueKind kind) {
 }
 } // namespace
 
-TypedStorage::TypedStorage(const TypedValue& value, bool isCompiled)
-    : shape(value),
-      compiled(isCompiled),
-      size(StoredSize(value, {isCompiled})),
-      bytes(size + 2 * guardSize, guardByte) {
-    std::fill_n(bytes.begin() + guardSize, size, 0);
-    Store(value, {compiled}, &bytes[guardSize]);
-    firstParts = Parts();
-    firstFault = FaultNow();
+LentBytes::LentBytes(size_t itsSize) : size(itsSize), bytes(size + 2 * guardSize, guardByte) {
+    std::fill_n(Begin(), size, 0);
 }
 
-TypedStorage::~TypedStorage() {
-    FreeParts(PartsWithout(Parts(), disowned), {compiled});
-}
-
-void* TypedStorage::Address() {
-    return size == 0 ? nullptr : &bytes[guardSize];
-}
-
-TypedValue TypedStorage::Read() const {
-    return Fetch(shape, {compiled}, &bytes[guardSize]);
-}
-
-std::optional<std::string> TypedStorage::FaultNow() const {
-    return StorageFault(shape, {compiled}, &bytes[guardSize]);
-}
-
-std::optional<std::string> TypedStorage::Fault() const {
-    std::optional<std::string> fault = FaultNow();
-    return fault == firstFault ? std::nullopt : fault;
-}
-
-BlockParts TypedStorage::Parts() const {
-    return StoredParts(shape, {compiled}, &bytes[guardSize]);
-}
-
-std::optional<std::string> TypedStorage::GuardProblem() const {
+std::optional<std::string> LentBytes::GuardProblem() const {
     auto isWhole = [](auto begin) {
         return std::all_of(begin, begin + guardSize,
                            [](unsigned char byte) { return byte == guardByte; });
@@ -67,10 +36,71 @@ std::optional<std::string> TypedStorage::GuardProblem() const {
     return std::string(before ? "behind" : "before") + " its " + std::to_string(size) + " bytes";
 }
 
+void LentBytes::Void() {
+    writtenBefore = writtenBefore || (!last.empty() && bytes != last);
+    std::fill_n(Begin(), size, voidByte);
+    TakeBack();
+}
+
+bool LentBytes::WereWritten() {
+    const bool written = bytes != last;
+    TakeBack();
+    return std::exchange(writtenBefore, false) || written;
+}
+
+TypedStorage::TypedStorage(const TypedValue& value, bool isCompiled)
+    : shape(value),
+      compiled(isCompiled),
+      bytes(std::make_shared<LentBytes>(StoredSize(value, {isCompiled}))) {
+    Store(value, {compiled}, bytes->Begin());
+    firstParts = Parts();
+    firstFault = FaultNow();
+}
+
+TypedStorage::~TypedStorage() {
+    FreeParts(PartsWithout(Parts(), disowned), {compiled});
+    bytes->Void();
+}
+
+void* TypedStorage::Address() {
+    return bytes->Size() == 0 ? nullptr : bytes->Begin();
+}
+
+TypedValue TypedStorage::Read() const {
+    return Fetch(shape, {compiled}, bytes->Begin());
+}
+
+std::optional<std::string> TypedStorage::FaultNow() const {
+    return StorageFault(shape, {compiled}, bytes->Begin());
+}
+
+std::optional<std::string> TypedStorage::Fault() const {
+    std::optional<std::string> fault = FaultNow();
+    return fault == firstFault ? std::nullopt : fault;
+}
+
+BlockParts TypedStorage::Parts() const {
+    return StoredParts(shape, {compiled}, bytes->Begin());
+}
+
 Arguments::Arguments(const std::vector<TypedValue>& values, bool compiled) {
     for (const TypedValue& value : values) {
         storage.push_back(std::make_unique<TypedStorage>(value, compiled));
         pointers.push_back(storage.back()->Address());
+    }
+}
+
+bool Arguments::Accepts(ValueKind kind) {
+    switch (kind) {
+    case ValueKind::None:
+    case ValueKind::Time:
+    case ValueKind::Blob:
+    case ValueKind::Undefined:
+    case ValueKind::UnicodeText:
+    case ValueKind::UnicodeTextArray:
+        return false;
+    default:
+        return true;
     }
 }
 
@@ -88,15 +118,16 @@ bool ResultCell::Accepts(ValueKind kind) {
 }
 
 ResultCell::ResultCell(ValueKind resultKind)
-    : kind(resultKind), cell(resultKind == ValueKind::None ? untouchedCell : 0) {
+    : kind(resultKind), bytes(std::make_shared<LentBytes>(sizeof(unsigned long))) {
     if (!Accepts(kind)) {
         throw std::invalid_argument("a command cannot have a result of the kind " +
                                     std::string(KindName(kind)));
     }
+    *Cell() = kind == ValueKind::None ? untouchedCell : 0;
     if (ResultNeedsStorage(kind)) {
         storage = std::make_unique<TypedStorage>(EmptyValue(kind), false);
         storageAddress = reinterpret_cast<unsigned long>(storage->Address());
-        cell = storageAddress;
+        *Cell() = storageAddress;
     }
 }
 
@@ -104,13 +135,21 @@ ResultCell::~ResultCell() {
     if (storage == nullptr) {
         FreeParts(PartsWithout(Parts(), disowned), {});
     }
+    bytes->Void();
+}
+
+std::vector<std::shared_ptr<LentBytes>> ResultCell::Bytes() const {
+    if (storage == nullptr) {
+        return {bytes};
+    }
+    return {bytes, storage->Bytes()};
 }
 
 TypedValue ResultCell::Read() const {
-    auto word = static_cast<long>(cell);
+    auto word = static_cast<long>(Word());
     switch (kind) {
     case ValueKind::None:
-        return cell == untouchedCell ? NoValue() : LongValue(word);
+        return Word() == untouchedCell ? NoValue() : LongValue(word);
     case ValueKind::Short:
         return ShortValue(static_cast<short>(word));
     case ValueKind::Boolean:
@@ -118,32 +157,35 @@ TypedValue ResultCell::Read() const {
     case ValueKind::Long:
         return LongValue(word);
     case ValueKind::Picture:
-        return Fetch(NullValue(kind), {}, CellBytes());
+        return Fetch(NullValue(kind), {}, bytes->Begin());
     default:
         return storage->Read();
     }
 }
 
 std::optional<std::string> ResultCell::GuardProblem() const {
+    if (auto problem = bytes->GuardProblem()) {
+        return problem;
+    }
     if (storage == nullptr) {
         bool isExtended = kind != ValueKind::Short ||
-                          static_cast<long>(cell) == static_cast<short>(cell & 0xFFFF);
+                          static_cast<long>(Word()) == static_cast<short>(Word() & 0xFFFF);
         return isExtended ? std::nullopt : std::optional("without extending it to 32 bits");
     }
-    if (cell != storageAddress) {
+    if (Word() != storageAddress) {
         return "over the address of its storage";
     }
     return storage->GuardProblem();
 }
 
 std::optional<std::string> ResultCell::Fault() const {
-    if (cell != storageAddress && storage != nullptr) {
+    if (Word() != storageAddress && storage != nullptr) {
         return std::nullopt; // nothing was put where it belongs, which is said already
     }
-    if (kind == ValueKind::Boolean && cell > 1) {
-        return "the boolean " + std::to_string(cell) + ", which is neither 0 nor 1";
+    if (kind == ValueKind::Boolean && Word() > 1) {
+        return "the boolean " + std::to_string(Word()) + ", which is neither 0 nor 1";
     }
-    return storage != nullptr ? storage->Fault() : ScalarFault(kind, CellBytes(), {});
+    return storage != nullptr ? storage->Fault() : ScalarFault(kind, bytes->Begin(), {});
 }
 
 BlockParts ResultCell::Parts() const {
@@ -151,7 +193,7 @@ BlockParts ResultCell::Parts() const {
     if (storage != nullptr) {
         return storage->Parts();
     }
-    AddScalarParts(kind, CellBytes(), parts);
+    AddScalarParts(kind, bytes->Begin(), parts);
     return parts;
 }
 

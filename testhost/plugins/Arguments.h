@@ -10,6 +10,33 @@
 
 class HostVariables;
 
+/// Bytes that a plug-in may write to while a command is under way, with guard bytes on both sides.
+/// Who keeps them for longer sees whether they were written to later.
+class LentBytes {
+  public:
+    explicit LentBytes(size_t itsSize);
+
+    unsigned char* Begin() { return &bytes[guardSize]; }
+    const unsigned char* Begin() const { return &bytes[guardSize]; }
+    size_t Size() const { return size; }
+    /// What is wrong with the guard bytes; nothing when they are whole.
+    std::optional<std::string> GuardProblem() const;
+    /// The command is over: nobody writes to them any more.
+    void TakeBack() { last = bytes; }
+    /// The same, and what is in them is void: whoever still reads it finds nothing useful.
+    void Void();
+    /// Whether they were written to since they were taken back; says so once.
+    bool WereWritten();
+
+  private:
+    static constexpr size_t guardSize = 16;
+
+    size_t size;
+    std::vector<unsigned char> bytes; ///< guard, value, guard
+    std::vector<unsigned char> last;  ///< what they were when they were taken back; or empty
+    bool writtenBefore = false;       ///< since then, and before they became void
+};
+
 /// Storage of one value in the host's layout, with guard bytes on both sides. Handles in it are
 /// toolbox handles; whatever it holds at the end is freed with it, unless it was disowned.
 class TypedStorage {
@@ -22,10 +49,13 @@ class TypedStorage {
     TypedStorage& operator=(const TypedStorage&) = delete;
 
     void* Address();
-    /// The value that is in the storage now.
+    /// For keeping them longer than this, see LentBytes.
+    const std::shared_ptr<LentBytes>& Bytes() const { return bytes; }
+    /// The value that is in the storage now; and what it was at first.
     TypedValue Read() const;
-    /// What is wrong with the guard bytes; nothing when they are whole.
-    std::optional<std::string> GuardProblem() const;
+    const TypedValue& First() const { return shape; }
+    /// See LentBytes.
+    std::optional<std::string> GuardProblem() const { return bytes->GuardProblem(); }
     /// What is wrong with the value that is in it now, and was not at first, see ScalarFault.
     std::optional<std::string> Fault() const;
     /// What it holds now; and of that, what it did not hold at first.
@@ -42,14 +72,16 @@ class TypedStorage {
     BlockParts firstParts;
     BlockParts disowned;
     std::optional<std::string> firstFault; ///< whoever chose the value may have chosen a wrong one
-    size_t size;
-    std::vector<unsigned char> bytes; ///< guard, value, guard
+    std::shared_ptr<LentBytes> bytes;
 };
 
 /// The parameters of a command call: the host's array of pointers to their storage.
 class Arguments {
   public:
     explicit Arguments(const std::vector<TypedValue>& values, bool compiled = false);
+
+    /// Whether a command can have a parameter of this kind.
+    static bool Accepts(ValueKind kind);
 
     size_t Count() const { return storage.size(); }
     /// The parameter array to hand to the plug-in (a CXParam per element).
@@ -78,7 +110,9 @@ class ResultCell {
     /// Whether a command can have a result of this kind.
     static bool Accepts(ValueKind kind);
 
-    unsigned long* Cell() { return &cell; }
+    unsigned long* Cell() { return reinterpret_cast<unsigned long*>(bytes->Begin()); }
+    /// For keeping them longer than this: the cell, and its storage when it has one.
+    std::vector<std::shared_ptr<LentBytes>> Bytes() const;
     /// The result as it is now. A cell without a type that was written to reads as a long.
     TypedValue Read() const;
     std::optional<std::string> GuardProblem() const;
@@ -88,10 +122,10 @@ class ResultCell {
     void Disown(const BlockParts& parts);
 
   private:
-    const unsigned char* CellBytes() const { return reinterpret_cast<const unsigned char*>(&cell); }
+    unsigned long Word() const { return *reinterpret_cast<const unsigned long*>(bytes->Begin()); }
 
     ValueKind kind;
-    unsigned long cell;
+    std::shared_ptr<LentBytes> bytes; ///< the cell
     unsigned long storageAddress = 0;
     std::unique_ptr<TypedStorage> storage; ///< of a picture none: the cell is it
     BlockParts disowned;

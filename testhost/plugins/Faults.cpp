@@ -2,6 +2,7 @@
 
 #include "platform/CallingConvention.h"
 #include "testhost/model/Scheduler.h"
+#include "testhost/plugins/Surroundings.h"
 #include "testhost/values/Encodings.h"
 
 #include <cstdio>
@@ -89,14 +90,14 @@ FaultRecorder::Record(EXCEPTION_POINTERS* pointers) {
     const EXCEPTION_RECORD& fault = *pointers->ExceptionRecord;
     if (current != nullptr && current->thread == GetCurrentThreadId() &&
         IsFault(fault.ExceptionCode) &&
-        (current->library == nullptr || current->library == ModuleOf(fault.ExceptionAddress))) {
+        (current->places == Where::Anywhere || !IsOfWindows(ModuleOf(fault.ExceptionAddress)))) {
         current->last = DescribeFault(fault, AddressText(fault.ExceptionAddress));
     }
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
-FaultRecorder::FaultRecorder(void* ofLibrary)
-    : library(ofLibrary),
+FaultRecorder::FaultRecorder(Where itsPlaces)
+    : places(itsPlaces),
       handler(AddVectoredExceptionHandler(1, Record)),
       thread(GetCurrentThreadId()) {
     current = this;

@@ -25,9 +25,11 @@ bool IsFault(unsigned long exceptionCode);
 /// happens in DllMain and in static objects to itself.
 class FaultRecorder {
   public:
-    /// With a library, only what happens in its own code: what it asks of the system may fault and
-    /// be handled there.
-    explicit FaultRecorder(void* library = nullptr);
+    enum class Where {
+        Anywhere,
+        OutsideOfWindows, ///< what plug-ins ask of Windows may fault and be handled there
+    };
+    explicit FaultRecorder(Where itsPlaces);
     ~FaultRecorder();
     FaultRecorder(const FaultRecorder&) = delete;
     FaultRecorder& operator=(const FaultRecorder&) = delete;
@@ -39,7 +41,7 @@ class FaultRecorder {
     static long __attribute__((__stdcall__)) Record(struct _EXCEPTION_POINTERS* pointers);
     static FaultRecorder* current;
 
-    void* library;
+    Where places;
     void* handler;
     unsigned long thread;
     std::optional<std::string> last;

@@ -2,10 +2,14 @@
 
 #include "testhost/plugins/Faults.h"
 #include "testhost/plugins/PortableExecutable.h"
+#include "testhost/plugins/Surroundings.h"
 #include "testhost/values/Encodings.h"
 
+#include <algorithm>
 #include <fstream>
+#include <functional>
 #include <iterator>
+#include <map>
 #include <set>
 #include <utility>
 #include <vector>
@@ -14,6 +18,12 @@
 
 namespace {
 std::vector<std::string> unloadFaults;
+
+void KeepUnloadFault(const std::string& fault) {
+    if (std::ranges::find(unloadFaults, fault) == unloadFaults.end()) {
+        unloadFaults.push_back(fault);
+    }
+}
 
 [[noreturn]] void Fail(const std::filesystem::path& path, const std::string& reason) {
     throw PluginLoadError(Shown(path) + ": " + reason);
@@ -72,8 +82,8 @@ std::string MissingImports(const std::filesystem::path& folder,
     return missing;
 }
 
-HMODULE Load(const std::filesystem::path& path) {
-    const FaultRecorder recorder;
+HMODULE LoadModule(const std::filesystem::path& path) {
+    const FaultRecorder recorder(FaultRecorder::Where::Anywhere);
     HMODULE loaded = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     const DWORD error = GetLastError();
     if (loaded == nullptr && recorder.Last()) {
@@ -89,37 +99,101 @@ HMODULE Load(const std::filesystem::path& path) {
     return loaded;
 }
 
-PluginEntry FindEntry(HMODULE module, const char* name) {
-    return reinterpret_cast<PluginEntry>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+template <typename Function>
+Function FindEntry(HMODULE module, const char* name) {
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
+// Throws when the file cannot be loaded as a plug-in. One that could is not looked at again as long
+// as it is the same.
+void CheckFile(const std::filesystem::path& file, const std::filesystem::path& asGiven) {
+    static std::map<std::filesystem::path, std::filesystem::file_time_type> checked;
+    std::error_code error;
+    const auto written = std::filesystem::last_write_time(file, error);
+    if (const auto former = checked.find(file);
+        former != checked.end() && !error && former->second == written) {
+        return;
+    }
+    const PortableExecutable executable = ReadExecutable(asGiven);
+    const std::string missing = MissingImports(file.parent_path(), executable);
+    if (!missing.empty()) {
+        Fail(asGiven, "the library imports what is not there:" + missing);
+    }
+    checked[file] = written;
+}
+
+// What was in the process before it loaded a plug-in for the first time. To look takes as long as
+// to load one.
+Surroundings& BeforePlugins() {
+    static Surroundings before = Surroundings::Now();
+    return before;
+}
+
+// Threads that plug-ins have started and that still run; each is told once.
+std::vector<std::string> NewThreads() {
+    std::vector<std::string> threads = BeforePlugins().ThreadsSince();
+    if (!threads.empty()) {
+        BeforePlugins() = Surroundings::Now();
+    }
+    return threads;
 }
 } // namespace
 
-PluginLibrary::PluginLibrary(const std::filesystem::path& path) {
-    std::filesystem::path full = std::filesystem::absolute(path);
-    PortableExecutable executable = ReadExecutable(path);
-    std::string missing = MissingImports(full.parent_path(), executable);
-    if (!missing.empty()) {
-        Fail(path, "the library imports what is not there:" + missing);
-    }
-    HMODULE loaded = Load(full);
-    entries = {FindEntry(loaded, "FourDPack"), FindEntry(loaded, "FourDPackex")};
-    if (entries.pack == nullptr) {
-        FreeLibrary(loaded);
-        Fail(path, "the library does not export FourDPack, the entry point of a plug-in.");
-    }
-    module = loaded;
-    folder = full.parent_path().make_preferred() / "";
+PluginLibrary::PluginLibrary(const std::filesystem::path& path)
+    : file(std::filesystem::absolute(path)) {
+    CheckFile(file, path);
+    BeforePlugins();
+    folder = file.parent_path().make_preferred() / "";
+    Load();
 }
 
-void PluginLibrary::Unload() {
+void PluginLibrary::Load() {
+    HMODULE loaded = LoadModule(file);
+    entries = {FindEntry<PluginEntry>(loaded, "FourDPack"),
+               FindEntry<PluginEntry>(loaded, "FourDPackex"),
+               FindEntry<PlugInfoEntry>(loaded, "FourDPlugInfo")};
+    if (entries.pack == nullptr) {
+        FreeLibrary(loaded);
+        Fail(file, "the library does not export FourDPack, the entry point of a plug-in.");
+    }
+    module = loaded;
+}
+
+void PluginLibrary::Reload(long rounds) {
+    std::vector<unsigned long> handles; // of the process, after each round
+    for (long round = 0; round < rounds; ++round) {
+        Unload(true);
+        Load();
+        handles.push_back(CountHandles());
+    }
+    // What the first round leaves may be Windows' own.
+    const bool grows =
+        rounds >= 3 && std::ranges::adjacent_find(handles, std::greater_equal()) == handles.end();
+    if (grows) {
+        KeepUnloadFault("The process has " + std::to_string(handles.back() - handles.front()) +
+                        " more kernel handles after the library was loaded again " +
+                        std::to_string(rounds - 1) + " times.");
+    }
+}
+
+void PluginLibrary::Unload(bool isAlone) {
     if (module == nullptr) {
         return;
     }
-    const FaultRecorder recorder(module);
-    FreeLibrary(static_cast<HMODULE>(std::exchange(module, nullptr)));
+    HMODULE leaving = static_cast<HMODULE>(std::exchange(module, nullptr));
+    entries = {};
+    const std::vector<std::string> threads = NewThreads();
+    std::ranges::for_each(threads, KeepUnloadFault);
+    if (!threads.empty()) {
+        return;
+    }
+    const FaultRecorder recorder(FaultRecorder::Where::OutsideOfWindows);
+    FreeLibrary(leaving);
     if (recorder.Last()) {
-        unloadFaults.push_back("The library crashed when it was unloaded, at " + *recorder.Last() +
-                               ".");
+        KeepUnloadFault("The library crashed when it was unloaded, at " + *recorder.Last() + ".");
+    }
+    if (isAlone) {
+        std::ranges::for_each(BeforePlugins().LibrariesSince(), KeepUnloadFault);
     }
 }
 

@@ -28,10 +28,16 @@ class PluginLibrary {
     PluginLibrary(const PluginLibrary&) = delete;
     PluginLibrary& operator=(const PluginLibrary&) = delete;
 
-    /// Unloads it, if that has not been done; what crashes then, in DllMain or in a static object,
-    /// is kept for TakeUnloadFaults.
-    void Unload();
-    /// How libraries crashed when they were unloaded, as sentences.
+    /// Unloads it, if that has not been done. Kept for TakeUnloadFaults: what crashes then, in
+    /// DllMain or in a static object, and threads that still run, in which case it stays loaded:
+    /// they would crash where its code was. `isAlone`: no other plug-in was loaded since, so that
+    /// libraries that were, unless they are Windows' own, have to be gone with it.
+    void Unload(bool isAlone = false);
+    /// Unloads it, alone, and loads it again, so often. Throws as the constructor does, and nothing
+    /// is loaded then. TakeUnloadFaults also tells of kernel handles where each round but the
+    /// first, of three or more, left some.
+    void Reload(long rounds);
+    /// What went wrong when libraries were unloaded, as sentences.
     static std::vector<std::string> TakeUnloadFaults();
 
     EntryPoints Entries() const { return entries; }
@@ -39,6 +45,9 @@ class PluginLibrary {
     const std::filesystem::path& Folder() const { return folder; }
 
   private:
+    void Load();
+
+    std::filesystem::path file; ///< its whole path
     void* module = nullptr;
     EntryPoints entries;
     std::filesystem::path folder;

@@ -11,6 +11,7 @@
 namespace {
 // More than any real file has; they end tables and names that lead nowhere.
 constexpr size_t maxImports = 20000;
+constexpr size_t maxExports = 20000;
 constexpr size_t maxName = 1024;
 
 class Reader {
@@ -65,6 +66,20 @@ void ReadImportsOf(const Reader& reader, const IMAGE_IMPORT_DESCRIPTOR& descript
         bool byOrdinal = (thunk.u1.Ordinal & IMAGE_ORDINAL_FLAG32) != 0;
         size_t name = reader.FileOffset(thunk.u1.AddressOfData) + sizeof(WORD); // after the hint
         imports.push_back({library, byOrdinal ? std::string() : reader.Text(name)});
+    }
+}
+
+void ReadExports(const Reader& reader, DWORD address, std::vector<std::string>& exports) {
+    IMAGE_EXPORT_DIRECTORY directory;
+    if (address == 0 || !reader.Read(reader.FileOffset(address), directory)) {
+        return;
+    }
+    const size_t names = reader.FileOffset(directory.AddressOfNames);
+    DWORD name = 0;
+    for (size_t number = 0; number < std::min<size_t>(directory.NumberOfNames, maxExports) &&
+                            reader.Read(names + number * sizeof name, name);
+         ++number) {
+        exports.push_back(reader.Text(reader.FileOffset(name)));
     }
 }
 
@@ -176,5 +191,7 @@ std::optional<PortableExecutable> PortableExecutable::Parse(std::span<const unsi
         ReadImportsOf(reader, descriptor, result.imports);
         offset += sizeof descriptor;
     }
+    ReadExports(reader, optional.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT].VirtualAddress,
+                result.exports);
     return result;
 }

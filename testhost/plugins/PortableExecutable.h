@@ -15,6 +15,7 @@ struct PortableExecutable {
     unsigned short machine = 0; ///< 0x014C is 32-bit x86
     bool isLibrary = false;
     std::vector<Import> imports;
+    std::vector<std::string> exports; ///< names
 
     /// Reads the bytes of a whole file; nothing when they are no PE file.
     static std::optional<PortableExecutable> Parse(std::span<const unsigned char> file);

@@ -9,12 +9,15 @@
 
 #include <algorithm>
 #include <new>
+#include <stdexcept>
+#include <utility>
 
 // All sessions share one toolbox: each of its problems is reported once.
 long Session::toolboxProblemsSeen = 0;
 
 namespace {
 constexpr unsigned long notWritten = 0xDEADBEEF;
+constexpr size_t mostCommandsOver = 16; // whose storage is watched
 
 // By ToolboxLeftOver::Kind.
 constexpr LeftOvers::Kind kinds[] = {{"handle"},
@@ -49,6 +52,22 @@ std::string CommandText(long command, const Arguments& arguments) {
         text += (number > 1 ? ", " : "") + Describe(arguments.At(number));
     }
     return text + ")";
+}
+// What of a parameter is the command's to change: not what a pointer leads to, which is the
+// caller's variable.
+TypedValue WithoutTargets(TypedValue value) {
+    if (value.kind == ValueKind::Pointer) {
+        value.inner.clear();
+    }
+    for (TypedValue& inner : value.inner) {
+        inner = WithoutTargets(std::move(inner));
+    }
+    return value;
+}
+
+// Described they are compared as people see them: one that is not a number is like another.
+bool IsSame(const TypedValue& one, const TypedValue& other) {
+    return one == other || Describe(one) == Describe(other);
 }
 } // namespace
 
@@ -88,6 +107,7 @@ void Session::Start(long selector) {
         Enter(selector, &block, nullptr, nullptr, "start");
     }
     started = true;
+    wasStarted = true;
     if (block.acceptedVersion != host.options.version) {
         host.Report("The plug-in did not write the host's version into the fifth word of the "
                     "initialisation record.");
@@ -110,13 +130,76 @@ void Session::ProcessEnd(long number) {
     host.EndProcess(number);
 }
 
+const CommandTable* Session::Commands() {
+    if (entries.describe != nullptr) {
+        table = CommandTable::Read(std::exchange(entries.describe, nullptr));
+    }
+    return table ? &*table : nullptr;
+}
+
 TypedValue Session::Call(long command, Arguments& arguments, ValueKind result) {
     ResultCell cell(result);
-    Enter(command, arguments.Array(), nullptr, cell.Cell(), CommandText(command, arguments));
+    const std::string call = CommandText(command, arguments);
+    Enter(command, arguments.Array(), nullptr, cell.Cell(), call);
     for (const std::string& problem : CheckCall(arguments, cell, host.variables)) {
         host.Report("Command " + std::to_string(command) + ": " + problem + ".");
     }
+    CheckUsage(command, arguments);
+    TakeBack(call, arguments, cell);
     return cell.Read();
+}
+
+// A parameter that does not hold together was told already.
+void Session::CheckUsage(long command, Arguments& arguments) {
+    const DescribedCommand* described = Commands() != nullptr ? Commands()->Find(command) : nullptr;
+    if (described == nullptr || !described->usage) {
+        return;
+    }
+    const auto& parameters = described->usage->parameters;
+    for (size_t number = 1; number <= std::min(parameters.size(), arguments.Count()); ++number) {
+        const TypedStorage& storage = arguments.StorageAt(number);
+        if (!parameters[number - 1].changes && !storage.Fault() &&
+            !IsSame(WithoutTargets(storage.Read()), WithoutTargets(storage.First()))) {
+            host.Report("Command " + described->Title() + " changed parameter " +
+                        std::to_string(number) + ", which its usage " + described->ShownUsage() +
+                        " does not say (&).");
+        }
+    }
+}
+
+void Session::TakeBack(const std::string& call, Arguments& arguments, const ResultCell& result) {
+    LentCall lent{.call = Shortened(call), .parameters = {}, .result = result.Bytes()};
+    if (host.scriptPlace != nullptr) {
+        lent.call += " (" + *host.scriptPlace + ")";
+    }
+    for (size_t number = 1; number <= arguments.Count(); ++number) {
+        lent.parameters.push_back(arguments.StorageAt(number).Bytes());
+        lent.parameters.back()->TakeBack();
+    }
+    for (const auto& bytes : lent.result) {
+        bytes->TakeBack();
+    }
+    over.push_back(std::move(lent));
+    if (over.size() > mostCommandsOver) {
+        over.pop_front();
+    }
+}
+
+void Session::CheckTakenBack() {
+    for (const LentCall& lent : over) {
+        const auto check = [&](LentBytes& bytes, const std::string& what) {
+            if (bytes.WereWritten()) {
+                host.Report("The storage of " + what + " of " + lent.call +
+                            " was written after the command was over.");
+            }
+        };
+        for (size_t number = 1; number <= lent.parameters.size(); ++number) {
+            check(*lent.parameters[number - 1], "parameter " + std::to_string(number));
+        }
+        for (const auto& bytes : lent.result) {
+            check(*bytes, "the result");
+        }
+    }
 }
 
 TypedValue Session::Call(long command, const std::vector<TypedValue>& values, ValueKind result) {
@@ -125,6 +208,9 @@ TypedValue Session::Call(long command, const std::vector<TypedValue>& values, Va
 }
 
 void Session::Enter(long selector, void* params, void* data, void* result, std::string what) {
+    if (entries.pack == nullptr) {
+        throw std::runtime_error("the plug-in's library is not loaded");
+    }
     bool extended = (selector == -200 || selector == -220) && entries.packEx != nullptr;
     void* const words[4] = {Word(selector), params, data, result};
     const bool outermost = host.log.depth == 0 && !host.scheduler->InOwnProcess();
@@ -142,6 +228,7 @@ void Session::Enter(long selector, void* params, void* data, void* result, std::
         host.Report("The entry point left " + std::to_string(left) +
                     " bytes of its arguments on the stack: it must remove them (stdcall).");
     }
+    CheckTakenBack();
     host.HearAsides();
     CollectToolboxProblems(host);
     ToolboxClearProblems(); // it keeps so many, and the next call may have as many
@@ -160,6 +247,21 @@ void Session::CollectToolboxProblems(Host& host) {
 
 void Session::ReportLeaks() {
     ReportHostLeaks();
+    ReportToolboxLeftOvers();
+}
+
+void Session::ReportLeaksSoFar() {
+    const HostVariables::Values values = host.variables.ReadAll();
+    ReportHostLeftOvers();
+    ReportToolboxLeftOvers();
+    host.strings.TakeOver();
+    host.pictures.TakeOver();
+    host.structureResources.CloseAll();
+    firstSerial = ToolboxLastSerial();
+    host.variables.SetAll(values);
+}
+
+void Session::ReportToolboxLeftOvers() {
     ToolboxCheckAll();
     CollectToolboxProblems(host);
     struct {
@@ -192,6 +294,12 @@ void Session::ReportLeaks() {
 }
 
 void Session::ReportHostLeaks() {
+    ReportHostLeftOvers();
+    host.ReportUnusedFailures();
+}
+
+void Session::ReportHostLeftOvers() {
+    CheckTakenBack();
     host.dialogs.ReportLeaks();
     for (const std::string& fault : host.variables.TakeFaults()) {
         host.Report(fault);
@@ -205,5 +313,4 @@ void Session::ReportHostLeaks() {
     host.pictures.AddLeftOvers(leftOvers);
     host.structureResources.AddLeftOvers(leftOvers);
     leftOvers.Report([this](const std::string& sentence) { host.Report(sentence); });
-    host.ReportUnusedFailures();
 }

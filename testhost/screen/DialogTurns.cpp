@@ -207,6 +207,8 @@ void Perform(Dialog& dialog, const UserAction& action, DialogTurn& turn) {
         return End(dialog, FormAction::Validate, turn);
     case Kind::Cancel:
         return End(dialog, FormAction::Cancel, turn);
+    case Kind::Dying:
+        return action.look(dialog.State());
     case Kind::Look:
         break;
     }
@@ -219,6 +221,8 @@ std::vector<EventRecord> EventsOf(const UserAction& action, const DialogObject* 
     event.where = object != nullptr ? Middle(object->rect) : Point{};
     event.what = keyDown;
     switch (action.kind) {
+    case UserAction::Kind::Dying:
+        return events;
     case UserAction::Kind::Type:
         for (const char character : action.text) {
             event.message = static_cast<unsigned char>(character);
@@ -263,6 +267,8 @@ std::string UserAction::Describe() const {
         return "validates";
     case Kind::Cancel:
         return "cancels";
+    case Kind::Dying:
+        return "does nothing; the process is asked to end";
     case Kind::Look:
         break;
     }

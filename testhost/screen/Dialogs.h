@@ -67,13 +67,13 @@ struct DialogState {
 
 /// What the user does in one turn of a dialog.
 struct UserAction {
-    enum class Kind { Type, Click, Choose, Check, Page, Drag, Validate, Cancel, Look };
+    enum class Kind { Type, Click, Choose, Check, Page, Drag, Validate, Cancel, Dying, Look };
 
     Kind kind = Kind::Cancel;
     std::string object = {};
     std::string text = {}; ///< what is typed; where something is dragged to
     long number = 0;       ///< a row, a page, the state of a check box
-    /// The user only looks at the dialog, which takes no turn.
+    /// The user only looks at the dialog, which takes no turn; of Dying: asks the process to end.
     std::function<void(const DialogState&)> look = {};
     std::string place = {}; ///< of the script that says so; empty elsewhere
 
@@ -178,8 +178,9 @@ class Dialog {
     long former = 0;  ///< the dialog whose variables were current before it, or 0
     std::string lastObject;
     std::optional<DialogDrag> drag;
-    bool inTurn = false; ///< the user is at it, and plug-in code may be called back
-    long updates = 0;    ///< how many updates of variables have begun and not ended
+    bool inTurn = false;        ///< the user is at it, and plug-in code may be called back
+    long updates = 0;           ///< how many updates of variables have begun and not ended
+    long failedUpdateCalls = 0; ///< calls that begin or end one and were made to fail
     DialogOutcome ended = DialogOutcome::Open; ///< how the plug-in ended it
     DialogOutcome outcome = DialogOutcome::Open;
     DialogState shown; ///< as the transcript last told it
@@ -211,6 +212,7 @@ class Dialogs {
 
     /// Begins a dialog context; its reference is never 0 and never used twice.
     long NewContext();
+    bool contextRefused = false; ///< the last context asked for was not made
     /// Opens a dialog in a context and a process, from the bytes of its form. Its reference, which
     /// takes the place of the context's; 0 when the form is refused, and then the context is as it
     /// was.

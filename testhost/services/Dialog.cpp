@@ -37,7 +37,12 @@ std::optional<std::string> ResourceContents(Get get) {
 
 // --- Dialogs -----------------------------------------------------------------------------------
 
+void ReceiveNewContext(ServiceCall& call) {
+    call.host.dialogs.contextRefused = true; // until it is made
+}
+
 void NewContext(ServiceCall& call) {
+    call.host.dialogs.contextRefused = false;
     call.fields.param1 = call.host.dialogs.NewContext();
 }
 
@@ -70,7 +75,7 @@ void Create(Request& request) {
 }
 
 void Close(Request& request) {
-    if (request.dialog.updates != 0) {
+    if (request.dialog.updates != 0 && request.dialog.failedUpdateCalls == 0) {
         request.call.host.Report("The dialog " + Quoted(request.dialog.title) +
                                  " is closed in the middle of an update of its variables.");
     }
@@ -123,10 +128,26 @@ void EnterContext(Request& request) {
     call.host.dialogs.EnterContext(call.host.currentProcess, call.fields.param2);
 }
 
+// A plug-in may or may not heed that such a call has failed: then nobody can tell how many updates
+// have begun.
+void ReceiveUpdate(ServiceCall& call) {
+    if (Dialog* const dialog = call.host.dialogs.Find(call.fields.param1)) {
+        ++dialog->failedUpdateCalls;
+    }
+}
+
+void BeginUpdate(Request& request) {
+    --request.dialog.failedUpdateCalls;
+    ++request.dialog.updates;
+}
+
 void EndUpdate(Request& request) {
+    --request.dialog.failedUpdateCalls;
     if (--request.dialog.updates < 0) {
         request.dialog.updates = 0;
-        request.call.host.Report("An update of a dialog's variables ends that never began.");
+        if (request.dialog.failedUpdateCalls == 0) {
+            request.call.host.Report("An update of a dialog's variables ends that never began.");
+        }
     }
 }
 
@@ -402,6 +423,15 @@ void OnDialog(ServiceCall& call) {
     Serve(request);
 }
 
+// A plug-in that was refused a context hears of it here at the latest.
+void CreateInContext(ServiceCall& call) {
+    if (call.fields.param1 == 0 && call.host.dialogs.contextRefused) {
+        call.fields.error = ResultCode::BadParameter;
+        return;
+    }
+    OnDialog<Create>(call);
+}
+
 // `in` is what may come in a classic call; in an engine call texts come as UTF-16.
 consteval Service Row(std::string_view selector, RecordField::Set in, void (*serve)(ServiceCall&),
                       void (*receive)(ServiceCall&) = nullptr) {
@@ -424,9 +454,9 @@ constexpr auto byVariable = Dialog::By::Variable;
 constexpr auto byEither = Dialog::By::Either;
 
 constexpr Service services[] = {
-    Row("CreateFourDDialogContext", RecordField::None, NewContext),
+    Row("CreateFourDDialogContext", RecordField::None, NewContext, ReceiveNewContext),
     Row("CreateFourDDialog", named | ValueText | Param2 | Param3 | Flag1 | address | Param4,
-        OnDialog<Create>, ReceiveCreate),
+        CreateInContext, ReceiveCreate),
     Row("DialogClose", whole, OnDialog<Close>),
     // The filter procedure comes in classic calls only.
     {Select("ModalDialog"), whole, OnDialog<Modal>, RecordField::None, address},
@@ -436,9 +466,8 @@ constexpr Service services[] = {
         }>),
     Row("DialogSwitchTo4DContext", whole, OnDialog<LeaveContext>),
     Row("DialogSwitchToDlogContext", whole | Param2, OnDialog<EnterContext>),
-    Row("DialogBeginUpdateVars", whole,
-        OnDialog<[](Request& request) { ++request.dialog.updates; }>),
-    Row("DialogEndUpdateVars", whole, OnDialog<EndUpdate>),
+    Row("DialogBeginUpdateVars", whole, OnDialog<BeginUpdate>, ReceiveUpdate),
+    Row("DialogEndUpdateVars", whole, OnDialog<EndUpdate>, ReceiveUpdate),
     Row("DialogGotoPage", whole | Param2, OnDialog<GotoPage>),
     Row("DialogCurrentPage", whole,
         OnDialog<[](Request& request) { request.call.fields.param2 = request.dialog.page; }>),

@@ -2,6 +2,7 @@
 
 #include "platform/ResultCodes.h"
 #include "testhost/model/Asides.h"
+#include "testhost/model/ToolboxFailures.h"
 #include "testhost/services/Service.h"
 
 #include <algorithm>
@@ -9,6 +10,7 @@
 #include <cstdio>
 #include <iterator>
 #include <map>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -85,6 +87,11 @@ void ReportStrayBytes(Host& host, long number, const PreparedService& prepared, 
                 DescribeOffset(stray, engine) + ".");
 }
 
+// A host handle's memory is the plug-in's, whoever provides it.
+bool IsAllocation(const SelectorPair& selector) {
+    return selector.name == "HandleOperation";
+}
+
 // Serves one call; `selector` is null for a number that no host has.
 void Serve(Host& host, long number, const SelectorPair* selector, Record record,
            ServiceCall& call) {
@@ -107,6 +114,10 @@ void Serve(Host& host, long number, const SelectorPair* selector, Record record,
     if (const std::optional<short> failure = host.TakeFailure(selector->name)) {
         call.fields.error = *failure;
         return;
+    }
+    std::optional<ToolboxFailures::HostsOwn> own;
+    if (!IsAllocation(*selector)) {
+        own.emplace();
     }
     prepared.service->serve(call);
 }
@@ -148,6 +159,9 @@ long Dispatch(long number, Block* block, EngineFields* engine) {
         return ResultCode::BadParameter;
     }
 
+    if (host->onNextCall) {
+        std::exchange(host->onNextCall, {})();
+    }
     Record record(reinterpret_cast<unsigned char*>(block), sizeof *block);
     const SelectorPair* selector = FindSelector(number, isEngine);
     ServiceCall call{*host, *block, engine, block->valueText};

@@ -48,10 +48,11 @@ void ProgramInfo(ServiceCall& call) {
     }
     call.fields.param1 = static_cast<long>(ProgramInformation(options));
     call.fields.param2 = static_cast<long>(PackedVersion(options.version));
+    const std::string name = options.hasStructure ? options.structureName : std::string();
     if (call.IsEngine()) {
-        StoreUtf16(call.engine->uniName, options.structureName);
+        StoreUtf16(call.engine->uniName, name);
     } else {
-        StorePascal(call.fields.name, options.structureName);
+        StorePascal(call.fields.name, name);
     }
 }
 
@@ -71,9 +72,10 @@ void AnswerPath(ServiceCall& call, const std::string& path) {
     }
 }
 
-// The path of the structure's folder, of which a client has none.
+// The path of the structure's folder. A client has none, nor has a host without a structure.
 void StructureFolderPath(ServiceCall& call) {
-    if (call.host.options.role == Role::Client) {
+    const HostOptions& options = call.host.options;
+    if (options.role == Role::Client || !options.hasStructure) {
         call.fields.error = ResultCode::FileNotFound;
         return;
     }

@@ -21,7 +21,8 @@ struct PlayedArea {
     long command = 0;
     Rect rect{};
     const GrafPort* window = nullptr; ///< null in a dialog
-    long slot = 0;                    ///< what the host keeps for the plug-in
+    long slot = 0;                    ///< what the host keeps for the plug-in, and
+    long* slotInUse = nullptr;        ///< where it is while the plug-in has an event
     EventRecord answer{};             ///< the last event, as the area left it
     std::vector<std::string> drawn;   ///< what it drew meanwhile: "paint 0 0 10 10 in #000000"
     EventBlock block{};

@@ -124,13 +124,17 @@ bool PlayScript(const Script& script, Database database, const PlaySettings& set
         player.stage.resources = resources.File();
     }
     player.stage.pictures = settings.pictures;
+    player.stage.reload = [&](long rounds) {
+        library->Reload(rounds);
+        return library->Entries();
+    };
     player.stage.onFinding = settings.onFinding;
     if (settings.onReady) {
         settings.onReady(player.stage);
     }
     player.PlayAll(script);
     progress.Enter(Progress::Phase::Unloading);
-    library->Unload();
+    library->Unload(true);
     for (const std::string& fault : PluginLibrary::TakeUnloadFaults()) {
         host.Report(fault);
     }

@@ -14,9 +14,10 @@ struct Stage;
 /// What a script is played with.
 struct PlaySettings {
     std::filesystem::path plugin;
-    std::filesystem::path resources; ///< empty: PLUGIN.rsrc beside the plug-in, if there is one
-    std::filesystem::path pictures;  ///< a folder that exists; empty: none are made
-    HostOptions host;
+    std::filesystem::path resources =
+        {};                              ///< empty: PLUGIN.rsrc beside the plug-in, if there is one
+    std::filesystem::path pictures = {}; ///< a folder that exists; empty: none are made
+    HostOptions host = {};
     bool strict = false;
     bool quiet = false;
     /// Runs for each problem, failed expectation and crash while the plug-in is loaded, see

@@ -70,9 +70,6 @@ void Player::Watch() {
     host.scriptPlace = &stage.place;
     host.log.onAdded = [this](const LoggedCall& call) {
         KeepAccount();
-        if (stage.onCrossing) {
-            stage.onCrossing(call);
-        }
         Print(call);
     };
     host.log.onEntryEnded = [this](long process, int depth) { PrintRest(process, depth); };
@@ -276,6 +273,7 @@ size_t Player::SetUpAgain(const Script& script) {
         if (script.statements[number].setsUp) {
             PlayStatement(script, number);
         }
+        stage.current->session.wasStarted |= script.statements[number].starts;
     }
     stage.isSettingUp = false;
     stage.quiet = quiet;

@@ -11,12 +11,22 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
 
 class Player;
+
+/// What a command did: what it called the host for, and its result and parameters afterwards, as
+/// scripts write them.
+struct CommandOutcome {
+    CallLog::Names calls;
+    std::string result;
+    std::vector<std::string> parameters = {};
+    std::string place = {}; ///< where it was remembered
+};
 
 /// What the players of one script, one for each host, have in common.
 struct Stage {
@@ -31,16 +41,19 @@ struct Stage {
     Progress ownProgress = {};
     Progress* progress = &ownProgress;  ///< kept up to date with every crossing
     Account before = progress->account; ///< of processes that played what comes before
+    bool toldTable = false;             ///< what is wrong with the plug-in's table of commands
     bool isSettingUp = false; ///< what is played was played before, by a process that crashed
     Network network = {};
-    std::vector<Player*> players = {}; ///< the script's own host first
-    /// Run for each problem or failed expectation, with its place, and for each crossing, before
-    /// they are printed; may be empty.
+    std::map<std::string, CommandOutcome> remembered = {}; ///< by the names that `remember` gave
+    std::vector<Player*> players = {};                     ///< the script's own host first
+    /// Runs for each problem and each failed expectation, with its place; may be empty.
     std::function<void(const std::string& place, const std::string& sentence)> onFinding = {};
-    std::function<void(const LoggedCall&)> onCrossing = {};
     std::function<void(Player&)> onPlayed = {}; ///< runs after each statement; may be empty
     Transcript transcript = {out, quiet};
     Player* current = nullptr; ///< whom the statements concern
+    /// Unloads the plug-in's library, loads it again so often, and answers its entry points then;
+    /// empty where it is no library. What stays of it is for TakeUnloadFaults.
+    std::function<EntryPoints(long rounds)> reload = {};
     std::vector<std::shared_ptr<void>> further =
         {}; ///< all hosts but the first, with their players
 };
@@ -95,8 +108,11 @@ class Player {
     const std::string name;                  ///< of a further host; empty for the script's own
     std::unique_ptr<Arguments> arguments;    ///< of the last command called; null before one
     TypedValue result;                       ///< of the last command called
+    std::optional<CommandOutcome> outcome;   ///< of the last command called
     std::map<std::string, PlayedArea> areas; ///< those that the script sent events, by their names
-    std::filesystem::path libraryFolder;     ///< of the plug-in's DLL, with a backslash: ${library}
+    /// What reads answered that `request cleanup` has not cleaned up, by call and kind.
+    std::map<std::pair<long, short>, std::vector<Request::Answer>> answers;
+    std::filesystem::path libraryFolder; ///< of the plug-in's DLL, with a backslash: ${library}
 
   private:
     void Watch();

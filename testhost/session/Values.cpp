@@ -20,8 +20,26 @@ std::vector<long> TakeShorts(Words& words, std::initializer_list<const char*> na
     return numbers;
 }
 
+// A string; "repeat 1000 "ab"" is one without having it written out.
+std::string TakeBytes(Words& words, std::string_view what) {
+    constexpr size_t mostBytes = 16 * 1024 * 1024;
+    if (!words.TakeIf("repeat")) {
+        return words.TakeString(what);
+    }
+    const auto count = static_cast<size_t>(words.TakeNumber("how often", 0));
+    const std::string once = words.TakeString("what is repeated");
+    if (!once.empty() && count > mostBytes / once.size()) {
+        throw ScriptError("what is repeated has more than 16 MB in the end");
+    }
+    std::string all;
+    for (size_t place = 0; place < count && !once.empty(); ++place) {
+        all += once;
+    }
+    return all;
+}
+
 std::string TakeLimitedString(Words& words, std::string_view what, size_t longest) {
-    std::string text = words.TakeString(what);
+    std::string text = TakeBytes(words, what);
     if (text.size() > longest) {
         throw ScriptError(std::string(what) + " has at most " + std::to_string(longest) + " bytes");
     }
@@ -202,6 +220,9 @@ TypedValue TakeValueOf(ValueKind kind, Words& words) {
     case ValueKind::String:
         return StringValue(TakeLimitedString(words, "a string", longestString));
     case ValueKind::Text:
+        if (words.TakeIf("null")) {
+            return TextValue(""); // whose handle is null
+        }
         return TextValue(TakeLimitedString(words, "a text", longestText));
     case ValueKind::Date:
         return TakeDate(words);
@@ -215,11 +236,11 @@ TypedValue TakeValueOf(ValueKind kind, Words& words) {
     case ValueKind::HandleBytes:
     case ValueKind::Blob:
         if (!words.TakeIf("null")) {
-            value.texts = {words.TakeString("bytes")};
+            value.texts = {TakeBytes(words, "bytes")};
         }
         return value;
     case ValueKind::UnicodeText:
-        return UnicodeValue(words.TakeString("a text"));
+        return UnicodeValue(TakeBytes(words, "a text"));
     case ValueKind::Value:
         return TakeTagged(words);
     case ValueKind::Pointer:

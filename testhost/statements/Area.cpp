@@ -226,7 +226,10 @@ void CallArea(Player& player, const std::string& name, PlayedArea& area, EventRe
     Arguments arguments(
         {EventValue(event),
          RectValue(area.rect.top, area.rect.left, area.rect.bottom, area.rect.right),
-         StringValue(name), LongValue(area.slot)});
+         StringValue(name), LongValue(area.slotInUse != nullptr ? *area.slotInUse : area.slot)});
+    // Events within one another share it.
+    long* const outer =
+        std::exchange(area.slotInUse, static_cast<long*>(arguments.StorageAt(4).Address()));
     GrafPort* former = nullptr;
     GetPort(&former);
     SetPor(const_cast<GrafPort*>(area.window));
@@ -237,6 +240,10 @@ void CallArea(Player& player, const std::string& name, PlayedArea& area, EventRe
     event.when = static_cast<unsigned long>(answer[2]);
     event.modifiers = static_cast<unsigned short>(answer[5]);
     area.slot = arguments.At(4).numbers[0];
+    area.slotInUse = outer;
+    if (outer != nullptr) {
+        *outer = area.slot;
+    }
 }
 
 void SendToForm(Player& player, const std::string& name, const EventRecord& event) {
@@ -351,10 +358,13 @@ void Move(Player& player, PlayedArea& area, const Rect& rect) {
     }
 }
 
-void Delete(Player& player, const std::string& name) {
+void SendLast(Player& player, const std::string& name) {
     EventRecord event{};
     event.what = AreaEvent::Delete;
     SendToForm(player, name, event);
+}
+
+void Forget(Player& player, const std::string& name) {
     PlayedArea& area = player.areas[name];
     if (area.slot != 0) {
         player.host.Report("The area " + Quoted(name) + " is deleted, and the plug-in left " +
@@ -363,6 +373,27 @@ void Delete(Player& player, const std::string& name) {
     player.host.windows.Remove(area.window);
     ToolboxForgetPort(area.window);
     player.areas.erase(name);
+}
+
+void Delete(Player& player, const std::string& name) {
+    SendLast(player, name);
+    Forget(player, name);
+}
+
+// The last event comes amid this one, when the plug-in first calls the host.
+void DeleteWithin(Player& player, const std::string& name, const EventRecord& event) {
+    bool deleted = false;
+    player.host.onNextCall = [&] {
+        deleted = true;
+        SendLast(player, name);
+    };
+    SendToForm(player, name, event);
+    player.host.onNextCall = {};
+    if (!deleted) {
+        player.Note("the plug-in called nothing meanwhile: the area is deleted afterwards");
+        SendLast(player, name);
+    }
+    Forget(player, name);
 }
 
 Action WithFormArea(std::string name, std::function<void(Player&, const std::string&)> act) {
@@ -451,6 +482,15 @@ Action ParseArea(Words& words) {
         };
     }
     if (words.TakeIf("delete")) {
+        if (words.TakeIf("within")) {
+            const Event event = TakeEvent(words);
+            return WithFormArea(std::move(name), [event](Player& player, const std::string& area) {
+                if (event.rect) {
+                    Move(player, player.areas[area], *event.rect);
+                }
+                DeleteWithin(player, area, event.record);
+            });
+        }
         return WithFormArea(std::move(name), Delete);
     }
     if (words.TakeIf("event")) {

@@ -173,6 +173,14 @@ Action ParseUserCancel(Words&) {
     return Queue({.kind = UserAction::Kind::Cancel});
 }
 
+Action ParseUserDying(Words&) {
+    return [](Player& player) {
+        Queue({.kind = UserAction::Kind::Dying, .look = [&host = player.host](const DialogState&) {
+                   host.FindProcess(host.currentProcess)->isDying = true;
+               }})(player);
+    };
+}
+
 Action Look(std::function<void(Player&, const DialogState&)> look) {
     return [look = std::move(look)](Player& player) {
         const std::string place = player.stage.place;

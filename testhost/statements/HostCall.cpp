@@ -19,6 +19,22 @@ std::string TakeCallName(Words& words) {
     return name;
 }
 
+short TakeResultCode(Words& words) {
+    return static_cast<short>(words.TakeNumber("the result code", -0x8000, 0x7FFF));
+}
+
+long TakeCount(Words& words) {
+    return words.TakeNumber("which one fails, counted from 1,", 1);
+}
+
+Action FailInToolbox(ToolboxFailures::Kind kind, long count) {
+    return [kind, count](Player& player) {
+        if (!ToolboxFailures::Ask(kind, count)) {
+            player.Fail("what was to fail before has not come yet");
+        }
+    };
+}
+
 // The text that a field with the expected contents would show.
 std::string TakeFieldText(const RecordFieldInfo& field, Words& words) {
     switch (field.type) {
@@ -59,8 +75,22 @@ Action ParseExpectField(Words& words, bool sent) {
 
 Action ParseFail(Words& words) {
     std::string name = TakeCallName(words);
-    const long code = words.TakeNumber("the result code", -0x8000, 0x7FFF);
-    return [name, code](Player& player) { player.host.FailNext(name, static_cast<short>(code)); };
+    const short code = TakeResultCode(words);
+    return [name, code](Player& player) { player.host.FailNext(name, code); };
+}
+
+Action ParseFailCall(Words& words) {
+    const long count = TakeCount(words);
+    const short code = TakeResultCode(words);
+    return [count, code](Player& player) { player.host.FailCall(count, code); };
+}
+
+Action ParseFailMemory(Words& words) {
+    return FailInToolbox(ToolboxFailures::Kind::Memory, TakeCount(words));
+}
+
+Action ParseFailFile(Words& words) {
+    return FailInToolbox(ToolboxFailures::Kind::File, TakeCount(words));
 }
 
 Action ParseExpectCall(Words& words) {

@@ -58,6 +58,14 @@ std::string TakeHostName(Words& words) {
     return name;
 }
 
+unsigned short TakeVersion(Words& words) {
+    const auto version = ParseHostVersion(words.TakeWord("a version"));
+    if (!version) {
+        throw ScriptError("a version is 6.0 to 12.x, such as 11.3");
+    }
+    return *version;
+}
+
 // Runs `act` with the player of this host, or fails when there is none.
 template <typename Act>
 Action WithHost(std::string name, Act act) {
@@ -115,14 +123,39 @@ Action ParseHostStatement(Words& words) {
     }
     unsigned short version = 0; // that of the script's own host
     if (words.TakeIf("version")) {
-        const auto given = ParseHostVersion(words.TakeWord("a version"));
-        if (!given) {
-            throw ScriptError("a version is 6.0 to 12.x, such as 11.3");
-        }
-        version = *given;
+        version = TakeVersion(words);
     }
     return [=](Player& player) {
         AddHost(player, name, isServer ? Role::Server : Role::Client, version);
+    };
+}
+
+Action ParseSetVersion(Words& words) {
+    return [version = TakeVersion(words)](Player& player) {
+        if (player.session.wasStarted) {
+            return player.Fail("a host has its version before the plug-in starts");
+        }
+        if (!player.host.SetVersion(version)) {
+            player.Fail("a host has its version before its variables are set");
+        }
+    };
+}
+
+Action ParseSetRole(Words& words) {
+    constexpr std::string_view names[] = {"single", "client", "server"}; // in the order of Role
+    const auto* name =
+        std::ranges::find_if(names, [&](std::string_view each) { return words.TakeIf(each); });
+    if (name == std::end(names)) {
+        throw ScriptError("a host's role is single, client or server");
+    }
+    return [role = static_cast<Role>(name - std::begin(names))](Player& player) {
+        if (player.session.wasStarted) {
+            return player.Fail("a host has its role before the plug-in starts");
+        }
+        if (!player.name.empty()) {
+            return player.Fail("a further host keeps the role that it was made with");
+        }
+        player.host.options.role = role;
     };
 }
 

@@ -18,10 +18,14 @@ Parser ParseCall, ParseBackground, ParseExpectParameter, ParseExpectResult;
 Parser ParseDatabaseStatement, ParseExpectFieldValue, ParseExpectRecords, ParseExpectSelection,
     ParseExpectRecord;
 Parser ParseUserType, ParseUserClick, ParseUserChoose, ParseUserCheck, ParseUserPage, ParseUserDrag,
-    ParseUserValidate, ParseUserCancel, ParseUserSees, ParseExpectDialog;
+    ParseUserDying, ParseUserValidate, ParseUserCancel, ParseUserSees, ParseExpectDialog;
 Parser ParseExpectFile, ParseExpectNoFile, ParseExpectFolder, ParseShow, ParseEcho;
-Parser ParseFail, ParseExpectCall, ParseExpectNoCall, ParseExpectSent, ParseExpectAnswered,
-    ParseExpectProblems;
+Parser ParseFail, ParseFailCall, ParseFailMemory, ParseFailFile, ParseExpectCall, ParseExpectNoCall,
+    ParseExpectSent, ParseExpectAnswered, ParseExpectProblems;
+Parser ParseForceStart, ParseForceStop, ParseForceCall, ParseRemember, ParseExpectSame;
+Parser ParseRequestWrite, ParseRequestRead, ParseRequestCleanup, ParseRequestConnect,
+    ParseRequestDisconnect;
+Parser ParseReload, ParseSelector, ParseSetVersion, ParseSetRole, ParseSetStrict;
 Parser ParseStart, ParseStop, ParseWindowAdd, ParseWindowClear;
 Parser ParseSetCommand, ParseMethod, ParseAnswerConfirm, ParseAnswerFormula, ParseExpectAlert,
     ParseExpectConfirm;

@@ -1,6 +1,7 @@
 #include "testhost/session/Player.h"
 #include "testhost/session/Values.h"
 #include "testhost/statements/Parsers.h"
+#include "testhost/toolbox/Control.h"
 
 #include <algorithm>
 #include <iterator>
@@ -32,6 +33,10 @@ Action ParseSetUpdateContext(Words& words) {
     return [context = words.TakeNumber("a drawing context")](Player& player) {
         player.host.updateContext = context;
     };
+}
+
+Action ParseSetStrict(Words& words) {
+    return [strict = words.TakeOnOff()](Player&) { ToolboxSetStrict(strict ? 1 : 0); };
 }
 
 Action ParseAnswerPicture(Words& words) {

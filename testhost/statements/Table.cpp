@@ -37,6 +37,13 @@ Action ParseSetText(Words& words) {
 }
 
 constexpr Row settings[] = {
+    {"version", "V", "before the plug-in starts: the host's version, as --version says it",
+     ParseSetVersion},
+    {"role", "single|client|server", "before the plug-in starts: the same as --role", ParseSetRole},
+    {"strict", "on|off", "unlocked handles move with every memory call, as with --strict",
+     ParseSetStrict},
+    {"structure", "on|off", "a database is open; else the host names no structure, folder or file",
+     ParseOption<&HostOptions::hasStructure>},
     {"compiled", "on|off", "the calling database runs compiled",
      ParseOption<&HostOptions::callerCompiled>},
     {"host-compiled", "on|off", "the host database runs compiled",
@@ -61,6 +68,29 @@ constexpr Row settings[] = {
     {"colour", "background|white|grey|black RED GREEN BLUE",
      "one of the system's colours; 16 bits each", ParseSetColour},
     {"update-context", "N", "the drawing context of the update under way", ParseSetUpdateContext},
+};
+
+constexpr Row forced[] = {
+    {"start", "[-1|-200]", "also what is started", ParseForceStart},
+    {"stop", "[-2|-220]", "also what is not", ParseForceStop},
+    {"call", "N [KIND VALUE]... [-> KIND [VALUE]]", "also before the start and after the stop",
+     ParseForceCall},
+};
+
+constexpr Row failures[] = {
+    {"call", "N CODE", "the same of the N-th call from now, whichever it is", ParseFailCall},
+    {"memory", "N", "the plug-in's N-th allocation from now fails", ParseFailMemory},
+    {"file", "N", "its N-th file call of the toolbox from now fails", ParseFailFile},
+};
+
+constexpr Row requests[] = {
+    {"connect", "[from COOKIE]", "a client asks to be let in (-201), and gets a process",
+     ParseRequestConnect},
+    {"disconnect", "[from COOKIE]", "it goes (-202), and its process ends", ParseRequestDisconnect},
+    {"write", R"(ID KIND "BYTES"|null [from COOKIE])", "its data (-206)", ParseRequestWrite},
+    {"read", "ID KIND [from COOKIE]", "asks for data (-205), which are printed", ParseRequestRead},
+    {"cleanup", "ID KIND [from COOKIE]", "is done with what the last such read answered (-207)",
+     ParseRequestCleanup},
 };
 
 constexpr Row answerChoices[] = {
@@ -110,6 +140,8 @@ constexpr Row expectations[] = {
     {"dialog", "STATE", "the last dialog, after its last turn or when it closed",
      ParseExpectDialog},
     {"area", R"("Name" ANSWER)", "what an area made of its last event", ParseExpectArea},
+    {"same", R"("NAME")", "the last command did what was remembered so: calls, result, parameters",
+     ParseExpectSame},
     {"problems", "N", "so many since the last such line; they count no more", ParseExpectProblems},
 };
 
@@ -122,6 +154,8 @@ constexpr Row userChoices[] = {
     {"drag", R"("object" "object")", "from the one to the other", ParseUserDrag},
     {"validate", "", "presses Return", ParseUserValidate},
     {"cancel", "", "presses Escape, as for want of actions", ParseUserCancel},
+    {"dying", "", "is a turn in which nothing happens but that the process is asked to end",
+     ParseUserDying},
     {"area", R"("object" event EVENT)", "is no turn: an area of the dialog gets an event",
      ParseUserArea},
     {"sees", "STATE", "is no turn: an expectation of what is there before the next one",
@@ -137,13 +171,21 @@ constexpr Row areaChoices[] = {
      "its events go to this command", nullptr},
     {R"("Name" event)", "EVENT", "an event, whose answer the transcript shows", nullptr},
     {R"("Name" delete)", "", "its last event", nullptr},
+    {R"("Name" delete within)", "EVENT", "the same amid this event, at the plug-in's first call",
+     nullptr},
 };
 
 constexpr Row statements[] = {
     {"start", "[-1|-200]", "initialises the plug-in", ParseStart},
     {"stop", "[-2|-220]", "de-initialises it", ParseStop},
-    {"call", "N [KIND VALUE]... [-> KIND [VALUE]]",
-     "calls command N; -> long takes any long for a result", ParseCall},
+    {"call", R"(N|"Name" [KIND VALUE]... [-> KIND [VALUE]])",
+     "calls a command; -> long takes any long for a result", ParseCall},
+    {"force", "...", "the host does it out of its order", nullptr, forced},
+    {"selector", "N [NUMBER]", "enters FourDPack with any selector, known or not", ParseSelector},
+    {"request", "...", "a server's plug-in gets a request, from whomever", nullptr, requests},
+    {"reload", "[N]", "while the plug-in is not started: its DLL is unloaded and loaded anew",
+     ParseReload},
+    {"remember", R"("NAME")", "what the last command did, for `expect same`", ParseRemember},
     {"background", "call ...", "the same in a process of its own, which `run` lets run",
      ParseBackground},
     {"database", "\"FILE\"", "gives the host the tables of a file beside the script",
@@ -171,7 +213,7 @@ constexpr Row statements[] = {
     {"window", "...", "opens and closes windows of the host", nullptr, windowChoices},
     {"set", "...", "changes the host", nullptr, settings},
     {"fail", "NAME CODE", "the next such call into the host only answers this result code",
-     ParseFail},
+     ParseFail, failures},
     {"expect", "...", "states what has to be so", nullptr, expectations},
     {"picture", "\"name\"", "saves the frontmost window as name.png where --pictures says",
      ParsePicture},
@@ -187,9 +229,10 @@ struct KindHelp {
 constexpr KindHelp kindHelp[] = {
     {"short N, long N", "16 and 32 bits; decimal, or hexadecimal with 0x"},
     {"boolean true|false|N", "one byte"},
-    {"real X, extended X", "64-bit, and the host's 10 bytes"},
+    {"real X, extended X", "64-bit, and the host's 10 bytes; also nan, inf and -inf"},
     {R"(string "...")", "Pascal string of at most 255 bytes"},
-    {R"(text "...")", "text block of at most 32000 bytes"},
+    {R"(text "..."|null)", "text block of at most 32000 bytes; null is the empty one"},
+    {R"(KIND repeat N "...")", "N times these bytes: of strings, texts, handles and the like"},
     {"date YYYY-MM-DD", "0000-00-00 is the empty date"},
     {"rect TOP LEFT BOTTOM RIGHT", "16 bits each"},
     {"event WHAT MESSAGE WHEN V H MODIFIERS", "toolbox event; WHEN in ticks"},
@@ -208,11 +251,11 @@ constexpr KindHelp kindHelp[] = {
 
 // What the words behind a row do.
 Action Parse(const Row& row, Words& words) {
-    if (row.read != nullptr) {
-        return row.read(words);
-    }
     if (const auto* choice = TakeRow<Row>(row.choices, words)) {
         return Parse(*choice, words);
+    }
+    if (row.read != nullptr) {
+        return row.read(words);
     }
     std::string names;
     for (const Row& choice : row.choices) {

@@ -69,6 +69,10 @@ long ToolboxFailAllocation(long count) {
     return std::exchange(TheHeap().failCountdown, count);
 }
 
+long ToolboxAllocations() {
+    return TheHeap().allocations;
+}
+
 long ToolboxFailFile(long count) {
     return std::exchange(TheOpenFiles().failCountdown, count);
 }

@@ -62,6 +62,8 @@ TOOLBOX_CALL void ToolboxMoveMemory();
 /// Handles, pointers and host handles all count. Answers what was left of the former count: 0
 /// when that failure has happened.
 TOOLBOX_CALL long ToolboxFailAllocation(long count);
+/// How many allocations and growths there were, so counted.
+TOOLBOX_CALL long ToolboxAllocations();
 /// Makes the `count`-th file call from now fail with -36, once; 0 switches it off. Calls that are
 /// refused for their arguments do not count, nor does ASI_HFSpec, which touches no file. The call
 /// does nothing, except that FSClose closes.

@@ -118,6 +118,13 @@ void HostPictures::AddLeftOvers(LeftOvers& leftOvers) const {
     }
 }
 
+void HostPictures::TakeOver() {
+    for (auto& [block, entry] : pictures) {
+        entry.owner = Owner::Host;
+    }
+    bitmaps.clear();
+}
+
 void HostPictures::Check() {
     for (Block& block : blocks) {
         if (std::ranges::any_of(block, [](unsigned char each) { return each != opaque; })) {

@@ -56,6 +56,8 @@ class HostPictures {
     long LiveBitmaps() const;
     /// Adds the plug-in's pictures, and these bitmaps.
     void AddLeftOvers(LeftOvers& leftOvers) const;
+    /// Those become the host's.
+    void TakeOver();
     /// Reports every block that was written to.
     void Check();
 

@@ -142,6 +142,12 @@ void HostStrings::AddLeftOvers(LeftOvers& leftOvers) const {
     }
 }
 
+void HostStrings::TakeOver() {
+    for (auto& [number, string] : strings) {
+        string.owner = string.owner == Owner::Plugin ? Owner::Host : string.owner;
+    }
+}
+
 void HostStrings::Check() {
     for (auto& [number, string] : strings) {
         CheckMemory(string);

@@ -53,6 +53,8 @@ class HostStrings {
     long LiveOfHost() const { return Count(Owner::Host) + Count(Owner::Element); }
     /// Adds those that the plug-in has to release.
     void AddLeftOvers(LeftOvers& leftOvers) const;
+    /// Those become the host's.
+    void TakeOver();
     /// Reports every string, living or lately released, whose units were written over.
     void Check();
 

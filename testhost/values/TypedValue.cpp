@@ -1,6 +1,7 @@
 #include "testhost/values/TypedValue.h"
 
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <iterator>
 
@@ -110,6 +111,12 @@ std::string ContentsText(const TypedValue& value) {
     }
 }
 } // namespace
+
+bool TypedValue::operator==(const TypedValue& other) const {
+    const bool sameReal = real == other.real || (std::isnan(real) && std::isnan(other.real));
+    return sameReal && kind == other.kind && numbers == other.numbers && texts == other.texts &&
+           inner == other.inner;
+}
 
 TypedValue NoValue() {
     return {};

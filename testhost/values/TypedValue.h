@@ -49,7 +49,8 @@ struct TypedValue {
     /// elements from 1 on, each of the array's element kind.
     std::vector<TypedValue> inner = {};
 
-    bool operator==(const TypedValue&) const = default;
+    /// What is no number equals itself here.
+    bool operator==(const TypedValue& other) const;
 };
 
 TypedValue NoValue();

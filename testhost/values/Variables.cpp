@@ -65,6 +65,36 @@ bool HostVariables::IsName(std::string_view name) {
            name != std::string_view(&markCharacter, 1);
 }
 
+bool HostVariables::SetLayout(const ValueLayout& valueLayout) {
+    const bool fits = valueLayout.HasEngine() == layout.HasEngine();
+    const bool isEmpty =
+        std::ranges::all_of(variables, [](const auto& each) { return each.second.empty(); });
+    if (fits || isEmpty) {
+        layout = valueLayout;
+    }
+    return fits || isEmpty;
+}
+
+HostVariables::Values HostVariables::ReadAll() {
+    Values values;
+    for (const auto& [process, list] : variables) {
+        for (const HostVariable& variable : list) {
+            // An interprocess variable's name means one of the process without the mark.
+            const std::string full = (process == interprocess ? "<>" : "") + variable.name;
+            values[process].emplace_back(full, Read(process, full));
+        }
+    }
+    return values;
+}
+
+void HostVariables::SetAll(const Values& values) {
+    for (const auto& [process, list] : values) {
+        for (const auto& [name, value] : list) {
+            Set(process, name, value);
+        }
+    }
+}
+
 ValueBlock* HostVariables::Find(long process, std::string_view name) {
     HostVariable* variable = FindVariable(process, name);
     return variable == nullptr ? nullptr : &variable->value;

@@ -42,6 +42,8 @@ class HostVariables {
     /// `valueLayout` is that of a compiled database; without pictures its host has no engine.
     explicit HostVariables(const ValueLayout& valueLayout) : layout(valueLayout) {}
     ~HostVariables() { Clear(); }
+    /// Has values lie otherwise from now on; false when some lie there already.
+    bool SetLayout(const ValueLayout& valueLayout);
     HostVariables(const HostVariables&) = delete;
     HostVariables& operator=(const HostVariables&) = delete;
 
@@ -76,6 +78,12 @@ class HostVariables {
     static bool IsName(std::string_view name);
     /// The variables of a process, oldest first.
     const std::list<HostVariable>& Of(long process) { return variables[process]; }
+    /// All variables away from their storage, by process; and back. An array's current element and
+    /// all but the first representation of a picture are not kept.
+    using Values = std::map<long, std::vector<std::pair<std::string, TypedValue>>>;
+    Values ReadAll();
+    void SetAll(const Values& values);
+
     /// What is wrong with a value that a plug-in hands over for this variable, as what a sentence
     /// says that it holds: a type that no value has, or handles that cannot be taken over. Nothing
     /// when all is well. A date or boolean that is none can be kept: TakeFaults tells of it.
@@ -91,7 +99,7 @@ class HostVariables {
     /// The same of all variables.
     std::vector<std::string> TakeFaults();
 
-    const ValueLayout layout;            ///< how values lie in the variables
+    ValueLayout layout;                  ///< how values lie in the variables
     long redraws = 0;                    ///< how often a plug-in had variables redrawn
     TouchedVariables* touched = nullptr; ///< in the call into a plug-in under way; null outside
 

@@ -47,7 +47,7 @@ class InputFile {
 
 // "demo.session:12 (call 3), in command 3()".
 std::string Where(const Progress& progress) {
-    const std::string underWay = UnderWayText(progress);
+    std::string underWay = UnderWayText(progress);
     if (progress.phase != Progress::Phase::Playing && progress.phase != Progress::Phase::Stopping) {
         return underWay;
     }

@@ -23,6 +23,7 @@ constexpr size_t scannedWords = 1024;
 class DebugHelp {
   public:
     DebugHelp() : library(LoadLibraryW(L"dbghelp.dll")) {
+        Find(setOptions, "SymSetOptions");
         Find(initialize, "SymInitialize");
         Find(cleanup, "SymCleanup");
         Find(loadModule, "SymLoadModuleExW");
@@ -32,9 +33,11 @@ class DebugHelp {
     }
 
     bool IsThere() const {
-        return initialize && cleanup && loadModule && moduleBase && functionTable && walk;
+        return setOptions && initialize && cleanup && loadModule && moduleBase && functionTable &&
+               walk;
     }
 
+    decltype(&SymSetOptions) setOptions = nullptr;
     decltype(&SymInitialize) initialize = nullptr;
     decltype(&SymCleanup) cleanup = nullptr;
     decltype(&SymLoadModuleExW) loadModule = nullptr;
@@ -153,6 +156,7 @@ std::vector<unsigned long> Modules::Walk(void* thread, unsigned long pc,
         help.initialize(process, nullptr, FALSE) == 0) {
         return {};
     }
+    help.setOptions(SYMOPT_DEFERRED_LOADS); // of few modules is there a call on the stack
     for (const auto& [base, module] : modules) {
         help.loadModule(process, nullptr, module.file.c_str(), nullptr, base, 0, nullptr, 0);
     }

@@ -26,7 +26,11 @@ char UpperLetter(char letter) {
 /// The path of a drive's root; -35 without such a drive.
 OSErr RootPath(char letter, std::string* path) {
     const char drive = UpperLetter(letter);
-    if (!(GetLogicalDrives() >> (drive - 'A') & 1)) {
+    // One name is looked up; GetLogicalDrives goes through all that the system has.
+    const char name[] = {drive, ':', '\0'};
+    char device[MAX_PATH];
+    if (QueryDosDeviceA(name, device, sizeof device) == 0 &&
+        GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
         return ResultCode::VolumeNotFound;
     }
     *path = {drive, ':', '\\'};
@@ -192,6 +196,10 @@ OSErr FileSystem::SpecOf(const std::string& path, FSSpec* spec) {
 long FileSystem::IdentifierOf(const std::string& path) {
     if (IsRoot(path)) {
         return root;
+    }
+    // One that is known as it stands is in its long form, which takes the system long to find.
+    if (const auto known = numbers.find(UpperCase(path)); known != numbers.end()) {
+        return known->second;
     }
     const std::string longPath = LongForm(path);
     const long next = firstIdentifier + static_cast<long>(folders.size());

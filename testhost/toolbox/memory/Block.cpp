@@ -86,7 +86,7 @@ class SpareStorage {
         return place < bySize.size() ? &bySize[place] : nullptr;
     }
 
-    std::array<std::vector<char*>, 32> bySize;
+    std::array<std::vector<char*>, 48> bySize;
 };
 
 SpareStorage& TheSpareStorage() {
@@ -102,7 +102,7 @@ void Block::Recycler::operator()(char* bytes) const {
 
 Block Block::WithRoom(Size size, Size room) {
     Block block;
-    const Size all = room + 2 * guardSize;
+    const Size all = room + overhead;
     block.storage = {TheSpareStorage().Take(all), Recycler{all}};
     if (block) {
         block.capacity = CapacityFor(size);

@@ -38,7 +38,7 @@ class Block {
     /// The capacity of a block of `size` bytes: the next multiple of 16.
     static Size CapacityFor(Size size) { return (size + 15) & ~15; }
     /// Bytes that would fit if the capacity were changed: it, and what was to spare.
-    Size Room() const { return storage.get_deleter().room - 2 * guardSize; }
+    Size Room() const { return storage.get_deleter().room - overhead; }
     /// Changes the length in place; `size` is at most the capacity.
     void SetLength(Size size);
     /// Changes the capacity, too; `size` is at most the room.
@@ -55,16 +55,21 @@ class Block {
 
   private:
     static constexpr Size guardSize = 16;
+    /// Behind the second guard, and never looked at: where a string of any length that was written
+    /// into a small block ends, rather than in what this library itself works with.
+    static constexpr Size moatSize = 256;
+    static constexpr Size overhead = 2 * guardSize + moatSize;
 
     struct Recycler {
-        Size room; ///< bytes, with both guards
+        Size room; ///< bytes, with guards and moat
         void operator()(char* bytes) const;
     };
 
     static Block WithRoom(Size size, Size room);
     void FillGuards();
 
-    std::unique_ptr<char[], Recycler> storage; ///< guard, `capacity` bytes, guard, what is to spare
+    std::unique_ptr<char[], Recycler>
+        storage; ///< guard, `capacity` bytes, guard, what is to spare, moat
     Size length = 0;
     Size capacity = 0;
 };

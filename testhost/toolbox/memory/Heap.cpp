@@ -327,6 +327,7 @@ void Heap::MoveAll() {
 }
 
 bool Heap::FailsNow() {
+    ++allocations;
     return failCountdown > 0 && --failCountdown == 0;
 }
 
@@ -376,5 +377,6 @@ void Heap::Reset() {
     problems.Clear();
     strict = mixingAllowed = false;
     failCountdown = 0;
+    allocations = 0;
     lastResult = 0;
 }

@@ -88,6 +88,7 @@ class Heap {
 
     bool strict = false;
     bool mixingAllowed = false;
+    long allocations = 0;     ///< and growths, those that failed among them
     long failCountdown = 0;   ///< this allocation or growth from now fails; 0 none
     OSErr lastResult = 0;     ///< what MemError() answers
     Place here;               ///< where what is done now is done
