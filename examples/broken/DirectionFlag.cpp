@@ -1,0 +1,29 @@
+// Copies downwards, from the last byte to the first, and leaves the processor so. The next copy in
+// the host goes backwards as well, over whatever stands in front.
+
+#include "examples/broken/Plugin.h"
+
+#include <cstring>
+
+namespace {
+// Makes room for one character in front of a string.
+void Indent(CXParam* parameters, CXResult*) {
+    unsigned char* string = &parameters[0].As<unsigned char>();
+    if (string[0] == 255) {
+        return;
+    }
+    const unsigned char* source = string + string[0];
+    unsigned char* target = string + string[0] + 1;
+    unsigned count = string[0];
+    __asm__ volatile("std; rep movsb" : "+S"(source), "+D"(target), "+c"(count) : : "memory");
+    if (!isBroken) {
+        __asm__ volatile("cld" ::: "memory");
+    }
+    string[1] = ' ';
+    ++string[0];
+}
+
+constexpr CommandEntry Commands[] = {{"Indent", "(&string)", Indent}};
+} // namespace
+
+const Plugin plugin = Describe("DirectionFlag", Commands);
