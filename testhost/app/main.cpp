@@ -1,4 +1,7 @@
 #include "platform/CallingConvention.h"
+#include "testhost/app/Commands.h"
+#include "testhost/app/ExitCodes.h"
+#include "testhost/app/Validate.h"
 #include "testhost/plugins/DebugText.h"
 #include "testhost/plugins/Faults.h"
 #include "testhost/plugins/Library.h"
@@ -8,6 +11,7 @@
 #include "testhost/session/PlayScript.h"
 #include "testhost/session/TextFile.h"
 #include "testhost/statements/Table.h"
+#include "testhost/validate/Checks.h"
 #include "testhost/values/Encodings.h"
 #include "testhost/watch/Isolation.h"
 #include "testhost/watch/SharedProgress.h"
@@ -28,16 +32,16 @@
 #include <windows.h>
 
 namespace {
-constexpr int allHeld = 0;
-constexpr int somethingFailed = 1;
-constexpr int wrongUse = 2;
+using namespace ExitCode;
+
 constexpr unsigned long longestTimeout = 24 * 60 * 60;
 
 constexpr const char* exitCodes =
     "Exit code: 0 when every expectation held and no problem was found; 1 when not, when the\n"
     "plug-in crashed, hung or ended the program, or when nothing was played; 2 when the\n"
     "options, the script, the plug-in's file or its resources are wrong, or a resource text is:\n"
-    "nothing is written then.\n";
+    "nothing is written then. Of validate: 0 when at least one check ran, and all that ran held;\n"
+    "1 when something was found or a check could not be carried out; 2 as above.\n";
 
 // What the command line says; files in UTF-8, as all of it.
 struct Options {
@@ -192,6 +196,24 @@ int Run(const Options& options) {
                          .keepsGoing = options.keepGoing});
 }
 
+int ShowCommands(const Options& options) {
+    Progress progress;
+    Progress::Copy(progress.place, "while the plug-in was asked for its commands");
+    playing = &progress;
+    SetUnhandledExceptionFilter(OnUnhandledException);
+    return ListCommands(FromUtf8(options.plugin), std::cout);
+}
+
+// One check of a validation, in this process.
+int PerformCheck(const std::string& order) {
+    watched = SharedWithWatcher();
+    if (watched == nullptr) {
+        throw ScriptError("perform is what validate tells its own processes");
+    }
+    Perform(FromUtf8(order), *watched);
+    return allHeld;
+}
+
 bool WriteFile(const std::filesystem::path& path, const std::string& bytes) {
     std::ofstream file(path, std::ios::binary);
     file << bytes;
@@ -241,6 +263,17 @@ int Command(int argc, wchar_t** argv) {
     CLI::App& resources = *app.add_subcommand("resources", "Compiles a text into a resource file");
     resources.add_option("IN.txt", options.resourceText, "the text")->required()->type_name("");
     resources.add_option("-o", options.out, "the resource file")->required()->type_name("OUT");
+    ValidateOptions validation;
+    CLI::App& validate = *app.add_subcommand(
+        "validate", "Checks plug-ins by playing many sessions with each, and writes a session\n"
+                    "that shows it for everything that it finds");
+    AddValidateOptions(validate, validation);
+    CLI::App& commands = *app.add_subcommand(
+        "commands", "Lists what the plug-in says of its commands: number, name and usage");
+    commands.add_option("PLUGIN.dll", options.plugin, "the plug-in")->required()->type_name("");
+    std::string order;
+    CLI::App& perform = *app.add_subcommand("perform", "A check of validate")->group("");
+    perform.add_option("ORDER", order)->required();
     const CLI::App& help = *app.add_subcommand(
         "help", "Explains the options, the words of a script and those of a resource text");
 
@@ -257,8 +290,20 @@ int Command(int argc, wchar_t** argv) {
             PrintResourceHelp(std::cout);
             return allHeld;
         }
-        if (run.parsed() || resources.parsed()) {
-            return run.parsed() ? Run(options) : Compile(options);
+        if (run.parsed()) {
+            return Run(options);
+        }
+        if (validate.parsed()) {
+            return RunValidate(validation);
+        }
+        if (commands.parsed()) {
+            return ShowCommands(options);
+        }
+        if (resources.parsed()) {
+            return Compile(options);
+        }
+        if (perform.parsed()) {
+            return PerformCheck(order);
         }
         std::cerr << "Nothing to do.\n\n" << usage;
     } catch (const CLI::ParseError& error) { // or a call for help
