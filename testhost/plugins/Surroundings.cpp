@@ -119,7 +119,8 @@ std::vector<std::string> Surroundings::LibrariesSince() const {
 }
 
 std::vector<std::string> Surroundings::ThreadsSince() const {
-    constexpr DWORD patience = 200; // ms, for one that is about to end
+    constexpr DWORD patience = 200; // ms, for all that are about to end
+    const DWORD began = GetTickCount();
     std::vector<std::string> sentences;
     for (const unsigned long number : Threads()) {
         const OwnedHandle thread(
@@ -127,7 +128,9 @@ std::vector<std::string> Surroundings::ThreadsSince() const {
                 ? nullptr
                 : OpenThread(SYNCHRONIZE | THREAD_QUERY_INFORMATION, FALSE, number));
         if (thread != nullptr && !IsOfWindows(BirthplaceOf(thread.get())) &&
-            WaitForSingleObject(thread.get(), patience) == WAIT_TIMEOUT) {
+            WaitForSingleObject(thread.get(),
+                                patience - std::min(patience, GetTickCount() - began)) ==
+                WAIT_TIMEOUT) {
             sentences.emplace_back(
                 "A thread that the plug-in started still runs when the plug-in is unloaded.");
         }

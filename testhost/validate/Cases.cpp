@@ -67,14 +67,15 @@ Lines Session(const Lines& lines) {
     return VariableStatements() + Lines{"start"} + lines + Lines{"stop"};
 }
 
-std::vector<KnownCall> KnownCalls(Workbench& bench, const DescribedCommand& command) {
+std::vector<KnownCall> KnownCalls(Workbench& bench, const DescribedCommand& command,
+                                  const std::string& version) {
     Lines calls = {OrdinaryCall(command)};
     if (!command.usage->parameters.empty()) {
         for (int count = 0; count < bench.strictness / 2; ++count) {
             calls.push_back(AnyCall(command, bench.random));
         }
     }
-    const Outcome outcome = bench.Probe({.lines = Session(calls)});
+    const Outcome outcome = bench.Probe({.version = version, .lines = Session(calls)});
     std::vector<KnownCall> known;
     const size_t first = Session({}).size() - 1;
     for (size_t number = 0; number < calls.size(); ++number) {

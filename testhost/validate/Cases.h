@@ -31,5 +31,6 @@ struct KnownCall {
     std::string line;
     Facts facts;
 };
-/// Ordinary calls of a command and, with more strictness, some others, each tried alone.
-std::vector<KnownCall> KnownCalls(Workbench& bench, const DescribedCommand& command);
+/// Ordinary calls of a command and, with more strictness, some others, as they go on such a host.
+std::vector<KnownCall> KnownCalls(Workbench& bench, const DescribedCommand& command,
+                                  const std::string& version = Case().version);

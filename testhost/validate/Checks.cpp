@@ -68,7 +68,7 @@ void Perform(const std::filesystem::path& orderFile, Progress& progress) {
     Workbench bench(order, progress);
     try {
         Make(*check, bench);
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         bench.result.error = error.what();
     }
     std::ofstream file(std::filesystem::path(FromUtf8(order.result)), std::ios::binary);

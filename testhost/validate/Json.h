@@ -13,7 +13,7 @@ NLOHMANN_JSON_SERIALIZE_ENUM(Outcome::End, {{Outcome::End::Finished, "finished"}
                                             {Outcome::End::TimedOut, "timed out"}})
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Problem, statement, sentence, calls)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Facts, hostCalls, allocations, result)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Outcome, end, problems, facts)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Outcome, session, end, problems, facts)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Order, plugin, resources, setUp, check, strictness, seed,
                                    journal, result)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Finding, version, role, statement, sentence, calls, script,

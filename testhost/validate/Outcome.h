@@ -33,6 +33,7 @@ struct Outcome {
         Crashed,  ///< its process is gone
         TimedOut, ///< its process was ended
     };
+    size_t session = 0; ///< its number in the check, from 1; 0: the plug-in was only loaded
     End end = End::Finished;
     std::vector<Problem> problems = {};
     std::map<size_t, Facts> facts = {}; ///< by the number of the line in the case, from 0

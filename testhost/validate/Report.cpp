@@ -41,6 +41,9 @@ std::string DescribeFinding(const Finding& finding, unsigned long seed) {
     text += "  host " + finding.version + ", " + finding.role + ", seed " + std::to_string(seed);
     text += finding.statement.empty() ? "" : "; " + finding.statement;
     text += finding.times > 1 ? "; " + std::to_string(finding.times) + " times" : "";
+    if (finding.file.empty()) {
+        return text + "\n";
+    }
     text += "\n  session: " + finding.file;
     return text + (finding.isReproduced ? "" : " (which does not show it by itself)") + "\n";
 }

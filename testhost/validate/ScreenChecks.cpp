@@ -149,7 +149,7 @@ void CheckDialogs(Workbench& bench) {
             bench.Try({.version = version, .lines = Session({"process dying 1", call})});
         }
     }
-    if (dialogs == 0) {
+    if (dialogs == 0 && !bench.IsFull()) {
         bench.Skip("no command opened a dialog when it was called with ordinary arguments");
     }
 }

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -54,7 +55,8 @@ std::wstring Argument(const std::filesystem::path& path) {
 // What is said of a session that took its process along.
 Outcome OutcomeOf(const ChildEnd& end, const Progress& progress) {
     const bool timedOut = end.kind == ChildEnd::Kind::TimedOut;
-    return {.end = timedOut ? Outcome::End::TimedOut : Outcome::End::Crashed,
+    return {.session = progress.sessions,
+            .end = timedOut ? Outcome::End::TimedOut : Outcome::End::Crashed,
             .problems = {{.statement = std::string(Progress::Read(progress.line)),
                           .sentence = end.Describe(UnderWayText(progress)),
                           .calls = end.calls}}};
@@ -65,11 +67,12 @@ class Run {
     explicit Run(const Validation& itsValidation) : validation(itsValidation) {
         const std::filesystem::path top = FromAnsi(scratch.Path());
         for (const std::filesystem::path& plugin : validation.plugins) {
+            const std::string label = LabelOf(std::filesystem::absolute(plugin));
             for (const std::string& check : validation.checks) {
                 tasks.push_back(std::make_unique<Task>());
                 Task& task = *tasks.back();
                 task.plugin = std::filesystem::absolute(plugin);
-                task.label = LabelOf(task.plugin);
+                task.label = label;
                 task.check = check;
                 task.folder = top / std::to_wstring(tasks.size());
             }
@@ -91,12 +94,16 @@ class Run {
     }
 
   private:
-    // "Tour.dll"; of several so called "release/Tour.dll".
-    std::string LabelOf(const std::filesystem::path& plugin) const {
+    // "Tour.dll"; of several so called "release/Tour.dll", and when these are alike, too, with a
+    // number.
+    std::string LabelOf(const std::filesystem::path& plugin) {
         const auto count = std::ranges::count(validation.plugins, plugin.filename(),
                                               [](const auto& each) { return each.filename(); });
         const std::filesystem::path folder = plugin.parent_path().filename();
-        return (count > 1 ? Utf8(folder.wstring()) + "/" : "") + Utf8(plugin.filename().wstring());
+        const std::string label =
+            (count > 1 ? Utf8(folder.wstring()) + "/" : "") + Utf8(plugin.filename().wstring());
+        const size_t number = ++labels[label];
+        return number == 1 ? label : std::to_string(number) + "-" + label;
     }
 
     void Work() {
@@ -212,7 +219,13 @@ class Run {
                 std::error_code error;
                 std::filesystem::create_directories(validation.sessions, error);
             }
-            WriteAll(file, Heading(task, finding) + finding.script);
+            try {
+                WriteAll(file, Heading(task, finding) + finding.script);
+            } catch (const std::runtime_error&) { // the finding is there nevertheless
+                result.notes.push_back("the session " + Utf8(file.wstring()) +
+                                       " could not be written");
+                continue;
+            }
             finding.file = Utf8(file.wstring());
             finding.isReproduced = Reproduces(task, file);
         }
@@ -250,6 +263,7 @@ class Run {
     }
 
     const Validation& validation;
+    std::map<std::string, size_t> labels; ///< how many plug-ins have each
     ScratchFolder scratch;
     std::vector<std::unique_ptr<Task>> tasks;
     std::atomic<size_t> next = 0;

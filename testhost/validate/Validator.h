@@ -26,6 +26,6 @@ struct Validation {
 };
 
 /// Runs each check of each plug-in in a process of its own, and writes the sessions of what was
-/// found. Throws std::runtime_error when their folder cannot be made. After Ctrl-C the results of
+/// found. One that cannot be written is noted with the result. After Ctrl-C the results of
 /// checks that were not done say so.
 void Validate(const Validation& validation);

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
@@ -158,8 +159,7 @@ bool Workbench::Introduce() {
             Load();
             Append(outcome);
         } else {
-            outcome = std::move(journal.front());
-            journal.pop_front();
+            outcome = TakeFromJournal();
             if (outcome.problems.empty()) { // it was introduced to another process
                 Load();
             }
@@ -172,15 +172,28 @@ bool Workbench::Introduce() {
     return outcome.problems.empty();
 }
 
+// The outcome of the next session. What took a process along when the session was over already has
+// a line of its own, and belongs to it.
+Outcome Workbench::TakeFromJournal() {
+    Outcome outcome = std::move(journal.front());
+    journal.pop_front();
+    while (!journal.empty() && journal.front().session == outcome.session) {
+        outcome.end = journal.front().end;
+        std::ranges::move(journal.front().problems, std::back_inserter(outcome.problems));
+        journal.pop_front();
+    }
+    return outcome;
+}
+
 Outcome Workbench::Play(const Case& played) {
     ++result.sessions;
     progress.sessions = result.sessions;
     Outcome outcome;
     if (!journal.empty()) {
-        outcome = std::move(journal.front());
-        journal.pop_front();
+        outcome = TakeFromJournal();
     } else {
         outcome = PlayNow(played);
+        outcome.session = result.sessions;
         Append(outcome);
         // Whatever takes the process along from here on is what plug-ins left of it.
         progress.Begin(0, "", "");
@@ -233,11 +246,15 @@ Outcome Workbench::PlayNow(const Case& played) {
 }
 
 Outcome Workbench::Probe(const Case& played) {
+    if (IsFull()) {
+        Note("enough was found: what comes after it was left out");
+        return {};
+    }
     return Play(played);
 }
 
 Outcome Workbench::Try(const Case& played) {
-    Outcome outcome = Play(played);
+    Outcome outcome = Probe(played);
     for (const Problem& problem : outcome.problems) {
         Keep(played, outcome.end, problem);
     }
@@ -245,9 +262,14 @@ Outcome Workbench::Try(const Case& played) {
 }
 
 void Workbench::Find(const std::string& sentence, const Case& shownBy) {
+    const auto [place, isNew] = known.emplace(SignatureOf(sentence), result.findings.size());
+    if (!isNew) {
+        ++result.findings[place->second].times;
+        return;
+    }
     result.findings.push_back({.version = shownBy.version,
                                .role = shownBy.role,
-                               .statement = {},
+                               .statement = LastDeed(shownBy),
                                .sentence = sentence,
                                .calls = {},
                                .script = ScriptOf(shownBy, order.setUp)});

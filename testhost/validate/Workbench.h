@@ -52,6 +52,7 @@ class Workbench {
     void Load();
     Outcome Play(const Case& played);
     Outcome PlayNow(const Case& played);
+    Outcome TakeFromJournal();
     void Append(const Outcome& outcome) const;
     void Keep(const Case& played, Outcome::End end, const Problem& problem);
     Case Reduce(Case played, const std::string& signature, int budget, Problem& shown);
