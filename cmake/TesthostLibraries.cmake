@@ -1,7 +1,7 @@
 # What the stand-in host has from the distribution: `cli11` and `nlohmann_json`, header-only libraries
-# that read command lines, and read and write JSON; and to make pictures of windows `stb`, such libraries that write PNG files and rasterise
-# letters, and NIMBO_FONT_OBJECT, an object file with the bytes of a font, so that the program needs
-# no file when it runs. No plug-in has any of them.
+# that read command lines, and read and write JSON; and to make pictures of windows `stb`, such
+# libraries that write PNG files and rasterise letters, and NIMBO_FONT_OBJECT, an object file with the
+# bytes of a font, so that the program needs no file when it runs. No plug-in has any of them.
 
 find_path(NIMBO_CLI11_DIR CLI.hpp PATHS /usr/include/CLI NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
 find_path(NIMBO_JSON_DIR json.hpp PATHS /usr/include/nlohmann NO_DEFAULT_PATH
@@ -11,7 +11,8 @@ find_path(NIMBO_STB_DIR stb_truetype.h PATHS /usr/include/stb NO_DEFAULT_PATH
 find_path(NIMBO_FONT_DIR DejaVuSans.ttf PATHS /usr/share/fonts/truetype/dejavu NO_DEFAULT_PATH
           NO_CMAKE_FIND_ROOT_PATH)
 if(NOT NIMBO_CLI11_DIR OR NOT NIMBO_JSON_DIR OR NOT NIMBO_STB_DIR OR NOT NIMBO_FONT_DIR)
-    message(FATAL_ERROR "CLI11, nlohmann-json, the stb libraries or the DejaVu fonts are missing; run scripts/setup")
+    message(FATAL_ERROR "CLI11, nlohmann-json, the stb libraries or the DejaVu fonts are missing; "
+                        "run scripts/setup")
 endif()
 
 add_library(cli11 INTERFACE)

@@ -98,6 +98,7 @@ void Disconnect(Player& player, long cookie) {
         host.EndProcess(process);
     }
 }
+
 void Reload(Player& player, long rounds) {
     if (player.session.IsStarted()) {
         return player.Fail("the plug-in is started");

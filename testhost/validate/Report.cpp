@@ -97,6 +97,7 @@ std::string TestCase(const CheckResult& result, unsigned long seed) {
     }
     return text + "    </testcase>\n";
 }
+
 std::string Property(const char* name, const std::string& value) {
     return "      <property" + Attribute("name", name) + Attribute("value", value) + "/>\n";
 }

@@ -88,6 +88,7 @@ CasePlace Locate(const std::string& place, const Case& played,
     const size_t number = line - heading.size() - 1;
     return {played.lines[number], number};
 }
+
 // What shows at the end comes of the last thing that was done with the plug-in.
 std::string LastDeed(const Case& played) {
     const auto last = std::ranges::find_if(
