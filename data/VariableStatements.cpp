@@ -3,10 +3,10 @@
 #include "data/Variables.h"
 #include "host/Formulas.h"
 #include "host/Value.h"
+#include "shell/base/Format.h"
 #include "shell/base/Strings.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 
 namespace {
@@ -55,9 +55,9 @@ void FormatDeclaration(char* out, short command, const char* before, unsigned ch
     }
     char bareName[32];
     _CopyP2CStr(name, bareName);
-    const int length = std::snprintf(out, sizeof(Statement), "%s(%s%s%s%s)", commandName, before,
-                                     isInterprocess != 0 ? "<>" : "", bareName, after);
-    if (length >= static_cast<int>(sizeof(Statement))) {
+    const int length = FormatText(out, sizeof(Statement), "%s(%s%s%s%s)", commandName, before,
+                                  isInterprocess != 0 ? "<>" : "", bareName, after);
+    if (length < 0) {
         out[0] = '\0';
     }
 }
@@ -134,8 +134,8 @@ void CFourDPointerVar::SetPointerToVariable(const char* name) {
         return;
     }
     char expression[512];
-    const int length = std::snprintf(expression, sizeof expression, "%s(\"%s\")", command, name);
-    if (length >= static_cast<int>(sizeof expression)) {
+    const int length = FormatText(expression, sizeof expression, "%s(\"%s\")", command, name);
+    if (length < 0) {
         return;
     }
     ValueBlock value{};

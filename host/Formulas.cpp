@@ -6,11 +6,11 @@
 #include "host/Value.h"
 #include "platform/Toolbox.h"
 #include "shell/base/DebugTrace.h"
+#include "shell/base/Format.h"
 #include "shell/base/Strings.h"
 #include "shell/files/FileSpecs.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 
 namespace {
@@ -63,7 +63,7 @@ OSErr WithTableStatement(short command, short table, Use use) {
         return error;
     }
     char statement[256];
-    std::snprintf(statement, sizeof statement, "%s([%.31s])", commandName, tableName);
+    FormatText(statement, sizeof statement, "%s([%.31s])", commandName, tableName);
     return use(statement);
 }
 

@@ -2,11 +2,11 @@
 
 #include "host/Call.h"
 #include "host/Formulas.h"
+#include "shell/base/Format.h"
 #include "shell/base/Strings.h"
 #include "shell/base/TextServices.h"
 
 #include <cstdarg>
-#include <cstdio>
 
 namespace {
 
@@ -42,8 +42,8 @@ OSErr FourD::Alert(unsigned char* message) {
         return error;
     }
     char statement[256];
-    std::snprintf(statement, sizeof statement, "%s(\"%.*s\")", name, message[0],
-                  reinterpret_cast<const char*>(message + 1));
+    FormatText(statement, sizeof statement, "%s(\"%.*s\")", name, message[0],
+               reinterpret_cast<const char*>(message + 1));
     Str255 text;
     _CopyC2PStr(statement, text);
     // Deliberate: the text keeps its length byte and loses its last character.

@@ -6,7 +6,6 @@
 #include "shell/base/Strings.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <iterator>
 
 namespace {
@@ -16,10 +15,6 @@ namespace {
 constexpr short ownProcessNames = 170;
 constexpr short ownProcessItems[] = {1, 3, 4, 5, 6};
 
-// The host's commands that show and hide a process.
-constexpr short showCommand = 325;
-constexpr short hideCommand = 324;
-
 /// A name as a Pascal string in `out`; null for null.
 const unsigned char* AsPascalString(const char* name, Str255& out) {
     if (name == nullptr) {
@@ -27,14 +22,6 @@ const unsigned char* AsPascalString(const char* name, Str255& out) {
     }
     _CopyC2PStr(name, out);
     return out;
-}
-
-OSErr ExecForProcess(short command, long proc) {
-    char name[256];
-    char statement[256];
-    FourD::GetCommandNameC(command, name);
-    std::snprintf(statement, sizeof statement, "%s(%d)", name, static_cast<int>(proc));
-    return FourD::ExecProc(statement);
 }
 
 } // namespace
@@ -157,14 +144,6 @@ void FourD::FreezeProcess(long proc) {
 
 void FourD::UnfreezeProcess(long proc) {
     HostCall(Select("UnfreezeProcess")).PutNumbers(proc).Send();
-}
-
-OSErr FourD::ShowProcess(long proc) {
-    return ExecForProcess(showCommand, proc);
-}
-
-OSErr FourD::HideProcess(long proc) {
-    return ExecForProcess(hideCommand, proc);
 }
 
 long FourD::SetWindowProcess(GrafPort* window, long proc) {

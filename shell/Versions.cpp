@@ -1,9 +1,8 @@
 #include "host/FourD.h"
+#include "shell/base/Format.h"
 #include "shell/base/Strings.h"
 #include "shell/base/TextServices.h"
 #include "shell/FourDPlug.h"
-
-#include <cstdio>
 
 namespace {
 
@@ -27,9 +26,8 @@ void FourDPlug::GetVersionCString(unsigned long version, char* text) {
     const int major = nibble(28) * 10 + nibble(24);
     const int minor = nibble(20);
     const int bugFix = nibble(16);
-    int length = bugFix == 0
-                     ? std::snprintf(text, VersionCapacity, "%d.%d", major, minor)
-                     : std::snprintf(text, VersionCapacity, "%d.%d.%d", major, minor, bugFix);
+    int length = bugFix == 0 ? FormatText(text, VersionCapacity, "%d.%d", major, minor)
+                             : FormatText(text, VersionCapacity, "%d.%d.%d", major, minor, bugFix);
     char stage = '\0'; // a final version has no letter
     switch (version >> 8 & 0xFF) {
     case 0x20:
@@ -44,8 +42,8 @@ void FourDPlug::GetVersionCString(unsigned long version, char* text) {
     default:
         return;
     }
-    std::snprintf(text + length, VersionCapacity - static_cast<std::size_t>(length), "%c%d", stage,
-                  static_cast<int>(version & 0xFF));
+    FormatText(text + length, VersionCapacity - static_cast<std::size_t>(length), "%c%d", stage,
+               static_cast<int>(version & 0xFF));
 }
 
 void FourDPlug::GetProductVersionString(unsigned char* text) {

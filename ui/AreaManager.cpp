@@ -88,9 +88,8 @@ GrafPort* WindowOf(FourDDialog* dialog) {
 // --- The areas --------------------------------------------------------------------------------
 
 CXAreaManager::~CXAreaManager() {
-    while (!areas.empty()) {
-        CXArea* area = areas.front();
-        areas.erase(areas.begin());
+    while (void* const first = _remove_from_beginning(&areas)) {
+        auto* area = static_cast<CXArea*>(first);
         // This may be the end of the library.
         KeepExceptionsInside({"end of an area"}, [&] { DestroyAnArea(area); });
     }
@@ -110,15 +109,15 @@ void CXAreaManager::DestroyAnArea(CXArea* area) {
 }
 
 void CXAreaManager::LinkArea(CXArea* area) {
-    areas.push_back(area);
+    _add_to_end(&areas, area);
 }
 
 void CXAreaManager::UnlinkArea(CXArea* area) {
-    areas.erase(std::remove(areas.begin(), areas.end(), area), areas.end());
+    _remove_from_list(&areas, area);
 }
 
 bool CXAreaManager::IsAnArea(CXArea* area) {
-    return std::find(areas.begin(), areas.end(), area) != areas.end();
+    return _is_in_list(&areas, area);
 }
 
 CXArea* CXAreaManager::CreateArea() {
@@ -145,8 +144,9 @@ void CXAreaManager::HandleNewArea(AreaParams* params, CXArea** area) {
 }
 
 void CXAreaManager::DoToAllAreas(void (*procedure)(CXArea*, void*), void* data) {
-    const std::vector<CXArea*> all = areas;
-    for (CXArea* area : all) {
+    const std::unique_ptr<GenericList, ListDestroyer> all(_copy_list(&areas));
+    for (void* next = _first_in_list(all.get()); next != nullptr; next = _next_in_list(all.get())) {
+        auto* area = static_cast<CXArea*>(next);
         if (IsAnArea(area)) {
             procedure(area, data);
         }

@@ -2,9 +2,8 @@
 
 #include "platform/CallingConvention.h"
 #include "platform/Types.h"
+#include "shell/base/GenericList.h"
 #include "ui/Area.h"
-
-#include <vector>
 
 class CXParam;
 /// What the form editor's advanced properties of an area are; the host's.
@@ -68,7 +67,8 @@ class CXAreaManager {
     void DeleteArea(CXArea** area);
     void AnswerEditor(EventRecord* event, Rect* rect, unsigned char* name);
 
-    std::vector<CXArea*> areas;
+    // Not a std::vector: what it may throw brings 100 KB of the standard library into a plug-in.
+    GenericList areas{nullptr};
 };
 
 /// The host's call for an area in a plug-in's dialog. `*areaData` is the address of the area's

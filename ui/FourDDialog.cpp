@@ -4,12 +4,12 @@
 #include "host/FourD.h"
 #include "host/Value.h"
 #include "platform/Toolbox.h"
+#include "shell/base/Format.h"
 #include "shell/base/Strings.h"
 #include "ui/DialogCall.h"
 
 #include <climits>
 #include <cstdarg>
-#include <cstdio>
 #include <cstring>
 
 namespace {
@@ -261,7 +261,7 @@ void FourDDialog::SetStringVar(FourDDialog* dialog, const char* name, const char
     char text[256] = "";
     std::va_list arguments; // NOLINT(cppcoreguidelines-init-variables): va_start does
     va_start(arguments, format);
-    std::vsnprintf(text, sizeof text, format, arguments);
+    FormatTextV(text, sizeof text, format, arguments);
     va_end(arguments);
     SetStringVar(dialog, name, PascalText(text).string);
 }

@@ -5,6 +5,7 @@
 #include "host/Value.h"
 #include "platform/ResultCodes.h"
 #include "shell/base/ExceptionBarrier.h"
+#include "shell/base/Format.h"
 #include "shell/base/Strings.h"
 
 #include <algorithm>
@@ -73,7 +74,7 @@ void NoteTurn(const Work& work, long round) {
     turn.type = ValueType::String;
     turn.string.capacity = 255;
     char text[32];
-    std::snprintf(text, sizeof text, ", round %ld", round);
+    FormatText(text, sizeof text, ", round %ld", round);
     _CopyPStr(work.name, turn.string.string);
     _CatC2PStr(text, turn.string.string);
     Str255 variable;

@@ -1,10 +1,9 @@
 #include "data/blocks/TextBlock.h"
 #include "examples/tour/Tour.h"
 #include "shell/base/DebugTrace.h"
+#include "shell/base/Format.h"
 #include "shell/base/Strings.h"
 #include "shell/Entry.h"
-
-#include <cstdio>
 
 namespace {
 
@@ -18,7 +17,7 @@ void AppendLine(CTextBlock& text, const char* label, const char* line) {
 /// Adds a folder's path, or the result code that there is instead.
 void AppendFolder(CTextBlock& text, const char* label, OSErr error, const char* path) {
     char code[16];
-    std::snprintf(code, sizeof code, "error %d", error);
+    FormatText(code, sizeof code, "error %d", error);
     AppendLine(text, label, error == 0 ? path : code);
 }
 

@@ -1,9 +1,8 @@
 #include "examples/tour/Tour.h"
 #include "host/FourD.h"
 #include "platform/ResultCodes.h"
+#include "shell/base/Format.h"
 #include "shell/base/Strings.h"
-
-#include <cstdio>
 
 // What Tour's resource file holds: tour.resources.txt.
 
@@ -58,8 +57,8 @@ void HeadingFont(CXParam*, CXResult* result) {
         char font[256];
         _CopyP2CStr(spec.font, font);
         char description[300];
-        std::snprintf(description, sizeof description, "%s, size %d, face %d", font, spec.size,
-                      spec.face);
+        FormatText(description, sizeof description, "%s, size %d, face %d", font, spec.size,
+                   spec.face);
         _CopyC2PStr(description, text);
     }
     result->SetString(text);

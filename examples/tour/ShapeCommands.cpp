@@ -1,8 +1,8 @@
 #include "examples/tour/Tour.h"
 #include "platform/Toolbox.h"
+#include "shell/base/Format.h"
 #include "shell/base/Strings.h"
 
-#include <cstdio>
 #include <iterator>
 
 namespace {
@@ -38,8 +38,8 @@ void DescribeEvent(CXParam* params, CXResult* result) {
     EventRecord event;
     params[0].GetEvent(&event);
     char text[80];
-    std::snprintf(text, sizeof text, "%s at %d, %d", EventName(event.what), event.where.h,
-                  event.where.v);
+    FormatText(text, sizeof text, "%s at %d, %d", EventName(event.what), event.where.h,
+               event.where.v);
     Str255 description;
     _CopyC2PStr(text, description);
     result->SetString(description);

@@ -1,8 +1,8 @@
 #include "data/Array.h"
 #include "examples/tour/Tour.h"
+#include "shell/base/Format.h"
 #include "shell/base/Strings.h"
 
-#include <cstdio>
 #include <utility>
 
 namespace {
@@ -10,30 +10,30 @@ namespace {
 void Describe(const ValueBlock& value, char* text, std::size_t size) {
     switch (value.type) {
     case ValueType::Real:
-        std::snprintf(text, size, "real %g", value.real.value);
+        FormatText(text, size, "real %g", value.real.value);
         break;
     case ValueType::Text:
-        std::snprintf(text, size, "text of %d bytes", value.text.length);
+        FormatText(text, size, "text of %d bytes", value.text.length);
         break;
     case ValueType::Date:
-        std::snprintf(text, size, "date %04d-%02d-%02d", value.date.year, value.date.month,
-                      value.date.day);
+        FormatText(text, size, "date %04d-%02d-%02d", value.date.year, value.date.month,
+                   value.date.day);
         break;
     case ValueType::Boolean:
-        std::snprintf(text, size, "boolean %s", value.boolean != 0 ? "true" : "false");
+        FormatText(text, size, "boolean %s", value.boolean != 0 ? "true" : "false");
         break;
     case ValueType::Long:
-        std::snprintf(text, size, "long %ld", value.number);
+        FormatText(text, size, "long %ld", value.number);
         break;
     case ValueType::Time:
-        std::snprintf(text, size, "time %02ld:%02ld:%02ld", value.number / 3600,
-                      value.number / 60 % 60, value.number % 60);
+        FormatText(text, size, "time %02ld:%02ld:%02ld", value.number / 3600,
+                   value.number / 60 % 60, value.number % 60);
         break;
     case ValueType::String:
-        std::snprintf(text, size, "string of %d characters", value.string.string[0]);
+        FormatText(text, size, "string of %d characters", value.string.string[0]);
         break;
     default:
-        std::snprintf(text, size, "value of kind %d", value.type);
+        FormatText(text, size, "value of kind %d", value.type);
         break;
     }
 }

@@ -1,5 +1,6 @@
 #include "shell/base/DebugTrace.h"
 
+#include "shell/base/Format.h"
 #include "shell/base/Strings.h"
 #include "shell/base/TextServices.h"
 
@@ -37,7 +38,7 @@ void Format(bool wanted, const char* format, std::va_list arguments) {
         return;
     }
     formatBuffer[0] = '\0';
-    std::vsnprintf(formatBuffer, sizeof formatBuffer, format, arguments);
+    FormatTextV(formatBuffer, sizeof formatBuffer, format, arguments);
     _DbgTraceOut(formatBuffer);
 }
 
@@ -47,9 +48,9 @@ void WriteBanner(const char* event) {
     SYSTEMTIME now;
     GetSystemTime(&now);
     char banner[256];
-    std::snprintf(banner, sizeof banner,
-                  "\n\n%s\n%s debug trace on %04d.%02d.%02d %02d:%02d:%02d\n%s\n\n", Rule, event,
-                  now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond, Rule);
+    FormatText(banner, sizeof banner,
+               "\n\n%s\n%s debug trace on %04d.%02d.%02d %02d:%02d:%02d\n%s\n\n", Rule, event,
+               now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond, Rule);
     _DbgTraceOut(banner);
 }
 
@@ -83,11 +84,7 @@ void PutFile(const char* text) {
     if (traceFile == nullptr) {
         return;
     }
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-#pragma GCC diagnostic ignored "-Wformat-security"
-    std::fprintf(traceFile, text);
-#pragma GCC diagnostic pop
+    WriteFormat(traceFile, text);
 }
 
 /// Writes one line, or the beginning of one. The parts are put apart because the text is a format

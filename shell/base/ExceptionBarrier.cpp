@@ -1,8 +1,8 @@
 #include "shell/base/ExceptionBarrier.h"
 
 #include "platform/Diagnostics.h"
+#include "shell/base/Format.h"
 
-#include <cstdio>
 #include <cstring>
 
 #include <windows.h>
@@ -15,12 +15,12 @@ void TellDebugger(const HostEntry& entry, const char* what) noexcept {
     const char* const slash = std::strrchr(path, '\\');
     char number[16] = "";
     if (entry.number != 0) {
-        std::snprintf(number, sizeof number, " %ld", entry.number);
+        FormatText(number, sizeof number, " %ld", entry.number);
     }
     const bool named = entry.name != nullptr;
     char line[1024];
-    std::snprintf(line, sizeof line, "%s%s, %s%s%s%.255s%s: %.500s\n", PluginProblemMark,
-                  slash != nullptr ? slash + 1 : path, entry.kind, number, named ? " (" : "",
-                  named ? entry.name : "", named ? ")" : "", what);
+    FormatText(line, sizeof line, "%s%s, %s%s%s%.255s%s: %.500s\n", PluginProblemMark,
+               slash != nullptr ? slash + 1 : path, entry.kind, number, named ? " (" : "",
+               named ? entry.name : "", named ? ")" : "", what);
     OutputDebugStringA(line);
 }

@@ -6,10 +6,6 @@
 
 namespace {
 
-struct ListDestroyer {
-    void operator()(List list) const { _destroy_list(&list); }
-};
-
 /// Holds a list under construction until it is complete.
 using NewList = std::unique_ptr<GenericList, ListDestroyer>;
 
@@ -19,7 +15,7 @@ void RequireObject(const void* object) {
     if (object) {
         return;
     }
-    std::fprintf(stderr, "%s: NULL pointer passed\n", "generic_list");
+    std::fputs("generic_list: NULL pointer passed\n", stderr);
     std::exit(1);
 }
 

@@ -45,6 +45,10 @@ void _initialize_list(List* list);
 void _initialize_sorted_list(List* list, ListOrder compare);
 /// Frees the list, not its objects, and clears the reference; a null reference is left alone.
 void _destroy_list(List* list);
+/// Frees the list that a std::unique_ptr holds.
+struct ListDestroyer {
+    void operator()(List list) const { _destroy_list(&list); }
+};
 /// A new list with the same order and objects, its position before the first; owned by the caller.
 List _copy_list(List list);
 

@@ -2,12 +2,12 @@
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
+#include "shell/base/Format.h"
 #include "shell/base/Strings.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstdarg>
-#include <cstdio>
 #include <cstring>
 #include <limits>
 
@@ -40,7 +40,7 @@ long WriteForDisplay(unsigned char character, char* out) {
     if (character >= 32 && character <= 126) {
         return WriteCharacter(character, out);
     }
-    return std::snprintf(out, 5, "\\x%02X", character);
+    return FormatText(out, 5, "\\x%02X", character);
 }
 
 /// Moves `length` bytes, which may include zeros, into a Pascal string.
@@ -177,7 +177,7 @@ OSType _CStringToOSType(const char* text) {
 
 long _FormatPWithCStrV(unsigned char* out, const char* format, std::va_list arguments) {
     formatBuffer[0] = '\0';
-    std::vsnprintf(formatBuffer, sizeof formatBuffer, format, arguments);
+    FormatTextV(formatBuffer, sizeof formatBuffer, format, arguments);
     _CopyC2PStr(formatBuffer, out);
     return out[0];
 }
@@ -221,14 +221,14 @@ long _GetByteSizeString(char* out, unsigned long bytes) {
     constexpr double OverKilobyte = 0.0009765625;
     if (bytes < 0x400) {
         // Deliberate: the letter l behind the number is what has always been shown.
-        return std::snprintf(out, 20, "%ul B", static_cast<unsigned>(bytes));
+        return FormatText(out, 20, "%ul B", static_cast<unsigned>(bytes));
     }
     const bool large = bytes >= 0x100000;
     char number[16];
-    std::snprintf(number, sizeof number, "%.1f",
-                  bytes * (large ? double{OverMegabyte} : OverKilobyte));
+    FormatText(number, sizeof number, "%.1f",
+               bytes * (large ? double{OverMegabyte} : OverKilobyte));
     _TrimDoubleString(number);
-    return std::snprintf(out, 20, large ? "%s MB" : "%s KB", number);
+    return FormatText(out, 20, large ? "%s MB" : "%s KB", number);
 }
 
 void _TrimDoubleString(char* text) {

@@ -2,12 +2,12 @@
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
+#include "shell/base/Format.h"
 #include "shell/base/Strings.h"
 #include "shell/files/FileSpecs.h"
 #include "shell/files/SpecPaths.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace {
 
@@ -18,9 +18,9 @@ bool MakeCandidate(const char* base, const char* extension, long attempt, unsign
     char text[LongestString + 1];
     const char* const dot = *extension != '\0' ? "." : "";
     const int length = attempt == 0
-                           ? std::snprintf(text, sizeof text, "%s%s%s", base, dot, extension)
-                           : std::snprintf(text, sizeof text, "%s.%lX%s%s", base,
-                                           static_cast<unsigned long>(attempt), dot, extension);
+                           ? FormatText(text, sizeof text, "%s%s%s", base, dot, extension)
+                           : FormatText(text, sizeof text, "%s.%lX%s%s", base,
+                                        static_cast<unsigned long>(attempt), dot, extension);
     if (length < 1 || length > LongestString) {
         return false;
     }

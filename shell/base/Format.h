@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdarg>
+#include <cstddef>
+#include <cstdio>
+
+// printf of the system's own C library, which a plug-in imports anyhow: the compiler's own would
+// bring 24 KB along into each.
+
+/// Formats as printf does into `capacity` bytes at `out`, cut to what has room with the terminator.
+/// Answers how many characters they are, or -1 when some were cut off.
+[[gnu::format(printf, 3, 4)]] int FormatText(char* out, std::size_t capacity, const char* format,
+                                             ...);
+/// The same for a function that takes the arguments itself.
+int FormatTextV(char* out, std::size_t capacity, const char* format, std::va_list arguments);
+/// Writes a text into a file as a format without arguments.
+void WriteFormat(std::FILE* file, const char* format);
