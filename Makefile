@@ -4,7 +4,7 @@
 .NOTPARALLEL:
 
 help:
-	@echo 'make demo          build everything and play the example session'
+	@echo 'make demo          build what it plays, and play the example sessions'
 	@echo 'make test          build everything and run the tests'
 	@echo 'make build         build everything into build/release/'
 	@echo 'make bench         build and run the benchmarks'
@@ -16,7 +16,10 @@ help:
 	@echo
 	@echo 'Whatever is missing is installed first, by scripts/setup.'
 
-demo: build
+demo:
+	scripts/setup
+	cmake --preset release >/dev/null
+	cmake --build --preset demo
 	scripts/demo
 
 test: build

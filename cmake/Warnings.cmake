@@ -9,6 +9,7 @@ target_compile_options(
               -Wpedantic
               $<$<BOOL:${PROJECT_IS_TOP_LEVEL}>:-Werror>
               -Wshadow
+              -Wunused-const-variable=1
               -Wconversion
               -Wno-sign-conversion # sizes of the toolbox are signed, those of the library are not
               -Wold-style-cast

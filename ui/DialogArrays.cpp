@@ -16,7 +16,6 @@ namespace {
 
 constexpr OSType StringListType = 0x53545223; // "STR#"
 constexpr OSType PairListType = 0x544B504C;   // "TKPL"
-constexpr size_t LongestString = 255;
 constexpr unsigned char LongestPairString = 254;
 
 bool IsGiven(const char* name) {
@@ -156,7 +155,7 @@ void FourDDialog::SetArrayElement(FourDDialog* dialog, const char* name, long in
         value = "";
     }
     const size_t length = std::strlen(value);
-    if (length > LongestString) {
+    if (length >= sizeof(Str255)) {
         const TemporaryHandle text(value, static_cast<long>(length));
         SetArrayElement(dialog, name, index, text.Get());
         return;

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr long LongestName = 255;
+constexpr long LongestDialogName = 255;
 /// Bytes that 255 units may become in any code page, with a terminator.
 constexpr size_t WidestText = 1024;
 
@@ -28,11 +28,11 @@ void DialogCall::SetName(const char* name) {
         name = "";
     }
     if (EngineFields* const engineFields = EngineOnly()) {
-        const auto length = static_cast<long>(strnlen(name, LongestName));
+        const auto length = static_cast<long>(strnlen(name, LongestDialogName));
         FourD::CopyCharsBuffToUniChars(name, length, engineFields->uniName);
         return;
     }
-    _CopyCStrN(name, reinterpret_cast<char*>((*this)->name), LongestName);
+    _CopyCStrN(name, reinterpret_cast<char*>((*this)->name), LongestDialogName);
 }
 
 void DialogCall::SetString(const unsigned char* string) {
@@ -64,13 +64,13 @@ void DialogCall::GetName(char* name) {
     }
     if (EngineFields* const engineFields = EngineOnly()) {
         char text[WidestText] = "";
-        engineFields->uniName[LongestName] = 0; // the host may have left no terminator
+        engineFields->uniName[LongestDialogName] = 0; // the host may have left no terminator
         FourD::CopyUniCharsToChars(engineFields->uniName, text);
-        _CopyCStrN(text, name, LongestName);
+        _CopyCStrN(text, name, LongestDialogName);
         return;
     }
-    (*this)->name[LongestName] = 0;
-    _CopyCStrN(reinterpret_cast<const char*>((*this)->name), name, LongestName);
+    (*this)->name[LongestDialogName] = 0;
+    _CopyCStrN(reinterpret_cast<const char*>((*this)->name), name, LongestDialogName);
 }
 
 void DialogCall::GetString(unsigned char* string) {

@@ -18,7 +18,7 @@ constexpr char LineFeed = 10;
 
 /// Holds the longest text that callers format, a long path among words. What does not fit is cut,
 /// and only the first 255 characters are used.
-char formatBuffer[4096];
+char formatted[4096];
 
 /// Writes the code's characters as `write` has them, and answers how many characters that makes.
 template <typename Write>
@@ -176,9 +176,9 @@ OSType _CStringToOSType(const char* text) {
 }
 
 long _FormatPWithCStrV(unsigned char* out, const char* format, std::va_list arguments) {
-    formatBuffer[0] = '\0';
-    FormatTextV(formatBuffer, sizeof formatBuffer, format, arguments);
-    _CopyC2PStr(formatBuffer, out);
+    formatted[0] = '\0';
+    FormatTextV(formatted, sizeof formatted, format, arguments);
+    _CopyC2PStr(formatted, out);
     return out[0];
 }
 

@@ -7,8 +7,6 @@
 #include <windows.h>
 
 namespace {
-constexpr size_t longestText = 32000;
-
 // Number of the named element, from 1; 0 when there is none.
 template <typename Named>
 short FindByName(const std::vector<Named>& all, std::string_view name) {

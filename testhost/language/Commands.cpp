@@ -38,10 +38,6 @@ struct LanguageCommand {
     ValueKind declares = ValueKind::None; // of the variables that it declares
 };
 
-[[noreturn]] void FailMismatch(const std::string& reason) {
-    throw LanguageFailure(LanguageError::TypeMismatch, reason);
-}
-
 short CommandCall::Table(size_t place) const {
     const Expression& argument = arguments.at(place);
     if (argument.kind != Expression::Kind::Table) {

@@ -33,3 +33,6 @@ class LanguageFailure : public std::runtime_error {
 [[noreturn]] inline void FailUnknown(const std::string& what) {
     throw LanguageFailure(LanguageError::UnknownName, "there is no " + what);
 }
+[[noreturn]] inline void FailMismatch(const std::string& reason) {
+    throw LanguageFailure(LanguageError::TypeMismatch, reason);
+}

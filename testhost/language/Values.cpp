@@ -12,12 +12,6 @@
 #include <limits>
 
 namespace {
-constexpr size_t longestText = 32000;
-
-[[noreturn]] void FailMismatch(const std::string& reason) {
-    throw LanguageFailure(LanguageError::TypeMismatch, reason);
-}
-
 bool IsNumber(const TypedValue& value) {
     return value.kind == ValueKind::Real || value.kind == ValueKind::Long ||
            value.kind == ValueKind::Short || value.kind == ValueKind::Time ||

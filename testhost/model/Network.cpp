@@ -193,7 +193,7 @@ OSErr Network::Deliver(Host& client, const std::function<void(const Connection&)
 }
 
 OSErr Network::Write(Host& client, long id, short kind, Handle data) {
-    if (data != nullptr && ToolboxHandleOwner(data) != 1) {
+    if (data != nullptr && ToolboxHandleOwner(data) != HandleOwner::Toolbox) {
         client.Report("WriteOnServer came with a handle that is none of the toolbox's.");
         return ResultCode::BadParameter;
     }

@@ -15,7 +15,7 @@ constexpr size_t longestString = 255;
 constexpr long firstReference = 0x0D1A0001;
 constexpr long firstContext = -1000; // no process has such a number
 
-bool IsText(ValueKind kind) {
+bool HoldsCharacters(ValueKind kind) {
     return kind == ValueKind::String || kind == ValueKind::Text || kind == ValueKind::UnicodeText;
 }
 
@@ -89,7 +89,7 @@ TypedValue Dialog::Read(const std::string& name, ValueKind kind) {
         return LongValue(block->array.currentIndex);
     }
     TypedValue value = host.variables.Read(context, name);
-    if (kind == ValueKind::String && IsText(value.kind)) {
+    if (kind == ValueKind::String && HoldsCharacters(value.kind)) {
         return StringValue(std::string_view(value.texts.at(0)).substr(0, longestString));
     }
     return Converted(type, value).value_or(EmptyFieldValue(type));
@@ -155,7 +155,8 @@ DialogState Dialog::State() {
                    block != nullptr && ElementKind(each.value.kind) != ValueKind::None) {
             each.chosen = block->array.currentIndex;
             for (const TypedValue& element : Elements(each.value)) {
-                each.rows.push_back(IsText(element.kind) ? element.texts.at(0) : Describe(element));
+                each.rows.push_back(HoldsCharacters(element.kind) ? element.texts.at(0)
+                                                                  : Describe(element));
             }
         }
     }

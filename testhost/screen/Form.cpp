@@ -12,9 +12,9 @@ class FormError : public std::runtime_error {
 };
 
 // Bytes taken one after another, never beyond their end.
-class Reader {
+class FormReader {
   public:
-    Reader(std::string_view readBytes, std::string_view readWhat)
+    FormReader(std::string_view readBytes, std::string_view readWhat)
         : bytes(readBytes), what(readWhat) {}
 
     std::string_view Take(size_t count) {
@@ -43,7 +43,7 @@ class Reader {
 };
 
 template <typename Enum>
-Enum TakeEnum(Reader& reader, Enum lowest, Enum highest, const char* what) {
+Enum TakeEnum(FormReader& reader, Enum lowest, Enum highest, const char* what) {
     const unsigned char number = reader.Byte();
     if (number < static_cast<unsigned char>(lowest) ||
         number > static_cast<unsigned char>(highest)) {
@@ -53,7 +53,7 @@ Enum TakeEnum(Reader& reader, Enum lowest, Enum highest, const char* what) {
     return static_cast<Enum>(number);
 }
 
-FormObject TakeObject(Reader& reader, short page) {
+FormObject TakeObject(FormReader& reader, short page) {
     FormObject object;
     object.page = page;
     object.kind = TakeEnum(reader, FormObjectKind::Label, FormObjectKind::Area, "kind");
@@ -91,7 +91,7 @@ void AddObject(Form& form, FormObject object) {
     form.objects.push_back(std::move(object));
 }
 
-void TakeAtom(std::string_view tag, Reader reader, Form& form, short& page) {
+void TakeAtom(std::string_view tag, FormReader reader, Form& form, short& page) {
     if (tag == FormTag::Font) {
         form.font = reader.Short();
         form.fontSize = reader.Short();
@@ -116,12 +116,12 @@ void TakeAtom(std::string_view tag, Reader reader, Form& form, short& page) {
 }
 
 Form TakeForm(std::string_view bytes) {
-    Reader reader(bytes, "the form");
+    FormReader reader(bytes, "the form");
     if (reader.Take(4) != FormTag::Form) {
         throw FormError("the form does not begin with its tag");
     }
     const unsigned long length = reader.Number(4);
-    Reader body(reader.Take(length), "the form's layout");
+    FormReader body(reader.Take(length), "the form's layout");
     if (body.Take(4) != FormTag::Layout) {
         throw FormError("the form's layout does not begin with its tag");
     }
@@ -130,7 +130,7 @@ Form TakeForm(std::string_view bytes) {
     while (body.Left() > 0) {
         const std::string_view tag = body.Take(4);
         const unsigned long size = body.Number(4);
-        TakeAtom(tag, Reader(body.Take(size), "an atom"), form, page);
+        TakeAtom(tag, FormReader(body.Take(size), "an atom"), form, page);
         if (body.Left() > 0) {
             body.Take(size & 1);
         }

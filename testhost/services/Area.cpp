@@ -41,15 +41,14 @@ void SetAreaHandler(ServiceCall& call) {
         object,
         EnterHandler(call.host, object, reinterpret_cast<void*>(fields.param3), fields.handle));
 }
-
-constexpr Service services[] = {
-    {Select("DialogSetAreaHandler"),
-     RecordField::Param1 | RecordField::Name | RecordField::Handle | RecordField::Param2 |
-         RecordField::Param3 | RecordField::Param4,
-     SetAreaHandler},
-};
 } // namespace
 
 std::span<const Service> AreaServices() {
+    static constexpr Service services[] = {
+        {Select("DialogSetAreaHandler"),
+         RecordField::Param1 | RecordField::Name | RecordField::Handle | RecordField::Param2 |
+             RecordField::Param3 | RecordField::Param4,
+         SetAreaHandler},
+    };
     return services;
 }

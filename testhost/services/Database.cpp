@@ -237,34 +237,33 @@ void SetPackedRecord(ServiceCall& call) {
 }
 
 using namespace RecordField;
-
-constexpr Service services[] = {
-    {Select("NewRecord"), Table, OnTable<&Database::NewRecord>},
-    {Select("UpdateRecord"), Table, OnTable<&Database::SaveRecord>},
-    {Select("GotoSelectedRecord"), Table | RecordField::RecordNumber | Flag1 | Flag2,
-     OnRecord<&Database::GotoSelectedRecord>},
-    {Select("GotoRecord"), Table | RecordField::RecordNumber | Flag1 | Flag2,
-     OnRecord<&Database::GotoRecord>},
-    {Select("RecordsInSelection"), Table, RecordsInSelection},
-    {Select("SelectedRecordNumber"), Table, SelectedRecordNumber},
-    {Select("RecordNumber"), Table, CurrentRecordNumber},
-    {Select("CountFiles"), None,
-     [](ServiceCall& call) { call.fields.param1 = call.host.database.TableCount(); }},
-    {Select("CountFields"), Table, CountFields},
-    {Select("FileName"), Table, FileName},
-    {Select("FieldType"), Table | Field, FieldTypeAndAttributes},
-    {Select("FieldInfo"), Table | Field, FieldRelation},
-    {Select("FileFieldNumbers"), Name, FileFieldNumbers},
-    {Select("GetFieldData"), Table | Field, GetFieldData},
-    {Select("SetFieldData"),
-     Table | Field | Param1 | Param2 | ValueReal | ValueDate | ValueNumber | ValueSmall |
-         ValueText | RecordField::Handle,
-     SetFieldData},
-    {Select("GetPackedRecord"), Table, GetPackedRecord},
-    {Select("SetPackedRecord"), Table | RecordField::Handle, SetPackedRecord},
-};
 } // namespace
 
 std::span<const Service> DatabaseServices() {
+    static constexpr Service services[] = {
+        {Select("NewRecord"), Table, OnTable<&Database::NewRecord>},
+        {Select("UpdateRecord"), Table, OnTable<&Database::SaveRecord>},
+        {Select("GotoSelectedRecord"), Table | RecordField::RecordNumber | Flag1 | Flag2,
+         OnRecord<&Database::GotoSelectedRecord>},
+        {Select("GotoRecord"), Table | RecordField::RecordNumber | Flag1 | Flag2,
+         OnRecord<&Database::GotoRecord>},
+        {Select("RecordsInSelection"), Table, RecordsInSelection},
+        {Select("SelectedRecordNumber"), Table, SelectedRecordNumber},
+        {Select("RecordNumber"), Table, CurrentRecordNumber},
+        {Select("CountFiles"), None,
+         [](ServiceCall& call) { call.fields.param1 = call.host.database.TableCount(); }},
+        {Select("CountFields"), Table, CountFields},
+        {Select("FileName"), Table, FileName},
+        {Select("FieldType"), Table | Field, FieldTypeAndAttributes},
+        {Select("FieldInfo"), Table | Field, FieldRelation},
+        {Select("FileFieldNumbers"), Name, FileFieldNumbers},
+        {Select("GetFieldData"), Table | Field, GetFieldData},
+        {Select("SetFieldData"),
+         Table | Field | Param1 | Param2 | ValueReal | ValueDate | ValueNumber | ValueSmall |
+             ValueText | RecordField::Handle,
+         SetFieldData},
+        {Select("GetPackedRecord"), Table, GetPackedRecord},
+        {Select("SetPackedRecord"), Table | RecordField::Handle, SetPackedRecord},
+    };
     return services;
 }

@@ -452,137 +452,142 @@ constexpr auto element = named | Param2;
 constexpr auto address = RecordField::Handle;
 constexpr auto byVariable = Dialog::By::Variable;
 constexpr auto byEither = Dialog::By::Either;
-
-constexpr Service services[] = {
-    Row("CreateFourDDialogContext", RecordField::None, NewContext, ReceiveNewContext),
-    Row("CreateFourDDialog", named | ValueText | Param2 | Param3 | Flag1 | address | Param4,
-        CreateInContext, ReceiveCreate),
-    Row("DialogClose", whole, OnDialog<Close>),
-    // The filter procedure comes in classic calls only.
-    {Select("ModalDialog"), whole, OnDialog<Modal>, RecordField::None, address},
-    Row("DialogEnd", whole | Param2, OnDialog<[](Request& request) {
-            request.dialog.ended =
-                request.Flag() ? DialogOutcome::Cancelled : DialogOutcome::Validated;
-        }>),
-    Row("DialogSwitchTo4DContext", whole, OnDialog<LeaveContext>),
-    Row("DialogSwitchToDlogContext", whole | Param2, OnDialog<EnterContext>),
-    Row("DialogBeginUpdateVars", whole, OnDialog<BeginUpdate>, ReceiveUpdate),
-    Row("DialogEndUpdateVars", whole, OnDialog<EndUpdate>, ReceiveUpdate),
-    Row("DialogGotoPage", whole | Param2, OnDialog<GotoPage>),
-    Row("DialogCurrentPage", whole,
-        OnDialog<[](Request& request) { request.call.fields.param2 = request.dialog.page; }>),
-    Row("DialogSetUserData", whole | address,
-        OnDialog<[](Request& request) { request.dialog.userData = request.call.fields.handle; }>),
-    Row("DialogGetUserData", whole, OnDialog<[](Request& request) {
-            request.call.fields.handle = static_cast<Handle>(request.dialog.userData);
-        }>),
-
-    Row("DialogGetVar", named | address, OnDialog<GetVar>),
-    Row("DialogSetVar", named | address, OnDialog<SetVar>),
-    Row("DialogGetLongVar", named, OnDialog<[](Request& request) {
-            request.call.fields.value.number = request.Get(ValueKind::Long).numbers.at(0);
-        }>),
-    Row("DialogSetLongVar", named | ValueNumber, OnDialog<[](Request& request) {
-            request.Set(LongValue(request.call.fields.value.number));
-        }>),
-    Row("DialogGetNativeRealVar", named,
-        OnDialog<[](Request& request) { request.AnswerReal(request.Get(ValueKind::Real).real); }>),
-    Row("DialogSetNativeRealVar", named | ValueReal,
-        OnDialog<[](Request& request) { request.Set(RealValue(request.Real())); }>),
-    Row("DialogGetStringVar", named, OnDialog<[](Request& request) {
-            request.call.AnswerText(request.Get(ValueKind::String).texts.at(0));
-        }>),
-    Row("DialogSetStringVar", named | ValueText,
-        OnDialog<[](Request& request) { request.Set(StringValue(request.String())); }>),
-    Row("DialogSetPictureVar", named | address, OnDialog<SetPictureVar>),
-    Row("DialogSetDateVar", named | ValueDate, OnDialog<SetDateVar>),
-    Row("DialogGetDateVar", named, OnDialog<GetDateVar>),
-    {Select("DialogSetTextVar"), whole,
-     OnDialog<[](Request& request) { request.Set(TextValue(request.Text())); }>,
-     RecordField::UniName | RecordField::HostString, RecordField::Name | address},
-    Row("DialogGetTextVar", named, OnDialog<[](Request& request) {
-            request.AnswerText(request.Get(ValueKind::Text).texts.at(0));
-        }>),
-    Row("DialogSetTimeVar", named | ValueNumber, OnDialog<[](Request& request) {
-            request.Set({.kind = ValueKind::Time, .numbers = {request.call.fields.value.number}});
-        }>),
-    Row("DialogGetTimeVar", named, OnDialog<[](Request& request) {
-            request.call.fields.value.number = request.Get(ValueKind::Time).numbers.at(0);
-        }>),
-
-    Row("DialogSetVarEnabled", named | Param2,
-        OnDialog<SetFlag<&DialogObject::enabled, byVariable>>),
-    Row("DialogSetVarVisible", named | Param2,
-        OnDialog<SetFlag<&DialogObject::visible, byVariable>>),
-    Row("DialogSetObjVisible", named | Param2,
-        OnDialog<SetFlag<&DialogObject::visible, Dialog::By::Object>>),
-    Row("DialogSetEditable", named | Param2, OnDialog<SetFlag<&DialogObject::editable, byEither>>),
-    Row("DialogSetThreeStateCheckBox", named | Param2,
-        OnDialog<SetFlag<&DialogObject::threeState, byEither>>),
-    Row("DialogSetNumVarMin", named | Param2 | ValueReal,
-        OnDialog<SetBound<&DialogObject::minimum>>),
-    Row("DialogSetNumVarMax", named | Param2 | ValueReal,
-        OnDialog<SetBound<&DialogObject::maximum>>),
-    Row("DialogSetTitle", named | ValueText | Param2, OnDialog<SetTitle>),
-    Row("DialogUpdateObjTitle", named, OnDialog<Redraw<Dialog::By::Object>>),
-    Row("DialogSetEntryFilter", named | ValueText, OnDialog<SetString<&DialogObject::filter>>),
-    Row("DialogSetEntryFormat", named | ValueText, OnDialog<SetString<&DialogObject::format>>),
-    Row("DialogGetRect", named, OnDialog<GetRect>),
-    Row("DialogRedraw", named, OnDialog<Redraw<Dialog::By::Object>>),
-    Row("DialogGetLastObject", whole,
-        OnDialog<[](Request& request) { request.AnswerName(request.dialog.lastObject); }>),
-    Row("DialogGotoVariable", named, OnDialog<[](Request& request) {
-            request.ForEach(byVariable,
-                            [&](DialogObject& object) { request.dialog.lastObject = object.name; });
-        }>),
-
-    Row("DialogNewArrayLong", named, OnDialog<NewArray<ValueKind::LongArray>>),
-    Row("DialogNewArrayReal", named, OnDialog<NewArray<ValueKind::RealArray>>),
-    Row("DialogNewArrayString", named, OnDialog<NewArray<ValueKind::StringArray>>),
-    Row("DialogNewArrayText", named, OnDialog<NewArray<ValueKind::TextArray>>),
-    Row("DialogNewArrayPicture", named, OnDialog<NewArray<ValueKind::PictureArray>>),
-    Row("DialogSetArrayElementLong", element | ValueNumber, OnDialog<[](Request& request) {
-            request.SetElement(LongValue(request.call.fields.value.number));
-        }>),
-    Row("DialogSetArrayElementReal", element | ValueReal,
-        OnDialog<[](Request& request) { request.SetElement(RealValue(request.Real())); }>),
-    Row("DialogSetArrayElementString", element | ValueText,
-        OnDialog<[](Request& request) { request.SetElement(StringValue(request.String())); }>),
-    Row("DialogSetArrayElementText", element | address,
-        OnDialog<[](Request& request) { request.SetElement(TextValue(request.Text())); }>),
-    Row("DialogSetArrayElementPicture", element | address,
-        OnDialog<[](Request& request) { request.SetElement(PictureValue(request.Bytes())); }>),
-    Row("DialogGetArrayElementLong", element, OnDialog<GetLongElement>),
-    Row("DialogGetArrayElementReal", element, OnDialog<GetRealElement>),
-    Row("DialogGetArrayElementString", element, OnDialog<GetStringElement>),
-    Row("DialogGetArrayElementText", element, OnDialog<GetTextElement>),
-    Row("DialogGetArraySize", named, OnDialog<[](Request& request) {
-            request.call.fields.param2 = request.dialog.ArraySize(request.Name());
-        }>),
-    Row("DialogDeleteArrayElements", element | Param3, OnDialog<[](Request& request) {
-            request.dialog.DeleteElements(request.Name(), request.call.fields.param2,
-                                          request.call.fields.param3);
-        }>),
-    Row("DialogLoadTextArrayFromResource", named | Param2 | Param3, OnDialog<LoadStringList>),
-    Row("DialogLoadTextArrayFromTableNames", named | Param2, OnDialog<LoadTableNames>),
-    Row("DialogLoadTextArrayFromFieldNames", named | Table | Param2, OnDialog<LoadFieldNames>),
-    Row("DialogLoadTextArrayFromTTR", named | address | Param2, OnDialog<LoadParagraphs>),
-
-    Row("DialogNewTableFieldHList", named | Table | Param2 | Param3, OnDialog<[](Request& request) {
-            request.dialog.NewFieldList(request.Name(), request.call.fields.table,
-                                        request.call.fields.param2);
-        }>),
-    Row("DialogClearHList", named,
-        OnDialog<[](Request& request) { request.dialog.ClearFieldList(request.Name()); }>),
-    Row("DialogGetTableFieldFromHList", named | Param2, OnDialog<GetTableField>),
-    Row("DialogSetTableFieldInHList", named | Table | Field | Param2, OnDialog<SetTableField>),
-    Row("DialogGetDragInfo", whole, OnDialog<DragInfo>),
-
-    {Select("DialogFromWindow"), RecordField::Param2, DialogFromWindow},
-    {Select("WindowFromDialog"), RecordField::Param1, WindowFromDialog},
-};
 } // namespace
 
 std::span<const Service> DialogServices() {
+    static constexpr Service services[] = {
+        Row("CreateFourDDialogContext", RecordField::None, NewContext, ReceiveNewContext),
+        Row("CreateFourDDialog", named | ValueText | Param2 | Param3 | Flag1 | address | Param4,
+            CreateInContext, ReceiveCreate),
+        Row("DialogClose", whole, OnDialog<Close>),
+        // The filter procedure comes in classic calls only.
+        {Select("ModalDialog"), whole, OnDialog<Modal>, RecordField::None, address},
+        Row("DialogEnd", whole | Param2, OnDialog<[](Request& request) {
+                request.dialog.ended =
+                    request.Flag() ? DialogOutcome::Cancelled : DialogOutcome::Validated;
+            }>),
+        Row("DialogSwitchTo4DContext", whole, OnDialog<LeaveContext>),
+        Row("DialogSwitchToDlogContext", whole | Param2, OnDialog<EnterContext>),
+        Row("DialogBeginUpdateVars", whole, OnDialog<BeginUpdate>, ReceiveUpdate),
+        Row("DialogEndUpdateVars", whole, OnDialog<EndUpdate>, ReceiveUpdate),
+        Row("DialogGotoPage", whole | Param2, OnDialog<GotoPage>),
+        Row("DialogCurrentPage", whole,
+            OnDialog<[](Request& request) { request.call.fields.param2 = request.dialog.page; }>),
+        Row("DialogSetUserData", whole | address, OnDialog<[](Request& request) {
+                request.dialog.userData = request.call.fields.handle;
+            }>),
+        Row("DialogGetUserData", whole, OnDialog<[](Request& request) {
+                request.call.fields.handle = static_cast<Handle>(request.dialog.userData);
+            }>),
+
+        Row("DialogGetVar", named | address, OnDialog<GetVar>),
+        Row("DialogSetVar", named | address, OnDialog<SetVar>),
+        Row("DialogGetLongVar", named, OnDialog<[](Request& request) {
+                request.call.fields.value.number = request.Get(ValueKind::Long).numbers.at(0);
+            }>),
+        Row("DialogSetLongVar", named | ValueNumber, OnDialog<[](Request& request) {
+                request.Set(LongValue(request.call.fields.value.number));
+            }>),
+        Row("DialogGetNativeRealVar", named, OnDialog<[](Request& request) {
+                request.AnswerReal(request.Get(ValueKind::Real).real);
+            }>),
+        Row("DialogSetNativeRealVar", named | ValueReal,
+            OnDialog<[](Request& request) { request.Set(RealValue(request.Real())); }>),
+        Row("DialogGetStringVar", named, OnDialog<[](Request& request) {
+                request.call.AnswerText(request.Get(ValueKind::String).texts.at(0));
+            }>),
+        Row("DialogSetStringVar", named | ValueText,
+            OnDialog<[](Request& request) { request.Set(StringValue(request.String())); }>),
+        Row("DialogSetPictureVar", named | address, OnDialog<SetPictureVar>),
+        Row("DialogSetDateVar", named | ValueDate, OnDialog<SetDateVar>),
+        Row("DialogGetDateVar", named, OnDialog<GetDateVar>),
+        {Select("DialogSetTextVar"), whole,
+         OnDialog<[](Request& request) { request.Set(TextValue(request.Text())); }>,
+         RecordField::UniName | RecordField::HostString, RecordField::Name | address},
+        Row("DialogGetTextVar", named, OnDialog<[](Request& request) {
+                request.AnswerText(request.Get(ValueKind::Text).texts.at(0));
+            }>),
+        Row("DialogSetTimeVar", named | ValueNumber, OnDialog<[](Request& request) {
+                request.Set(
+                    {.kind = ValueKind::Time, .numbers = {request.call.fields.value.number}});
+            }>),
+        Row("DialogGetTimeVar", named, OnDialog<[](Request& request) {
+                request.call.fields.value.number = request.Get(ValueKind::Time).numbers.at(0);
+            }>),
+
+        Row("DialogSetVarEnabled", named | Param2,
+            OnDialog<SetFlag<&DialogObject::enabled, byVariable>>),
+        Row("DialogSetVarVisible", named | Param2,
+            OnDialog<SetFlag<&DialogObject::visible, byVariable>>),
+        Row("DialogSetObjVisible", named | Param2,
+            OnDialog<SetFlag<&DialogObject::visible, Dialog::By::Object>>),
+        Row("DialogSetEditable", named | Param2,
+            OnDialog<SetFlag<&DialogObject::editable, byEither>>),
+        Row("DialogSetThreeStateCheckBox", named | Param2,
+            OnDialog<SetFlag<&DialogObject::threeState, byEither>>),
+        Row("DialogSetNumVarMin", named | Param2 | ValueReal,
+            OnDialog<SetBound<&DialogObject::minimum>>),
+        Row("DialogSetNumVarMax", named | Param2 | ValueReal,
+            OnDialog<SetBound<&DialogObject::maximum>>),
+        Row("DialogSetTitle", named | ValueText | Param2, OnDialog<SetTitle>),
+        Row("DialogUpdateObjTitle", named, OnDialog<Redraw<Dialog::By::Object>>),
+        Row("DialogSetEntryFilter", named | ValueText, OnDialog<SetString<&DialogObject::filter>>),
+        Row("DialogSetEntryFormat", named | ValueText, OnDialog<SetString<&DialogObject::format>>),
+        Row("DialogGetRect", named, OnDialog<GetRect>),
+        Row("DialogRedraw", named, OnDialog<Redraw<Dialog::By::Object>>),
+        Row("DialogGetLastObject", whole,
+            OnDialog<[](Request& request) { request.AnswerName(request.dialog.lastObject); }>),
+        Row("DialogGotoVariable", named, OnDialog<[](Request& request) {
+                request.ForEach(byVariable, [&](DialogObject& object) {
+                    request.dialog.lastObject = object.name;
+                });
+            }>),
+
+        Row("DialogNewArrayLong", named, OnDialog<NewArray<ValueKind::LongArray>>),
+        Row("DialogNewArrayReal", named, OnDialog<NewArray<ValueKind::RealArray>>),
+        Row("DialogNewArrayString", named, OnDialog<NewArray<ValueKind::StringArray>>),
+        Row("DialogNewArrayText", named, OnDialog<NewArray<ValueKind::TextArray>>),
+        Row("DialogNewArrayPicture", named, OnDialog<NewArray<ValueKind::PictureArray>>),
+        Row("DialogSetArrayElementLong", element | ValueNumber, OnDialog<[](Request& request) {
+                request.SetElement(LongValue(request.call.fields.value.number));
+            }>),
+        Row("DialogSetArrayElementReal", element | ValueReal,
+            OnDialog<[](Request& request) { request.SetElement(RealValue(request.Real())); }>),
+        Row("DialogSetArrayElementString", element | ValueText,
+            OnDialog<[](Request& request) { request.SetElement(StringValue(request.String())); }>),
+        Row("DialogSetArrayElementText", element | address,
+            OnDialog<[](Request& request) { request.SetElement(TextValue(request.Text())); }>),
+        Row("DialogSetArrayElementPicture", element | address,
+            OnDialog<[](Request& request) { request.SetElement(PictureValue(request.Bytes())); }>),
+        Row("DialogGetArrayElementLong", element, OnDialog<GetLongElement>),
+        Row("DialogGetArrayElementReal", element, OnDialog<GetRealElement>),
+        Row("DialogGetArrayElementString", element, OnDialog<GetStringElement>),
+        Row("DialogGetArrayElementText", element, OnDialog<GetTextElement>),
+        Row("DialogGetArraySize", named, OnDialog<[](Request& request) {
+                request.call.fields.param2 = request.dialog.ArraySize(request.Name());
+            }>),
+        Row("DialogDeleteArrayElements", element | Param3, OnDialog<[](Request& request) {
+                request.dialog.DeleteElements(request.Name(), request.call.fields.param2,
+                                              request.call.fields.param3);
+            }>),
+        Row("DialogLoadTextArrayFromResource", named | Param2 | Param3, OnDialog<LoadStringList>),
+        Row("DialogLoadTextArrayFromTableNames", named | Param2, OnDialog<LoadTableNames>),
+        Row("DialogLoadTextArrayFromFieldNames", named | Table | Param2, OnDialog<LoadFieldNames>),
+        Row("DialogLoadTextArrayFromTTR", named | address | Param2, OnDialog<LoadParagraphs>),
+
+        Row("DialogNewTableFieldHList", named | Table | Param2 | Param3,
+            OnDialog<[](Request& request) {
+                request.dialog.NewFieldList(request.Name(), request.call.fields.table,
+                                            request.call.fields.param2);
+            }>),
+        Row("DialogClearHList", named,
+            OnDialog<[](Request& request) { request.dialog.ClearFieldList(request.Name()); }>),
+        Row("DialogGetTableFieldFromHList", named | Param2, OnDialog<GetTableField>),
+        Row("DialogSetTableFieldInHList", named | Table | Field | Param2, OnDialog<SetTableField>),
+        Row("DialogGetDragInfo", whole, OnDialog<DragInfo>),
+
+        {Select("DialogFromWindow"), RecordField::Param2, DialogFromWindow},
+        {Select("WindowFromDialog"), RecordField::Param1, WindowFromDialog},
+    };
     return services;
 }

@@ -65,7 +65,8 @@ class DialogRequest {
     }
     // Bytes of the handle that came along: no others than those of a live toolbox handle.
     std::string Bytes() const {
-        if (call.fields.handle != nullptr && ToolboxHandleOwner(call.fields.handle) != 1) {
+        if (call.fields.handle != nullptr &&
+            ToolboxHandleOwner(call.fields.handle) != HandleOwner::Toolbox) {
             call.host.Report("A dialog's value came in a handle that is none of the toolbox's.");
             return {};
         }

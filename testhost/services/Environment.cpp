@@ -133,31 +133,33 @@ void PrefsFolderPath(ServiceCall& call) {
         call.fields.error = ResultCode::NoError;
     }
 }
-
-constexpr Service services[] = {
-    {Select("PluginResID"), RecordField::None, PluginResID},
-    {Select("ProgramInfo"), RecordField::None, ProgramInfo, RecordField::Param3},
-    {Select("StructureFolderPath"), RecordField::None, StructureFolderPath},
-    {Select("HostFolderPath"), RecordField::Param1 | RecordField::Param2 | RecordField::Param3,
-     HostFolderPath},
-    {Select("PrefsFolderPath"), RecordField::Param2 | RecordField::Param3 | RecordField::Param4,
-     PrefsFolderPath},
-    {Select("SetMessages"), RecordField::Param1,
-     [](ServiceCall& call) { call.host.options.messages = call.fields.param1 != 0; }},
-    {Select("SetupMacOSEnv"), RecordField::None,
-     [](ServiceCall& call) { call.host.macEnvironment = true; }},
-    {Select("Setup4DEnv"), RecordField::None,
-     [](ServiceCall& call) { call.host.macEnvironment = false; }},
-    {Select("Reals64"), RecordField::None,
-     [](ServiceCall& call) { call.fields.param1 = call.host.options.reals64 ? 1 : 0; }},
-    {Select("PlatformInterface"), RecordField::None,
-     [](ServiceCall& call) { call.fields.param1 = call.host.options.platformInterface; }},
-    {Select("MacGlobals"), RecordField::None,
-     [](ServiceCall& call) { call.fields.handle = reinterpret_cast<Handle>(call.host.Globals()); }},
-    {Select("Quit"), RecordField::None, [](ServiceCall& call) { call.host.quitRequested = true; }},
-};
 } // namespace
 
 std::span<const Service> EnvironmentServices() {
+    static constexpr Service services[] = {
+        {Select("PluginResID"), RecordField::None, PluginResID},
+        {Select("ProgramInfo"), RecordField::None, ProgramInfo, RecordField::Param3},
+        {Select("StructureFolderPath"), RecordField::None, StructureFolderPath},
+        {Select("HostFolderPath"), RecordField::Param1 | RecordField::Param2 | RecordField::Param3,
+         HostFolderPath},
+        {Select("PrefsFolderPath"), RecordField::Param2 | RecordField::Param3 | RecordField::Param4,
+         PrefsFolderPath},
+        {Select("SetMessages"), RecordField::Param1,
+         [](ServiceCall& call) { call.host.options.messages = call.fields.param1 != 0; }},
+        {Select("SetupMacOSEnv"), RecordField::None,
+         [](ServiceCall& call) { call.host.macEnvironment = true; }},
+        {Select("Setup4DEnv"), RecordField::None,
+         [](ServiceCall& call) { call.host.macEnvironment = false; }},
+        {Select("Reals64"), RecordField::None,
+         [](ServiceCall& call) { call.fields.param1 = call.host.options.reals64 ? 1 : 0; }},
+        {Select("PlatformInterface"), RecordField::None,
+         [](ServiceCall& call) { call.fields.param1 = call.host.options.platformInterface; }},
+        {Select("MacGlobals"), RecordField::None,
+         [](ServiceCall& call) {
+             call.fields.handle = reinterpret_cast<Handle>(call.host.Globals());
+         }},
+        {Select("Quit"), RecordField::None,
+         [](ServiceCall& call) { call.host.quitRequested = true; }},
+    };
     return services;
 }

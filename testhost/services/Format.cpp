@@ -58,18 +58,17 @@ void Narrow(ServiceCall& call) {
     std::memcpy(&wide, &call.fields.value.real, sizeof(REAL_U));
     call.fields.value.real = {static_cast<double>(wide), {}};
 }
-
-constexpr Service services[] = {
-    {Select("FormatValue"),
-     RecordField::Field | RecordField::Name | RecordField::Param1 | RecordField::ValueReal |
-         RecordField::ValueDate | RecordField::ValueNumber | RecordField::ValueSmall |
-         RecordField::ValueText,
-     FormatValue},
-    {Select("SwapReal64To80"), RecordField::ValueReal, Widen},
-    {Select("SwapReal80To64"), RecordField::ValueReal, Narrow},
-};
 } // namespace
 
 std::span<const Service> FormatServices() {
+    static constexpr Service services[] = {
+        {Select("FormatValue"),
+         RecordField::Field | RecordField::Name | RecordField::Param1 | RecordField::ValueReal |
+             RecordField::ValueDate | RecordField::ValueNumber | RecordField::ValueSmall |
+             RecordField::ValueText,
+         FormatValue},
+        {Select("SwapReal64To80"), RecordField::ValueReal, Widen},
+        {Select("SwapReal80To64"), RecordField::ValueReal, Narrow},
+    };
     return services;
 }

@@ -15,8 +15,6 @@
 #include <cstring>
 
 namespace {
-constexpr size_t longestText = 32000;
-
 // Serves a call that may end in a LanguageFailure, whose code is then the answer.
 template <void (*serve)(ServiceCall&)>
 void Guarded(ServiceCall& call) {
@@ -275,33 +273,33 @@ void Alert(ServiceCall& call) {
 void Confirm(ServiceCall& call) {
     call.fields.param2 = ShowBox(call, HostBox::Kind::Confirm);
 }
-
-constexpr Service services[] = {
-    {Select("ExecProc"), RecordField::None, Guarded<ExecProc>, RecordField::HostString,
-     RecordField::Handle},
-    {Select("ExecLongFunc"), RecordField::Handle | RecordField::Param1,
-     Guarded<ExecFunc<ValueType::Long>>},
-    {Select("ExecRealFunc"), RecordField::Handle | RecordField::Param1,
-     Guarded<ExecFunc<ValueType::Real>>},
-    {Select("TokenizeProc"), RecordField::Handle, Guarded<Tokenize>},
-    {Select("TokenizeProcV12"), RecordField::HostString, Guarded<TokenizeUnicode>},
-    {Select("ExecTokenizedProc"), RecordField::Handle, Guarded<ExecTokenizedProc>},
-    {Select("ExecTokenizedFunc"), RecordField::Handle | RecordField::Param1,
-     Guarded<ExecTokenizedFunc>, RecordField::None, RecordField::None, ReceiveTokens},
-    {Select("DetokenizeProc"), RecordField::Param1, Guarded<Detokenize>},
-    {Select("ByteSwapTokens"), RecordField::Handle, Guarded<ByteSwap>},
-    {Select("MethodID"), RecordField::Name, Guarded<MethodID>},
-    {Select("ExecIndProc"), RecordField::Param1, Guarded<ExecIndProc>},
-    {Select("CallMethodID"), RecordField::Param1 | RecordField::Param2 | RecordField::Handle,
-     Guarded<CallMethod>},
-    {Select("EditFormula"), RecordField::Handle | RecordField::Table, Guarded<EditFormula>},
-    {Select("CommandName"), RecordField::ValueSmall, Guarded<CommandName>},
-    {Select("Alert"), RecordField::None, Guarded<Alert>, RecordField::UniName, RecordField::Param1},
-    {Select("Confirm"), RecordField::None, Guarded<Confirm>, RecordField::UniName,
-     RecordField::Param1},
-};
 } // namespace
 
 std::span<const Service> LanguageServices() {
+    static constexpr Service services[] = {
+        {Select("ExecProc"), RecordField::None, Guarded<ExecProc>, RecordField::HostString,
+         RecordField::Handle},
+        {Select("ExecLongFunc"), RecordField::Handle | RecordField::Param1,
+         Guarded<ExecFunc<ValueType::Long>>},
+        {Select("ExecRealFunc"), RecordField::Handle | RecordField::Param1,
+         Guarded<ExecFunc<ValueType::Real>>},
+        {Select("TokenizeProc"), RecordField::Handle, Guarded<Tokenize>},
+        {Select("TokenizeProcV12"), RecordField::HostString, Guarded<TokenizeUnicode>},
+        {Select("ExecTokenizedProc"), RecordField::Handle, Guarded<ExecTokenizedProc>},
+        {Select("ExecTokenizedFunc"), RecordField::Handle | RecordField::Param1,
+         Guarded<ExecTokenizedFunc>, RecordField::None, RecordField::None, ReceiveTokens},
+        {Select("DetokenizeProc"), RecordField::Param1, Guarded<Detokenize>},
+        {Select("ByteSwapTokens"), RecordField::Handle, Guarded<ByteSwap>},
+        {Select("MethodID"), RecordField::Name, Guarded<MethodID>},
+        {Select("ExecIndProc"), RecordField::Param1, Guarded<ExecIndProc>},
+        {Select("CallMethodID"), RecordField::Param1 | RecordField::Param2 | RecordField::Handle,
+         Guarded<CallMethod>},
+        {Select("EditFormula"), RecordField::Handle | RecordField::Table, Guarded<EditFormula>},
+        {Select("CommandName"), RecordField::ValueSmall, Guarded<CommandName>},
+        {Select("Alert"), RecordField::None, Guarded<Alert>, RecordField::UniName,
+         RecordField::Param1},
+        {Select("Confirm"), RecordField::None, Guarded<Confirm>, RecordField::UniName,
+         RecordField::Param1},
+    };
     return services;
 }

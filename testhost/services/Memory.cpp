@@ -35,13 +35,12 @@ void OperateOnHandle(ServiceCall& call) {
         break;
     }
 }
-
-constexpr Service services[] = {
-    {Select("HandleOperation"), RecordField::Param1 | RecordField::Param2 | RecordField::Handle,
-     OperateOnHandle},
-};
 } // namespace
 
 std::span<const Service> MemoryServices() {
+    static constexpr Service services[] = {
+        {Select("HandleOperation"), RecordField::Param1 | RecordField::Param2 | RecordField::Handle,
+         OperateOnHandle},
+    };
     return services;
 }

@@ -16,8 +16,7 @@ const HostPicture* TakePicture(ServiceCall& call) {
 }
 
 OSErr CopyToHandle(Host& host, const std::string& data, Handle handle) {
-    constexpr short toolboxHandle = 1;
-    if (ToolboxHandleOwner(handle) != toolboxHandle) {
+    if (ToolboxHandleOwner(handle) != HandleOwner::Toolbox) {
         host.Report("selector -671 (PictureData): `handle` is no handle of the toolbox.");
         return ResultCode::BadParameter;
     }
@@ -58,15 +57,14 @@ void CreateNativeBitmap(ServiceCall& call) {
 void DisposePicture(ServiceCall& call) {
     call.fields.error = call.host.pictures.Dispose(call.engine->picture, Owner::Plugin);
 }
-
-constexpr Service services[] = {
-    {Select("PictureData"), RecordField::Picture | RecordField::Param1 | RecordField::Handle,
-     PictureData},
-    {Select("CreateNativeBitmapImage"), RecordField::Picture, CreateNativeBitmap},
-    {Select("DisposePicture"), RecordField::Picture, DisposePicture},
-};
 } // namespace
 
 std::span<const Service> PictureServices() {
+    static constexpr Service services[] = {
+        {Select("PictureData"), RecordField::Picture | RecordField::Param1 | RecordField::Handle,
+         PictureData},
+        {Select("CreateNativeBitmapImage"), RecordField::Picture, CreateNativeBitmap},
+        {Select("DisposePicture"), RecordField::Picture, DisposePicture},
+    };
     return services;
 }

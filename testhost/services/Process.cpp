@@ -203,31 +203,30 @@ void ExecuteOnMainThread(ServiceCall& call) {
                             words, "The function on the main thread");
     });
 }
-
-constexpr Service services[] = {
-    {Select("NewProcess"), RecordField::Handle | RecordField::Param3, NewProcess,
-     RecordField::UniText, RecordField::ValueText},
-    {Select("KillProcess"), RecordField::None, KillProcess},
-    {Select("CurrentProcess"), RecordField::None,
-     [](ServiceCall& call) { call.fields.param1 = call.host.currentProcess; }},
-    {Select("ProcessInfo"), RecordField::Param1, ProcessInfo},
-    {Select("ProcessCounts"), RecordField::None, ProcessCounts},
-    {Select("BringProcessToFront"), RecordField::Param1, BringProcessToFront},
-    {Select("PutProcessToSleep"), RecordField::Param1 | RecordField::Param2, PutProcessToSleep},
-    {Select("FreezeProcess"), RecordField::Param1, FreezeProcess},
-    {Select("UnfreezeProcess"), RecordField::Param1, UnfreezeProcess},
-    {Select("NextEvent"), RecordField::Param1 | RecordField::Param2 | RecordField::Handle,
-     NextEvent},
-    {Select("PostProcessEvent"), RecordField::Param1 | RecordField::Handle, PostProcessEvent},
-    {Select("IsProcessDying"), RecordField::None, IsProcessDying},
-    {Select("YieldToOthers"), RecordField::None, Yield},
-    {Select("YieldAbsolute"), RecordField::None, Yield},
-    {Select("CheckFreeStack"), RecordField::Param1, CheckFreeStack},
-    {Select("ExecuteOnMainThread"), RecordField::MainThreadProc | RecordField::MainThreadArg,
-     ExecuteOnMainThread},
-};
 } // namespace
 
 std::span<const Service> ProcessServices() {
+    static constexpr Service services[] = {
+        {Select("NewProcess"), RecordField::Handle | RecordField::Param3, NewProcess,
+         RecordField::UniText, RecordField::ValueText},
+        {Select("KillProcess"), RecordField::None, KillProcess},
+        {Select("CurrentProcess"), RecordField::None,
+         [](ServiceCall& call) { call.fields.param1 = call.host.currentProcess; }},
+        {Select("ProcessInfo"), RecordField::Param1, ProcessInfo},
+        {Select("ProcessCounts"), RecordField::None, ProcessCounts},
+        {Select("BringProcessToFront"), RecordField::Param1, BringProcessToFront},
+        {Select("PutProcessToSleep"), RecordField::Param1 | RecordField::Param2, PutProcessToSleep},
+        {Select("FreezeProcess"), RecordField::Param1, FreezeProcess},
+        {Select("UnfreezeProcess"), RecordField::Param1, UnfreezeProcess},
+        {Select("NextEvent"), RecordField::Param1 | RecordField::Param2 | RecordField::Handle,
+         NextEvent},
+        {Select("PostProcessEvent"), RecordField::Param1 | RecordField::Handle, PostProcessEvent},
+        {Select("IsProcessDying"), RecordField::None, IsProcessDying},
+        {Select("YieldToOthers"), RecordField::None, Yield},
+        {Select("YieldAbsolute"), RecordField::None, Yield},
+        {Select("CheckFreeStack"), RecordField::Param1, CheckFreeStack},
+        {Select("ExecuteOnMainThread"), RecordField::MainThreadProc | RecordField::MainThreadArg,
+         ExecuteOnMainThread},
+    };
     return services;
 }

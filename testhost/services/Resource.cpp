@@ -49,7 +49,7 @@ std::optional<std::string> BytesOf(ServiceCall& call) {
         call.fields.error = ResultCode::NullHandle;
         return std::nullopt;
     }
-    if (ToolboxHandleOwner(handle) != 1) {
+    if (ToolboxHandleOwner(handle) != HandleOwner::Toolbox) {
         call.host.Report("A resource's bytes came in a handle that is none of the toolbox's.");
         call.fields.error = ResultCode::BadParameter;
         return std::nullopt;
@@ -198,43 +198,42 @@ void Delete(ServiceCall& call) {
 constexpr auto file = RecordField::Param1;
 constexpr auto fileAndType = file | RecordField::Param2;
 constexpr auto resource = fileAndType | RecordField::Param3; // or a type's index
-
-constexpr Service services[] = {
-    {Select("OpenResFile"), RecordField::Name,
-     [](ServiceCall& call) { OpenBy(call, &StructureResources::Open); }},
-    {Select("CreateResFile"), RecordField::Name,
-     [](ServiceCall& call) { OpenBy(call, &StructureResources::Create); }},
-    {Select("CloseResFile"), file,
-     [](ServiceCall& call) {
-         call.fields.error = call.host.structureResources.Close(call.fields.param1);
-     }},
-    {Select("UpdateResFile"), file,
-     [](ServiceCall& call) {
-         call.fields.error = call.host.structureResources.Update(call.fields.param1);
-     }},
-    {Select("StructResFileRef"), RecordField::None,
-     [](ServiceCall& call) { call.fields.param1 = StructureResources::structureFile; }},
-    {Select("CountResTypes"), file, CountTypes},
-    {Select("IndResType"), file | RecordField::Param3, TypeAtIndex},
-    {Select("ResTypeList"), file, TypeList},
-    {Select("CountRes"), fileAndType, CountResources},
-    {Select("IndResID"), resource, IdentifierAtIndex},
-    {Select("ResIDList"), fileAndType, IdentifierList},
-    {Select("UniqueResID"), fileAndType, UniqueIdentifier},
-    {Select("ResName"), resource, Name},
-    {Select("SetResName"), resource | RecordField::Name, SetName},
-    {Select("ResTimestamp"), resource, Timestamp},
-    {Select("GetRes"), resource, Get},
-    {Select("SetRes"), resource | RecordField::Handle, Set},
-    {Select("AddRes"), resource | RecordField::Name | RecordField::Handle, Add},
-    {Select("DelRes"), resource, Delete},
-    {Select("SystemColors"), RecordField::None,
-     [](ServiceCall& call) {
-         call.fields.handle = reinterpret_cast<Handle>(&call.host.systemColors);
-     }},
-};
 } // namespace
 
 std::span<const Service> ResourceServices() {
+    static constexpr Service services[] = {
+        {Select("OpenResFile"), RecordField::Name,
+         [](ServiceCall& call) { OpenBy(call, &StructureResources::Open); }},
+        {Select("CreateResFile"), RecordField::Name,
+         [](ServiceCall& call) { OpenBy(call, &StructureResources::Create); }},
+        {Select("CloseResFile"), file,
+         [](ServiceCall& call) {
+             call.fields.error = call.host.structureResources.Close(call.fields.param1);
+         }},
+        {Select("UpdateResFile"), file,
+         [](ServiceCall& call) {
+             call.fields.error = call.host.structureResources.Update(call.fields.param1);
+         }},
+        {Select("StructResFileRef"), RecordField::None,
+         [](ServiceCall& call) { call.fields.param1 = StructureResources::structureFile; }},
+        {Select("CountResTypes"), file, CountTypes},
+        {Select("IndResType"), file | RecordField::Param3, TypeAtIndex},
+        {Select("ResTypeList"), file, TypeList},
+        {Select("CountRes"), fileAndType, CountResources},
+        {Select("IndResID"), resource, IdentifierAtIndex},
+        {Select("ResIDList"), fileAndType, IdentifierList},
+        {Select("UniqueResID"), fileAndType, UniqueIdentifier},
+        {Select("ResName"), resource, Name},
+        {Select("SetResName"), resource | RecordField::Name, SetName},
+        {Select("ResTimestamp"), resource, Timestamp},
+        {Select("GetRes"), resource, Get},
+        {Select("SetRes"), resource | RecordField::Handle, Set},
+        {Select("AddRes"), resource | RecordField::Name | RecordField::Handle, Add},
+        {Select("DelRes"), resource, Delete},
+        {Select("SystemColors"), RecordField::None,
+         [](ServiceCall& call) {
+             call.fields.handle = reinterpret_cast<Handle>(&call.host.systemColors);
+         }},
+    };
     return services;
 }

@@ -24,14 +24,13 @@ void WriteOnServer(ServiceCall& call) {
     call.fields.error = call.host.network->Write(
         call.host, call.fields.param1, static_cast<short>(call.fields.param2), call.fields.handle);
 }
-
-constexpr Service services[] = {
-    {Select("ReadOnServer"), RecordField::Param1 | RecordField::Param2, ReadOnServer},
-    {Select("WriteOnServer"), RecordField::Param1 | RecordField::Param2 | RecordField::Handle,
-     WriteOnServer},
-};
 } // namespace
 
 std::span<const Service> ServerServices() {
+    static constexpr Service services[] = {
+        {Select("ReadOnServer"), RecordField::Param1 | RecordField::Param2, ReadOnServer},
+        {Select("WriteOnServer"), RecordField::Param1 | RecordField::Param2 | RecordField::Handle,
+         WriteOnServer},
+    };
     return services;
 }

@@ -62,17 +62,16 @@ void ConvertCharacters(ServiceCall& call) {
         ASI_AnsiToMacBuf(source, target, size);
     }
 }
-
-constexpr Service services[] = {
-    {Select("CreateFDString"), RecordField::Handle, CreateString},
-    {Select("SetFDString"), RecordField::Handle | RecordField::HostString, SetString},
-    {Select("DisposeFDString"), RecordField::HostString, DisposeString},
-    {Select("ConvertCharacters"),
-     RecordField::Param1 | RecordField::Param2 | RecordField::Param3 | RecordField::Param4,
-     ConvertCharacters},
-};
 } // namespace
 
 std::span<const Service> TextServices() {
+    static constexpr Service services[] = {
+        {Select("CreateFDString"), RecordField::Handle, CreateString},
+        {Select("SetFDString"), RecordField::Handle | RecordField::HostString, SetString},
+        {Select("DisposeFDString"), RecordField::HostString, DisposeString},
+        {Select("ConvertCharacters"),
+         RecordField::Param1 | RecordField::Param2 | RecordField::Param3 | RecordField::Param4,
+         ConvertCharacters},
+    };
     return services;
 }

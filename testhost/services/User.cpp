@@ -94,23 +94,22 @@ void PrintInfo(ServiceCall& call) {
     call.fields.error =
         call.fields.handle != nullptr ? ResultCode::NoError : ResultCode::MemoryFull;
 }
-
-constexpr Service services[] = {
-    {Select("DoAbout"), RecordField::None, [](ServiceCall& call) { ++call.host.aboutShown; }},
-    {Select("StringsEqual"), RecordField::ValueText | RecordField::Name, StringsEqual},
-    {Select("TipsEnabled"), RecordField::None,
-     [](ServiceCall& call) { call.fields.param1 = call.host.tipsEnabled ? 1 : 0; }},
-    {Select("SetTipsEnabled"), RecordField::Param1,
-     [](ServiceCall& call) { call.host.tipsEnabled = call.fields.param1 != 0; }},
-    {Select("CreateTip"), RecordField::Name, CreateTip},
-    {Select("EditPicture"), RecordField::Handle, EditPicture},
-    {Select("AcquirePrinter"), RecordField::None, AcquirePrinter},
-    {Select("ReleasePrinter"), RecordField::None, ReleasePrinter},
-    {Select("IsPrinterBusy"), RecordField::None, IsPrinterBusy},
-    {Select("PrintInfo"), RecordField::None, PrintInfo},
-};
 } // namespace
 
 std::span<const Service> UserServices() {
+    static constexpr Service services[] = {
+        {Select("DoAbout"), RecordField::None, [](ServiceCall& call) { ++call.host.aboutShown; }},
+        {Select("StringsEqual"), RecordField::ValueText | RecordField::Name, StringsEqual},
+        {Select("TipsEnabled"), RecordField::None,
+         [](ServiceCall& call) { call.fields.param1 = call.host.tipsEnabled ? 1 : 0; }},
+        {Select("SetTipsEnabled"), RecordField::Param1,
+         [](ServiceCall& call) { call.host.tipsEnabled = call.fields.param1 != 0; }},
+        {Select("CreateTip"), RecordField::Name, CreateTip},
+        {Select("EditPicture"), RecordField::Handle, EditPicture},
+        {Select("AcquirePrinter"), RecordField::None, AcquirePrinter},
+        {Select("ReleasePrinter"), RecordField::None, ReleasePrinter},
+        {Select("IsPrinterBusy"), RecordField::None, IsPrinterBusy},
+        {Select("PrintInfo"), RecordField::None, PrintInfo},
+    };
     return services;
 }

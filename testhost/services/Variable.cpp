@@ -91,41 +91,41 @@ void SetVariable(ServiceCall& call, long process, const char* service) {
 
 constexpr auto readInputs = RecordField::Name | RecordField::Handle;
 constexpr auto writeInputs = readInputs | RecordField::VariableFlag;
-
-constexpr Service services[] = {
-    {Select("GetProcessVariable"), readInputs,
-     [](ServiceCall& call) {
-         GetVariable(call, CurrentVariables(call.host), "selector 19 (GetProcessVariable)", true);
-     }},
-    {Select("GetVariable"), readInputs,
-     [](ServiceCall& call) {
-         GetVariable(call, CurrentVariables(call.host), "selector -19 (GetVariable)", false);
-     }},
-    {Select("GetVariableIP"), readInputs,
-     [](ServiceCall& call) {
-         GetVariable(call, HostVariables::interprocess, "selector -125 (GetVariableIP)", false);
-     }},
-    {Select("GetLongIPVar"), readInputs,
-     [](ServiceCall& call) {
-         GetVariable(call, HostVariables::interprocess, "selector 125 (GetLongIPVar)", false);
-     }},
-    {Select("SetProcessVariable"), writeInputs,
-     [](ServiceCall& call) {
-         SetVariable(call, CurrentVariables(call.host), "selector 20 (SetProcessVariable)");
-     }},
-    {Select("SetVariable"), writeInputs,
-     [](ServiceCall& call) {
-         SetVariable(call, CurrentVariables(call.host), "selector -20 (SetVariable)");
-     }},
-    {Select("SetVariableIP"), writeInputs,
-     [](ServiceCall& call) {
-         SetVariable(call, HostVariables::interprocess, "selector -126 (SetVariableIP)");
-     }},
-    {Select("UpdateVariables"), RecordField::None,
-     [](ServiceCall& call) { ++call.host.variables.redraws; }},
-};
 } // namespace
 
 std::span<const Service> VariableServices() {
+    static constexpr Service services[] = {
+        {Select("GetProcessVariable"), readInputs,
+         [](ServiceCall& call) {
+             GetVariable(call, CurrentVariables(call.host), "selector 19 (GetProcessVariable)",
+                         true);
+         }},
+        {Select("GetVariable"), readInputs,
+         [](ServiceCall& call) {
+             GetVariable(call, CurrentVariables(call.host), "selector -19 (GetVariable)", false);
+         }},
+        {Select("GetVariableIP"), readInputs,
+         [](ServiceCall& call) {
+             GetVariable(call, HostVariables::interprocess, "selector -125 (GetVariableIP)", false);
+         }},
+        {Select("GetLongIPVar"), readInputs,
+         [](ServiceCall& call) {
+             GetVariable(call, HostVariables::interprocess, "selector 125 (GetLongIPVar)", false);
+         }},
+        {Select("SetProcessVariable"), writeInputs,
+         [](ServiceCall& call) {
+             SetVariable(call, CurrentVariables(call.host), "selector 20 (SetProcessVariable)");
+         }},
+        {Select("SetVariable"), writeInputs,
+         [](ServiceCall& call) {
+             SetVariable(call, CurrentVariables(call.host), "selector -20 (SetVariable)");
+         }},
+        {Select("SetVariableIP"), writeInputs,
+         [](ServiceCall& call) {
+             SetVariable(call, HostVariables::interprocess, "selector -126 (SetVariableIP)");
+         }},
+        {Select("UpdateVariables"), RecordField::None,
+         [](ServiceCall& call) { ++call.host.variables.redraws; }},
+    };
     return services;
 }

@@ -128,27 +128,26 @@ void SetWindowFocusable(ServiceCall& call) {
 }
 
 constexpr RecordField::Set flagged = RecordField::Handle | RecordField::Flag1;
-
-constexpr Service services[] = {
-    {Select("NativeWindow"), RecordField::Handle, NativeWindow},
-    {Select("WindowProcess"), RecordField::Handle, WindowProcess},
-    {Select("SetWindowProcess"), RecordField::Handle | RecordField::Param1, SetWindowProcess},
-    {Select("UpdateDrawingContext"), RecordField::None,
-     [](ServiceCall& call) { call.fields.param1 = call.host.updateContext; }},
-    {Select("FloatingWindow"), RecordField::None, FloatingWindow},
-    {Select("SetExternalWindowTitle"), RecordField::Param1 | RecordField::Name,
-     SetExternalWindowTitle},
-    {Select("MethodEditorText"), RecordField::Handle, MethodEditorText},
-    {Select("MethodEditorLine"), RecordField::Handle, MethodEditorLine},
-    {Select("CurrentTextEdit"), RecordField::None, CurrentTextEdit},
-    {Select("FocusedWindow"), RecordField::None, FocusedWindow},
-    {Select("IsWindowFocused"), RecordField::Handle, IsWindowFocused},
-    {Select("IsWindowFocusable"), RecordField::Handle, IsWindowFocusable},
-    {Select("SetWindowFocused"), flagged, SetWindowFocused},
-    {Select("SetWindowFocusable"), flagged, SetWindowFocusable},
-};
 } // namespace
 
 std::span<const Service> WindowServices() {
+    static constexpr Service services[] = {
+        {Select("NativeWindow"), RecordField::Handle, NativeWindow},
+        {Select("WindowProcess"), RecordField::Handle, WindowProcess},
+        {Select("SetWindowProcess"), RecordField::Handle | RecordField::Param1, SetWindowProcess},
+        {Select("UpdateDrawingContext"), RecordField::None,
+         [](ServiceCall& call) { call.fields.param1 = call.host.updateContext; }},
+        {Select("FloatingWindow"), RecordField::None, FloatingWindow},
+        {Select("SetExternalWindowTitle"), RecordField::Param1 | RecordField::Name,
+         SetExternalWindowTitle},
+        {Select("MethodEditorText"), RecordField::Handle, MethodEditorText},
+        {Select("MethodEditorLine"), RecordField::Handle, MethodEditorLine},
+        {Select("CurrentTextEdit"), RecordField::None, CurrentTextEdit},
+        {Select("FocusedWindow"), RecordField::None, FocusedWindow},
+        {Select("IsWindowFocused"), RecordField::Handle, IsWindowFocused},
+        {Select("IsWindowFocusable"), RecordField::Handle, IsWindowFocusable},
+        {Select("SetWindowFocused"), flagged, SetWindowFocused},
+        {Select("SetWindowFocusable"), flagged, SetWindowFocusable},
+    };
     return services;
 }

@@ -10,7 +10,6 @@ namespace {
 constexpr long lowestShort = -0x8000;
 constexpr long highestShort = 0x7FFF;
 constexpr size_t longestString = 255;
-constexpr size_t longestText = 32000;
 
 std::vector<long> TakeShorts(Words& words, std::initializer_list<const char*> names) {
     std::vector<long> numbers;

@@ -131,7 +131,7 @@ void TakeBlockBack(Host& host, const EventBlock& block, unsigned long lent, Even
     }
 }
 
-Event TakeEvent(Words& words) {
+Event TakeAreaEvent(Words& words) {
     Event event;
     event.record.what = TakeEventCode(words);
     if (event.record.what == AreaEvent::CreateWithBlock) {
@@ -483,7 +483,7 @@ Action ParseArea(Words& words) {
     }
     if (words.TakeIf("delete")) {
         if (words.TakeIf("within")) {
-            const Event event = TakeEvent(words);
+            const Event event = TakeAreaEvent(words);
             return WithFormArea(std::move(name), [event](Player& player, const std::string& area) {
                 if (event.rect) {
                     Move(player, player.areas[area], *event.rect);
@@ -494,7 +494,7 @@ Action ParseArea(Words& words) {
         return WithFormArea(std::move(name), Delete);
     }
     if (words.TakeIf("event")) {
-        const Event event = TakeEvent(words);
+        const Event event = TakeAreaEvent(words);
         return WithFormArea(std::move(name), [event](Player& player, const std::string& area) {
             if (event.rect) {
                 Move(player, player.areas[area], *event.rect);
@@ -508,7 +508,7 @@ Action ParseArea(Words& words) {
 Action ParseUserArea(Words& words) {
     std::string object = TakeAreaName(words);
     words.Take("event");
-    const Event event = TakeEvent(words);
+    const Event event = TakeAreaEvent(words);
     if (event.rect) {
         throw ScriptError("the form says where an area of a dialog is");
     }

@@ -79,7 +79,10 @@ TOOLBOX_CALL long ToolboxLiveHostHandles();
 TOOLBOX_CALL long ToolboxLivePointers();
 /// How many files are open.
 TOOLBOX_CALL long ToolboxOpenFiles();
-/// Whose handle this is: 0 no live handle, 1 the toolbox's, 2 the host's. Never a problem.
+/// Whose handle this is. Never a problem.
+namespace HandleOwner {
+enum : short { None = 0, Toolbox = 1, Host = 2 };
+}
 TOOLBOX_CALL short ToolboxHandleOwner(Handle handle);
 /// Whether this is, or ever was, a handle. Never a problem.
 TOOLBOX_CALL unsigned char ToolboxWasHandle(Handle handle);

@@ -57,15 +57,11 @@ constexpr BlockTypeRow blockTypes[] = {
     {ValueKind::UnicodeTextArray, ValueType::UnicodeTextArray},
 };
 
-// What ToolboxHandleOwner answers.
-constexpr short toolboxHandle = 1;
-constexpr short hostHandle = 2;
-
 long LiveSize(Handle handle) {
     switch (ToolboxHandleOwner(handle)) {
-    case toolboxHandle:
+    case HandleOwner::Toolbox:
         return GetHandleSize(handle);
-    case hostHandle:
+    case HandleOwner::Host:
         return ToolboxHostHandleSize(handle);
     default:
         return 0;
@@ -336,9 +332,9 @@ BlockParts PartsWithout(const BlockParts& from, const BlockParts& kept) {
 void FreeParts(const BlockParts& parts, const ValueLayout& layout) {
     for (Handle handle : parts.handles) {
         const short owner = ToolboxHandleOwner(handle);
-        if (owner == toolboxHandle) {
+        if (owner == HandleOwner::Toolbox) {
             DisposeHandle(handle);
-        } else if (owner == hostHandle) {
+        } else if (owner == HandleOwner::Host) {
             ToolboxDisposeHostHandle(handle);
         }
     }
@@ -364,10 +360,10 @@ std::optional<std::string> HandleFault(Handle handle, const ValueLayout& layout)
         return std::nullopt;
     }
     switch (ToolboxHandleOwner(handle)) {
-    case toolboxHandle:
+    case HandleOwner::Toolbox:
         return (HGetState(handle) & isResource) != 0 ? std::optional("is a resource's")
                                                      : std::nullopt;
-    case hostHandle:
+    case HandleOwner::Host:
         return layout.HasEngine() ? std::nullopt : std::optional("is the host's");
     default:
         return ToolboxWasHandle(handle) != 0 ? "was disposed of" : "is no handle";

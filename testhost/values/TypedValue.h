@@ -60,6 +60,8 @@ TypedValue BooleanValue(bool yes);
 TypedValue RealValue(double number);
 TypedValue ExtendedValue(double number);
 TypedValue StringValue(std::string_view text);
+/// Characters that a text holds at most.
+inline constexpr size_t longestText = 32000;
 TypedValue TextValue(std::string_view text);
 TypedValue DateValue(short year, short month, short day);
 TypedValue RectValue(short top, short left, short bottom, short right);

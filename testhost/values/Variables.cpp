@@ -14,7 +14,6 @@ namespace {
 constexpr char markCharacter = static_cast<char>(0xD7);
 constexpr std::string_view mark = "<>";
 constexpr size_t longestName = 255;
-constexpr short hostHandle = 2; // what ToolboxHandleOwner answers
 
 // A variable's process and its name without the mark.
 struct Place {
@@ -130,7 +129,7 @@ void HostVariables::Set(long process, std::string_view name, const ValueBlock& v
     variable->reported.clear();
     Touch(process, name);
     for (Handle handle : parts.handles) {
-        if (ToolboxHandleOwner(handle) == hostHandle) {
+        if (ToolboxHandleOwner(handle) == HandleOwner::Host) {
             ToolboxShareHostHandle(handle);
         }
     }
@@ -204,7 +203,7 @@ void HostVariables::Release(const HostVariable& variable, const BlockParts& kept
     const BlockParts freed = PartsWithout(PartsOf(variable.value, layout), kept);
     const bool whole = variable.value.type == ValueType::Pointer && !freed.handles.empty();
     for (Handle handle : freed.handles) {
-        if (ToolboxHandleOwner(handle) == 0 && variable.reported.empty()) {
+        if (ToolboxHandleOwner(handle) == HandleOwner::None && variable.reported.empty()) {
             DisposeHandle(handle); // so that the toolbox complains of who did so before
         }
     }
@@ -214,7 +213,7 @@ void HostVariables::Release(const HostVariable& variable, const BlockParts& kept
 // Empties a variable whose text, BLOB, storage or target somebody has disposed of.
 void HostVariables::DropDisposed(HostVariable& variable) const {
     const std::vector<Handle> held = PartsOf(variable.value, layout).handles;
-    if (!held.empty() && ToolboxHandleOwner(held.front()) == 0) {
+    if (!held.empty() && ToolboxHandleOwner(held.front()) == HandleOwner::None) {
         variable.value = {.type = variable.value.type, .filler = 0, .array = {}};
     }
 }
@@ -254,8 +253,9 @@ std::vector<std::string> HostVariables::TakeFaults(const TouchedVariables& names
         variable->reported = fault;
         DropDisposed(*variable);
     }
-    if (std::erase_if(lent.handles,
-                      [](Handle handle) { return ToolboxHandleOwner(handle) == 0; })) {
+    if (std::erase_if(lent.handles, [](Handle handle) {
+            return ToolboxHandleOwner(handle) == HandleOwner::None;
+        })) {
         faults.emplace_back(
             "The plug-in disposed of a handle of a pointer or array that the host had "
             "evaluated: it is the host's.");
