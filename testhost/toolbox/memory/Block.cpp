@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr unsigned char guardByte = 0xA5;
 constexpr unsigned char newByte = 0xCC;
 constexpr unsigned char releasedByte = 0xE5;
 
@@ -36,13 +35,13 @@ void Fill(char* bytes, Size count, unsigned char value) {
 
 /// Index of the first byte that is not `value`, or `count`.
 Size FirstOther(const char* bytes, Size count, unsigned char value) {
-    const std::uint64_t expected = value * 0x0101010101010101U;
+    constexpr Size step = 16;
     Size index = 0;
-    for (std::uint64_t word = 0; index + Size{sizeof word} <= count; index += Size{sizeof word}) {
-        std::memcpy(&word, bytes + index, sizeof word);
-        if (word != expected) {
-            break;
-        }
+    while (index + step <= count && AreSixteen(bytes + index, value)) {
+        index += step;
+    }
+    if (count >= step && index + step > count && AreSixteen(bytes + count - step, value)) {
+        return count;
     }
     while (index < count && static_cast<unsigned char>(bytes[index]) == value) {
         ++index;
@@ -141,23 +140,26 @@ void Block::FillGuards() {
 void Block::SetLength(Size size) {
     if (size > length) {
         Fill(Bytes() + length, size - length, newByte);
+    } else {
+        Fill(Bytes() + size, length - size, guardByte);
     }
     length = size;
-    FillGuards();
 }
 
 void Block::SetLengthAndCapacity(Size size) {
+    const Size guarded = capacity + guardSize;
     capacity = CapacityFor(size);
+    const Size unguarded = capacity + guardSize - std::max(guarded, size);
+    if (unguarded > 0) {
+        Fill(Bytes() + std::max(guarded, size), unguarded, guardByte);
+    }
     SetLength(size);
 }
 
-void Block::CheckGuards(const Subject& subject, Problems& problems) {
-    const bool damagedBefore = FirstOther(storage.get(), guardSize, guardByte) != guardSize;
+void Block::RepairGuards(const Subject& subject, Problems& problems) {
+    const bool damagedBefore = !IsGuard(storage.get());
     const Size room = capacity - length + guardSize;
     const Size behind = FirstOther(Bytes() + length, room, guardByte);
-    if (!damagedBefore && behind == room) {
-        return;
-    }
     const std::string made =
         subject.made->Text() ? std::string("; made under ") + subject.made->Text() : std::string();
     if (damagedBefore) {

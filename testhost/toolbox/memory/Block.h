@@ -4,6 +4,7 @@
 #include "testhost/toolbox/memory/Place.h"
 
 #include <deque>
+#include <emmintrin.h>
 #include <memory>
 
 class Problems;
@@ -15,6 +16,13 @@ struct Subject {
     const void* address;
     const Place* made; ///< where the block was made
 };
+
+/// Whether each of 16 bytes has this value.
+inline bool AreSixteen(const char* bytes, unsigned char value) {
+    const __m128i found = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+    const __m128i equal = _mm_cmpeq_epi8(found, _mm_set1_epi8(static_cast<char>(value)));
+    return _mm_movemask_epi8(equal) == 0xFFFF;
+}
 
 /// The bytes of one handle or pointer, with guard bytes before and behind them.
 class Block {
@@ -45,7 +53,11 @@ class Block {
     void SetLengthAndCapacity(Size size);
 
     /// Reports guard bytes that were overwritten, then restores them.
-    void CheckGuards(const Subject& subject, Problems& problems);
+    void CheckGuards(const Subject& subject, Problems& problems) {
+        if (!AreGuardsIntact()) {
+            RepairGuards(subject, problems);
+        }
+    }
 
     /// Overwrites all bytes with 0xE5.
     void Poison();
@@ -54,6 +66,7 @@ class Block {
     Size TakeChanged();
 
   private:
+    static constexpr unsigned char guardByte = 0xA5;
     static constexpr Size guardSize = 16;
     /// Behind the second guard, and never looked at: where a string of any length that was written
     /// into a small block ends, rather than in what this library itself works with.
@@ -67,6 +80,18 @@ class Block {
 
     static Block WithRoom(Size size, Size room);
     void FillGuards();
+    /// All that lies behind the end is looked at, as far as the second guard goes.
+    bool AreGuardsIntact() const {
+        const char* const last = Bytes() + capacity;
+        for (const char* guard = Bytes() + length; guard < last; guard += guardSize) {
+            if (!IsGuard(guard)) {
+                return false;
+            }
+        }
+        return IsGuard(last) && IsGuard(storage.get());
+    }
+    static bool IsGuard(const char* bytes) { return AreSixteen(bytes, guardByte); }
+    void RepairGuards(const Subject& subject, Problems& problems);
 
     std::unique_ptr<char[], Recycler>
         storage; ///< guard, `capacity` bytes, guard, what is to spare, moat

@@ -10,8 +10,8 @@ namespace {
 // A master pointer is used again only after this many others, so that stale handles are noticed.
 constexpr std::size_t restingHandles = 4096;
 constexpr std::size_t rememberedPointers = 4096; // that were disposed of, at least
-// A larger block that grows gets a quarter more to spare, or growing step by step would take longer
-// and longer. Small ones stay tight: stale pointers to them show without strict memory, too.
+// A larger block that shrinks stays where it is until a quarter of its room is to spare; a small
+// one moves: stale pointers to it show without strict memory, too.
 constexpr Size largestTight = 4096;
 
 // What one call moves at most, see MayMove().
@@ -27,16 +27,18 @@ bool IsLarge(const Heap::HandleEntry& entry) {
     return entry.block.Length() > largestSmall;
 }
 
+bool StaysInPlace(const Block& block, Size newCapacity) {
+    if (newCapacity >= block.Capacity()) {
+        return newCapacity <= block.Room();
+    }
+    return newCapacity > largestTight && newCapacity > block.Room() / 4 * 3;
+}
+
 const char* Possessive(Owner owner) {
     return owner == Owner::Host ? "the host's" : "the toolbox's";
 }
 
 } // namespace
-
-Heap& TheHeap() {
-    static Heap heap;
-    return heap;
-}
 
 Block Heap::NewBlock(long long size) {
     MayMove();
@@ -51,26 +53,28 @@ OSErr Heap::NewHandle(const Call& call, long long size, Handle* handle) {
     if (!block) {
         return ResultCode::MemoryFull;
     }
-    *handle = FreshMasterPointer();
+    HandleEntry* const entry = FreshEntry();
+    if (!entry) {
+        return ResultCode::MemoryFull;
+    }
+    *handle = entry->handle;
     **handle = block.Bytes();
-    HandleEntry& entry = handles[*handle];
-    entry.block = std::move(block);
-    entry.handle = *handle;
-    entry.owner = call.owner;
-    entry.place = here;
-    entry.serial = ++serial;
+    entry->block = std::move(block);
+    entry->owner = call.owner;
+    entry->place = here;
+    entry->serial = ++serial;
     ++liveHandles[static_cast<std::size_t>(call.owner)];
-    handleOrder.PutFirst(entry, callNumber);
+    handleOrder.PutFirst(*entry, callNumber);
     return ResultCode::NoError;
 }
 
-Handle Heap::FreshMasterPointer() {
-    if (freeHandles.size() > restingHandles) {
-        const Handle oldest = freeHandles.front();
-        freeHandles.pop_front();
-        return oldest;
+Heap::HandleEntry* Heap::FreshEntry() {
+    if (resting.size() <= restingHandles) {
+        return handles.Add();
     }
-    return &masterPointers.emplace_back(nullptr);
+    HandleEntry* const oldest = resting.front();
+    resting.pop_front();
+    return oldest;
 }
 
 OSErr Heap::DisposeHandle(const Call& call, Handle handle) {
@@ -86,11 +90,17 @@ OSErr Heap::DisposeHandle(const Call& call, Handle handle) {
     LeaveBytes(std::move(entry->block), true, entry->place);
     handleOrder.Remove(*entry);
     --liveHandles[static_cast<std::size_t>(entry->owner)];
-    *entry = {};
+    Rest(*entry);
     entry->place = here;
-    *handle = nullptr; // whoever follows a stale handle faults at once
-    freeHandles.push_back(handle);
     return ResultCode::NoError;
+}
+
+void Heap::Rest(HandleEntry& entry) {
+    const Handle handle = entry.handle;
+    entry = {};
+    entry.handle = handle;
+    *handle = nullptr; // whoever follows a stale handle faults at once
+    resting.push_back(&entry);
 }
 
 void Heap::LeaveBytes(Block block, bool isReleased, const Place& made) {
@@ -98,29 +108,37 @@ void Heap::LeaveBytes(Block block, bool isReleased, const Place& made) {
 }
 
 OSErr Heap::FindHandle(const Call& call, Handle handle, HandleEntry** entry) {
+    HandleEntry* const found = handles.Find(handle);
+    if (!found || found->owner != call.owner) {
+        if (const OSErr error = Refusal(call, handle, found)) {
+            return error;
+        }
+    }
+    *entry = found;
+    NoteUse(handleOrder, *found);
+    CheckHandle(call.name, *found);
+    return ResultCode::NoError;
+}
+
+OSErr Heap::Refusal(const Call& call, Handle handle, const HandleEntry* entry) {
     if (!handle) {
         return ResultCode::NullHandle;
     }
-    const auto found = handles.find(handle);
     const void* address = handle;
-    if (found == handles.end()) {
+    if (!entry) {
         problems.Add("%s: %p is not a handle", call.name, address);
         return ResultCode::BlockFreed;
     }
-    const Owner owner = found->second.owner;
-    if (owner == Owner::None) {
+    if (entry->owner == Owner::None) {
         problems.Add("%s: handle %p was already disposed%s", call.name, address,
-                     found->second.place.Under().c_str());
+                     entry->place.Under().c_str());
         return ResultCode::BlockFreed;
     }
-    if (owner != call.owner && !mixingAllowed && !found->second.isShared) {
-        problems.Add("%s: handle %p is %s, not %s", call.name, address, Possessive(owner),
+    if (entry->owner != call.owner && !mixingAllowed && !entry->isShared) {
+        problems.Add("%s: handle %p is %s, not %s", call.name, address, Possessive(entry->owner),
                      Possessive(call.owner));
         return ResultCode::BadZone;
     }
-    *entry = &found->second;
-    handleOrder.PutFirst(**entry, callNumber);
-    CheckHandle(call.name, **entry);
     return ResultCode::NoError;
 }
 
@@ -154,16 +172,12 @@ OSErr Heap::SetHandleSize(const Call& call, Handle handle, long long size) {
         block.SetLength(newSize);
         return ResultCode::NoError;
     }
-    if (newCapacity > block.Capacity() && newCapacity <= block.Room()) {
+    if (StaysInPlace(block, newCapacity)) {
         block.SetLengthAndCapacity(newSize);
         return ResultCode::NoError;
     }
-    if (newCapacity != block.Capacity()) {
-        const bool growsLarge = newSize > block.Length() && newSize > largestTight;
-        return Relocate(*entry, newSize, growsLarge ? newSize / 4 : 0);
-    }
-    block.SetLength(newSize);
-    return ResultCode::NoError;
+    // With a quarter more than it grows to, growing step by step does not take longer and longer.
+    return Relocate(*entry, newSize, newSize > block.Length() ? newSize / 4 : 0);
 }
 
 OSErr Heap::Relocate(HandleEntry& entry, Size size, Size spare) {
@@ -180,8 +194,8 @@ OSErr Heap::Relocate(HandleEntry& entry, Size size, Size spare) {
 }
 
 Owner Heap::OwnerOf(Handle handle) const {
-    const auto found = handles.find(handle);
-    return found == handles.end() ? Owner::None : found->second.owner;
+    const HandleEntry* const found = handles.Find(handle);
+    return found ? found->owner : Owner::None;
 }
 
 // Pointers
@@ -245,7 +259,7 @@ OSErr Heap::FindPointer(const Call& call, Ptr pointer, PointerEntry** entry) {
         return ResultCode::BlockFreed;
     }
     *entry = &found->second;
-    pointerOrder.PutFirst(**entry, callNumber);
+    NoteUse(pointerOrder, **entry);
     CheckPointer(call.name, **entry);
     return ResultCode::NoError;
 }
@@ -361,11 +375,7 @@ void Heap::CheckLive(const char* finder, unsigned long usedSince) {
 
 void Heap::Reset() {
     for (HandleEntry* entry = handleOrder.Newest(); entry;) {
-        HandleEntry& disposed = *std::exchange(entry, entry->older);
-        const Handle handle = disposed.handle;
-        disposed = {};
-        *handle = nullptr;
-        freeHandles.push_back(handle);
+        Rest(*std::exchange(entry, entry->older));
     }
     handleOrder.Clear();
     std::ranges::fill(liveHandles, 0);

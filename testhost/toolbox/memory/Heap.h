@@ -1,6 +1,7 @@
 #pragma once
 
 #include "testhost/toolbox/memory/Block.h"
+#include "testhost/toolbox/memory/HandleTable.h"
 #include "testhost/toolbox/memory/Place.h"
 #include "testhost/toolbox/memory/Problems.h"
 #include "testhost/toolbox/memory/UseOrder.h"
@@ -58,7 +59,7 @@ class Heap {
     OSErr FindHandle(const Call& call, Handle handle, HandleEntry** entry);
     OSErr SetHandleSize(const Call& call, Handle handle, long long size);
     Owner OwnerOf(Handle handle) const;
-    bool WasHandle(Handle handle) const { return handles.contains(handle); }
+    bool WasHandle(Handle handle) const { return handles.Find(handle) != nullptr; }
 
     OSErr NewPointer(long long size, Ptr* pointer);
     OSErr DisposePointer(const Call& call, Ptr pointer);
@@ -98,7 +99,19 @@ class Heap {
   private:
     /// An empty object when there is no memory, or is to be none.
     Block NewBlock(long long size);
-    Handle FreshMasterPointer();
+    /// One that no handle has, or none has had for long; null when memory is full.
+    HandleEntry* FreshEntry();
+    /// Makes the entry that of a handle that was disposed of, which rests for a while.
+    void Rest(HandleEntry& entry);
+    /// Why a handle, of this entry if any, is refused; no error when it is not.
+    OSErr Refusal(const Call& call, Handle handle, const HandleEntry* entry);
+    /// Which block was used later within a call into the plug-in matters to strict memory alone.
+    template <typename Entry>
+    void NoteUse(UseOrder<Entry>& order, Entry& entry) {
+        if (strict || entry.usedIn != callNumber) {
+            order.PutFirst(entry, callNumber);
+        }
+    }
     /// Begins sentences about what a check finds that nobody's call brought to light.
     std::string Finder() const {
         return here ? std::string("at the end of ") + here.Text() : std::string("Check");
@@ -117,10 +130,8 @@ class Heap {
     const Place* FormerPointer(Ptr pointer) const;
     void KeepFormerPointer(Ptr pointer);
 
-    // Master pointers are never given back to the system, so that a stale handle can be looked at.
-    std::deque<char*> masterPointers;
-    std::unordered_map<Handle, HandleEntry> handles; ///< by master pointer, disposed ones too
-    std::deque<Handle> freeHandles;                  ///< oldest first
+    HandleTable<HandleEntry> handles;
+    std::deque<HandleEntry*> resting; ///< those of disposed handles, oldest first
     UseOrder<HandleEntry> handleOrder;
     long liveHandles[3] = {}; ///< by owner
     std::unordered_map<Ptr, PointerEntry> pointers;
@@ -135,4 +146,7 @@ class Heap {
 };
 
 /// The one heap of the process.
-Heap& TheHeap();
+inline Heap& TheHeap() {
+    static Heap heap;
+    return heap;
+}

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/Types.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <new>
+
+/// Master pointers, and an entry for each, which is found from the handle alone in the same few
+/// steps however many there are. Entries have a member `handle`. None is ever given back to the
+/// system, so that a stale handle can be looked at.
+template <typename Entry>
+class HandleTable {
+  public:
+    /// The entry of a handle that was ever added; null for any other address, which is not touched.
+    Entry* Find(Handle handle) const {
+        const auto address = reinterpret_cast<std::uintptr_t>(handle);
+        Chunk* const chunk = chunks[address / chunkSize];
+        const std::size_t place = address % chunkSize / sizeof(char*);
+        if (!chunk || address % sizeof(char*) != 0 || place >= chunk->used) {
+            return nullptr;
+        }
+        return &chunk->entries[place];
+    }
+
+    /// Makes one more handle, its master pointer null; null when memory is full.
+    Entry* Add() {
+        if (!newest || newest->used == masterPointersOfOne) {
+            auto* const chunk = new (std::nothrow) Chunk;
+            if (!chunk) {
+                return nullptr;
+            }
+            newest = chunk;
+            chunks[reinterpret_cast<std::uintptr_t>(chunk) / chunkSize] = chunk;
+        }
+        Entry& entry = newest->entries[newest->used];
+        entry.handle = &newest->masterPointers[newest->used++];
+        return &entry;
+    }
+
+  private:
+    static constexpr std::size_t chunkSize = 16 * 1024; ///< bytes of master pointers
+    static constexpr std::size_t masterPointersOfOne = chunkSize / sizeof(char*);
+
+    struct Chunk {
+        alignas(chunkSize) std::array<char*, masterPointersOfOne> masterPointers{};
+        std::array<Entry, masterPointersOfOne> entries{};
+        std::size_t used = 0;
+    };
+
+    /// By the upper bits of the addresses of their master pointers: all that 32 bits can tell. One
+    /// table for the whole process, which costs memory only where it is used.
+    static inline std::array<Chunk*, (1ULL << 32) / chunkSize> chunks{};
+
+    Chunk* newest = nullptr;
+};
