@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -21,6 +22,16 @@ short Swapped(short value) {
 }
 
 static_assert(std::endian::native == std::endian::little);
+
+/// BlockMove for bytes that are there. Most of what streams hold are numbers: those are not worth a
+/// call.
+void MoveBytes(const void* source, void* target, long count) {
+    if (count == sizeof(long)) {
+        std::memcpy(target, source, sizeof(long));
+    } else {
+        BlockMove(source, target, count);
+    }
+}
 
 template <typename Number>
 OSErr WriteNumber(CStream& stream, Number value) {
@@ -244,6 +255,7 @@ OSErr CHandleStream::SetSize(long size) {
     SetHandleSize(handle, size);
     const OSErr error = MemError();
     if (error == ResultCode::NoError) {
+        sizeMade = size;
         position = std::min(position, size);
         dataSize = std::min(dataSize, size);
     }
@@ -275,16 +287,19 @@ OSErr CHandleStream::WriteData(void* data, long count) {
         if (size > std::numeric_limits<long>::max()) {
             return ResultCode::MemoryFull;
         }
+        sizeMade = Unknown;
         const OSErr error = SetSize(static_cast<long>(size));
         if (error != ResultCode::NoError) {
             return error;
         }
-        if (GetHandleSize(handle) - position < count) {
-            return ResultCode::MemoryFull; // a SetSize of a derived class, which did not
+        // A SetSize of a derived class may have made something else of it.
+        const long handleSize = sizeMade != Unknown ? sizeMade : GetHandleSize(handle);
+        if (handleSize - position < count) {
+            return ResultCode::MemoryFull;
         }
     }
     if (count > 0) {
-        BlockMove(data, *handle + position, count);
+        MoveBytes(data, *handle + position, count);
         position += count;
         dataSize = std::max(dataSize, position);
     }
@@ -304,7 +319,7 @@ OSErr CHandleStream::ReadData(void* buffer, long count) {
     Settle();
     const long taken = std::min(dataSize - position, count);
     if (taken > 0) {
-        BlockMove(*handle + position, buffer, taken);
+        MoveBytes(*handle + position, buffer, taken);
         position += taken;
     }
     return taken < count ? ResultCode::EndOfData : ResultCode::NoError;

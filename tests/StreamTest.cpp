@@ -207,6 +207,20 @@ TEST_P(StreamTest, HandleStreamsMoveGrowAndCut) {
         stream.SetPosition(1);
     }
     EXPECT_EQ(handle.Bytes(), "0");
+    {
+        class Doubling : public CHandleStream {
+          public:
+            Doubling(Handle itsHandle) : CHandleStream(itsHandle, 0), handle(itsHandle) {}
+            OSErr SetSize(long size) override {
+                SetHandleSize(handle, 2 * size);
+                return MemError();
+            }
+            Handle handle;
+        } stream(handle);
+        EXPECT_EQ(stream.Write(0x31323334L), 0);
+        EXPECT_EQ(GetHandleSize(handle), 8);
+    }
+    EXPECT_EQ(handle.Bytes(), "1234");
 
     CHandleStream nothing(nullptr, 100);
     char byte = 0;

@@ -199,9 +199,85 @@ TEST_F(ToolboxTest, WritesOutsideABlockAreFound) {
     EXPECT_THAT(TakeProblems(), ElementsAre(HasSubstr("master pointer")));
 }
 
+// Whether it grew or shrank where it was or elsewhere: the guards stand where it ends.
+TEST_F(ToolboxTest, WritesOutsideABlockThatWasResizedAreFound) {
+    constexpr Size sizes[] = {0,    1,     16,    17,    19,    200,   210,  240,  250,  3000,
+                              3001, 5000,  5004,  5023,  6100,  6090,  5600, 5000, 4600, 4000,
+                              10,   20000, 24999, 25000, 24000, 19000, 7,    0,    5};
+    for (const bool strict : {false, true}) {
+        ToolboxSetStrict(strict);
+        const Handle handle = NewHandle(0);
+        string expected;
+        for (const Size size : sizes) {
+            SetHandleSize(handle, size);
+            ASSERT_EQ(GetHandleSize(handle), size);
+            const auto known = std::min(expected.size(), static_cast<std::size_t>(size));
+            EXPECT_EQ(Contents(handle).substr(0, known), expected.substr(0, known)) << size;
+            EXPECT_EQ(Contents(handle).substr(known),
+                      string(static_cast<std::size_t>(size) - known, '\xCC'));
+            for (const Size offset : {Size{-16}, Size{-1}, size, size + 1, size + 15}) {
+                (*handle)[offset] = 'x';
+                HGetState(handle);
+                const string sentence = offset < 0
+                                            ? "bytes before the start"
+                                            : "size " + std::to_string(size) +
+                                                  ", first at offset " + std::to_string(offset);
+                EXPECT_THAT(TakeProblems(), ElementsAre(HasSubstr(sentence))) << size;
+            }
+            expected.assign(static_cast<std::size_t>(size), static_cast<char>('a' + size % 26));
+            std::memcpy(*handle, expected.data(), expected.size());
+        }
+        DisposeHandle(handle);
+    }
+}
+
+// Else each step would copy everything that was there before.
+TEST_F(ToolboxTest, OnlyStrictMemoryMovesABlockWithEachStep) {
+    for (const bool strict : {false, true}) {
+        ToolboxSetStrict(strict);
+        const Handle handle = NewHandle(16);
+        const auto movesTo = [&](Size last, Size step) {
+            int moves = 0;
+            for (Size size = GetHandleSize(handle); size != last;) {
+                const char* const before = *handle;
+                size += step;
+                SetHandleSize(handle, size);
+                moves += *handle != before;
+            }
+            return moves;
+        };
+        EXPECT_EQ(movesTo(17, 1), 1); // the first time even then: a pointer into it is stale
+        const int growing = movesTo(50'017, 50);
+        const int shrinking = movesTo(5'017, -50);
+        if (strict) {
+            EXPECT_GT(std::min(growing, shrinking), 300); // not each: large ones wait
+        } else {
+            EXPECT_LT(std::max(growing, shrinking), 40);
+        }
+    }
+}
+
+TEST_F(ToolboxTest, ManyHandlesAreToldApart) {
+    std::vector<Handle> handles;
+    for (Size size = 0; size < 10'000; ++size) {
+        handles.push_back(NewHandle(size % 100));
+    }
+    for (Size size = 0; size < 10'000; ++size) {
+        ASSERT_EQ(GetHandleSize(handles[static_cast<std::size_t>(size)]), size % 100);
+    }
+    EXPECT_EQ(ToolboxLiveHandles(), 10'000);
+    for (const Handle handle : handles) {
+        DisposeHandle(handle);
+    }
+    EXPECT_EQ(ToolboxLiveHandles(), 0);
+    EXPECT_TRUE(ToolboxWasHandle(handles[0]) && ToolboxWasHandle(handles.back()));
+    EXPECT_EQ(ToolboxHandleOwner(handles.back()), 0);
+}
+
 TEST_F(ToolboxTest, EveryCallRefusesWhatIsNotALiveHandle) {
     char* impostor = nullptr;
     const Handle disposed = HandleWith("gone"), hostHandle = ToolboxNewHostHandle(3);
+    const Handle between = reinterpret_cast<Handle>(reinterpret_cast<char*>(hostHandle) + 2);
     DisposeHandle(disposed);
     struct {
         Handle handle;
@@ -210,6 +286,7 @@ TEST_F(ToolboxTest, EveryCallRefusesWhatIsNotALiveHandle) {
     } const victims[] = {
         {disposed, BlockFreed, "was already disposed"},
         {&impostor, BlockFreed, "is not a handle"},
+        {between, BlockFreed, "is not a handle"},
         {hostHandle, BadZone, "is the host's, not the toolbox's"},
         {nullptr, NullHandle, nullptr},
     };

@@ -12,6 +12,9 @@
 // overwrites released bytes with 0xE5 and keeps them for a while, to see whether someone still
 // writes there. New bytes that nobody cleared are 0xCC. Purgeable blocks are never purged.
 //
+// A block that grows moves at first, and then stays until it has used up a quarter more; so does a
+// large one (over 4 KB) that shrinks. Small ones move whenever they shrink by 16 bytes.
+//
 // A locked block never moves. It can grow as far as its own room, its first size rounded up to
 // 16 bytes; beyond that SetHandleSize fails with -108. The same holds for pointers.
 //

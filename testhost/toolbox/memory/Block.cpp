@@ -37,10 +37,11 @@ void Fill(char* bytes, Size count, unsigned char value) {
 Size FirstOther(const char* bytes, Size count, unsigned char value) {
     constexpr Size step = 16;
     Size index = 0;
-    while (index + step <= count && AreSixteen(bytes + index, value)) {
+    while (index + step <= count && AreAllOnes(SixteenEqual(bytes + index, value))) {
         index += step;
     }
-    if (count >= step && index + step > count && AreSixteen(bytes + count - step, value)) {
+    if (count >= step && index + step > count &&
+        AreAllOnes(SixteenEqual(bytes + count - step, value))) {
         return count;
     }
     while (index < count && static_cast<unsigned char>(bytes[index]) == value) {
@@ -156,8 +157,11 @@ void Block::SetLengthAndCapacity(Size size) {
     SetLength(size);
 }
 
-void Block::RepairGuards(const Subject& subject, Problems& problems) {
-    const bool damagedBefore = !IsGuard(storage.get());
+void Block::CheckGuards(const Subject& subject, Problems& problems) {
+    if (AreGuardsIntact()) {
+        return;
+    }
+    const bool damagedBefore = FirstOther(storage.get(), guardSize, guardByte) != guardSize;
     const Size room = capacity - length + guardSize;
     const Size behind = FirstOther(Bytes() + length, room, guardByte);
     const std::string made =
@@ -187,7 +191,7 @@ Size Block::TakeChanged() {
     return changed;
 }
 
-void Quarantine::Take(FormerBlock former) {
+void Quarantine::Take(FormerBlock&& former) {
     if (!former.block) {
         return;
     }

@@ -17,11 +17,13 @@ struct Subject {
     const Place* made; ///< where the block was made
 };
 
-/// Whether each of 16 bytes has this value.
-inline bool AreSixteen(const char* bytes, unsigned char value) {
-    const __m128i found = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-    const __m128i equal = _mm_cmpeq_epi8(found, _mm_set1_epi8(static_cast<char>(value)));
-    return _mm_movemask_epi8(equal) == 0xFFFF;
+/// Sixteen bytes, each of them all ones where that of `bytes` has this value.
+inline __m128i SixteenEqual(const char* bytes, unsigned char value) {
+    return _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)),
+                          _mm_set1_epi8(static_cast<char>(value)));
+}
+inline bool AreAllOnes(__m128i bytes) {
+    return _mm_movemask_epi8(bytes) == 0xFFFF;
 }
 
 /// The bytes of one handle or pointer, with guard bytes before and behind them.
@@ -53,10 +55,16 @@ class Block {
     void SetLengthAndCapacity(Size size);
 
     /// Reports guard bytes that were overwritten, then restores them.
-    void CheckGuards(const Subject& subject, Problems& problems) {
-        if (!AreGuardsIntact()) {
-            RepairGuards(subject, problems);
+    void CheckGuards(const Subject& subject, Problems& problems);
+    /// Whether there are none. Everything from the end on as far as the second guard goes counts.
+    bool AreGuardsIntact() const {
+        const char* const last = Bytes() + capacity;
+        __m128i equal =
+            _mm_and_si128(SixteenEqual(storage.get(), guardByte), SixteenEqual(last, guardByte));
+        for (const char* guard = Bytes() + length; guard < last; guard += guardSize) {
+            equal = _mm_and_si128(equal, SixteenEqual(guard, guardByte));
         }
+        return AreAllOnes(equal);
     }
 
     /// Overwrites all bytes with 0xE5.
@@ -80,18 +88,6 @@ class Block {
 
     static Block WithRoom(Size size, Size room);
     void FillGuards();
-    /// All that lies behind the end is looked at, as far as the second guard goes.
-    bool AreGuardsIntact() const {
-        const char* const last = Bytes() + capacity;
-        for (const char* guard = Bytes() + length; guard < last; guard += guardSize) {
-            if (!IsGuard(guard)) {
-                return false;
-            }
-        }
-        return IsGuard(last) && IsGuard(storage.get());
-    }
-    static bool IsGuard(const char* bytes) { return AreSixteen(bytes, guardByte); }
-    void RepairGuards(const Subject& subject, Problems& problems);
 
     std::unique_ptr<char[], Recycler>
         storage; ///< guard, `capacity` bytes, guard, what is to spare, moat
@@ -114,7 +110,7 @@ class Quarantine {
     explicit Quarantine(Problems& problemList) : problems(problemList) {}
 
     /// Poisons the block and keeps it.
-    void Take(FormerBlock former);
+    void Take(FormerBlock&& former);
     /// Checks those that came since the last check. `finder` begins each sentence.
     void CheckRecent(const char* finder);
     void CheckAll(const char* finder);

@@ -8,8 +8,8 @@
 #include <new>
 
 /// Master pointers, and an entry for each, which is found from the handle alone in the same few
-/// steps however many there are. Entries have a member `handle`. None is ever given back to the
-/// system, so that a stale handle can be looked at.
+/// steps however many there are. Entries have a member `handle`, which says whose they are. None is
+/// ever given back to the system, so that a stale handle can be looked at.
 template <typename Entry>
 class HandleTable {
   public:
@@ -17,11 +17,11 @@ class HandleTable {
     Entry* Find(Handle handle) const {
         const auto address = reinterpret_cast<std::uintptr_t>(handle);
         Chunk* const chunk = chunks[address / chunkSize];
-        const std::size_t place = address % chunkSize / sizeof(char*);
-        if (!chunk || address % sizeof(char*) != 0 || place >= chunk->used) {
+        if (!chunk) {
             return nullptr;
         }
-        return &chunk->entries[place];
+        Entry& entry = chunk->entries[address % chunkSize / sizeof(char*)];
+        return entry.handle == handle ? &entry : nullptr;
     }
 
     /// Makes one more handle, its master pointer null; null when memory is full.

@@ -103,21 +103,8 @@ void Heap::Rest(HandleEntry& entry) {
     resting.push_back(&entry);
 }
 
-void Heap::LeaveBytes(Block block, bool isReleased, const Place& made) {
+void Heap::LeaveBytes(Block&& block, bool isReleased, const Place& made) {
     quarantine.Take({std::move(block), isReleased, made, here});
-}
-
-OSErr Heap::FindHandle(const Call& call, Handle handle, HandleEntry** entry) {
-    HandleEntry* const found = handles.Find(handle);
-    if (!found || found->owner != call.owner) {
-        if (const OSErr error = Refusal(call, handle, found)) {
-            return error;
-        }
-    }
-    *entry = found;
-    NoteUse(handleOrder, *found);
-    CheckHandle(call.name, *found);
-    return ResultCode::NoError;
 }
 
 OSErr Heap::Refusal(const Call& call, Handle handle, const HandleEntry* entry) {
@@ -142,13 +129,12 @@ OSErr Heap::Refusal(const Call& call, Handle handle, const HandleEntry* entry) {
     return ResultCode::NoError;
 }
 
-void Heap::CheckHandle(const char* callName, HandleEntry& entry) {
-    const Handle handle = entry.handle;
-    const Subject subject{callName, "handle", handle, &entry.place};
-    if (*handle != entry.block.Bytes()) {
+void Heap::Repair(const char* callName, HandleEntry& entry) {
+    const Subject subject{callName, "handle", entry.handle, &entry.place};
+    if (*entry.handle != entry.block.Bytes()) {
         problems.Add("%s: the master pointer of handle %p was overwritten", callName,
                      subject.address);
-        *handle = entry.block.Bytes();
+        *entry.handle = entry.block.Bytes();
     }
     entry.block.CheckGuards(subject, problems);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/ResultCodes.h"
 #include "testhost/toolbox/memory/Block.h"
 #include "testhost/toolbox/memory/HandleTable.h"
 #include "testhost/toolbox/memory/Place.h"
@@ -56,7 +57,18 @@ class Heap {
     OSErr NewHandle(const Call& call, long long size, Handle* handle);
     OSErr DisposeHandle(const Call& call, Handle handle);
     /// The live handle's entry; its guard bytes are checked. Valid until the next call.
-    OSErr FindHandle(const Call& call, Handle handle, HandleEntry** entry);
+    OSErr FindHandle(const Call& call, Handle handle, HandleEntry** entry) {
+        HandleEntry* const found = handles.Find(handle);
+        if (!found || found->owner != call.owner) {
+            if (const OSErr error = Refusal(call, handle, found)) {
+                return error;
+            }
+        }
+        *entry = found;
+        NoteUse(handleOrder, *found);
+        CheckHandle(call.name, *found);
+        return ResultCode::NoError;
+    }
     OSErr SetHandleSize(const Call& call, Handle handle, long long size);
     Owner OwnerOf(Handle handle) const;
     bool WasHandle(Handle handle) const { return handles.Find(handle) != nullptr; }
@@ -119,10 +131,16 @@ class Heap {
     /// Moves a block unless it is locked, empty, was moved in this round, or is a large one and no
     /// bytes are free, which it takes. True when it moved.
     bool MoveInTurn(HandleEntry& entry, Size& freeBytes);
-    void LeaveBytes(Block block, bool isReleased, const Place& made);
+    void LeaveBytes(Block&& block, bool isReleased, const Place& made);
     /// Counts an allocation or growth down; true when it has to fail.
     bool FailsNow();
-    void CheckHandle(const char* callName, HandleEntry& entry);
+    void CheckHandle(const char* callName, HandleEntry& entry) {
+        if (*entry.handle != entry.block.Bytes() || !entry.block.AreGuardsIntact()) {
+            Repair(callName, entry);
+        }
+    }
+    /// Reports what is wrong, and puts it right.
+    void Repair(const char* callName, HandleEntry& entry);
     void CheckPointer(const char* callName, PointerEntry& entry);
     /// Checks the live blocks used in this call into the plug-in or since.
     void CheckLive(const char* finder, unsigned long usedSince);
