@@ -1,7 +1,6 @@
 // The toolbox stand-in's heap, and what stands on it: streams over handles, text blocks that grow.
 // Each is shown at several numbers of items, as the cost of one must not grow with them.
 
-#include "data/blocks/TextBlock.h"
 #include "data/Stream.h"
 #include "platform/Toolbox.h"
 
@@ -13,8 +12,8 @@
 
 namespace {
 
-/// `work` makes its state from the number of items, and answers whether one more round over all of
-/// them went right; each round counts as so many items.
+/// `Work` is made for a number of items. What is measured is its Run(), a round over all of them,
+/// which answers whether all went right.
 template <typename Work>
 void AddRow(const std::string& name, long count, const std::string& versus = {}) {
     const auto measure = [=](benchmark::State& state) {
@@ -181,8 +180,11 @@ class AppendsToText {
     long count;
 };
 
-// --- The heap: one call for each of so many live handles
-// ------------------------------------------
+// --- The heap, with so many live handles --------------------------------------------------------
+//
+// A call takes the same steps however many there are. Where each call is for another of 100,000
+// handles, their blocks and entries are more than the processor's caches hold: the time is then
+// that of three or four accesses to memory.
 
 class LiveHandles {
   public:

@@ -40,7 +40,7 @@ class HandleTable {
     }
 
   private:
-    static constexpr std::size_t chunkSize = 16 * 1024; ///< bytes of master pointers
+    static constexpr std::size_t chunkSize = 8 * 1024; ///< bytes of master pointers
     static constexpr std::size_t masterPointersOfOne = chunkSize / sizeof(char*);
 
     struct Chunk {
