@@ -1,102 +1,161 @@
-// A host's array of a million longs, filled, summed and searched through CArray, beside plain loops
-// over the same memory; then strings, and a table of longs. Every call for one element asks the
-// toolbox how large the storage is, one for an element of a row also how large the row's is; Longs
-// asks once for all of them.
+// The host's arrays through CArray, beside plain loops over the same memory. A call for one element
+// asks the toolbox each time how large the storage is, and for an element of a row also how large
+// the row's is; a view (Elements, RowElements) asks once for all of them. Strings stand beside
+// longs.
 
 #include "data/Array.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
-#include <cstring>
 #include <string>
+#include <type_traits>
 
 namespace {
 
-constexpr long Count = 1000000;
-
-CArray& TheArray() {
-    static CArray array(ValueType::LongArray);
-    if (array.GetArraySize() == 0) {
-        array.SetArraySize(Count);
-    }
-    return array;
-}
-
-long* PlainElements() {
-    return static_cast<long*>(TheArray().ComputeAddress(0));
-}
-
 /// `work` answers something that depends on all of its `count` elements.
 template <typename Work>
-void AddRow(const char* name, const Work& work, const char* versus = nullptr, long count = Count) {
+void AddRow(const std::string& name, const Work& work, long count, const std::string& versus = "") {
     const auto measure = [=](benchmark::State& state) {
         for (auto _ : state) {
             benchmark::DoNotOptimize(work());
             benchmark::ClobberMemory();
         }
         state.SetItemsProcessed(static_cast<long long>(state.iterations()) * count);
-        state.SetLabel(versus != nullptr ? std::string("vs ") + versus : std::string());
+        state.SetLabel(versus.empty() ? "" : "vs " + versus);
     };
-    benchmark::RegisterBenchmark(name, measure)->MinTime(0.1)->Repetitions(5);
+    benchmark::RegisterBenchmark(name.c_str(), measure)->MinTime(0.1)->Repetitions(5);
 }
 
+// --- Arrays of all types ----------------------------------------------------------------------
+
+constexpr long Count = 100000;
+
+template <typename Element>
+constexpr bool isText = std::is_same_v<Element, CTextBlock>;
+
+template <typename Element>
+CArray& TheArray() {
+    static CArray array(arrayTypeOf<Element>);
+    if (array.GetArraySize() == 0) {
+        array.SetArraySize(Count);
+    }
+    return array;
+}
+
+template <typename Element>
+Element* PlainElements() {
+    return static_cast<Element*>(TheArray<Element>().ComputeAddress(0));
+}
+
+/// Something small, so that it fits into all types and their sums do not overflow.
+template <typename Element>
+Element Make(long index) {
+    const auto number = static_cast<unsigned char>(index & 0x7F);
+    if constexpr (std::is_same_v<Element, DateBlock>) {
+        return {number, 1, 2000};
+    } else {
+        return number;
+    }
+}
+
+/// A long or a double that depends on the element.
+template <typename Element>
+auto Number(const Element& element) {
+    if constexpr (std::is_same_v<Element, DateBlock>) {
+        return 0L + element.day;
+    } else if constexpr (isText<Element>) {
+        return 0L + element.GetLength();
+    } else {
+        return 0L + element;
+    }
+}
+
+template <typename Element>
 long FillPlain() {
-    long* const elements = PlainElements();
-    for (long index = 1; index <= Count; ++index) {
-        elements[index] = index;
+    const long count = TheArray<Element>().GetArraySize();
+    Element* const elements = PlainElements<Element>();
+    for (long index = 0; index <= count; ++index) {
+        elements[index] = Make<Element>(index);
     }
-    return Count;
+    return count;
 }
 
+template <typename Element, long HowMany = Count>
 long FillByElement() {
-    CArray& array = TheArray();
-    for (long index = 1; index <= Count; ++index) {
-        array.AtPut(index, index);
+    CArray& array = TheArray<Element>();
+    for (long index = 0; index <= HowMany; ++index) {
+        array.AtPut(index, Make<Element>(index));
     }
-    return Count;
+    return HowMany;
 }
 
-long FillLongs() {
-    long number = 0;
-    for (long& element : TheArray().Longs()) {
-        element = number++;
+template <typename Element>
+long FillView() {
+    const auto elements = TheArray<Element>().template Elements<Element>();
+    for (size_t index = 0; index < elements.size(); ++index) {
+        elements[index] = Make<Element>(static_cast<long>(index));
     }
-    return number;
+    return static_cast<long>(elements.size());
 }
 
+template <typename Element>
 long SumPlain() {
-    const long* const elements = PlainElements();
-    unsigned long sum = 0;
-    for (long index = 1; index <= Count; ++index) {
-        sum += static_cast<unsigned long>(elements[index]);
+    const long count = TheArray<Element>().GetArraySize();
+    const Element* const elements = PlainElements<Element>();
+    auto sum = Number(elements[0]);
+    for (long index = 1; index <= count; ++index) {
+        sum += Number(elements[index]);
     }
     return static_cast<long>(sum);
 }
 
+template <typename Element, long HowMany = Count>
 long SumByElement() {
-    const CArray& array = TheArray();
-    unsigned long sum = 0;
-    for (long index = 1; index <= Count; ++index) {
-        long element = 0;
-        array.At(index, element);
-        sum += static_cast<unsigned long>(element);
+    const CArray& array = TheArray<Element>();
+    decltype(Number(std::declval<Element>())) sum = 0;
+    for (long index = 0; index <= HowMany; ++index) {
+        if constexpr (isText<Element>) {
+            CTextBlock* text = nullptr;
+            array.At(index, &text);
+            sum += text != nullptr ? Number(*text) : 0;
+        } else {
+            Element element;
+            array.At(index, element);
+            sum += Number(element);
+        }
     }
     return static_cast<long>(sum);
 }
 
-long SumLongs() {
-    unsigned long sum = 0;
-    for (const long element : TheArray().Longs()) {
-        sum += static_cast<unsigned long>(element);
+template <typename Element>
+long SumView() {
+    decltype(Number(std::declval<Element>())) sum = 0;
+    for (const auto& element : TheArray<Element>().template Elements<Element>()) {
+        sum += Number(element);
     }
     return static_cast<long>(sum);
+}
+
+template <typename Element>
+void AddRowsOf(const std::string& elements) {
+    const std::string sum = "Array/" + elements + " sum/";
+    AddRow(sum + "plain", SumPlain<Element>, Count);
+    AddRow(sum + "At", SumByElement<Element>, Count, sum + "plain");
+    AddRow(sum + "Elements", SumView<Element>, Count, sum + "plain");
+    if constexpr (!isText<Element>) {
+        const std::string fill = "Array/" + elements + " fill/";
+        AddRow(fill + "plain", FillPlain<Element>, Count);
+        AddRow(fill + "AtPut", FillByElement<Element>, Count, fill + "plain");
+        AddRow(fill + "Elements", FillView<Element>, Count, fill + "plain");
+    }
 }
 
 constexpr long Missing = -7;
 
 long FindPlain() {
-    const long* const elements = PlainElements();
-    for (long index = 1; index <= Count; ++index) {
+    const long count = TheArray<long>().GetArraySize();
+    const long* const elements = PlainElements<long>();
+    for (long index = 1; index <= count; ++index) {
         if (elements[index] == Missing) {
             return index;
         }
@@ -105,65 +164,33 @@ long FindPlain() {
 }
 
 long FindInArray() {
-    return TheArray().Find(Missing);
+    return TheArray<long>().Find(Missing);
 }
 
 // --- Strings: few enough to stay in the processor's cache -------------------------------------
 
 constexpr long StringCount = 1000;
-constexpr long SlotSize = 256;
 const unsigned char someString[] = "\024twenty characters...";
 
-CArray& TheStrings() {
-    static CArray array(ValueType::StringArray);
-    if (array.GetArraySize() == 0) {
-        array.SetArraySize(StringCount);
-    }
-    return array;
-}
-
-unsigned char* PlainSlots() {
-    return static_cast<unsigned char*>(TheStrings().ComputeAddress(0));
-}
-
-long PutStringsPlain() {
-    unsigned char* const slots = PlainSlots();
-    for (long index = 1; index <= StringCount; ++index) {
-        unsigned char* const slot = slots + index * SlotSize;
-        const long length = std::min<long>(someString[0], SlotSize - 1);
-        slot[0] = static_cast<unsigned char>(length);
-        std::copy_n(someString + 1, length, slot + 1);
-        benchmark::ClobberMemory(); // each string counts
-    }
-    return StringCount;
-}
-
-long PutStrings() {
-    CArray& array = TheStrings();
-    for (long index = 1; index <= StringCount; ++index) {
+long PutStrings(CArray& array) {
+    for (long index = 0; index <= StringCount; ++index) {
         array.AtPut(index, someString);
     }
     return StringCount;
 }
 
-long GetStringsPlain() {
-    const unsigned char* const slots = PlainSlots();
-    long lengths = 0;
-    for (long index = 1; index <= StringCount; ++index) {
-        const unsigned char* const slot = slots + index * SlotSize;
-        Str255 string;
-        string[0] = slot[0];
-        std::copy_n(slot + 1, slot[0], string + 1);
-        benchmark::DoNotOptimize(string);
-        lengths += string[0];
+CArray& TheStrings() {
+    static CArray array(ValueType::StringArray);
+    if (array.GetArraySize() == 0) {
+        array.SetArraySize(StringCount);
+        PutStrings(array);
     }
-    return lengths;
+    return array;
 }
 
-long GetStrings() {
-    const CArray& array = TheStrings();
+long GetStrings(const CArray& array) {
     long lengths = 0;
-    for (long index = 1; index <= StringCount; ++index) {
+    for (long index = 0; index <= StringCount; ++index) {
         Str255 string;
         array.At(index, string);
         benchmark::DoNotOptimize(string);
@@ -175,8 +202,7 @@ long GetStrings() {
 // --- A table: rows of longs -------------------------------------------------------------------
 
 constexpr long Rows = 100;
-constexpr long Columns = 100;
-constexpr long CellCount = Rows * Columns;
+constexpr long Columns = 1000;
 
 CArray& TheTable() {
     static CArray array(ValueType::ArrayOfArrays);
@@ -190,73 +216,103 @@ CArray& TheTable() {
     return array;
 }
 
-long* PlainRow(const ArrayRow* rows, long row) {
-    return reinterpret_cast<long*>(*rows[row].array.elements);
-}
-
-long FillTablePlain() {
-    const auto* const rows = static_cast<const ArrayRow*>(TheTable().ComputeAddress(0));
-    for (long row = 1; row <= Rows; ++row) {
-        long* const elements = PlainRow(rows, row);
-        for (long column = 1; column <= Columns; ++column) {
-            elements[column] = row * column;
-        }
+long FillRowPlain(const ArrayRow* rows, long row) {
+    const ArrayBlock& block = rows[row].array;
+    auto* const elements = reinterpret_cast<long*>(*block.elements);
+    for (long column = 0; column <= block.count; ++column) {
+        elements[column] = row * column;
     }
-    return CellCount;
+    return row;
 }
 
-long FillTable() {
-    CArray& array = TheTable();
-    for (long row = 1; row <= Rows; ++row) {
-        for (long column = 1; column <= Columns; ++column) {
-            array.AtPut(row, column, row * column);
-        }
+long FillRowByElement(CArray& array, long row) {
+    for (long column = 0; column <= Columns; ++column) {
+        array.AtPut(row, column, row * column);
     }
-    return CellCount;
+    return row;
 }
 
-long SumTablePlain() {
-    const auto* const rows = static_cast<const ArrayRow*>(TheTable().ComputeAddress(0));
+long FillRowView(const CArray& array, long row) {
+    const std::span<long> elements = array.RowElements<long>(row);
+    for (size_t column = 0; column < elements.size(); ++column) {
+        elements[column] = row * static_cast<long>(column);
+    }
+    return row;
+}
+
+long SumRowPlain(const ArrayRow* rows, long row) {
+    const ArrayBlock& block = rows[row].array;
+    const auto* const elements = reinterpret_cast<const long*>(*block.elements);
     long sum = 0;
-    for (long row = 1; row <= Rows; ++row) {
-        const long* const elements = PlainRow(rows, row);
-        for (long column = 1; column <= Columns; ++column) {
-            sum += elements[column];
-        }
+    for (long column = 0; column <= block.count; ++column) {
+        sum += elements[column];
     }
     return sum;
 }
 
-long SumTable() {
-    const CArray& array = TheTable();
+long SumRowByElement(const CArray& array, long row) {
     long sum = 0;
-    for (long row = 1; row <= Rows; ++row) {
-        for (long column = 1; column <= Columns; ++column) {
-            long element = 0;
-            array.At(row, column, element);
-            sum += element;
-        }
+    for (long column = 0; column <= Columns; ++column) {
+        long element = 0;
+        array.At(row, column, element);
+        sum += element;
     }
     return sum;
+}
+
+long SumRowView(const CArray& array, long row) {
+    long sum = 0;
+    for (const long element : array.RowElements<long>(row)) {
+        sum += element;
+    }
+    return sum;
+}
+
+/// `work` is done on each row of the table, or of the plain rows.
+template <typename Table>
+void AddTableRow(const std::string& name, long (*work)(Table, long),
+                 const std::string& versus = "") {
+    const auto onAllRows = [=] {
+        CArray& array = TheTable();
+        long sum = 0;
+        if constexpr (std::is_same_v<Table, const ArrayRow*>) {
+            const auto* const rows = static_cast<const ArrayRow*>(array.ComputeAddress(0));
+            for (long row = 1; row <= Rows; ++row) {
+                sum += work(rows, row);
+            }
+        } else {
+            for (long row = 1; row <= Rows; ++row) {
+                sum += work(array, row);
+            }
+        }
+        return sum;
+    };
+    AddRow(name, onAllRows, Rows * Columns, versus);
 }
 
 [[maybe_unused]] const bool added = [] {
-    AddRow("Array/fill/plain", FillPlain);
-    AddRow("Array/fill/AtPut", FillByElement, "Array/fill/plain");
-    AddRow("Array/fill/Longs", FillLongs, "Array/fill/plain");
-    AddRow("Array/sum/plain", SumPlain);
-    AddRow("Array/sum/At", SumByElement, "Array/sum/plain");
-    AddRow("Array/sum/Longs", SumLongs, "Array/sum/plain");
-    AddRow("Array/find/plain", FindPlain);
-    AddRow("Array/find/Find", FindInArray, "Array/find/plain");
-    AddRow("Array/strings put/plain", PutStringsPlain, nullptr, StringCount);
-    AddRow("Array/strings put/AtPut", PutStrings, "Array/strings put/plain", StringCount);
-    AddRow("Array/strings get/plain", GetStringsPlain, nullptr, StringCount);
-    AddRow("Array/strings get/At", GetStrings, "Array/strings get/plain", StringCount);
-    AddRow("Array/table fill/plain", FillTablePlain, nullptr, CellCount);
-    AddRow("Array/table fill/AtPut", FillTable, "Array/table fill/plain", CellCount);
-    AddRow("Array/table sum/plain", SumTablePlain, nullptr, CellCount);
-    AddRow("Array/table sum/At", SumTable, "Array/table sum/plain", CellCount);
+    AddRowsOf<short>("shorts");
+    AddRowsOf<long>("longs");
+    AddRowsOf<double>("doubles");
+    AddRowsOf<unsigned char>("booleans");
+    AddRowsOf<DateBlock>("dates");
+    AddRowsOf<CTextBlock>("texts");
+    AddRow("Array/find/plain", FindPlain, Count);
+    AddRow("Array/find/Find", FindInArray, Count, "Array/find/plain");
+    AddRow("Array/1000 longs put", FillByElement<long, StringCount>, StringCount);
+    AddRow(
+        "Array/1000 strings put", [] { return PutStrings(TheStrings()); }, StringCount,
+        "Array/1000 longs put");
+    AddRow("Array/1000 longs get", SumByElement<long, StringCount>, StringCount);
+    AddRow(
+        "Array/1000 strings get", [] { return GetStrings(TheStrings()); }, StringCount,
+        "Array/1000 longs get");
+    AddTableRow("Array/table fill/plain", FillRowPlain);
+    AddTableRow("Array/table fill/AtPut", FillRowByElement, "Array/table fill/plain");
+    AddTableRow("Array/table fill/RowElements", FillRowView, "Array/table fill/plain");
+    AddTableRow("Array/table sum/plain", SumRowPlain);
+    AddTableRow("Array/table sum/At", SumRowByElement, "Array/table sum/plain");
+    AddTableRow("Array/table sum/RowElements", SumRowView, "Array/table sum/plain");
     return true;
 }();
 

@@ -34,11 +34,12 @@ long CArray::_GetElementSize(short type, Handle storage) {
 
 // --- Elements -------------------------------------------------------------------------------
 
-ArrayStorage CArray::Elements(short type, long row) const {
-    const ArrayStorage rows = Elements(ValueType::ArrayOfArrays);
-    const auto* found = rows.Address<ArrayRow>(row);
+ArrayStorage CArray::ElementsOf(short type, long row) const {
+    const ArrayStorage rows = ElementsOf(ValueType::ArrayOfArrays);
     // Row 0 tells the type; what the others say about themselves does not count.
-    const bool isOfType = found != nullptr && rows.Address<ArrayRow>(0)->type == type;
+    const auto* model = rows.Address<ArrayRow>(0);
+    const auto* found = rows.Address<ArrayRow>(row);
+    const bool isOfType = model != nullptr && found != nullptr && model->type == type;
     return isOfType ? ArrayStorage(found->array, type) : ArrayStorage();
 }
 
@@ -56,11 +57,11 @@ void CArray::AtPut(long index, const unsigned char* string) {
         AtPut(index, text);
         return;
     }
-    Elements(ValueType::StringArray).WriteString(index, string);
+    ElementsOf(ValueType::StringArray).WriteString(index, string);
 }
 
 void CArray::AtPut(long index, const unsigned short* text) {
-    if (text == nullptr || Elements(ValueType::UnicodeTextArray).Address(index) == nullptr) {
+    if (text == nullptr || ElementsOf(ValueType::UnicodeTextArray).Address(index) == nullptr) {
         return;
     }
     FDStringBlock element{};
@@ -71,11 +72,11 @@ void CArray::AtPut(long index, const unsigned short* text) {
     if (FourD::SetFDString(&element, text) != ResultCode::NoError) {
         FourD::DisposeFDStringBlock(&element);
     }
-    Elements(ValueType::UnicodeTextArray).Write(index, element);
+    ElementsOf(ValueType::UnicodeTextArray).Write(index, element);
 }
 
 void CArray::AtPut(long index, const FDStringBlock& text) {
-    const ArrayStorage elements = Elements(ValueType::UnicodeTextArray);
+    const ArrayStorage elements = ElementsOf(ValueType::UnicodeTextArray);
     const FDStringBlock element = text; // may lie in the storage
     FDStringBlock former{};
     elements.Read(index, former);
@@ -89,14 +90,10 @@ void CArray::AtPut(long index, const FDStringBlock& text) {
 }
 
 long CArray::Find(long value) const {
-    const std::span<const long> elements = Longs();
+    const std::span<const long> elements = Elements<long>();
     const auto first = elements.begin() + (elements.empty() ? 0 : 1);
     const auto found = std::find(first, elements.end(), value);
     return found != elements.end() ? found - elements.begin() : -1;
-}
-
-std::span<long> CArray::Longs() const {
-    return Elements(ValueType::LongArray).Span<long>();
 }
 
 // --- Rows -----------------------------------------------------------------------------------

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "data/ArrayStorage.h"
-#include "data/blocks/TextBlock.h"
 #include "host/boundary/Values.h"
 #include "platform/Types.h"
 
@@ -106,9 +105,22 @@ class CArray {
 
     /// First element, from 1 on, of a long array that has this value; -1 when there is none.
     long Find(long value) const;
-    /// Elements 0 to the count of a long array in place, as far as the storage holds them, for
-    /// loops over many; valid until memory moves. Empty for any other array.
-    std::span<long> Longs() const;
+
+    /// Elements 0 to the count in place, as far as the storage holds them, for loops over many:
+    /// they are looked for once, not one by one. Empty for an array of another type. Valid until
+    /// memory moves: lock the array, or the row, where it may meanwhile.
+    ///
+    /// `Element` is short, long, double, unsigned char (Boolean), DateBlock, Picture**, or
+    /// CTextBlock for the text records themselves.
+    template <ArrayElement Element>
+    std::span<ElementInPlace<Element>> Elements() const {
+        return ElementsOf(arrayTypeOf<Element>).template Span<Element>();
+    }
+    /// The same for a row of a two-dimensional array; empty outside the array.
+    template <ArrayElement Element>
+    std::span<ElementInPlace<Element>> RowElements(long row) const {
+        return ElementsOf(arrayTypeOf<Element>, row).template Span<Element>();
+    }
 
     // Lock state of the storage. Nothing happens where there is none, nor to what is no array.
     void Lock() { SetLocked(Storage(), true); }
@@ -144,33 +156,33 @@ class CArray {
     static void SetLocked(Handle storage, bool locked);
 
     /// The elements of an array of this type, or of one row of such an array; none for any other.
-    ArrayStorage Elements(short type) const {
+    ArrayStorage ElementsOf(short type) const {
         return fValue.type == type ? ArrayStorage(fValue.array, type) : ArrayStorage();
     }
-    ArrayStorage Elements(short type, long row) const;
+    ArrayStorage ElementsOf(short type, long row) const;
     /// A row, which the next memory call may move; null outside the array.
     ArrayRow* Row(long row) const {
-        return Elements(ValueType::ArrayOfArrays).Address<ArrayRow>(row);
+        return ElementsOf(ValueType::ArrayOfArrays).Address<ArrayRow>(row);
     }
     Handle Storage() const;
     Handle RowStorage(long row) const;
 
     // An element of the whole array, or of a row.
-    template <typename Element, typename... Row>
+    template <ArrayElement Element, typename... Row>
     void Read(Element& value, long index, Row... row) const {
-        Elements(arrayTypeOf<Element>, row...).Read(index, value);
+        ElementsOf(arrayTypeOf<Element>, row...).Read(index, value);
     }
-    template <typename Element, typename... Row>
+    template <ArrayElement Element, typename... Row>
     void Write(const Element& value, long index, Row... row) {
-        Elements(arrayTypeOf<Element>, row...).Write(index, value);
+        ElementsOf(arrayTypeOf<Element>, row...).Write(index, value);
     }
     template <typename... Row>
     CTextBlock* Text(long index, Row... row) const {
-        return Elements(ValueType::TextArray, row...).template Address<CTextBlock>(index);
+        return ElementsOf(arrayTypeOf<CTextBlock>, row...).template Address<CTextBlock>(index);
     }
     template <typename... Row>
     void ReadString(unsigned char* string, long index, Row... row) const {
-        Elements(ValueType::StringArray, row...).ReadString(index, string);
+        ElementsOf(ValueType::StringArray, row...).ReadString(index, string);
     }
 
     ValueBlock fValue{};

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "data/blocks/TextBlock.h"
 #include "host/boundary/Values.h"
 #include "platform/Toolbox.h"
 
 #include <algorithm>
 #include <cstring>
 #include <span>
+#include <type_traits>
 
 // What lies behind CArray: the elements in an array's storage.
 
@@ -24,6 +26,32 @@ template <>
 inline constexpr short arrayTypeOf<DateBlock> = ValueType::DateArray;
 template <>
 inline constexpr short arrayTypeOf<Picture**> = ValueType::PictureArray;
+template <>
+inline constexpr short arrayTypeOf<CTextBlock> = ValueType::TextArray;
+
+/// What elements can be: not strings, whose size only the storage tells.
+template <typename Element>
+concept ArrayElement = (arrayTypeOf<Element> != 0);
+
+#pragma pack(push, 4)
+
+/// A real in an array, which the host aligns to 4 bytes only; to be used as a double.
+struct RealElement {
+    double value;
+    RealElement& operator=(double real) {
+        value = real;
+        return *this;
+    }
+    operator double() const { return value; }
+};
+
+#pragma pack(pop)
+
+static_assert(sizeof(RealElement) == 8 && alignof(RealElement) == 4);
+
+/// How an element of this type lies in an array.
+template <typename Element>
+using ElementInPlace = std::conditional_t<std::is_same_v<Element, double>, RealElement, Element>;
 
 /// The elements that are really there, checked with one look at the storage's size. Addresses are
 /// good until memory moves.
@@ -75,27 +103,29 @@ class ArrayStorage {
             elementSize = slotSize;
         }
         if (elementSize > 0 && room >= elementSize) {
-            const long held = room / elementSize;
             first = *block.elements + header;
-            count = block.count < held ? std::max(block.count + 1, 0L) : held;
+            last = block.count;
+            lastOffset = room - elementSize;
         }
     }
 
     /// Bytes of one element; that of strings is below 1 when their storage is broken.
     long ElementSize() const { return elementSize; }
     /// Elements, element 0 among them: as many as the array counts and the storage holds.
-    long Count() const { return count; }
+    long Count() const { return last >= 0 ? std::min(last, lastOffset / elementSize) + 1 : 0; }
 
-    /// Null outside the array.
+    /// Null outside the array. Multiplies where Count() divides, which takes several times as long.
     template <typename Element = char>
     Element* Address(long index) const {
-        const bool isThere = index >= 0 && index < count;
-        return isThere ? reinterpret_cast<Element*>(first + index * elementSize) : nullptr;
+        const long long offset = 1LL * index * elementSize;
+        const bool isThere = index >= 0 && index <= last && offset <= lastOffset;
+        return isThere ? reinterpret_cast<Element*>(first + offset) : nullptr;
     }
     /// All of them, for an array whose elements are of this type.
-    template <typename Element>
-    std::span<Element> Span() const {
-        return {Address<Element>(0), static_cast<size_t>(count)};
+    template <ArrayElement Element>
+    std::span<ElementInPlace<Element>> Span() const {
+        static_assert(FixedElementSize(arrayTypeOf<Element>) == sizeof(ElementInPlace<Element>));
+        return {Address<ElementInPlace<Element>>(0), static_cast<size_t>(Count())};
     }
 
     /// Zero outside the array.
@@ -145,7 +175,8 @@ class ArrayStorage {
 
     char* first = nullptr;
     long elementSize = 0;
-    long count = 0;
+    long last = -1;      ///< index, as the array counts
+    long lastOffset = 0; ///< where the last element begins that the storage holds, from `first` on
 };
 
 /// New storage with an empty element 0, whose size matters for strings only. Null when memory is

@@ -169,7 +169,7 @@ void ChartArea::LoadFromArray() {
     CArray array;
     bars.clear();
     if (FourD::GetArrayVar(name, &array) == ResultCode::NoError && array.IsArrayLongint()) {
-        const std::span<const long> elements = array.Longs();
+        const std::span<const long> elements = array.Elements<long>();
         bars.assign(elements.begin() + std::min<std::ptrdiff_t>(1, std::ssize(elements)),
                     elements.end());
     }

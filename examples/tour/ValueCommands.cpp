@@ -55,7 +55,7 @@ void DescribeValue(CXParam* params, CXResult* result) {
 void SumLongs(CXParam* params, CXResult* result) {
     const CArray& array = *params[0].GetArrayPtr();
     unsigned long sum = 0; // wraps around, as the host's longs do
-    const std::span<const long> elements = array.Longs();
+    const std::span<const long> elements = array.Elements<long>();
     for (size_t index = 1; index < elements.size(); ++index) { // 0 is no element of the developer's
         sum += static_cast<unsigned long>(elements[index]);
     }
