@@ -7,7 +7,22 @@
 #include "platform/Toolbox.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+
+void ArrayStorage::CopyString(const unsigned char* source, unsigned char* target, long slotSize) {
+    const long length = source != nullptr ? std::min<long>(source[0], slotSize - 1) : 0;
+    target[0] = static_cast<unsigned char>(length);
+    // In words: to call memmove would take as long as all else here. Both may be the same string.
+    long copied = 1;
+    for (long word = 0; copied + long{sizeof word} <= length + 1; copied += sizeof word) {
+        std::memcpy(&word, source + copied, sizeof word);
+        std::memcpy(target + copied, &word, sizeof word);
+    }
+    for (; copied <= length; ++copied) {
+        target[copied] = source[copied];
+    }
+}
 
 CArray::CArray(long type) {
     fValue.type = static_cast<unsigned char>(type);

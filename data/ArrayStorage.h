@@ -154,24 +154,18 @@ class ArrayStorage {
 
     // The same for Pascal strings in their slots.
     void ReadString(long index, unsigned char* string) const {
-        CopyString(Address<const unsigned char>(index), string);
+        CopyString(Address<const unsigned char>(index), string, elementSize);
     }
     void WriteString(long index, const unsigned char* string) const {
         if (auto* slot = Address<unsigned char>(index); slot != nullptr) {
-            CopyString(string, slot);
+            CopyString(string, slot, elementSize);
         }
     }
 
   private:
     /// As much as a slot takes: no more is written, and a longer one in a slot is broken. An empty
     /// string from null.
-    void CopyString(const unsigned char* source, unsigned char* target) const {
-        const long length = source != nullptr ? std::min<long>(source[0], elementSize - 1) : 0;
-        target[0] = static_cast<unsigned char>(length);
-        if (length > 0) {
-            std::memmove(target + 1, source + 1, static_cast<size_t>(length));
-        }
-    }
+    static void CopyString(const unsigned char* source, unsigned char* target, long slotSize);
 
     char* first = nullptr;
     long elementSize = 0;

@@ -314,6 +314,28 @@ TEST_P(ArrayTest, StringsAreCutToTheirSlots) {
     EXPECT_EQ(read.Text(), "");
 }
 
+TEST_P(ArrayTest, StringsOfEveryLengthKeepToThemselves) {
+    OwnedArray array(21);
+    ASSERT_EQ(array.SetArraySize(2), 0);
+    Str255 string;
+    for (size_t place = 0; place < sizeof string; ++place) {
+        string[place] = static_cast<unsigned char>(place * 7 + 1);
+    }
+    for (const size_t length : {0, 1, 2, 3, 4, 5, 7, 8, 9, 15, 17, 253, 254, 255}) {
+        string[0] = static_cast<unsigned char>(length);
+        array.AtPut(1, string);
+        array.AtPut(1, static_cast<unsigned char*>(array.ComputeAddress(1))); // the same one
+        Str255 read;
+        std::memset(read, 0x55, sizeof read);
+        array.At(1, read);
+        EXPECT_EQ(std::memcmp(read, string, length + 1), 0) << length;
+        EXPECT_TRUE(std::all_of(read + length + 1, std::end(read), [](unsigned char byte) {
+            return byte == 0x55;
+        })) << length;
+        EXPECT_EQ(*static_cast<unsigned char*>(array.ComputeAddress(2)), 0) << length;
+    }
+}
+
 /// Fills elements 1 to 5, so that each owns something where the type allows it.
 void FillOwners(OwnedArray& array) {
     for (long index = 1; index <= 5; ++index) {
