@@ -49,13 +49,11 @@ long CArray::_GetElementSize(short type, Handle storage) {
 
 // --- Elements -------------------------------------------------------------------------------
 
-ArrayStorage CArray::ElementsOf(short type, long row) const {
+ArrayRow* CArray::Row(short type, long row) const {
     const ArrayStorage rows = ElementsOf(ValueType::ArrayOfArrays);
     // Row 0 tells the type; what the others say about themselves does not count.
     const auto* model = rows.Address<ArrayRow>(0);
-    const auto* found = rows.Address<ArrayRow>(row);
-    const bool isOfType = model != nullptr && found != nullptr && model->type == type;
-    return isOfType ? ArrayStorage(found->array, type) : ArrayStorage();
+    return model != nullptr && model->type == type ? rows.Address<ArrayRow>(row) : nullptr;
 }
 
 void* CArray::ComputeAddress(long index) const {

@@ -159,11 +159,16 @@ class CArray {
     ArrayStorage ElementsOf(short type) const {
         return fValue.type == type ? ArrayStorage(fValue.array, type) : ArrayStorage();
     }
-    ArrayStorage ElementsOf(short type, long row) const;
+    ArrayStorage ElementsOf(short type, long row) const {
+        const ArrayRow* found = Row(type, row);
+        return found != nullptr ? ArrayStorage(found->array, type) : ArrayStorage();
+    }
     /// A row, which the next memory call may move; null outside the array.
     ArrayRow* Row(long row) const {
         return ElementsOf(ValueType::ArrayOfArrays).Address<ArrayRow>(row);
     }
+    /// The same, and null where the rows are of another type.
+    ArrayRow* Row(short type, long row) const;
     Handle Storage() const;
     Handle RowStorage(long row) const;
 
