@@ -5,10 +5,11 @@
 
 #include "data/Array.h"
 
-#include <algorithm>
 #include <benchmark/benchmark.h>
+#include <span>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 namespace {
 
