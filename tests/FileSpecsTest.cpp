@@ -314,13 +314,22 @@ TEST_F(FileSpecsTest, FreeNamesAreThoseThatHaveNoSpecificationYet) {
         }
     };
     const string longName(62, 'n');
-    for (const string& name : {string("a"), string("a.1.txt"), string("a.3.txt"), longName}) {
+    // Those of "b" are many, in letters of either case, with names between them that are no
+    // candidates.
+    for (const string name : {"a",      "a.1.txt",   "a.3.txt", longName.c_str(),
+                              "b",      "b.1",       "b.2",     "B.3",
+                              "b.4",    "b.5",       "b.6",     "b.7",
+                              "b.8",    "b.9",       "b.a",     "b.B",
+                              "b.0C",   "b.100000C", "b.C.x",   "b.D",
+                              "b.txt",  "b.1.TXT",   "b.2.txt", "b.3.x.txt",
+                              "b.4.txt"}) {
         File(name, "");
         File("A long folder\\" + name, "");
     }
     FSSpec entered = Spec("A long folder");
     EXPECT_EQ(GoInsideFolder(&entered), NoError);
-    for (const string base : {"a", "a.", "CON", "\x8E", "a?", "..\\plain", "", longName.c_str()}) {
+    for (const string base :
+         {"a", "b", "a.", "CON", "\x8E", "a?", "..\\plain", "", longName.c_str()}) {
         for (const string extension : {"", "txt"}) {
             for (const FSSpec& folder : {Spec(""), entered}) {
                 FSSpec expected{};

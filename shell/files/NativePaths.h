@@ -2,6 +2,7 @@
 
 #include "platform/Types.h"
 
+#include <cstddef>
 #include <string_view>
 
 // Native Windows paths: zero-terminated strings in the system's ANSI code page.
@@ -25,6 +26,7 @@ struct NativePath {
         length = newLength;
         bytes[length] = '\0';
     }
+    std::string_view View() const { return {bytes, static_cast<std::size_t>(length)}; }
     bool EndsWithBackslash() const { return length > 0 && bytes[length - 1] == '\\'; }
     /// Adds one unless it is there.
     bool AddBackslash() { return EndsWithBackslash() || Add("\\"); }

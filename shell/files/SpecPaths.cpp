@@ -14,6 +14,8 @@
 #include <initializer_list>
 #include <limits>
 
+#include <windows.h>
+
 namespace {
 
 /// Stores a converted text, cut to what a Pascal string holds.
@@ -23,16 +25,6 @@ void Convert(std::string_view text, Conversion conversion, unsigned char* string
     const long length = conversion(text.data(), converted, static_cast<long>(text.size()));
     string[0] = static_cast<unsigned char>(std::clamp(length, 0L, LongestString));
     std::copy_n(converted, string[0], string + 1);
-}
-
-/// Specification of a path in the ANSI code page; -50 when it has 256 characters and more.
-OSErr MakeSpecOfAnsi(std::string_view path, FSSpec* spec) {
-    if (path.size() > LongestString) {
-        return ResultCode::BadParameter;
-    }
-    Str255 string;
-    ToMacintosh(path, string);
-    return FSMakeFSSpec(0, 0, string, spec);
 }
 
 /// How many characters stand in front of the last name of a path; a backslash at the end of it does
@@ -98,6 +90,15 @@ void ToMacintosh(std::string_view text, Str255 string) {
     Convert(text, ASI_AnsiToMacBuf, string);
 }
 
+OSErr MakeSpecOfAnsi(std::string_view path, FSSpec* spec) {
+    if (path.size() > LongestString) {
+        return ResultCode::BadParameter;
+    }
+    Str255 string;
+    ToMacintosh(path, string);
+    return FSMakeFSSpec(0, 0, string, spec);
+}
+
 OSErr NativePathToFileSpec(const char* path, long length, FSSpec* spec) {
     ZeroFileSpec(spec);
     if (spec == nullptr || path == nullptr || length < 1) {
@@ -145,7 +146,7 @@ OSErr ReadNativePath(const FSSpec* spec, NativePath* path) {
         if (!GetLongForm(given.get(), path)) {
             return GetLastOSErr();
         }
-        if (IsFolderPath(path->bytes)) {
+        if (HasAttributes(path->bytes, FILE_ATTRIBUTE_DIRECTORY)) {
             path->AddBackslash();
         }
         return ResultCode::NoError;
@@ -193,7 +194,7 @@ OSErr ReadFolderPath(const FSSpec* folder, NativePath* path) {
     if (const OSErr error = ReadNativePath(folder, path)) {
         return error;
     }
-    if (!IsFolderPath(path->bytes)) { // an empty path is none either
+    if (!HasAttributes(path->bytes, FILE_ATTRIBUTE_DIRECTORY)) { // an empty path has none
         return ResultCode::NotAFolder;
     }
     path->AddBackslash();

@@ -30,6 +30,9 @@ inline std::string_view CharactersOf(const unsigned char* string) {
 void ToAnsi(std::string_view text, Str255 string);
 void ToMacintosh(std::string_view text, Str255 string);
 
+/// Specification of a path in the ANSI code page, as it stands; -50 when it has 256 characters and
+/// more. NativePathToFileSpec of a path where nothing is comes to the same, more slowly.
+OSErr MakeSpecOfAnsi(std::string_view path, FSSpec* spec);
 /// Native path of an existing folder with its backslash; -120 when it is something else.
 OSErr ReadFolderPath(const FSSpec* folder, NativePath* path);
 /// Adds a name (Pascal string, host's character set) to a folder's path; false when it is too long.

@@ -8,19 +8,22 @@
 #include "shell/files/SpecPaths.h"
 
 #include <algorithm>
+#include <bitset>
+#include <string_view>
+
+#include <windows.h>
 
 namespace {
 
 constexpr long LastAttempt = 100000;
 
-/// Stores a candidate for a free name; false when it would have no characters or more than 255.
-bool MakeCandidate(const char* base, const char* extension, long attempt, unsigned char* name) {
+/// Stores a candidate for a free name, with this number unless that is empty; false when it would
+/// have no characters or more than 255.
+bool MakeCandidate(const char* base, const char* number, const char* extension,
+                   unsigned char* name) {
     char text[LongestString + 1];
-    const char* const dot = *extension != '\0' ? "." : "";
-    const int length = attempt == 0
-                           ? FormatText(text, sizeof text, "%s%s%s", base, dot, extension)
-                           : FormatText(text, sizeof text, "%s.%lX%s%s", base,
-                                        static_cast<unsigned long>(attempt), dot, extension);
+    const int length = FormatText(text, sizeof text, "%s%s%s%s%s", base, *number != '\0' ? "." : "",
+                                  number, *extension != '\0' ? "." : "", extension);
     if (length < 1 || length > LongestString) {
         return false;
     }
@@ -28,36 +31,111 @@ bool MakeCandidate(const char* base, const char* extension, long attempt, unsign
     return true;
 }
 
-constexpr long LongestShortName = 12; // "LONGNA~1.TXT"
+/// The numbers that a listing of the folder shows as taken: those of names that are candidates
+/// letter for letter. Of the others it says nothing, as the file system has names in other letters
+/// and short names, too, and is the one to ask.
+class TakenNumbers {
+  public:
+    /// Lists what is there by this path, which has "*" for the number.
+    void List(const char* pattern) {
+        wchar_t path[MAX_PATH]; // wide, as different letters may become one in the code page
+        if (MultiByteToWideChar(CP_ACP, 0, pattern, -1, path, MAX_PATH) == 0) {
+            return;
+        }
+        std::wstring_view before = path;
+        before.remove_prefix(before.find_last_of(L"\\/") + 1);
+        const std::size_t star = before.find(L'*');
+        if (star == before.npos) { // it stands in the name of a folder
+            return;
+        }
+        const std::wstring_view after = before.substr(star + 1);
+        before = before.substr(0, star);
+        WIN32_FIND_DATAW found;
+        const HANDLE search = FindFirstFileW(path, &found);
+        if (search == INVALID_HANDLE_VALUE) {
+            return;
+        }
+        do {
+            const std::wstring_view name = found.cFileName;
+            if (name.size() > before.size() + after.size() && name.starts_with(before) &&
+                name.ends_with(after)) {
+                Note(name.substr(before.size(), name.size() - before.size() - after.size()));
+            }
+        } while (FindNextFileW(search, &found) != 0);
+        FindClose(search);
+    }
+    bool Has(long number) const { return numbers[static_cast<std::size_t>(number)]; }
 
-/// Looks for a free name in the folder that `inside` is the inside of.
-OSErr FindFreeName(const FSSpec& inside, const char* base, const char* extension, FSSpec* out) {
+  private:
+    void Note(std::wstring_view digits) {
+        constexpr std::wstring_view Digits = L"0123456789ABCDEF";
+        std::size_t number = 0;
+        for (const wchar_t letter : digits) {
+            const std::size_t digit = Digits.find(letter);
+            number = number * Digits.size() + digit;
+            // That of a candidate does not begin with a zero.
+            if (digit == Digits.npos || number == 0 || number > LastAttempt) {
+                return;
+            }
+        }
+        numbers.set(number);
+    }
+
+    std::bitset<LastAttempt + 1> numbers;
+};
+
+constexpr long LongestShortName = 12; // "LONGNA~1.TXT"
+constexpr long LongestNumber = 5;     // that of the last attempt
+
+/// Looks for a free name in a folder.
+OSErr FindFreeName(const FSSpec& folder, const char* base, const char* extension, FSSpec* out) {
     Str255 name;
     NativePath path;
-    if (!MakeCandidate(base, extension, 0, name)) {
+    if (!MakeCandidate(base, "", extension, name)) {
         return ResultCode::BadParameter;
     }
-    if (const OSErr error = ReadFolderPath(&inside, &path)) {
+    if (const OSErr error = ReadFolderPath(&folder, &path)) {
         return error;
     }
-    const long folderLength = path.length;
+    const NativePath folderPath = path;
     NativePath shortFolder;
+    // What is there gets its specification from its short form, if that is short enough.
+    const auto canHaveSpec = [&](long nameLength) {
+        return shortFolder.length + std::max(nameLength, LongestShortName) <= LongestString;
+    };
+    TakenNumbers taken;
     for (long attempt = 0; attempt <= LastAttempt; ++attempt) {
-        path.CutTo(folderLength);
-        if (attempt == 1) {
-            GetShortForm(path.bytes, &shortFolder);
-        }
-        if (!MakeCandidate(base, extension, attempt, name) || !AddName(name, &path)) {
-            break;
-        }
-        // The first name gets a specification even when it is taken, which tells whether names of
-        // its kind can have one. That the next ones are taken is told by their paths, far quicker,
-        // if the short forms, of which their specifications would be made, are short enough.
-        const long shortLength = shortFolder.length + std::max<long>(name[0], LongestShortName);
-        if (attempt > 0 && shortLength <= LongestString && HasAttributes(path.bytes, 0)) {
+        if (taken.Has(attempt)) {
             continue;
         }
+        char number[16] = "";
+        if (attempt > 0) {
+            FormatText(number, sizeof number, "%lX", static_cast<unsigned long>(attempt));
+        }
+        path = folderPath;
+        if (!MakeCandidate(base, number, extension, name) || !AddName(name, &path)) {
+            break;
+        }
         FSSpec candidate;
+        // The first name takes the long way, which tells whether names of its kind can have a
+        // specification at all. For the next ones there are quicker answers.
+        if (attempt > 0 && MakeSpecOfAnsi(path.View(), &candidate) == ResultCode::FileNotFound) {
+            *out = candidate;
+            return ResultCode::FileNotFound;
+        }
+        if (attempt == 1) { // a second taken name is often one of many
+            GetShortForm(folderPath.bytes, &shortFolder);
+            NativePath pattern = folderPath;
+            Str255 anyName;
+            if (MakeCandidate(base, "*", extension, anyName) && AddName(anyName, &pattern) &&
+                canHaveSpec(anyName[0] + LongestNumber) &&
+                pattern.length + LongestNumber < MAX_PATH) {
+                taken.List(pattern.bytes);
+            }
+        }
+        if (attempt > 0 && canHaveSpec(name[0]) && HasAttributes(path.bytes, 0)) {
+            continue;
+        }
         const OSErr error = NativePathToFileSpec(path.bytes, path.length, &candidate);
         if (error == ResultCode::FileNotFound) {
             *out = candidate;
@@ -83,18 +161,16 @@ OSErr GetTempFolderSpec(FSSpec* spec) {
 
 OSErr GetTempFileSpecInFolder(FSSpec* out, const FSSpec* folder, const char* base,
                               const char* extension) {
-    FSSpec inside = folder != nullptr ? *folder : FSSpec{}; // `out` may be the same
+    FSSpec found = folder != nullptr ? *folder : FSSpec{}; // `out` may be the same
     ZeroFileSpec(out);
     if (out == nullptr || folder == nullptr || base == nullptr || extension == nullptr) {
         return ResultCode::BadParameter;
     }
     Str63 folderName;
-    GetFileSpecName(&inside, folderName);
-    OSErr error = FSMakeFSSpec(inside.vRefNum, inside.parID, folderName, &inside);
-    if (error == ResultCode::NoError && inside.name[0] != 0) {
-        error = GoInsideFolder(&inside);
-    }
-    return error == ResultCode::NoError ? FindFreeName(inside, base, extension, out) : error;
+    GetFileSpecName(&found, folderName);
+    const OSErr error = FSMakeFSSpec(found.vRefNum, found.parID, folderName, &found);
+    // Not gone inside: its path is the same, and the catalogue would count what is in it.
+    return error == ResultCode::NoError ? FindFreeName(found, base, extension, out) : error;
 }
 
 OSErr GetTempFileSpec(FSSpec* out, const char* base, const char* extension) {
