@@ -76,21 +76,21 @@ void FourDPlug::PlugMain(long selector, CXParam* params, CXResult* result, long*
     if (plug == nullptr) {
         return;
     }
-    const PlugInfo& info = *plug->info;
-    const bool isCommand =
-        selector > 0 && selector <= info.commandCount && info.commands != nullptr;
-    HostEntry entry{"selector", selector};
-    if (isCommand) {
-        entry = {"command", selector, info.commands[selector - 1].name};
-    } else if (selector > 0) { // ignored, as the host's users know it; its author may want to know
+    const CommandEntry* const commands = plug->info->commands;
+    if (selector <= 0 || selector > plug->info->commandCount || commands == nullptr) {
+        return plug->HandleOther(selector, params, result);
+    }
+    const auto entry = [=] { return HostEntry{"command", selector, commands[selector - 1].name}; };
+    KeepExceptionsInside(entry, [=] { plug->HandleCommand(selector, params, result); });
+}
+
+/// All that is no command of the plug-in; apart, for the sake of a command's way in.
+void FourDPlug::HandleOther(long selector, CXParam* params, CXResult* result) {
+    if (selector > 0) { // ignored, as the host's users know it; its author may want to know
         return TellDebugger({"command", selector}, "there is no command of this number");
     }
-    KeepExceptionsInside(entry, [=] {
-        if (isCommand) {
-            plug->HandleCommand(selector, params, result);
-        } else {
-            plug->HandleEvent(selector, params, reinterpret_cast<std::uint32_t*>(result));
-        }
+    KeepExceptionsInside({"selector", selector}, [=, this] {
+        HandleEvent(selector, params, reinterpret_cast<std::uint32_t*>(result));
     });
 }
 

@@ -125,8 +125,10 @@ class FourDPlug {
     /// knows of a client by `name` instead, and writes nothing.
     void GetVersion(unsigned char* version, unsigned char* name);
 
-    /// The one dispatcher behind the entry points. Nothing thrown leaves it.
-    static void PlugMain(long selector, CXParam* params, CXResult* result, long* data);
+    /// The one dispatcher behind the entry points. Nothing thrown leaves it. Its arguments come in
+    /// registers, as they have been on the stack once already.
+    [[gnu::regparm(3)]] static void PlugMain(long selector, CXParam* params, CXResult* result,
+                                             long* data);
 
     /// List comparisons: a FourDClient with the cookie (unsigned long*) or the process number
     /// (long*) that `key` points to, a ServerCall with the identifier of a ReadWriteBlock.
@@ -142,6 +144,7 @@ class FourDPlug {
     List clients = nullptr;     ///< connected clients (FourDClient)
 
   private:
+    void HandleOther(long selector, CXParam* params, CXResult* result);
     void HandleEvent(long selector, void* argument, std::uint32_t* result);
     void DestroyLists();
     void DeleteTempFolder();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <type_traits>
 
 /// What the host called the plug-in for, as it is told to whoever debugs it.
 struct HostEntry {
@@ -15,14 +16,21 @@ void TellDebugger(const HostEntry& entry, const char* what) noexcept;
 
 /// Runs `body` and keeps everything it throws on this side: nothing thrown may cross into the
 /// host, which has no way to be told. Every call from the host goes through here once; what a
-/// handler wrote before it threw stands.
-template <typename Body>
-void KeepExceptionsInside(const HostEntry& entry, Body body) noexcept {
+/// handler wrote before it threw stands. `describe` answers the HostEntry, and is called only then.
+template <typename Describe, typename Body>
+requires std::is_invocable_r_v<HostEntry, Describe>
+inline void KeepExceptionsInside(const Describe& describe, const Body& body) noexcept {
     try {
         body();
     } catch (const std::exception& exception) {
-        TellDebugger(entry, exception.what());
+        TellDebugger(describe(), exception.what());
     } catch (...) {
-        TellDebugger(entry, "something was thrown that is no std::exception");
+        TellDebugger(describe(), "something was thrown that is no std::exception");
     }
+}
+
+/// The same, where the entry is known beforehand.
+template <typename Body>
+void KeepExceptionsInside(const HostEntry& entry, const Body& body) noexcept {
+    KeepExceptionsInside([&] { return entry; }, body);
 }
