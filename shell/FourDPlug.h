@@ -7,6 +7,7 @@
 #include "shell/ServerCalls.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 
 /// The plug-in object: derive one class, make one static instance of it, point gFourDPlug at it.
@@ -157,6 +158,7 @@ class FourDPlug {
     };
     void ForgetClient(FourDClient* client);
     char* HandOutCallID(ReadWriteBlock* block);
+    void TakeBackCallID(const char* answer);
     void TakeCall(FourDClient* client, const ReadWriteBlock* block, const char* data, long size);
 
     // Requests to the server's copy (-201 to -207).
@@ -166,6 +168,9 @@ class FourDPlug {
     void HandleWriteOnServer(ReadWriteBlock* block, char* data);
     void HandleCleanupOnServer(ReadWriteBlock* block, char* data);
 
+    char callIDAnswer[4]; ///< big-endian, while it is handed out
+    bool callIDHandedOut = false;
+    std::unique_ptr<ServerCall> spareCall;         ///< the last one that is over, for the next one
     std::optional<unsigned long> tempFolderWindow; ///< in the folder's name, from its first use on
 };
 

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -112,18 +113,30 @@ char* FourDPlug::HandleReadOnServer(ReadWriteBlock* block) {
     return *call->result;
 }
 
-/// The next identifier, big-endian, in a buffer that the clean-up frees.
+/// The next identifier, big-endian, in a buffer that the clean-up takes back: that of the plug-in,
+/// or one of its own while another client has that.
 char* FourDPlug::HandOutCallID(ReadWriteBlock* block) {
     const auto next = static_cast<long>(static_cast<unsigned long>(lastCallID) + 1);
     lastCallID = next < 0 ? 1 : next; // negative ones are those of functions
-    auto* answer = new (std::nothrow) char[sizeof lastCallID];
+    char* const answer =
+        callIDHandedOut ? new (std::nothrow) char[sizeof callIDAnswer] : callIDAnswer;
     if (answer == nullptr) {
         return nullptr;
     }
+    callIDHandedOut = true;
     const unsigned long bigEndian = __builtin_bswap32(static_cast<unsigned long>(lastCallID));
     std::memcpy(answer, &bigEndian, sizeof bigEndian);
     block->dataSize = sizeof bigEndian;
     return answer;
+}
+
+/// Takes back what HandOutCallID answered, or nothing.
+void FourDPlug::TakeBackCallID(const char* answer) {
+    if (answer == callIDAnswer) {
+        callIDHandedOut = false;
+    } else {
+        delete[] answer;
+    }
 }
 
 void FourDPlug::HandleWriteOnServer(ReadWriteBlock* block, char* data) {
@@ -156,13 +169,14 @@ void FourDPlug::TakeCall(FourDClient* client, const ReadWriteBlock* block, const
         DoProcOnServer(client, block->kind, parameters.Get());
         return;
     }
-    std::unique_ptr<ServerCall> call(new (std::nothrow) ServerCall{});
+    std::unique_ptr<ServerCall> call = std::move(spareCall);
+    if (call == nullptr) {
+        call.reset(new (std::nothrow) ServerCall);
+    }
     if (call == nullptr || serverCalls == nullptr) {
         return;
     }
-    call->kind = block->kind;
-    call->callID = block->callID;
-    call->parameters = parameters.Get();
+    *call = {block->kind, block->callID, parameters.Get(), nullptr};
     _add_to_end(serverCalls, call.get());
     parameters.GiveAway();
     ServerCall* const kept = call.release();
@@ -171,8 +185,7 @@ void FourDPlug::TakeCall(FourDClient* client, const ReadWriteBlock* block, const
 
 void FourDPlug::HandleCleanupOnServer(ReadWriteBlock* block, char* data) {
     if (block->callID == 0) {
-        const std::unique_ptr<char[]> freed(data); // what HandOutCallID made, or nothing
-        return;
+        return TakeBackCallID(data);
     }
     auto* call = Find<ServerCall>(serverCalls, CompareServerCall, block);
     if (call == nullptr) {
@@ -184,5 +197,5 @@ void FourDPlug::HandleCleanupOnServer(ReadWriteBlock* block, char* data) {
         }
     }
     _remove_from_list(serverCalls, call);
-    delete call;
+    spareCall.reset(call);
 }

@@ -262,6 +262,13 @@ TEST(ServerCallsTest, FunctionsAreAnsweredProceduresActAndIdentifiersGoRound) {
         server.plug.lastCallID = last;
         EXPECT_EQ(server.Read(0, -1), "\0\0\0\1"s);
     }
+    // Several that are handed out at the same time stay apart, in whatever order they come back.
+    ReadWriteBlock ask{0, -1, 0, 1, 0};
+    const std::array words{server.Request(-205, ask), server.Request(-205, ask)};
+    server.Request(-207, ask, words[0]);
+    EXPECT_EQ(server.Read(0, -1), "\0\0\0\4"s);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(words[1]), 4), "\0\0\0\3"s);
+    server.Request(-207, ask, words[1]);
     server.Disconnect(1);
 }
 
