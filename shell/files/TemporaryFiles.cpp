@@ -45,7 +45,7 @@ class TakenNumbers {
         std::wstring_view before = path;
         before.remove_prefix(before.find_last_of(L"\\/") + 1);
         const std::size_t star = before.find(L'*');
-        if (star == before.npos) { // it stands in the name of a folder
+        if (star == std::wstring_view::npos) { // it stands in the name of a folder
             return;
         }
         const std::wstring_view after = before.substr(star + 1);
@@ -74,7 +74,7 @@ class TakenNumbers {
             const std::size_t digit = Digits.find(letter);
             number = number * Digits.size() + digit;
             // That of a candidate does not begin with a zero.
-            if (digit == Digits.npos || number == 0 || number > LastAttempt) {
+            if (digit == std::wstring_view::npos || number == 0 || number > LastAttempt) {
                 return;
             }
         }
@@ -87,64 +87,69 @@ class TakenNumbers {
 constexpr long LongestShortName = 12; // "LONGNA~1.TXT"
 constexpr long LongestNumber = 5;     // that of the last attempt
 
-/// Looks for a free name in a folder.
-OSErr FindFreeName(const FSSpec& folder, const char* base, const char* extension, FSSpec* out) {
-    Str255 name;
+struct Folder {
     NativePath path;
+    NativePath shortForm; ///< from the second candidate on
+
+    /// Whether what is there under a name this long has a short form that is short enough: its
+    /// specification is made of that.
+    bool CanHaveSpec(long nameLength) const {
+        return shortForm.length + std::max(nameLength, LongestShortName) <= LongestString;
+    }
+};
+
+/// Lists the candidates that are there, if all could have a path and a specification.
+void ListTaken(const Folder& folder, const char* base, const char* extension, TakenNumbers* taken) {
+    NativePath pattern = folder.path;
+    Str255 name;
+    if (MakeCandidate(base, "*", extension, name) && AddName(name, &pattern) &&
+        folder.CanHaveSpec(name[0] + LongestNumber) && pattern.length + LongestNumber < MAX_PATH) {
+        taken->List(pattern.bytes);
+    }
+}
+
+/// Looks for a free name in a folder.
+OSErr FindFreeName(const FSSpec& spec, const char* base, const char* extension, FSSpec* out) {
+    Str255 name;
     if (!MakeCandidate(base, "", extension, name)) {
         return ResultCode::BadParameter;
     }
-    if (const OSErr error = ReadFolderPath(&folder, &path)) {
+    Folder folder;
+    if (const OSErr error = ReadFolderPath(&spec, &folder.path)) {
         return error;
     }
-    const NativePath folderPath = path;
-    NativePath shortFolder;
-    // What is there gets its specification from its short form, if that is short enough.
-    const auto canHaveSpec = [&](long nameLength) {
-        return shortFolder.length + std::max(nameLength, LongestShortName) <= LongestString;
-    };
+    // The first name takes the long way, which tells whether names of its kind can have a
+    // specification at all. For the next ones there are quicker answers.
+    NativePath path = folder.path;
+    OSErr error = AddName(name, &path) ? NativePathToFileSpec(path.bytes, path.length, out)
+                                       : OSErr{ResultCode::BadParameter};
     TakenNumbers taken;
-    for (long attempt = 0; attempt <= LastAttempt; ++attempt) {
+    for (long attempt = 1; error == ResultCode::NoError && attempt <= LastAttempt; ++attempt) {
         if (taken.Has(attempt)) {
             continue;
         }
-        char number[16] = "";
-        if (attempt > 0) {
-            FormatText(number, sizeof number, "%lX", static_cast<unsigned long>(attempt));
-        }
-        path = folderPath;
+        char number[16];
+        FormatText(number, sizeof number, "%lX", static_cast<unsigned long>(attempt));
+        path = folder.path;
         if (!MakeCandidate(base, number, extension, name) || !AddName(name, &path)) {
             break;
         }
-        FSSpec candidate;
-        // The first name takes the long way, which tells whether names of its kind can have a
-        // specification at all. For the next ones there are quicker answers.
-        if (attempt > 0 && MakeSpecOfAnsi(path.View(), &candidate) == ResultCode::FileNotFound) {
-            *out = candidate;
+        if (MakeSpecOfAnsi(path.View(), out) == ResultCode::FileNotFound) {
             return ResultCode::FileNotFound;
         }
         if (attempt == 1) { // a second taken name is often one of many
-            GetShortForm(folderPath.bytes, &shortFolder);
-            NativePath pattern = folderPath;
-            Str255 anyName;
-            if (MakeCandidate(base, "*", extension, anyName) && AddName(anyName, &pattern) &&
-                canHaveSpec(anyName[0] + LongestNumber) &&
-                pattern.length + LongestNumber < MAX_PATH) {
-                taken.List(pattern.bytes);
-            }
+            GetShortForm(folder.path.bytes, &folder.shortForm);
+            ListTaken(folder, base, extension, &taken);
         }
-        if (attempt > 0 && canHaveSpec(name[0]) && HasAttributes(path.bytes, 0)) {
-            continue;
-        }
-        const OSErr error = NativePathToFileSpec(path.bytes, path.length, &candidate);
-        if (error == ResultCode::FileNotFound) {
-            *out = candidate;
-        }
-        if (error != ResultCode::NoError) {
-            return error; // deliberate: -43 says that the name is free, and callers take it for 0
+        if (!folder.CanHaveSpec(name[0]) || !HasAttributes(path.bytes, 0)) {
+            error = NativePathToFileSpec(path.bytes, path.length, out);
         }
     }
-    return ResultCode::BadParameter;
+    // Deliberate: -43 says that the name is free, and callers take it for 0.
+    if (error != ResultCode::FileNotFound) {
+        ZeroFileSpec(out);
+    }
+    return error != ResultCode::NoError ? error : OSErr{ResultCode::BadParameter};
 }
 
 } // namespace
