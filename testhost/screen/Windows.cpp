@@ -29,7 +29,8 @@ HostWindow& WindowList::AddInFront(long process, short kind, bool visible) {
     window.contentMaster = &window.content;
     window.port.contRgn = &window.contentMaster;
     ToolboxForgetPort(&window.port); // of a window that was here before
-    Chain();
+    window.port.nextWindow = head;
+    head = &window.port;
     return window;
 }
 

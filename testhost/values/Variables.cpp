@@ -7,6 +7,8 @@
 #include "testhost/values/Strings.h"
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -51,12 +53,25 @@ bool SamePointer(const ValueBlock& a, const ValueBlock& b) {
 
 HostVariable* HostVariables::FindVariable(long process, std::string_view name) {
     const Place place = Resolve(process, name);
-    for (HostVariable& variable : variables[place.process]) {
-        if (SameName(variable.name, place.name)) {
-            return &variable;
-        }
+    const Places& known = places[place.process];
+    const auto found = known.find(place.name);
+    return found == known.end() ? nullptr : &*found->second;
+}
+
+/// ASCII letters count without their case, all other characters beyond ASCII alike.
+size_t HostVariables::NameHash::operator()(std::string_view name) const {
+    std::string folded(name.substr(0, longestName));
+    for (char& letter : folded) {
+        const auto code = static_cast<unsigned char>(letter);
+        letter = code >= 0x80                     ? '\x7F'
+                 : letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A')
+                                                  : letter;
     }
-    return nullptr;
+    return std::hash<std::string>()(folded);
+}
+
+bool HostVariables::NameEqual::operator()(std::string_view a, std::string_view b) const {
+    return SameName(a, b);
 }
 
 bool HostVariables::IsName(std::string_view name) {
@@ -116,8 +131,9 @@ void HostVariables::Set(long process, std::string_view name, const ValueBlock& v
     HostVariable* variable = FindVariable(process, name);
     if (variable == nullptr) {
         const Place place = Resolve(process, name);
-        variables[place.process].push_back({std::string(place.name), {}, {}, {}});
-        variable = &variables[place.process].back();
+        std::list<HostVariable>& all = variables[place.process];
+        variable = &all.emplace_back(HostVariable{std::string(place.name), {}, {}, {}});
+        places[place.process].emplace(variable->name, std::prev(all.end()));
     } else {
         Release(*variable, parts);
     }
@@ -174,19 +190,23 @@ ValueBlock& HostVariables::Declare(long process, std::string_view name, ValueKin
 }
 
 void HostVariables::Remove(long process, std::string_view name) {
-    const HostVariable* variable = FindVariable(process, name);
-    if (variable == nullptr) {
+    const Place place = Resolve(process, name);
+    Places& known = places[place.process];
+    const auto found = known.find(place.name);
+    if (found == known.end()) {
         return;
     }
-    Release(*variable, {});
-    variables[Resolve(process, name).process].remove_if(
-        [variable](const HostVariable& each) { return &each == variable; });
+    const auto removed = found->second;
+    Release(*removed, {});
+    known.erase(found); // its name is the variable's
+    variables[place.process].erase(removed);
 }
 
 void HostVariables::RemoveProcess(long process) {
     for (const HostVariable& variable : variables[process]) {
         Release(variable, {});
     }
+    places.erase(process);
     variables.erase(process);
 }
 

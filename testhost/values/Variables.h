@@ -9,6 +9,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -108,6 +109,17 @@ class HostVariables {
     void Release(const HostVariable& variable, const BlockParts& kept);
     void DropDisposed(HostVariable& variable) const;
 
+    // Names are one when SameName of the source says so; the hash looks at less than that.
+    struct NameHash {
+        size_t operator()(std::string_view name) const;
+    };
+    struct NameEqual {
+        bool operator()(std::string_view a, std::string_view b) const;
+    };
+    using Places = std::unordered_map<std::string_view, std::list<HostVariable>::iterator, NameHash,
+                                      NameEqual>;
+
     std::map<long, std::list<HostVariable>> variables; ///< by process
+    std::map<long, Places> places; ///< by process; the names are the variables' own
     BlockParts lent;
 };
