@@ -29,12 +29,12 @@ std::string Candidate(const std::string& folder, int number) {
 /// A folder with "base", "base.1" and so on in it, removed at the end.
 class TakenFolder {
   public:
-    TakenFolder() {
+    explicit TakenFolder(long names) {
         char temporary[MAX_PATH + 1] = "";
         GetTempPathA(sizeof temporary, temporary);
         path = temporary + ("nimbo-bench-" + std::to_string(GetCurrentProcessId())) + "\\";
         CreateDirectoryA(path.c_str(), nullptr);
-        for (int number = 0; number < TakenNames; ++number) {
+        for (int number = 0; number < names; ++number) {
             CloseHandle(CreateFileA(Candidate(path, number).c_str(), GENERIC_WRITE, 0, nullptr,
                                     CREATE_ALWAYS, 0, nullptr));
         }
@@ -50,7 +50,7 @@ class TakenFolder {
 };
 
 void ByHand(benchmark::State& state) {
-    const TakenFolder folder;
+    const TakenFolder folder(TakenNames);
     for (auto _ : state) {
         int number = 0;
         while (GetFileAttributesA(Candidate(folder.path, number).c_str()) !=
@@ -64,20 +64,35 @@ void ByHand(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * TakenNames);
 }
 
-void Framework(benchmark::State& state) {
-    const TakenFolder folder;
+void FindFreeName(benchmark::State& state, int taken) {
+    const TakenFolder folder(taken);
     FSSpec spec{};
     NativePathToFileSpec(folder.path.c_str(), static_cast<long>(folder.path.size()), &spec);
     for (auto _ : state) {
         FSSpec found{};
         const OSErr error = GetTempFileSpecInFolder(&found, &spec, "base", "");
         const std::string_view name(reinterpret_cast<char*>(found.name + 1), found.name[0]);
-        if (error != ResultCode::FileNotFound || name != "base.1F4") {
+        if (error != ResultCode::FileNotFound || name != Candidate("", taken)) {
             state.SkipWithError("not the first free name");
         }
     }
+}
+
+void Framework(benchmark::State& state) {
+    FindFreeName(state, TakenNames);
     state.SetItemsProcessed(state.iterations() * TakenNames);
     state.SetLabel("vs FreeName/500_taken/by_hand");
+}
+
+/// In numbers that a folder may have: making files takes the file system longer than finding a name
+/// among them.
+void TakenNamesGrow(benchmark::State& state) {
+    const auto taken = static_cast<int>(state.range(0));
+    FindFreeName(state, taken);
+    state.counters["items"] = taken;
+    if (taken > 100) {
+        state.SetLabel("vs Growth/taken_names/100");
+    }
 }
 
 } // namespace
@@ -91,4 +106,11 @@ BENCHMARK(Framework)
     ->Name("FreeName/500_taken/framework")
     ->Iterations(1)
     ->Repetitions(9)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(TakenNamesGrow)
+    ->Name("Growth/taken_names")
+    ->Arg(100)
+    ->Arg(1'000)
+    ->Iterations(1)
+    ->Repetitions(5)
     ->Unit(benchmark::kMillisecond);

@@ -1,5 +1,6 @@
 // Runs the benchmarks and then prints how each of our rows compares with its bare equivalent. A
-// row names that equivalent in its label, as "vs OTHER ROW".
+// row names that equivalent in its label, as "vs OTHER ROW". Of rows with the counter "items" it is
+// the time of an item that is compared.
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -42,8 +43,12 @@ class RatioReporter : public benchmark::ConsoleReporter {
   private:
     void Note(const Run& run) {
         constexpr std::string_view Mark = "vs ";
-        const std::string name = run.run_name.function_name;
-        const double time = run.GetAdjustedRealTime();
+        const std::string& arguments = run.run_name.args;
+        const std::string name =
+            run.run_name.function_name + (arguments.empty() ? "" : "/" + arguments);
+        const auto items = run.counters.find("items");
+        const double time =
+            run.GetAdjustedRealTime() / (items == run.counters.end() ? 1 : items->second.value);
         const auto [place, isNew] = quickest.emplace(name, time);
         place->second = std::min(place->second, time);
         if (isNew && run.report_label.starts_with(Mark)) {
