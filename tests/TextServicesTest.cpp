@@ -6,6 +6,8 @@
 #include "platform/Toolbox.h"
 #include "tests/Fixture.h"
 
+#include <random>
+
 namespace {
 
 using namespace std::string_literals;
@@ -122,12 +124,16 @@ TEST_P(LineEndingTest, AreFoundAndConverted) {
          }) {
         for (const long kind : {1L, 2L, 4L, 0L}) {
             const OwnedHandle handle(row.text);
+            const char* const place = *handle.handle;
             long count = -1;
             EXPECT_EQ(_GetHandleLineEndings(handle, &count), row.kinds);
             EXPECT_EQ(count, row.count);
             EXPECT_EQ(_SetHandleLineEndings(handle, kind), 0);
             const int column = kind == 4 ? 2 : kind == 0 ? 3 : static_cast<int>(kind) - 1;
             EXPECT_EQ(handle.Bytes(), row.converted[column]) << kind << " " << row.text;
+            if (row.kinds == 0 || row.kinds == kind) {
+                EXPECT_EQ(*handle.handle, place) << "no call that takes memory";
+            }
         }
     }
     long count = -1;
@@ -135,6 +141,52 @@ TEST_P(LineEndingTest, AreFoundAndConverted) {
     EXPECT_EQ(count, 0);
     EXPECT_EQ(_GetHandleLineEndings(OwnedHandle("\r"), nullptr), 1);
     EXPECT_EQ(_SetHandleLineEndings(nullptr, 1), ResultCode::BadParameter);
+}
+
+/// The text with every line ending, byte by byte, replaced; tells what there was.
+std::string ConvertEndings(const std::string& text, const std::string& ending, long* kinds,
+                           long* count) {
+    std::string converted;
+    *kinds = *count = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (text[at] != '\r' && text[at] != '\n') {
+            converted += text[at];
+            continue;
+        }
+        const bool isPair = text.compare(at, 2, "\r\n") == 0;
+        *kinds |= isPair ? LineEnding::CRLF : text[at] == '\r' ? LineEnding::CR : LineEnding::LF;
+        *count += 1;
+        converted += ending;
+        at += isPair ? 1 : 0;
+    }
+    return converted;
+}
+
+TEST_P(LineEndingTest, OfTextsOfAnyLength) {
+    std::mt19937 random{1};
+    // The longest have more line endings of a kind than a byte counts.
+    for (std::size_t size = 0; size < 9000; size += size < 80 ? 1 : 1500) {
+        for (const std::string& letters :
+             {"\r"s, "\n"s, "\r\n"s, "aaaa\r"s, "a\n"s, "aaaaaaaa\r\n"s}) {
+            std::string text(size, 'b');
+            std::size_t at = 0;
+            for (char& letter : text) {
+                letter = letters[size % 2 == 0 ? random() % letters.size() : at++ % letters.size()];
+            }
+            for (const auto& [kind, ending] :
+                 {std::pair{1L, "\r"s}, {2, "\r\n"}, {4, "\n"}, {0, ""}}) {
+                long kinds = 0;
+                long endings = 0;
+                const std::string expected = ConvertEndings(text, ending, &kinds, &endings);
+                const OwnedHandle handle(text);
+                long count = -1;
+                ASSERT_EQ(_GetHandleLineEndings(handle, &count), kinds) << size << letters;
+                ASSERT_EQ(count, endings);
+                ASSERT_EQ(_SetHandleLineEndings(handle, kind), 0);
+                ASSERT_EQ(handle.Bytes(), expected) << kind;
+            }
+        }
+    }
 }
 
 TEST(TextServicesTest, BitsCountFromTheTop) {

@@ -6,9 +6,11 @@
 #include "shell/base/Strings.h"
 
 #include <algorithm>
+#include <bit>
 #include <cctype>
 #include <cstdarg>
 #include <cstring>
+#include <emmintrin.h>
 #include <limits>
 
 namespace {
@@ -76,37 +78,97 @@ void ChangeCase(unsigned char* text, int (*change)(int)) {
     }
 }
 
-/// The kind of line ending at `at`, 0 when there is none. A CRLF takes two bytes.
-long LineEndingAt(const char* at, const char* end) {
-    if (*at == LineFeed) {
-        return LineEnding::LF;
-    }
-    if (*at != CarriageReturn) {
-        return 0;
-    }
-    return at + 1 < end && at[1] == LineFeed ? LineEnding::CRLF : LineEnding::CR;
+bool IsEnding(char byte) {
+    return byte == CarriageReturn || byte == LineFeed;
 }
 
 bool IsOneByteKind(long kind) {
     return kind == LineEnding::CR || kind == LineEnding::LF;
 }
 
-/// Copies the text with every line ending replaced; answers how many bytes that makes.
-long CopyWithEndings(const char* from, const char* end, char* to, long kind) {
+constexpr long BlockSize = 16;
+
+__m128i LoadBlock(const char* from) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+}
+
+/// 0xFF where a byte of the block is `character`, else 0.
+__m128i Matches(__m128i block, char character) {
+    return _mm_cmpeq_epi8(block, _mm_set1_epi8(character));
+}
+
+/// How often a line ending's bytes occur, alone and as a pair.
+struct EndingCounts {
+    long returns = 0;
+    long feeds = 0;
+    long pairs = 0; ///< whose two bytes count above, too
+};
+
+long SumOfBytes(__m128i bytes) {
+    const __m128i halves = _mm_sad_epu8(bytes, _mm_setzero_si128());
+    return _mm_cvtsi128_si32(halves) + _mm_extract_epi16(halves, 4);
+}
+
+EndingCounts CountEndings(const char* at, const char* end) {
+    constexpr long BlocksToOverflow = 255;
+    EndingCounts counts;
+    // Pairs are found by a second look, one byte further on.
+    while (end - at > BlockSize) {
+        __m128i returns = _mm_setzero_si128();
+        __m128i feeds = _mm_setzero_si128();
+        __m128i pairs = _mm_setzero_si128();
+        const char* const stop =
+            at + std::min((end - at - 1) / BlockSize, BlocksToOverflow) * BlockSize;
+        for (; at < stop; at += BlockSize) {
+            const __m128i block = LoadBlock(at);
+            const __m128i isReturn = Matches(block, CarriageReturn);
+            const __m128i precedesFeed = Matches(LoadBlock(at + 1), LineFeed);
+            returns = _mm_sub_epi8(returns, isReturn); // a match is -1
+            feeds = _mm_sub_epi8(feeds, Matches(block, LineFeed));
+            pairs = _mm_sub_epi8(pairs, _mm_and_si128(isReturn, precedesFeed));
+        }
+        counts.returns += SumOfBytes(returns);
+        counts.feeds += SumOfBytes(feeds);
+        counts.pairs += SumOfBytes(pairs);
+    }
+    for (; at < end; ++at) {
+        counts.returns += *at == CarriageReturn ? 1 : 0;
+        counts.feeds += *at == LineFeed ? 1 : 0;
+        counts.pairs += *at == CarriageReturn && at + 1 < end && at[1] == LineFeed ? 1 : 0;
+    }
+    return counts;
+}
+
+/// Copies the text with every line ending replaced; answers how many bytes that makes. There is
+/// room for `room` bytes, all of which may be written.
+long CopyWithEndings(const char* from, const char* end, char* to, long room, long kind) {
     char* const start = to;
+    const char* const roomEnd = to + room;
     while (from < end) {
-        const long present = LineEndingAt(from, end);
-        if (present == 0) {
+        if (end - from >= BlockSize && roomEnd - to >= BlockSize) {
+            // Whole blocks are copied; the next one overwrites what stands from a line ending on.
+            const __m128i block = LoadBlock(from);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(to), block);
+            const auto endings = static_cast<unsigned>(_mm_movemask_epi8(
+                _mm_or_si128(Matches(block, CarriageReturn), Matches(block, LineFeed))));
+            const long length = endings != 0 ? std::countr_zero(endings) : BlockSize;
+            from += length;
+            to += length;
+            if (endings == 0) {
+                continue;
+            }
+        } else if (!IsEnding(*from)) {
             *to++ = *from++;
             continue;
         }
+        const bool isPair = *from == CarriageReturn && end - from > 1 && from[1] == LineFeed;
+        from += isPair ? 2 : 1;
         if (kind == LineEnding::CR || kind == LineEnding::CRLF) {
             *to++ = CarriageReturn;
         }
         if (kind == LineEnding::LF || kind == LineEnding::CRLF) {
             *to++ = LineFeed;
         }
-        from += present == LineEnding::CRLF ? 2 : 1;
     }
     return static_cast<long>(to - start);
 }
@@ -241,19 +303,20 @@ void _TrimDoubleString(char* text) {
 }
 
 long _GetHandleLineEndings(Handle text, long* count) {
-    long kinds = 0;
-    long endings = 0;
-    if (text != nullptr) {
-        const char* const end = *text + GetHandleSize(text);
-        for (const char* at = *text; at < end; ++at) {
-            const long kind = LineEndingAt(at, end);
-            kinds |= kind;
-            endings += kind != 0 ? 1 : 0;
-            at += kind == LineEnding::CRLF ? 1 : 0;
-        }
-    }
+    const EndingCounts counts =
+        text != nullptr ? CountEndings(*text, *text + GetHandleSize(text)) : EndingCounts{};
     if (count != nullptr) {
-        *count = endings;
+        *count = counts.returns + counts.feeds - counts.pairs;
+    }
+    long kinds = 0;
+    if (counts.returns > counts.pairs) {
+        kinds |= LineEnding::CR;
+    }
+    if (counts.pairs > 0) {
+        kinds |= LineEnding::CRLF;
+    }
+    if (counts.feeds > counts.pairs) {
+        kinds |= LineEnding::LF;
     }
     return kinds;
 }
@@ -269,10 +332,8 @@ long _SetHandleLineEndings(Handle text, long kind) {
     }
     const long size = GetHandleSize(text);
     if (IsOneByteKind(present) && IsOneByteKind(kind)) {
-        const char target = kind == LineEnding::CR ? CarriageReturn : LineFeed;
-        std::replace_if(
-            *text, *text + size,
-            [](char byte) { return byte == CarriageReturn || byte == LineFeed; }, target);
+        // Every byte stays where it is, so the text may be its own copy.
+        CopyWithEndings(*text, *text + size, *text, size, kind);
         return ResultCode::NoError;
     }
     const long long room = size + static_cast<long long>(count) * RoomPerEnding(kind);
@@ -281,7 +342,8 @@ long _SetHandleLineEndings(Handle text, long kind) {
     if (rebuilt == nullptr) {
         return ResultCode::NoError; // deliberately silent: callers go on with the text as it is
     }
-    const long length = CopyWithEndings(*text, *text + size, *rebuilt, kind);
+    const long length =
+        CopyWithEndings(*text, *text + size, *rebuilt, static_cast<long>(room), kind);
     SetHandleSize(text, length);
     const long error = MemError();
     if (error == ResultCode::NoError) {
