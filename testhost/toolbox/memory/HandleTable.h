@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <new>
 
 /// Master pointers, and an entry for each, which is found from the handle alone in the same few
@@ -49,9 +50,12 @@ class HandleTable {
         std::size_t used = 0;
     };
 
-    /// By the upper bits of the addresses of their master pointers: all that 32 bits can tell. One
-    /// table for the whole process, which costs memory only where it is used.
-    static inline std::array<Chunk*, (1ULL << 32) / chunkSize> chunks{};
+    static constexpr std::size_t chunkCount = (1ULL << 32) / chunkSize;
+
+    /// By the upper bits of the addresses of their master pointers: all that 32 bits can tell. It
+    /// is asked for as cleared memory, which the system gives page by page where it is used, and
+    /// stays.
+    Chunk** const chunks = static_cast<Chunk**>(std::calloc(chunkCount, sizeof(Chunk*)));
 
     Chunk* newest = nullptr;
 };
