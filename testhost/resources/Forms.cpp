@@ -14,12 +14,12 @@ constexpr Number longNumber{4, true};
 constexpr size_t headerSize = 8; // tag and length
 constexpr size_t fontFiller = 4;
 
-struct TypeWord {
+struct VariableWord {
     std::string_view word;
     unsigned char type;
 };
 
-constexpr TypeWord typeWords[] = {
+constexpr VariableWord variableWords[] = {
     {"string", ValueType::String},   {"text", ValueType::Text},       {"long", ValueType::Long},
     {"real", ValueType::Real},       {"date", ValueType::Date},       {"time", ValueType::Time},
     {"boolean", ValueType::Boolean}, {"picture", ValueType::Picture},
@@ -67,7 +67,7 @@ unsigned long TakeShort(Words& words, std::string_view what, long lowest = -0x80
 
 unsigned char TakeType(Words& words) {
     const std::string name = words.TakeWord("the type of a field");
-    for (const TypeWord& each : typeWords) {
+    for (const VariableWord& each : variableWords) {
         if (each.word == name) {
             return each.type;
         }
