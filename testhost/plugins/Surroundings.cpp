@@ -3,11 +3,10 @@
 #include "testhost/values/Encodings.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <iterator>
-#include <map>
 #include <memory>
-#include <numeric>
 #include <winternl.h>
 
 #include <windows.h>
@@ -67,23 +66,6 @@ bool IsInWindowsFolder(const std::wstring& path) {
     return length != 0 && path.size() > length && path[length] == L'\\' &&
            _wcsnicmp(path.c_str(), folder, length) == 0;
 }
-
-struct ListedHandle {
-    void* object;
-    size_t process;
-    size_t handle;
-    unsigned long access;
-    unsigned short trace;
-    unsigned short type;
-    unsigned long rest[2];
-};
-static_assert(sizeof(ListedHandle) == 28);
-
-struct ListOfHandles {
-    size_t count;
-    size_t reserved;
-    ListedHandle handles[1];
-};
 
 // Null outside every library, and where nobody can tell.
 HMODULE BirthplaceOf(HANDLE thread) {
@@ -148,32 +130,25 @@ bool IsOfWindows(void* module) {
            _wcsnicmp(name.c_str(), L"ucrt", 4) != 0;
 }
 
-// In the list of all processes' handles: what counts those of one answers 0 in Wine.
+// Each number that may be one is asked for: what counts a process's handles answers 0 in Wine, and
+// the list of all processes' handles takes Wine's server along when another process starts or ends
+// just then. The question about a semaphore tells them from other handles, and these from none.
 unsigned long CountHandles() {
-    using Query = long(NTAPI*)(unsigned long what, void* list, unsigned long size, void* needed);
-    constexpr unsigned long extendedHandles = 64;
-    constexpr auto tooShort = static_cast<long>(0xC0000004);
-    static const auto query = Find<Query>("NtQuerySystemInformation");
-    const OwnedHandle semaphore(CreateSemaphoreW(nullptr, 0, 1, nullptr));
-    std::vector<unsigned char> bytes(1 << 16);
-    long status = tooShort;
-    while ((status = query(extendedHandles, bytes.data(), bytes.size(), nullptr)) == tooShort) {
-        bytes.resize(bytes.size() * 2);
-    }
-    if (status < 0) {
-        return 0;
-    }
-    const auto* list = reinterpret_cast<const ListOfHandles*>(bytes.data());
-    std::map<unsigned short, unsigned long> counts; // by the kind of object
-    unsigned short uncounted = 0;
-    for (const auto* each = list->handles; each != list->handles + list->count; ++each) {
-        if (each->process == GetCurrentProcessId()) {
-            ++counts[each->type];
-            uncounted =
-                reinterpret_cast<HANDLE>(each->handle) == semaphore.get() ? each->type : uncounted;
+    using Query = long(NTAPI*)(HANDLE handle, long what, void* answer, unsigned long size, void*);
+    constexpr auto otherKind = static_cast<long>(0xC0000024);
+    constexpr std::uintptr_t step = 4;
+    constexpr std::uintptr_t widestGap = 256 * step;
+    static const auto query = Find<Query>("NtQuerySemaphore");
+    unsigned long count = 0;
+    std::uintptr_t last = 0;
+    for (std::uintptr_t number = step; number <= last + widestGap; number += step) {
+        long counts[2];
+        const long status =
+            query(reinterpret_cast<HANDLE>(number), 0, counts, sizeof counts, nullptr);
+        if (status == otherKind) {
+            ++count;
+            last = number;
         }
     }
-    counts.erase(uncounted);
-    return std::accumulate(counts.begin(), counts.end(), 0UL,
-                           [](unsigned long sum, const auto& each) { return sum + each.second; });
+    return count;
 }
