@@ -136,6 +136,7 @@ class LongsFromStream : public StoredLongs {
             if (stream.Read(&number) != 0) {
                 return false;
             }
+            benchmark::DoNotOptimize(number);
             sum += static_cast<unsigned long>(number);
         }
         return IsSum(sum);

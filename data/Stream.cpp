@@ -264,8 +264,12 @@ OSErr CHandleStream::SetSize(long size) {
 
 /// The handle is the caller's, who may have made it smaller meanwhile.
 void CHandleStream::Settle() {
-    if (handle != nullptr) {
-        dataSize = std::min(dataSize, GetHandleSize(handle));
+    if (handle == nullptr) {
+        return;
+    }
+    const long handleSize = GetHandleSize(handle);
+    if (handleSize < dataSize) {
+        dataSize = handleSize;
         position = std::min(position, dataSize);
     }
 }

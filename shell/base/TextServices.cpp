@@ -92,9 +92,18 @@ __m128i LoadBlock(const char* from) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
 }
 
+void StoreBlock(char* to, __m128i block) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), block);
+}
+
 /// 0xFF where a byte of the block is `character`, else 0.
 __m128i Matches(__m128i block, char character) {
     return _mm_cmpeq_epi8(block, _mm_set1_epi8(character));
+}
+
+/// One bit for each byte of what Matches() answers, the first byte's lowest.
+unsigned MaskOfMatches(__m128i matches) {
+    return static_cast<unsigned>(_mm_movemask_epi8(matches));
 }
 
 /// How often a line ending's bytes occur, alone and as a pair.
@@ -139,46 +148,71 @@ EndingCounts CountEndings(const char* at, const char* end) {
     return counts;
 }
 
+/// What is written for a line ending.
+struct Ending {
+    char bytes[2];
+    long size; ///< of these bytes, how many
+};
+
+Ending EndingOf(long kind) {
+    switch (kind) {
+    case LineEnding::CR:
+        return {{CarriageReturn}, 1};
+    case LineEnding::CRLF:
+        return {{CarriageReturn, LineFeed}, 2};
+    case LineEnding::LF:
+        return {{LineFeed}, 1};
+    default:
+        return {{}, 0};
+    }
+}
+
 /// Copies the text with every line ending replaced; answers how many bytes that makes. There is
 /// room for `room` bytes, all of which may be written.
-long CopyWithEndings(const char* from, const char* end, char* to, long room, long kind) {
+long CopyWithEndings(const char* from, const char* end, char* to, long room, const Ending& ending) {
     char* const start = to;
     const char* const roomEnd = to + room;
-    while (from < end) {
-        if (end - from >= BlockSize && roomEnd - to >= BlockSize) {
-            // Whole blocks are copied; the next one overwrites what stands from a line ending on.
-            const __m128i block = LoadBlock(from);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(to), block);
-            const auto endings = static_cast<unsigned>(_mm_movemask_epi8(
-                _mm_or_si128(Matches(block, CarriageReturn), Matches(block, LineFeed))));
-            const long length = endings != 0 ? std::countr_zero(endings) : BlockSize;
-            from += length;
-            to += length;
-            if (endings == 0) {
-                continue;
-            }
-        } else if (!IsEnding(*from)) {
-            *to++ = *from++;
+    // A block is looked at with the byte behind it, and makes two blocks at most. What lies between
+    // line endings is written as a whole block, which the next piece overwrites where it ends.
+    for (; end - from >= 2 * BlockSize && roomEnd - to >= 3 * BlockSize; from += BlockSize) {
+        const __m128i block = LoadBlock(from);
+        const __m128i isReturn = Matches(block, CarriageReturn);
+        StoreBlock(to, block);
+        unsigned endings = MaskOfMatches(_mm_or_si128(isReturn, Matches(block, LineFeed)));
+        if (endings == 0) {
+            to += BlockSize;
             continue;
         }
-        const bool isPair = *from == CarriageReturn && end - from > 1 && from[1] == LineFeed;
-        from += isPair ? 2 : 1;
-        if (kind == LineEnding::CR || kind == LineEnding::CRLF) {
-            *to++ = CarriageReturn;
+        const unsigned pairs =
+            MaskOfMatches(_mm_and_si128(isReturn, Matches(LoadBlock(from + 1), LineFeed)));
+        long done = 0;
+        for (; endings != 0; endings &= endings - 1) {
+            const int at = std::countr_zero(endings);
+            to += at - done;
+            std::memcpy(to, ending.bytes, sizeof ending.bytes);
+            to += (pairs >> at & 1) != 0 ? 0 : ending.size; // a pair is written at its second byte
+            done = at + 1;
+            StoreBlock(to, LoadBlock(from + done));
         }
-        if (kind == LineEnding::LF || kind == LineEnding::CRLF) {
-            *to++ = LineFeed;
+        to += BlockSize - done;
+    }
+    for (; from < end; ++from) {
+        if (!IsEnding(*from)) {
+            *to++ = *from;
+        } else if (*from != CarriageReturn || end - from == 1 || from[1] != LineFeed) {
+            to = std::copy_n(ending.bytes, ending.size, to);
         }
     }
     return static_cast<long>(to - start);
 }
 
-/// Bytes that the rebuilt text is given per line ending.
-long RoomPerEnding(long kind) {
-    if (kind == LineEnding::CRLF) {
-        return 2;
+void ReplaceBytes(char* at, char* end, char from, char to) {
+    for (; end - at >= BlockSize; at += BlockSize) {
+        const __m128i block = LoadBlock(at);
+        const __m128i change = _mm_and_si128(Matches(block, from), _mm_set1_epi8(from ^ to));
+        StoreBlock(at, _mm_xor_si128(block, change));
     }
-    return IsOneByteKind(kind) ? 1 : 0;
+    std::replace(at, end, from, to);
 }
 
 unsigned long MaskOf(unsigned long number) {
@@ -331,19 +365,19 @@ long _SetHandleLineEndings(Handle text, long kind) {
         return ResultCode::NoError;
     }
     const long size = GetHandleSize(text);
+    const Ending ending = EndingOf(kind);
     if (IsOneByteKind(present) && IsOneByteKind(kind)) {
-        // Every byte stays where it is, so the text may be its own copy.
-        CopyWithEndings(*text, *text + size, *text, size, kind);
+        ReplaceBytes(*text, *text + size, EndingOf(present).bytes[0], ending.bytes[0]);
         return ResultCode::NoError;
     }
-    const long long room = size + static_cast<long long>(count) * RoomPerEnding(kind);
+    const long long room = size + static_cast<long long>(count) * ending.size;
     Handle const rebuilt =
         room <= std::numeric_limits<long>::max() ? NewHandle(static_cast<long>(room)) : nullptr;
     if (rebuilt == nullptr) {
         return ResultCode::NoError; // deliberately silent: callers go on with the text as it is
     }
     const long length =
-        CopyWithEndings(*text, *text + size, *rebuilt, static_cast<long>(room), kind);
+        CopyWithEndings(*text, *text + size, *rebuilt, static_cast<long>(room), ending);
     SetHandleSize(text, length);
     const long error = MemError();
     if (error == ResultCode::NoError) {

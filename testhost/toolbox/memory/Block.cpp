@@ -50,21 +50,29 @@ Size FirstOther(const char* bytes, Size count, unsigned char value) {
     return index;
 }
 
-/// Storage of small blocks that were released, for the next ones: with strict memory each call
-/// moves several of them.
+/// Storage of blocks that were released, for the next ones. With strict memory each call moves
+/// several small blocks; and of a large one the system hands out every page anew, which takes ten
+/// times as long as filling it.
 class SpareStorage {
   public:
     /// Null when there is no memory.
     char* Take(Size room) {
+        if (room >= smallestLarge) {
+            return TakeLarge(InPages(room));
+        }
         if (std::vector<char*>* kept = Kept(room); kept && !kept->empty()) {
             char* bytes = kept->back();
             kept->pop_back();
             return bytes;
         }
-        return new (std::nothrow) char[static_cast<std::size_t>(room)];
+        return Fresh(room);
     }
 
     void Keep(char* bytes, Size room) {
+        if (room >= smallestLarge) {
+            KeepLarge({bytes, InPages(room)});
+            return;
+        }
         std::vector<char*>* kept = Kept(room);
         if (!kept || kept->size() >= mostOfOneSize) {
             delete[] bytes;
@@ -79,14 +87,52 @@ class SpareStorage {
   private:
     static constexpr std::size_t mostOfOneSize = 64;
     static constexpr Size step = 16;
+    static constexpr Size smallestLarge = 128 * 1024; // where the system's heap asks for pages
+    static constexpr Size page = 16 * 1024; // blocks of nearly the same size can follow each other
+    static constexpr Size largestKept = 8 * 1024 * 1024; // of all large ones together
 
-    /// Those of this room; null when it is large.
+    struct LargeBytes {
+        char* bytes;
+        Size size;
+    };
+
+    static char* Fresh(Size size) {
+        return new (std::nothrow) char[static_cast<std::size_t>(size)];
+    }
+
+    static Size InPages(Size room) { return (room + page - 1) / page * page; }
+
+    char* TakeLarge(Size size) {
+        const auto fits = std::ranges::find(large, size, &LargeBytes::size);
+        if (fits == large.end()) {
+            return Fresh(size);
+        }
+        char* const bytes = fits->bytes;
+        largeSize -= size;
+        large.erase(fits);
+        return bytes;
+    }
+
+    /// The oldest make room for it.
+    void KeepLarge(LargeBytes released) {
+        large.push_back(released);
+        largeSize += released.size;
+        while (largeSize > largestKept) {
+            delete[] large.front().bytes;
+            largeSize -= large.front().size;
+            large.pop_front();
+        }
+    }
+
+    /// Small ones of this room; null when it is larger.
     std::vector<char*>* Kept(Size room) {
         const auto place = static_cast<std::size_t>(room / step);
         return place < bySize.size() ? &bySize[place] : nullptr;
     }
 
     std::array<std::vector<char*>, 48> bySize;
+    std::deque<LargeBytes> large; ///< oldest first
+    Size largeSize = 0;
 };
 
 SpareStorage& TheSpareStorage() {
