@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <intrin.h>
 #include <new>
 #include <vector>
 
@@ -17,11 +18,12 @@ constexpr unsigned char releasedByte = 0xE5;
 constexpr Size mostQuarantined = 4 * 1024 * 1024;
 constexpr std::size_t mostQuarantinedBlocks = 2000;
 
-/// Does without a call for the few bytes of a small block: strict memory moves many of them.
+/// Does without a call for the few bytes of a small block: strict memory moves many of them. The
+/// system's memset would do with many, but writes words of 4 bytes.
 void Fill(char* bytes, Size count, unsigned char value) {
     constexpr Size few = 64;
     if (count > few) {
-        std::memset(bytes, value, static_cast<std::size_t>(count));
+        __stosb(reinterpret_cast<unsigned char*>(bytes), value, static_cast<std::size_t>(count));
         return;
     }
     const std::uint64_t word = value * 0x0101010101010101U;
