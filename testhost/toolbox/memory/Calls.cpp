@@ -29,8 +29,10 @@ Ptr MakePointer(Size size) {
 
 /// Null, with the reason in MemError(), when the handle is not alive.
 Heap::HandleEntry* Find(const Call& call, Handle handle) {
+    Heap& heap = TheHeap();
     Heap::HandleEntry* entry = nullptr;
-    return Failed(TheHeap().FindHandle(call, handle, &entry)) ? nullptr : entry;
+    heap.lastResult = heap.FindHandle(call, handle, &entry);
+    return entry;
 }
 
 Size SizeOf(const Call& call, Handle handle) {

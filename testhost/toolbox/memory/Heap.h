@@ -56,7 +56,8 @@ class Heap {
 
     OSErr NewHandle(const Call& call, long long size, Handle* handle);
     OSErr DisposeHandle(const Call& call, Handle handle);
-    /// The live handle's entry; its guard bytes are checked. Valid until the next call.
+    /// The live handle's entry; its guard bytes are checked. Valid until the next call. Left as it
+    /// is after an error.
     OSErr FindHandle(const Call& call, Handle handle, HandleEntry** entry) {
         HandleEntry* const found = handles.Find(handle);
         if (!found || found->owner != call.owner) {
