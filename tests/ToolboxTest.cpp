@@ -3,12 +3,14 @@
 #include "platform/ResultCodes.h"
 #include "testhost/toolbox/Control.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <climits>
 #include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -197,6 +199,28 @@ TEST_F(ToolboxTest, WritesOutsideABlockAreFound) {
     EXPECT_EQ(GetHandleSize(handle), 100);
     EXPECT_NE(*handle, stale);
     EXPECT_THAT(TakeProblems(), ElementsAre(HasSubstr("master pointer")));
+}
+
+// The storage of large blocks goes round: a block there begins as any other, whatever its size.
+TEST_F(ToolboxTest, LargeBlocksInStorageThatWasUsedAreNew) {
+    std::set<const char*> places;
+    constexpr int blocks = 60;
+    for (Size size = 200'000; size < 200'000 + blocks; ++size) {
+        const Handle handle = NewHandle(size);
+        places.insert(*handle);
+        ASSERT_EQ(std::count(*handle, *handle + size, '\xCC'), size);
+        std::memset(*handle, 'x', static_cast<std::size_t>(size));
+        EXPECT_EQ(ToolboxCheckAll(), 0);
+        (*handle)[size] = 'x';
+        char* const stale = *handle;
+        DisposeHandle(handle);
+        EXPECT_THAT(TakeProblems(), ElementsAre(HasSubstr("first at offset 20")));
+        ASSERT_EQ(std::count(stale, stale + size, '\xE5'), size);
+        stale[size - 1] = 'x';
+        EXPECT_EQ(ToolboxCheckAll(), 1);
+        EXPECT_THAT(TakeProblems(), ElementsAre(HasSubstr("was released")));
+    }
+    EXPECT_LT(places.size(), std::size_t{blocks} / 2);
 }
 
 // Whether it grew or shrank where it was or elsewhere: the guards stand where it ends.
