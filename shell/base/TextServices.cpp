@@ -209,8 +209,9 @@ long CopyWithEndings(const char* from, const char* end, char* to, long room, con
 void ReplaceBytes(char* at, char* end, char from, char to) {
     for (; end - at >= BlockSize; at += BlockSize) {
         const __m128i block = LoadBlock(at);
-        const __m128i change = _mm_and_si128(Matches(block, from), _mm_set1_epi8(from ^ to));
-        StoreBlock(at, _mm_xor_si128(block, change));
+        const __m128i found = Matches(block, from);
+        StoreBlock(at, _mm_or_si128(_mm_andnot_si128(found, block),
+                                    _mm_and_si128(found, _mm_set1_epi8(to))));
     }
     std::replace(at, end, from, to);
 }

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <deque>
 #include <intrin.h>
 #include <new>
 #include <vector>
@@ -35,10 +36,20 @@ void Fill(char* bytes, Size count, unsigned char value) {
     }
 }
 
+/// As SixteenEqual(), of four times as many together.
+__m128i SixtyFourEqual(const char* bytes, unsigned char value) {
+    return _mm_and_si128(
+        _mm_and_si128(SixteenEqual(bytes, value), SixteenEqual(bytes + 16, value)),
+        _mm_and_si128(SixteenEqual(bytes + 32, value), SixteenEqual(bytes + 48, value)));
+}
+
 /// Index of the first byte that is not `value`, or `count`.
 Size FirstOther(const char* bytes, Size count, unsigned char value) {
     constexpr Size step = 16;
     Size index = 0;
+    while (index + 4 * step <= count && AreAllOnes(SixtyFourEqual(bytes + index, value))) {
+        index += 4 * step;
+    }
     while (index + step <= count && AreAllOnes(SixteenEqual(bytes + index, value))) {
         index += step;
     }
@@ -53,14 +64,14 @@ Size FirstOther(const char* bytes, Size count, unsigned char value) {
 }
 
 /// Storage of blocks that were released, for the next ones. With strict memory each call moves
-/// several small blocks; and of a large one the system hands out every page anew, which takes ten
+/// several small blocks; and of a large one the system hands out every page anew, which takes many
 /// times as long as filling it.
 class SpareStorage {
   public:
     /// Null when there is no memory.
     char* Take(Size room) {
         if (room >= smallestLarge) {
-            return TakeLarge(InPages(room));
+            return TakeLarge(LargeSize(room));
         }
         if (std::vector<char*>* kept = Kept(room); kept && !kept->empty()) {
             char* bytes = kept->back();
@@ -72,7 +83,7 @@ class SpareStorage {
 
     void Keep(char* bytes, Size room) {
         if (room >= smallestLarge) {
-            KeepLarge({bytes, InPages(room)});
+            KeepLarge({bytes, LargeSize(room)});
             return;
         }
         std::vector<char*>* kept = Kept(room);
@@ -89,8 +100,8 @@ class SpareStorage {
   private:
     static constexpr std::size_t mostOfOneSize = 64;
     static constexpr Size step = 16;
-    static constexpr Size smallestLarge = 128 * 1024; // where the system's heap asks for pages
-    static constexpr Size page = 16 * 1024; // blocks of nearly the same size can follow each other
+    static constexpr Size smallestLarge = 128 * 1024;    // where the system's heap asks for pages
+    static constexpr Size largeStep = 16 * 1024;         // so that nearly the same size will do
     static constexpr Size largestKept = 8 * 1024 * 1024; // of all large ones together
 
     struct LargeBytes {
@@ -102,7 +113,7 @@ class SpareStorage {
         return new (std::nothrow) char[static_cast<std::size_t>(size)];
     }
 
-    static Size InPages(Size room) { return (room + page - 1) / page * page; }
+    static Size LargeSize(Size room) { return (room + largeStep - 1) / largeStep * largeStep; }
 
     char* TakeLarge(Size size) {
         const auto fits = std::ranges::find(large, size, &LargeBytes::size);
