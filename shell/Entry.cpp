@@ -77,7 +77,7 @@ void FourDPlug::PlugMain(long selector, CXParam* params, CXResult* result, long*
         return;
     }
     const CommandEntry* const commands = plug->info->commands;
-    if (selector <= 0 || selector > plug->info->commandCount || commands == nullptr) {
+    if (selector <= 0 || selector > plug->info->commandCount || commands == nullptr) [[unlikely]] {
         return plug->HandleOther(selector, params, result);
     }
     const auto entry = [=] { return HostEntry{"command", selector, commands[selector - 1].name}; };
@@ -85,7 +85,7 @@ void FourDPlug::PlugMain(long selector, CXParam* params, CXResult* result, long*
 }
 
 /// All that is no command of the plug-in; apart, for the sake of a command's way in.
-void FourDPlug::HandleOther(long selector, CXParam* params, CXResult* result) {
+[[gnu::noinline]] void FourDPlug::HandleOther(long selector, CXParam* params, CXResult* result) {
     if (selector > 0) { // ignored, as the host's users know it; its author may want to know
         return TellDebugger({"command", selector}, "there is no command of this number");
     }
@@ -153,9 +153,10 @@ void FourDPlug::HandleEvent(long selector, void* argument, std::uint32_t* result
 extern "C" {
 
 // The host passes (selector, params, data, result); the dispatcher takes the result before the
-// data.
-HOST_ENTRY void FourDPack(long selector, void* params, void* data, void* result) {
-    if (selector == PlugSelector::Init && params != nullptr) {
+// data. It is one with each entry point, so that a command's way in has one frame, that of the
+// stack's realignment.
+[[gnu::flatten]] HOST_ENTRY void FourDPack(long selector, void* params, void* data, void* result) {
+    if (selector == PlugSelector::Init && params != nullptr) [[unlikely]] {
         const auto* init = static_cast<const PackInitBlock*>(params);
         entryCallBack = reinterpret_cast<void*>(init->classicCallBack);
     }
@@ -163,7 +164,8 @@ HOST_ENTRY void FourDPack(long selector, void* params, void* data, void* result)
                         static_cast<long*>(data));
 }
 
-HOST_ENTRY void FourDPackex(long selector, void* params, void* data, void* result) {
+[[gnu::flatten]] HOST_ENTRY void FourDPackex(long selector, void* params, void* data,
+                                             void* result) {
     FourDPlug::PlugMain(selector, static_cast<CXParam*>(params), static_cast<CXResult*>(result),
                         static_cast<long*>(data));
 }

@@ -128,8 +128,7 @@ class FourDPlug {
 
     /// The one dispatcher behind the entry points. Nothing thrown leaves it. Its arguments come in
     /// registers, as they have been on the stack once already.
-    [[gnu::regparm(3)]] static void PlugMain(long selector, CXParam* params, CXResult* result,
-                                             long* data);
+    static void PlugMain(long selector, CXParam* params, CXResult* result, long* data);
 
     /// List comparisons: a FourDClient with the cookie (unsigned long*) or the process number
     /// (long*) that `key` points to, a ServerCall with the identifier of a ReadWriteBlock.
