@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 
 namespace {
 
@@ -20,7 +19,8 @@ void RequireObject(const void* object) {
 }
 
 ListNode* InsertBefore(List list, ListNode* next, void* object) {
-    auto* node = new ListNode{object, next->previous, next};
+    ListNode* const node = list->spare ? list->spare.release() : new ListNode;
+    *node = {object, next->previous, next};
     next->previous->next = node;
     next->previous = node;
     ++list->count;
@@ -50,7 +50,7 @@ void* RemoveNode(List list, ListNode* node, ListNode* newPosition) {
 
     node->previous->next = node->next;
     node->next->previous = node->previous;
-    delete node;
+    list->spare.reset(node);
     --list->count;
     return object;
 }

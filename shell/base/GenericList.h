@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 // A doubly linked list of untyped object pointers with a current position, kept sorted if its
 // creator supplies a comparison. The list owns its nodes, never the objects: nothing frees an
 // object.
@@ -27,6 +29,7 @@ struct GenericList {
     ListNode removedCurrent;     ///< stands in as the position after the current node's removal
     ListOrder compare = nullptr; ///< null for an unsorted list
     long count = 0;
+    std::unique_ptr<ListNode> spare; ///< the last one removed, for the next one
 
     explicit GenericList(ListOrder order) : compare(order) {}
     GenericList(const GenericList&) = delete;
