@@ -1,5 +1,5 @@
-// A free name in a folder where 500 names are taken, beside a plain loop that asks Windows about
-// the same candidates.
+// A free name in a folder where 500 names are taken, and 500 names taken one after another, beside
+// a plain loop that asks Windows about the same candidates.
 
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
@@ -10,6 +10,7 @@
 
 #include <benchmark/benchmark.h>
 #include <cstdio>
+#include <memory>
 #include <string>
 
 #include <windows.h>
@@ -26,6 +27,18 @@ std::string Candidate(const std::string& folder, int number) {
     return folder + name;
 }
 
+void MakeFile(const std::string& path) {
+    CloseHandle(CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
+}
+
+int FirstFreeNumber(const std::string& folder) {
+    int number = 0;
+    while (GetFileAttributesA(Candidate(folder, number).c_str()) != INVALID_FILE_ATTRIBUTES) {
+        ++number;
+    }
+    return number;
+}
+
 /// A folder with "base", "base.1" and so on in it, removed at the end.
 class TakenFolder {
   public:
@@ -35,9 +48,9 @@ class TakenFolder {
         path = temporary + ("nimbo-bench-" + std::to_string(GetCurrentProcessId())) + "\\";
         CreateDirectoryA(path.c_str(), nullptr);
         for (int number = 0; number < names; ++number) {
-            CloseHandle(CreateFileA(Candidate(path, number).c_str(), GENERIC_WRITE, 0, nullptr,
-                                    CREATE_ALWAYS, 0, nullptr));
+            MakeFile(Candidate(path, number));
         }
+        NativePathToFileSpec(path.c_str(), static_cast<long>(path.size()), &spec);
     }
     ~TakenFolder() {
         EmptyDirectory(path.c_str());
@@ -47,17 +60,13 @@ class TakenFolder {
     TakenFolder& operator=(const TakenFolder&) = delete;
 
     std::string path; ///< with a backslash at the end
+    FSSpec spec{};
 };
 
 void ByHand(benchmark::State& state) {
     const TakenFolder folder(TakenNames);
     for (auto _ : state) {
-        int number = 0;
-        while (GetFileAttributesA(Candidate(folder.path, number).c_str()) !=
-               INVALID_FILE_ATTRIBUTES) {
-            ++number;
-        }
-        if (number != TakenNames) {
+        if (FirstFreeNumber(folder.path) != TakenNames) {
             state.SkipWithError("not the first free name");
         }
     }
@@ -66,11 +75,9 @@ void ByHand(benchmark::State& state) {
 
 void FindFreeName(benchmark::State& state, int taken) {
     const TakenFolder folder(taken);
-    FSSpec spec{};
-    NativePathToFileSpec(folder.path.c_str(), static_cast<long>(folder.path.size()), &spec);
     for (auto _ : state) {
         FSSpec found{};
-        const OSErr error = GetTempFileSpecInFolder(&found, &spec, "base", "");
+        const OSErr error = GetTempFileSpecInFolder(&found, &folder.spec, "base", "");
         const std::string_view name(reinterpret_cast<char*>(found.name + 1), found.name[0]);
         if (error != ResultCode::FileNotFound || name != Candidate("", taken)) {
             state.SkipWithError("not the first free name");
@@ -82,6 +89,42 @@ void Framework(benchmark::State& state) {
     FindFreeName(state, TakenNames);
     state.SetItemsProcessed(state.iterations() * TakenNames);
     state.SetLabel("vs FreeName/500_taken/by_hand");
+}
+
+/// Finds a name and makes its file, over and over; `find` answers the free name's path.
+template <typename Find>
+void TakeNames(benchmark::State& state, Find find) {
+    for (auto _ : state) {
+        state.PauseTiming();
+        const auto folder = std::make_unique<TakenFolder>(0);
+        state.ResumeTiming();
+        for (int number = 0; number < TakenNames; ++number) {
+            const std::string path = find(*folder);
+            if (path != Candidate(folder->path, number)) {
+                state.SkipWithError("not the first free name");
+                return;
+            }
+            MakeFile(path);
+        }
+        state.PauseTiming();
+    }
+    state.counters["items"] = TakenNames;
+}
+
+void TakeByHand(benchmark::State& state) {
+    TakeNames(state, [](const TakenFolder& folder) {
+        return Candidate(folder.path, FirstFreeNumber(folder.path));
+    });
+}
+
+void TakeThroughFramework(benchmark::State& state) {
+    TakeNames(state, [](const TakenFolder& folder) {
+        FSSpec found{};
+        const OSErr error = GetTempFileSpecInFolder(&found, &folder.spec, "base", "");
+        const std::string name(reinterpret_cast<char*>(found.name + 1), found.name[0]);
+        return error == ResultCode::FileNotFound ? folder.path + name : std::string();
+    });
+    state.SetLabel("vs TakeNames/500/by_hand");
 }
 
 /// In numbers that a folder may have: making files takes the file system longer than finding a name
@@ -106,6 +149,16 @@ BENCHMARK(Framework)
     ->Name("FreeName/500_taken/framework")
     ->Iterations(1)
     ->Repetitions(9)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(TakeByHand)
+    ->Name("TakeNames/500/by_hand")
+    ->Iterations(1)
+    ->Repetitions(5)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(TakeThroughFramework)
+    ->Name("TakeNames/500/framework")
+    ->Iterations(1)
+    ->Repetitions(5)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(TakenNamesGrow)
     ->Name("Growth/taken_names")
