@@ -4,6 +4,7 @@
 #include "shell/base/Format.h"
 
 #include <cstring>
+#include <exception>
 
 #include <windows.h>
 
@@ -23,4 +24,14 @@ void TellDebugger(const HostEntry& entry, const char* what) noexcept {
                slash != nullptr ? slash + 1 : path, entry.kind, number, named ? " (" : "",
                named ? entry.name : "", named ? ")" : "", what);
     OutputDebugStringA(line);
+}
+
+void TellOfException(const HostEntry& entry) noexcept {
+    try {
+        throw;
+    } catch (const std::exception& exception) {
+        TellDebugger(entry, exception.what());
+    } catch (...) {
+        TellDebugger(entry, "something was thrown that is no std::exception");
+    }
 }

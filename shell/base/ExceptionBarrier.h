@@ -1,6 +1,5 @@
 #pragma once
 
-#include <exception>
 #include <type_traits>
 
 /// What the host called the plug-in for, as it is told to whoever debugs it.
@@ -14,6 +13,9 @@ struct HostEntry {
 /// where: "[plug-in problem] Tour.dll, command 3 (Count words): what".
 void TellDebugger(const HostEntry& entry, const char* what) noexcept;
 
+/// The same of what is being caught: apart, as every call from the host has a barrier.
+void TellOfException(const HostEntry& entry) noexcept;
+
 /// Runs `body` and keeps everything it throws on this side: nothing thrown may cross into the
 /// host, which has no way to be told. Every call from the host goes through here once; what a
 /// handler wrote before it threw stands. `describe` answers the HostEntry, and is called only then.
@@ -22,10 +24,8 @@ requires std::is_invocable_r_v<HostEntry, Describe>
 inline void KeepExceptionsInside(const Describe& describe, const Body& body) noexcept {
     try {
         body();
-    } catch (const std::exception& exception) {
-        TellDebugger(describe(), exception.what());
     } catch (...) {
-        TellDebugger(describe(), "something was thrown that is no std::exception");
+        TellOfException(describe());
     }
 }
 
