@@ -111,7 +111,8 @@ class CArray {
     /// memory moves: lock the array, or the row, where it may meanwhile.
     ///
     /// `Element` is short, long, double, unsigned char (Boolean), DateBlock, Picture**, or
-    /// CTextBlock for the text records themselves.
+    /// CTextBlock for the text records themselves. Reals are read and assigned like doubles.
+    /// Unicode texts have no view: their strings are the host's, and change by its calls only.
     template <ArrayElement Element>
     std::span<ElementInPlace<Element>> Elements() const {
         return ElementsOf(arrayTypeOf<Element>).template Span<Element>();

@@ -27,7 +27,7 @@ static_assert(std::endian::native == std::endian::little);
 /// call.
 void MoveBytes(const void* source, void* target, long count) {
     if (count == sizeof(long)) {
-        std::memcpy(target, source, sizeof(long));
+        std::memmove(target, source, sizeof(long));
     } else {
         BlockMove(source, target, count);
     }
@@ -255,7 +255,6 @@ OSErr CHandleStream::SetSize(long size) {
     SetHandleSize(handle, size);
     const OSErr error = MemError();
     if (error == ResultCode::NoError) {
-        sizeMade = size;
         position = std::min(position, size);
         dataSize = std::min(dataSize, size);
     }
@@ -291,14 +290,12 @@ OSErr CHandleStream::WriteData(void* data, long count) {
         if (size > std::numeric_limits<long>::max()) {
             return ResultCode::MemoryFull;
         }
-        sizeMade = Unknown;
         const OSErr error = SetSize(static_cast<long>(size));
         if (error != ResultCode::NoError) {
             return error;
         }
         // A SetSize of a derived class may have made something else of it.
-        const long handleSize = sizeMade != Unknown ? sizeMade : GetHandleSize(handle);
-        if (handleSize - position < count) {
+        if (GetHandleSize(handle) - position < count) {
             return ResultCode::MemoryFull;
         }
     }

@@ -86,8 +86,6 @@ class CHandleStream : public CStream {
     long GrowthSize(long need) const;
 
   private:
-    static constexpr long Unknown = -1;
-
     void Settle();
 
     Handle handle;
@@ -95,7 +93,6 @@ class CHandleStream : public CStream {
     long dataSize = 0; ///< may be less than the handle's size
     long growthSize;
     char savedState = 0;
-    long sizeMade = Unknown; ///< of the handle, by our SetSize within the write that goes on
 };
 
 /// A stream over a file's data fork, made when it does not exist.

@@ -129,7 +129,7 @@ void FourD::EvalPluginStringWithResRefs(unsigned char* text) {
     if (!whole.starts_with(':') || comma == std::string_view::npos) {
         return;
     }
-    // Not substr, which brings the library's exceptions with it: some 150 KB.
+    // Not substr, which brings the library's exceptions with it: some 90 KB.
     const std::string_view list(whole.data() + 1, comma - 1);
     const std::string_view index(whole.data() + comma + 1, whole.size() - comma - 1);
     if (list.empty() || index.empty()) {

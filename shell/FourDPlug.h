@@ -126,8 +126,7 @@ class FourDPlug {
     /// knows of a client by `name` instead, and writes nothing.
     void GetVersion(unsigned char* version, unsigned char* name);
 
-    /// The one dispatcher behind the entry points. Nothing thrown leaves it. Its arguments come in
-    /// registers, as they have been on the stack once already.
+    /// The one dispatcher behind the entry points. Nothing thrown leaves it.
     static void PlugMain(long selector, CXParam* params, CXResult* result, long* data);
 
     /// List comparisons: a FourDClient with the cookie (unsigned long*) or the process number
@@ -159,6 +158,8 @@ class FourDPlug {
     char* HandOutCallID(ReadWriteBlock* block);
     void TakeBackCallID(const char* answer);
     void TakeCall(FourDClient* client, const ReadWriteBlock* block, const char* data, long size);
+    void EndCall(ServerCall* call);
+    void ReleaseCall(ServerCall* call);
 
     // Requests to the server's copy (-201 to -207).
     bool HandleClientConnectOnServer(ReadWriteBlock* block);

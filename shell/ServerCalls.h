@@ -46,7 +46,8 @@ struct ServerCall {
     short kind;
     long callID;
     Handle parameters;
-    Handle result; ///< null until the plug-in's function supplies one
+    Handle result;   ///< null until the plug-in's function supplies one
+    bool isUnderWay; ///< within that function: when it is over, a call that was cleaned up goes
 };
 
 /// Kinds of the framework's own messages, which have the call identifier 0.

@@ -176,11 +176,12 @@ void FourDPlug::TakeCall(FourDClient* client, const ReadWriteBlock* block, const
     if (call == nullptr || serverCalls == nullptr) {
         return;
     }
-    *call = {block->kind, block->callID, parameters.Get(), nullptr};
+    *call = {block->kind, block->callID, parameters.Get(), nullptr, true};
     _add_to_end(serverCalls, call.get());
     parameters.GiveAway();
-    ServerCall* const kept = call.release();
-    DoFuncOnServer(client, kept->kind, kept->parameters, &kept->result);
+    const auto end = [this](ServerCall* ended) { EndCall(ended); };
+    const std::unique_ptr<ServerCall, decltype(end)> underWay(call.release(), end);
+    DoFuncOnServer(client, underWay->kind, underWay->parameters, &underWay->result);
 }
 
 void FourDPlug::HandleCleanupOnServer(ReadWriteBlock* block, char* data) {
@@ -191,11 +192,28 @@ void FourDPlug::HandleCleanupOnServer(ReadWriteBlock* block, char* data) {
     if (call == nullptr) {
         return;
     }
+    _remove_from_list(serverCalls, call);
+    if (!call->isUnderWay) {
+        ReleaseCall(call);
+    }
+}
+
+/// After the plug-in's function, within which others may run: the call may have been cleaned up.
+void FourDPlug::EndCall(ServerCall* call) {
+    if (serverCalls == nullptr) { // gone, and the calls with it
+        return;
+    }
+    call->isUnderWay = false;
+    if (!_is_in_list(serverCalls, call)) {
+        ReleaseCall(call);
+    }
+}
+
+void FourDPlug::ReleaseCall(ServerCall* call) {
     for (Handle handle : {call->result, call->parameters}) {
         if (handle != nullptr) {
             DisposeHandle(handle);
         }
     }
-    _remove_from_list(serverCalls, call);
     spareCall.reset(call);
 }

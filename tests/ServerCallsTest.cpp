@@ -74,10 +74,14 @@ class ServerPlug : public TestPlug {
     void DoFuncOnServer(FourDClient*, short kind, char** data, char*** result) override {
         const std::string bytes = OwnedHandle::BytesOf(data);
         if (kind == Reverse) {
+            if (onFunction) {
+                std::exchange(onFunction, {})();
+            }
             PtrToHand(std::string(bytes.rbegin(), bytes.rend()).data(), result,
                       static_cast<long>(bytes.size()));
         }
     }
+    std::function<void()> onFunction; ///< once
     std::function<void()> onConnect;
     std::function<void()> onDisconnect;
     using FourDPlug::lastCallID;
@@ -247,6 +251,17 @@ TEST(ServerCallsTest, FunctionsAreAnsweredProceduresActAndIdentifiersGoRound) {
     EXPECT_EQ(server.Read(function), "none"); // cleaned up
     EXPECT_EQ(server.Read(function + 2), "none");
     EXPECT_EQ(server.Read(function + 3), "none");
+    EXPECT_EQ(ToolboxLiveHandles(), 0);
+
+    // A call that is cleaned up amid its function, and one that comes then, stay apart.
+    server.plug.onFunction = [&] {
+        ReadWriteBlock given{function + 4, 0, 0, 1, 0};
+        server.Request(-207, given);
+        server.Write(function + 5, Reverse, "later");
+    };
+    server.Write(function + 4, Reverse, "given up");
+    EXPECT_EQ(server.Read(function + 4), "none");
+    EXPECT_EQ(server.Read(function + 5), "retal");
     EXPECT_EQ(ToolboxLiveHandles(), 0);
 
     server.Write(5, 8, "procedure");

@@ -221,6 +221,20 @@ TEST_P(StreamTest, HandleStreamsMoveGrowAndCut) {
         EXPECT_EQ(GetHandleSize(handle), 8);
     }
     EXPECT_EQ(handle.Bytes(), "1234");
+    {
+        class Halving : public CHandleStream {
+          public:
+            Halving(Handle itsHandle) : CHandleStream(itsHandle, 0), handle(itsHandle) {}
+            OSErr SetSize(long size) override {
+                const OSErr error = CHandleStream::SetSize(size);
+                SetHandleSize(handle, size / 2);
+                return error;
+            }
+            Handle handle;
+        } stream(handle);
+        stream.SetPosition(4);
+        EXPECT_EQ(stream.Write(0x31323334L), ResultCode::MemoryFull);
+    }
 
     CHandleStream nothing(nullptr, 100);
     char byte = 0;

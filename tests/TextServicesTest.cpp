@@ -76,6 +76,7 @@ TEST(TextServicesTest, ShowsByteSizes) {
                                        {512UL, "512l B"},
                                        {1023UL, "1023l B"},
                                        {1024UL, "1 KB"},
+                                       {1280UL, "1.3 KB"},
                                        {1536UL, "1.5 KB"},
                                        {10240UL, "10 KB"},
                                        {1048575UL, "1024 KB"},

@@ -8,7 +8,6 @@
 #include "ui/DialogCall.h"
 #include "ui/FourDDialog.h"
 
-#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -109,7 +108,9 @@ void CXAreaManager::DestroyAnArea(CXArea* area) {
 }
 
 void CXAreaManager::LinkArea(CXArea* area) {
-    _add_to_end(&areas, area);
+    if (area != nullptr && !IsAnArea(area)) {
+        _add_to_end(&areas, area);
+    }
 }
 
 void CXAreaManager::UnlinkArea(CXArea* area) {

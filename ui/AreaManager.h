@@ -67,7 +67,7 @@ class CXAreaManager {
     void DeleteArea(CXArea** area);
     void AnswerEditor(EventRecord* event, Rect* rect, unsigned char* name);
 
-    // Not a std::vector: what it may throw brings 100 KB of the standard library into a plug-in.
+    // Not a std::vector: what it may throw brings 90 KB of the standard library into a plug-in.
     GenericList areas{nullptr};
 };
 

@@ -5,10 +5,11 @@
 #include <cstdio>
 
 // printf of the system's own C library, which a plug-in imports anyhow: the compiler's own would
-// bring 24 KB along into each.
+// bring 24 KB along into each. It knows the formats that the system documents, and rounds as it
+// does (1.25 to "1.3").
 
-/// Formats as printf does into `capacity` bytes at `out`, cut to what has room with the terminator.
-/// Answers how many characters they are, or -1 when some were cut off.
+/// Formats as printf does into `capacity` bytes (one at least) at `out`, cut to what has room with
+/// the terminator. Answers how many characters they are, or -1 when some were cut off.
 [[gnu::format(printf, 3, 4)]] int FormatText(char* out, std::size_t capacity, const char* format,
                                              ...);
 /// The same for a function that takes the arguments itself.

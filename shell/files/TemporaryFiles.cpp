@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <bitset>
+#include <memory>
+#include <new>
 #include <string_view>
 
 #include <windows.h>
@@ -106,7 +108,7 @@ struct Folder {
 void ListTaken(const Folder& folder, const char* base, const char* extension, TakenNumbers* taken) {
     NativePath pattern = folder.path;
     Str255 name;
-    if (MakeCandidate(base, "*", extension, name) && AddName(name, &pattern) &&
+    if (taken != nullptr && MakeCandidate(base, "*", extension, name) && AddName(name, &pattern) &&
         folder.CanHaveSpec(name[0] + LongestNumber) && pattern.length + LongestNumber < MAX_PATH) {
         taken->List(pattern.bytes);
     }
@@ -127,9 +129,9 @@ OSErr FindFreeName(const FSSpec& spec, const char* base, const char* extension, 
     NativePath path = folder.path;
     OSErr error = AddName(name, &path) ? NativePathToFileSpec(path.bytes, path.length, out)
                                        : OSErr{ResultCode::BadParameter};
-    TakenNumbers taken;
+    std::unique_ptr<TakenNumbers> taken; // from the second taken name on; much for a host's stack
     for (long attempt = 1; error == ResultCode::NoError && attempt <= LastAttempt; ++attempt) {
-        if (taken.Has(attempt)) {
+        if (taken != nullptr && taken->Has(attempt)) {
             continue;
         }
         char number[16];
@@ -143,7 +145,8 @@ OSErr FindFreeName(const FSSpec& spec, const char* base, const char* extension, 
         }
         if (attempt == 1) { // a second taken name is often one of many
             GetShortForm(folder.path.bytes, &folder.shortForm);
-            ListTaken(folder, base, extension, &taken);
+            taken.reset(new (std::nothrow) TakenNumbers);
+            ListTaken(folder, base, extension, taken.get());
         }
         if (!folder.CanHaveSpec(name[0]) || !HasAttributes(path.bytes, 0)) {
             error = NativePathToFileSpec(path.bytes, path.length, out);

@@ -137,7 +137,7 @@ unsigned long CountHandles() {
     using Query = long(NTAPI*)(HANDLE handle, long what, void* answer, unsigned long size, void*);
     constexpr auto otherKind = static_cast<long>(0xC0000024);
     constexpr std::uintptr_t step = 4;
-    constexpr std::uintptr_t widestGap = 256 * step;
+    constexpr std::uintptr_t widestGap = 256 * step; // the lowest free number is given out first
     static const auto query = Find<Query>("NtQuerySemaphore");
     unsigned long count = 0;
     std::uintptr_t last = 0;

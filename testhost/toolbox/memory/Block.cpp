@@ -24,6 +24,7 @@ constexpr std::size_t mostQuarantinedBlocks = 2000;
 void Fill(char* bytes, Size count, unsigned char value) {
     constexpr Size few = 64;
     if (count > few) {
+        __asm__("cld" : : : "cc"); // a plug-in may have left the flag set
         __stosb(reinterpret_cast<unsigned char*>(bytes), value, static_cast<std::size_t>(count));
         return;
     }
@@ -128,6 +129,10 @@ class SpareStorage {
 
     /// The oldest make room for it.
     void KeepLarge(LargeBytes released) {
+        if (released.size > largestKept) {
+            delete[] released.bytes;
+            return;
+        }
         large.push_back(released);
         largeSize += released.size;
         while (largeSize > largestKept) {

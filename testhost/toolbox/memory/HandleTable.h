@@ -14,6 +14,12 @@
 template <typename Entry>
 class HandleTable {
   public:
+    HandleTable() {
+        if (!chunks) {
+            std::abort();
+        }
+    }
+
     /// The entry of a handle that was ever added; null for any other address, which is not touched.
     Entry* Find(Handle handle) const {
         const auto address = reinterpret_cast<std::uintptr_t>(handle);

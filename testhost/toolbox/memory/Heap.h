@@ -81,7 +81,8 @@ class Heap {
 
     long LiveHandles(Owner owner) const { return liveHandles[static_cast<std::size_t>(owner)]; }
     long LivePointers() const { return static_cast<long>(pointers.size()); }
-    /// The live blocks, the one used last first.
+    /// The live blocks, those of the last call into the plug-in first; with strict memory the one
+    /// used last.
     const HandleEntry* NewestHandle() const { return handleOrder.Newest(); }
     const PointerEntry* NewestPointer() const { return pointerOrder.Newest(); }
 
