@@ -19,6 +19,7 @@
 
 #include <benchmark/benchmark.h>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -102,37 +103,22 @@ void ArrayElements(benchmark::State& state) {
     });
 }
 
-} // namespace
+[[maybe_unused]] const bool added = [] {
+    constexpr std::pair<const char*, void (*)(benchmark::State&)> Benchmarks[] = {
+        {"Growth/variables_by_name", Variables},
+        {"Growth/windows", Windows},
+        {"Growth/database_rows", Rows},
+        {"Growth/array_elements", ArrayElements},
+    };
+    for (const auto& [name, work] : Benchmarks) {
+        benchmark::RegisterBenchmark(name, work)
+            ->RangeMultiplier(10)
+            ->Range(Fewest, InAll)
+            ->Iterations(1)
+            ->Repetitions(5)
+            ->Unit(benchmark::kMillisecond);
+    }
+    return true;
+}();
 
-BENCHMARK(Variables)
-    ->Name("Growth/variables_by_name")
-    ->Arg(1'000)
-    ->Arg(10'000)
-    ->Arg(100'000)
-    ->Iterations(1)
-    ->Repetitions(5)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(Windows)
-    ->Name("Growth/windows")
-    ->Arg(1'000)
-    ->Arg(10'000)
-    ->Arg(100'000)
-    ->Iterations(1)
-    ->Repetitions(5)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(Rows)
-    ->Name("Growth/database_rows")
-    ->Arg(1'000)
-    ->Arg(10'000)
-    ->Arg(100'000)
-    ->Iterations(1)
-    ->Repetitions(5)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(ArrayElements)
-    ->Name("Growth/array_elements")
-    ->Arg(1'000)
-    ->Arg(10'000)
-    ->Arg(100'000)
-    ->Iterations(1)
-    ->Repetitions(5)
-    ->Unit(benchmark::kMillisecond);
+} // namespace
