@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <gmock/gmock.h>
 #include <random>
+#include <utility>
 
 #include <windows.h>
 
