@@ -93,7 +93,9 @@ const Operation Operations[] = {
      [](Material& m) -> long { return FourDHandAndHand(m.hostHandle, m.hostHandle); },
      [](Material& m) { return FourDGetHandleSize(m.hostHandle) == 4; }},
     {"FourDPtrAndHand",
-     [](Material& m) -> long { return FourDPtrAndHand(*m.bytes.handle, m.hostHandle, 50); },
+     [](Material& m) -> long {
+         return FourDPtrAndHand(std::string(50, 'b').data(), m.hostHandle, 50);
+     },
      [](Material& m) { return FourDGetHandleSize(m.hostHandle) == 4; }},
     {"FourDPtrToHand", [](Material& m) -> long { return FourDPtrToHand("abc", &m.madeByHost, 3); },
      [](Material& m) { return m.madeByHost == nullptr; }},

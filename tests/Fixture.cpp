@@ -16,6 +16,8 @@ TestPlug::TestPlug(std::vector<CommandEntry> commandTable)
 }
 
 TestPlug::~TestPlug() {
+    _destroy_list(&clients); // the host stops only when no plug-in object is left
+    _destroy_list(&serverCalls);
     gFourDPlug = nullptr;
 }
 

@@ -87,7 +87,7 @@ TEST(ResourceCompilerTest, WhatIsCompiledCanBeOpened) {
     const std::filesystem::path path = FromAnsi(host.ScratchPath()) + L"\x65E5\x672C.rsrc";
     std::ofstream(path, std::ios::binary) << compiled.fork;
     short refNum = 0;
-    ASSERT_EQ(ToolboxOpenResFile(path.c_str(), &refNum), 0);
+    ASSERT_EQ(ToolboxOpenResFile(path.wstring().c_str(), &refNum), 0);
     UseResFile(refNum);
     PascalString second("");
     GetIndString(second, -32768, 2);

@@ -266,10 +266,11 @@ using ClassicSelector = SelectorOf<&SelectorPair::classic>;
 using EngineSelector = SelectorOf<&SelectorPair::engine>;
 
 /// A service for every host: its engine number is 0 where it has the classic call alone.
-struct Selector : SelectorPair {
-    consteval Selector(SelectorPair row) : SelectorPair(row) {
-        static_cast<void>(ClassicSelector(row));
-    }
+struct Selector {
+    short classic;
+    short engine;
+    consteval Selector(SelectorPair row)
+        : classic(ClassicSelector(row).number), engine(row.engine) {}
 };
 
 /// The selector that carries `number` in a classic (or engine) call; null when there is none.

@@ -27,5 +27,5 @@ std::string Shortened(std::string call);
 
 struct PluginFrame;
 /// The call into a plug-in that the running task is in; null outside. The scheduler keeps it for
-/// each task.
-extern "C" PluginFrame* innermostPluginFrame;
+/// each task. Code that finds it by name is in PluginEntry.cpp.
+extern PluginFrame* innermostPluginFrame __asm__("_innermostPluginFrame");

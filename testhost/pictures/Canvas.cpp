@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 /// The font's file, which the linker puts in.
-extern "C" const unsigned char binary_DejaVuSans_ttf_start[];
+extern const unsigned char fontFile[] __asm__("_binary_DejaVuSans_ttf_start");
 
 namespace {
 constexpr int mostPixels = 2000;
@@ -19,7 +19,7 @@ constexpr int opaque = 255;
 const stbtt_fontinfo& Font() {
     static const stbtt_fontinfo font = [] {
         stbtt_fontinfo info;
-        if (stbtt_InitFont(&info, binary_DejaVuSans_ttf_start, 0) == 0) {
+        if (stbtt_InitFont(&info, fontFile, 0) == 0) {
             throw std::runtime_error("the font is unreadable");
         }
         return info;

@@ -22,7 +22,7 @@ class PluginResources {
                    // C:\Plug.dll has its resources in C:\Plug.rsrc.
                    ? std::filesystem::path(settings.plugin).replace_extension(".rsrc")
                    : settings.resources) {
-        const OSErr error = ToolboxOpenResFile(file.c_str(), &refNum);
+        const OSErr error = ToolboxOpenResFile(file.wstring().c_str(), &refNum);
         if (error == ResultCode::FileNotFound && settings.resources.empty()) {
             refNum = 0;
         } else if (error == ResultCode::FileNotFound || error == ResultCode::InputOutput) {

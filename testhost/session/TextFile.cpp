@@ -26,9 +26,10 @@ struct Closer {
 } // namespace
 
 std::optional<FileStart> ReadStart(const std::filesystem::path& path, size_t most) {
-    const std::unique_ptr<HANDLE, Closer> file(CreateFileW(
-        path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const std::unique_ptr<HANDLE, Closer> file(
+        CreateFileW(path.wstring().c_str(), GENERIC_READ,
+                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                    FILE_ATTRIBUTE_NORMAL, nullptr));
     LARGE_INTEGER size{};
     if (file.get() == INVALID_HANDLE_VALUE || GetFileType(file.get()) != FILE_TYPE_DISK ||
         GetFileSizeEx(file.get(), &size) == 0) {

@@ -28,7 +28,7 @@ constexpr Variable variables[] = {
     {"prefs", "the preferences folder",
      [](Player& player) { return FromAnsi(player.host.PrefsFolder()); }},
     {"library", "the folder of the plug-in's DLL",
-     [](Player& player) { return player.libraryFolder.native(); }},
+     [](Player& player) { return player.libraryFolder.wstring(); }},
     {"temp", "the system's folder for temporary files",
      [](Player&) { return FromAnsi(TemporaryFolder()); }},
 };

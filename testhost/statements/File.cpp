@@ -14,7 +14,7 @@ constexpr size_t mostInMessage = 1000;
 
 // What is at a path of Windows: a file with what it begins with, a folder, or nothing.
 std::string DescribeFile(const std::filesystem::path& path, size_t most) {
-    const DWORD attributes = GetFileAttributesW(path.c_str());
+    const DWORD attributes = GetFileAttributesW(path.wstring().c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         return "nothing there";
     }

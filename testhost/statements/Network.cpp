@@ -96,7 +96,7 @@ void AddHost(Player& player, const std::string& name, Role role, unsigned short 
     options.scheduler = first.host.scheduler;
     if (!stage.resources.empty()) {
         const std::filesystem::path copy = CopyFor(name, stage.resources, folder);
-        if (ToolboxOpenResFile(copy.c_str(), &options.pluginResFile) != 0) {
+        if (ToolboxOpenResFile(copy.wstring().c_str(), &options.pluginResFile) != 0) {
             return player.Fail(Shown(copy) + " cannot be opened");
         }
     }

@@ -25,7 +25,7 @@ void SavePicture(Player& player, const std::wstring& name) {
     if (window == nullptr) {
         return player.Fail("there is no visible window to make a picture of");
     }
-    const std::filesystem::path path = player.stage.pictures.native() + L"/" + name + L".png";
+    const std::filesystem::path path = player.stage.pictures.wstring() + L"/" + name + L".png";
     std::ofstream file(path, std::ios::binary);
     file << PaintWindow(player.host, *window).Png();
     file.close();

@@ -55,7 +55,7 @@ std::string Utf8(std::wstring_view text) {
 }
 
 std::string Shown(const std::filesystem::path& path) {
-    return Utf8(path.native());
+    return Utf8(path.wstring());
 }
 
 std::string Ansi(std::wstring_view path) {

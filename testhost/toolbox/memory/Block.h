@@ -31,6 +31,8 @@ class Block {
   public:
     /// More is refused, so that sums of sizes never overflow.
     static constexpr long long maxSize = 0x3FFFFFFF;
+    /// Moving is for strict memory.
+    static constexpr bool alwaysMoves = false;
 
     /// An empty object, without bytes.
     Block() = default;

@@ -21,6 +21,7 @@ constexpr long mostMovedOfMany = 4;
 constexpr long mostLookedAt = 32; // locked blocks are skipped, but not for ever
 constexpr Size largestSmall = 4096;
 constexpr Size largeBytesOfEach = 8 * 1024;
+constexpr long fewEnough = 256; // blocks to move with each call, where that is what they are for
 constexpr std::size_t smallTurn = 0;
 constexpr std::size_t largeTurn = 1;
 
@@ -272,6 +273,9 @@ OSErr Heap::SetPointerSize(const Call& call, Ptr pointer, long long size) {
 // All blocks
 
 void Heap::MayMove() {
+    if (Block::alwaysMoves && LiveHandles(Owner::Toolbox) + LiveHandles(Owner::Host) < fewEnough) {
+        return MoveAll();
+    }
     if (!strict) {
         return;
     }

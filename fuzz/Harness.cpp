@@ -1,0 +1,91 @@
+#include "fuzz/Harness.h"
+
+#include "shell/Entry.h"
+#include "testhost/toolbox/Control.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <utility>
+
+// The plug-in object that the entry points serve.
+FourDPlug* gFourDPlug = nullptr;
+
+long Input::Number() {
+    constexpr long lowest = std::numeric_limits<long>::min();
+    constexpr long highest = std::numeric_limits<long>::max();
+    switch (Choice(4)) {
+    case 0:
+        return ConsumeIntegral<signed char>();
+    case 1:
+        return ConsumeIntegral<short>();
+    case 2:
+        return ConsumeBool() ? lowest + Choice(16) : highest - static_cast<long>(Choice(16));
+    default:
+        return ConsumeIntegral<long>();
+    }
+}
+
+void Input::FailAnAllocation() {
+    ToolboxFailAllocation(static_cast<long>(Choice(8)));
+}
+
+void Fail(const std::string& sentence) {
+    std::fprintf(stderr, "FAILED: %s\n", sentence.c_str());
+    std::abort();
+}
+
+FuzzPlug::FuzzPlug(std::vector<CommandEntry> commandTable)
+    : FourDPlug(&plugInfo), commands(std::move(commandTable)) {
+    plugInfo.productName = "Fuzz";
+    plugInfo.commandCount = static_cast<unsigned short>(commands.size());
+    plugInfo.commands = commands.empty() ? nullptr : commands.data();
+    gFourDPlug = this;
+}
+
+FuzzPlug::~FuzzPlug() {
+    gFourDPlug = nullptr;
+}
+
+FuzzHost::FuzzHost(HostOptions options, std::vector<CommandEntry> commands)
+    : host(std::move(options)),
+      plug(std::move(commands)),
+      session(host, EntryPoints{FourDPack, FourDPackex}),
+      inside(host) {
+    session.Start();
+}
+
+FuzzHost::~FuzzHost() {
+    ToolboxFailAllocation(0);
+    if (session.IsStarted()) {
+        session.Stop();
+    }
+    session.ReportLeaks();
+    if (!mayComplain && !host.problems.empty()) {
+        Fail(host.problems.front());
+    }
+}
+
+namespace {
+void CheckToolbox() {
+    ToolboxFailAllocation(0);
+    if (ToolboxProblemCount() > 0) {
+        char sentence[512] = "";
+        ToolboxProblem(0, sentence, sizeof sentence);
+        Fail(sentence);
+    }
+    Require(ToolboxLiveHandles() == 0, "a handle is left alive");
+    Require(ToolboxLiveHostHandles() == 0, "a handle of the host's is left alive");
+    Require(ToolboxLivePointers() == 0, "a pointer is left alive");
+    Require(ToolboxOpenFiles() == 0, "a file is left open");
+}
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    ToolboxReset();
+    Input input(bytes, size);
+    Fuzz(input);
+    CheckToolbox();
+    return 0;
+}

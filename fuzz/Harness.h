@@ -1,0 +1,75 @@
+#pragma once
+
+#include "shell/FourDPlug.h"
+#include "testhost/plugins/Session.h"
+
+#include <fuzzer/FuzzedDataProvider.h>
+#include <string>
+#include <vector>
+
+// What the targets have in common. A target is one source that defines Fuzz(): it makes a sequence
+// of operations out of an input's bytes, and holds what comes of them against a reference where
+// there is one. The sanitizers find what is touched that must not be.
+
+/// The bytes of one input. When they are used up, numbers are their smallest and texts empty.
+class Input : public FuzzedDataProvider {
+  public:
+    using FuzzedDataProvider::FuzzedDataProvider;
+
+    bool IsOver() { return remaining_bytes() == 0; }
+    /// A number from 0 to `count` - 1.
+    unsigned Choice(unsigned count) { return ConsumeIntegralInRange<unsigned>(0, count - 1); }
+    /// Any number, small ones and those about the ends of the type more often than others.
+    long Number();
+    std::string Text(std::size_t longest = 64) { return ConsumeRandomLengthString(longest); }
+    /// Fills a record with bytes of the input, and with zeros where there are none left.
+    template <typename Record>
+    void Fill(Record& record) {
+        record = {};
+        ConsumeData(&record, sizeof record);
+    }
+    /// Makes one of the next allocations fail, or none.
+    void FailAnAllocation();
+};
+
+/// One run. The toolbox is as new before it; afterwards nothing may be left alive in it, and it
+/// may have nothing to complain of.
+void Fuzz(Input& input);
+
+/// Ends the program as a crash does, with a sentence.
+[[noreturn]] void Fail(const std::string& sentence);
+inline void Require(bool held, const char* sentence) {
+    if (!held) {
+        Fail(sentence);
+    }
+}
+
+/// A plug-in with these commands.
+class FuzzPlug : public FourDPlug {
+  public:
+    explicit FuzzPlug(std::vector<CommandEntry> commandTable = {});
+    ~FuzzPlug() override;
+    bool TrackClientsOnServer() override { return true; }
+
+  private:
+    std::vector<CommandEntry> commands;
+    PlugInfo plugInfo{};
+};
+
+/// A host with a plug-in that is started in it, current as long as this lives.
+class FuzzHost {
+  public:
+    explicit FuzzHost(HostOptions options = {}, std::vector<CommandEntry> commands = {});
+    /// Stops the plug-in. What the host has to complain of is a failure, unless `mayComplain`.
+    ~FuzzHost();
+    FuzzHost(const FuzzHost&) = delete;
+    FuzzHost& operator=(const FuzzHost&) = delete;
+
+    bool mayComplain = false;
+    Host host;
+    FuzzPlug plug;
+    Session session;
+
+  private:
+    Host::Scope inside;
+};
