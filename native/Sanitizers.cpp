@@ -3,7 +3,7 @@
 extern "C" {
 const char* __asan_default_options() { // NOLINT(bugprone-reserved-identifier): their names
     return "allocator_may_return_null=1:quarantine_size_mb=64:strict_string_checks=1:"
-           "detect_invalid_pointer_pairs=0";
+           "malloc_context_size=60";
 }
 
 const char* __ubsan_default_options() { // NOLINT(bugprone-reserved-identifier): as above
@@ -11,8 +11,9 @@ const char* __ubsan_default_options() { // NOLINT(bugprone-reserved-identifier):
 }
 
 // Deliberate: records of clients and calls outlive the lists that Deinit destroys, as the host may
-// yet ask for what they hold.
+// yet ask for what they hold; and a process that is killed leaves what its stack held.
 const char* __lsan_default_suppressions() { // NOLINT(bugprone-reserved-identifier): as above
-    return "leak:FourDPlug::HandleClientConnectOnServer\nleak:FourDPlug::TakeCall\n";
+    return "leak:FourDPlug::HandleClientConnectOnServer\nleak:FourDPlug::TakeCall\n"
+           "leak:Scheduler::Body\n";
 }
 }

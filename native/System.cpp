@@ -173,19 +173,18 @@ BOOL VirtualProtect(void* address, SIZE_T size, DWORD protection, DWORD* former)
 
 // Page by page, and there as far as the sanitizer lets bytes be read.
 SIZE_T VirtualQuery(const void* address, MEMORY_BASIC_INFORMATION* region, SIZE_T size) {
-    auto* const given = const_cast<char*>(static_cast<const char*>(address));
-    auto* const page =
-        reinterpret_cast<char*>(reinterpret_cast<std::uintptr_t>(address) & ~(pageSize - 1));
-    char* end = page + pageSize;
+    const auto start = reinterpret_cast<std::uintptr_t>(address);
+    const std::uintptr_t page = start & ~(pageSize - 1);
+    std::uintptr_t end = page + pageSize;
     bool isReadable = IsReadable(address);
     if (isReadable) {
-        auto* const forbidden = static_cast<char*>(
-            __asan_region_is_poisoned(given, static_cast<std::size_t>(end - given)));
-        isReadable = forbidden != given;
-        end = isReadable && forbidden != nullptr ? forbidden : end;
+        const auto forbidden = reinterpret_cast<std::uintptr_t>(
+            __asan_region_is_poisoned(const_cast<void*>(address), end - start));
+        isReadable = forbidden != start;
+        end = isReadable && forbidden != 0 ? forbidden : end;
     }
-    *region = {.BaseAddress = page,
-               .AllocationBase = page,
+    *region = {.BaseAddress = reinterpret_cast<void*>(page),
+               .AllocationBase = reinterpret_cast<void*>(page),
                .RegionSize = static_cast<SIZE_T>(end - page),
                .State = MEM_COMMIT,
                .Protect = isReadable ? PAGE_READWRITE : PAGE_NOACCESS};

@@ -8,8 +8,6 @@
 #include "testhost/values/Encodings.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
 
 #include <windows.h>
@@ -23,7 +21,11 @@ constexpr size_t windowListWord = 11; // the twelfth word of the globals record
 
 // Makes an empty file where there is none.
 void MakeFile(const std::string& path) {
-    const std::ofstream file(std::filesystem::path(FromAnsi(path)), std::ios::app);
+    const HANDLE file = CreateFileW(FromAnsi(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file != INVALID_HANDLE_VALUE) {
+        CloseHandle(file);
+    }
 }
 
 // The names of the host's own processes, as its string list 170 tells plug-ins. The second is none

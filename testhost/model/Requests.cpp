@@ -3,13 +3,12 @@
 #include "platform/Toolbox.h"
 #include "testhost/model/Host.h"
 #include "testhost/model/HostedPlugin.h"
+#include "testhost/values/ReadableBytes.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
-
-#include <windows.h>
 
 namespace {
 constexpr long connectSelector = -201;
@@ -34,19 +33,6 @@ constexpr unsigned char unused = 0xA5; // behind the fields that a request has
 template <typename Number>
 void Put(Bytes& block, size_t offset, Number number) {
     std::memcpy(&block[offset], &number, sizeof number);
-}
-
-// How many of so many bytes can be read from an address on.
-size_t Readable(const char* address, size_t size) {
-    constexpr DWORD unreadable = PAGE_NOACCESS | PAGE_GUARD;
-    size_t readable = 0;
-    MEMORY_BASIC_INFORMATION region{};
-    while (readable < size && VirtualQuery(address + readable, &region, sizeof region) != 0 &&
-           region.State == MEM_COMMIT && (region.Protect & unreadable) == 0) {
-        readable = static_cast<size_t>(static_cast<const char*>(region.BaseAddress) +
-                                       region.RegionSize - address);
-    }
-    return std::min(readable, size);
 }
 
 long DataSize(const Bytes& block) {
@@ -144,7 +130,7 @@ Request::Answer Request::SendRead(HostedPlugin& server, long id, short kind, uns
                            (answer.word != 0 ? "." : " and no data."));
     } else if (answer.word != 0) {
         const auto* data = reinterpret_cast<const char*>(answer.word);
-        answer.bytes.assign(data, Readable(data, static_cast<size_t>(size)));
+        answer.bytes.assign(data, ReadableBytes(data, static_cast<size_t>(size)));
         if (answer.bytes.size() < static_cast<size_t>(size)) {
             server.host.Report("The plug-in answered a read with the size " + std::to_string(size) +
                                ", but only " + std::to_string(answer.bytes.size()) +

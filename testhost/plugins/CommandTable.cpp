@@ -1,6 +1,7 @@
 #include "testhost/plugins/CommandTable.h"
 
 #include "testhost/values/Encodings.h"
+#include "testhost/values/ReadableBytes.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -9,36 +10,16 @@
 #include <map>
 #include <utility>
 
-#include <windows.h>
-
 namespace {
 constexpr size_t longestName = 255;
 constexpr size_t longestUsage = 1000;
-constexpr size_t pageSize = 4096;
 constexpr size_t mostProblems = 100; // of a table; then the rest of it is not read
 constexpr const char* description = "The plug-in's description (FourDPlugInfo): ";
-
-bool IsReadable(const void* source, size_t size) {
-    auto next = reinterpret_cast<std::uintptr_t>(source);
-    const std::uintptr_t end = next + size;
-    if (end < next) {
-        return false;
-    }
-    while (next < end) {
-        MEMORY_BASIC_INFORMATION region{};
-        if (VirtualQuery(reinterpret_cast<const void*>(next), &region, sizeof region) == 0 ||
-            region.State != MEM_COMMIT || (region.Protect & (PAGE_NOACCESS | PAGE_GUARD)) != 0) {
-            return false;
-        }
-        next = reinterpret_cast<std::uintptr_t>(region.BaseAddress) + region.RegionSize;
-    }
-    return true;
-}
 
 // Whether all of these bytes can be read; they are copied then. (On some systems ReadProcessMemory
 // passes over the protection of pages.)
 bool Peek(const void* source, void* target, size_t size) {
-    if (!IsReadable(source, size)) {
+    if (ReadableBytes(source, size) < size) {
         return false;
     }
     std::memcpy(target, source, size);
@@ -53,24 +34,18 @@ std::string Unreadable(const void* address) {
 }
 
 // What is wrong with a text, as a phrase about "its name"; nothing when `text` is the whole of it.
-// Read page by page: behind its end there may be nothing.
+// Behind its end there may be nothing.
 std::string PeekText(const char* source, size_t longest, std::string& text) {
-    char page[pageSize];
-    while (text.size() <= longest) {
-        const char* next = source + text.size();
-        const size_t size = pageSize - reinterpret_cast<std::uintptr_t>(next) % pageSize;
-        if (!Peek(next, page, size)) {
-            return text.empty() ? Unreadable(source) : "has no end before what cannot be read";
-        }
-        const std::string_view part(page, size);
-        const size_t end = part.find('\0');
-        text += part.substr(0, end);
-        if (end != std::string_view::npos && text.size() <= longest) {
-            return {};
-        }
+    const std::string_view part(source, ReadableBytes(source, longest + 1));
+    const size_t end = part.find('\0');
+    if (end == std::string_view::npos && part.size() > longest) {
+        return "has no end within " + std::to_string(longest) + " bytes";
     }
-    text.clear();
-    return "has no end within " + std::to_string(longest) + " bytes";
+    text = part.substr(0, end);
+    if (end != std::string_view::npos) {
+        return {};
+    }
+    return part.empty() ? Unreadable(source) : "has no end before what cannot be read";
 }
 
 class TableReader {
@@ -99,7 +74,10 @@ class TableReader {
                 return Complain("from command " + std::to_string(number) +
                                 " on the table was not read, so much is wrong before.");
             }
-            if (!ReadCommand(number, info.commands + number - 1)) {
+            // The address may be any: no pointer may be added to.
+            const auto entry = reinterpret_cast<std::uintptr_t>(info.commands) +
+                               static_cast<std::uintptr_t>(number - 1) * sizeof(CommandEntry);
+            if (!ReadCommand(number, reinterpret_cast<const CommandEntry*>(entry))) {
                 return;
             }
         }
