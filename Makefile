@@ -1,12 +1,14 @@
 # Thin fronts over scripts/ and the CMake presets, which can as well be called directly.
 
-.PHONY: help demo test build bench coverage format format-check lint clean
+.PHONY: help demo test build sanitize fuzz bench coverage format format-check lint clean
 .NOTPARALLEL:
 
 help:
 	@echo 'make demo          build what it plays, and play the example sessions'
 	@echo 'make test          build everything and run the tests'
 	@echo 'make build         build everything into build/release/'
+	@echo 'make sanitize      run the tests in a program for Linux, under sanitizers'
+	@echo 'make fuzz          feed what reads input from outside with random bytes, SECONDS=60 each'
 	@echo 'make bench         build and run the benchmarks'
 	@echo 'make coverage      run the tests and show which lines they reached'
 	@echo 'make format        format the sources'
@@ -29,6 +31,17 @@ build:
 	scripts/setup
 	cmake --preset release >/dev/null
 	cmake --build --preset release
+
+sanitize:
+	scripts/setup build native
+	cmake --preset sanitize >/dev/null
+	cmake --build --preset sanitize
+	ctest --preset sanitize
+
+SECONDS = 60
+fuzz:
+	scripts/setup build native
+	scripts/fuzz $(SECONDS)
 
 bench:
 	scripts/setup build wine bench

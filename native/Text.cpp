@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <locale>
@@ -113,7 +114,7 @@ std::basic_string_view<Character> Given(const Character* text, int length) {
     return {text, count + (length < 0 ? 1 : 0)}; // with the zero, where that tells the length
 }
 
-unsigned char UpperCaseOf(unsigned char character) {
+constexpr unsigned char UpperCaseOf(unsigned char character) {
     const bool isLetter = (character >= 'a' && character <= 'z') ||
                           (character >= 0xE0 && character <= 0xFE && character != 0xF7);
     switch (character) {
@@ -129,12 +130,16 @@ unsigned char UpperCaseOf(unsigned char character) {
 }
 
 unsigned char LowerCaseOf(unsigned char character) {
-    for (unsigned lower = 'a'; lower <= 0xFF; ++lower) {
-        if (lower != character && UpperCaseOf(static_cast<unsigned char>(lower)) == character) {
-            return static_cast<unsigned char>(lower);
+    static constexpr auto lowerCase = [] {
+        std::array<unsigned char, 256> table{};
+        for (unsigned each = 0; each < table.size(); ++each) {
+            const auto upper = UpperCaseOf(static_cast<unsigned char>(each));
+            table[upper] = static_cast<unsigned char>(each);
         }
-    }
-    return character;
+        return table;
+    }();
+    const unsigned char lower = lowerCase[character];
+    return lower != 0 ? lower : character;
 }
 } // namespace
 
