@@ -134,8 +134,9 @@ TEST_F(LanguageTest, DeclaresAndAssignsVariables) {
     EXPECT_EQ(Run("other:=to"), ""); // a pointer of its own
     EXPECT_NE(Handle{host.variables.Find(process, "to")->pointer},
               Handle{host.variables.Find(process, "other")->pointer});
-    for (const char* wrong : {R"(count:="a")", "1:=2", "C_LONGINT(1)", "ARRAY REAL(a;-1)",
-                              "ARRAY REAL(a;2000000)", "count:=nothing"}) {
+    for (const char* wrong :
+         {R"(count:="a")", "1:=2", "C_LONGINT(1)", "ARRAY REAL(a;-1)", "ARRAY REAL(a;2000000)",
+          "ARRAY REAL(a;65536;65536)", "count:=nothing"}) {
         EXPECT_NE(Run(wrong), "") << wrong;
     }
     EXPECT_EQ(Describe(host.variables.Read(process, "count")), "long 2");

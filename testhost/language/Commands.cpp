@@ -10,7 +10,7 @@
 #include <iterator>
 
 namespace {
-constexpr long mostElements = 1000000;
+constexpr size_t mostElements = 1000000;
 
 struct LanguageCommand;
 
@@ -80,7 +80,7 @@ size_t ElementCount(const CommandCall& call, size_t place) {
     if (count < 0) {
         FailMismatch("an array has a negative size");
     }
-    if (count > mostElements) {
+    if (static_cast<size_t>(count) > mostElements) {
         throw LanguageFailure(ResultCode::MemoryFull, "an array is too large");
     }
     call.evaluator.SpendOn(static_cast<size_t>(count));
@@ -100,7 +100,7 @@ TypedValue DeclareArray(const CommandCall& call) {
     } else {
         const size_t rows = ElementCount(call, 1);
         const size_t columns = ElementCount(call, 2);
-        if (rows * columns > mostElements) {
+        if (rows != 0 && columns > mostElements / rows) {
             throw LanguageFailure(ResultCode::MemoryFull, "an array is too large");
         }
         call.evaluator.SpendOn(rows * columns);

@@ -114,11 +114,13 @@ TypedValue Evaluator::CallMethod(long number, std::vector<TypedValue> arguments)
     for (size_t place = 0; place < arguments.size(); ++place) {
         own[std::to_string(place + 1)] = std::move(arguments[place]);
     }
-    const std::vector<LanguageStatement> statements =
-        ParseStatements(TokensOfText(host, method->source));
+    const auto [parsed, isNew] = methods.try_emplace(number);
+    if (isNew) {
+        parsed->second = ParseStatements(TokensOfText(host, method->source));
+    }
     Locals callers = std::exchange(locals, std::move(own));
     ++depth; // a failure ends the whole evaluation, whose callers are then of no more use
-    Execute(statements);
+    Execute(parsed->second);
     --depth;
     return std::exchange(locals, std::move(callers))["0"];
 }

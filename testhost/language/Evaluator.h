@@ -45,4 +45,5 @@ class Evaluator {
     Locals locals;    ///< of the method that runs, by folded name
     int depth = 0;    ///< how many methods are running
     size_t spent = 0; ///< steps so far
+    std::map<long, std::vector<LanguageStatement>> methods; ///< that have run, by number
 };

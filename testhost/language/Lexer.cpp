@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <iterator>
 #include <limits>
+#include <utility>
 
 #include <windows.h>
 
@@ -45,7 +46,11 @@ size_t NameLength(std::string_view text) {
 
 class Lexer {
   public:
-    Lexer(const Host& lexerHost, std::string_view text) : host(lexerHost), rest(text) {}
+    Lexer(const Host& lexerHost, std::string_view text) : host(lexerHost), rest(text) {
+        for (const auto& [number, name] : host.language.CommandNames()) {
+            commands.emplace_back(number, FoldCase(name));
+        }
+    }
 
     std::vector<Token> TakeAll() {
         while (!rest.empty()) {
@@ -216,8 +221,8 @@ class Lexer {
         const std::string folded = FoldCase(rest.substr(0, longestLanguageName));
         long number = 0;
         size_t longest = 0;
-        for (const auto& [candidate, name] : host.language.CommandNames()) {
-            const bool matches = name.size() > longest && folded.starts_with(FoldCase(name)) &&
+        for (const auto& [candidate, name] : commands) {
+            const bool matches = name.size() > longest && folded.starts_with(name) &&
                                  NameLength(rest.substr(name.size())) == 0;
             if (matches) {
                 number = candidate;
@@ -254,6 +259,7 @@ class Lexer {
     const Host& host;
     std::string_view rest;
     std::vector<Token> tokens;
+    std::vector<std::pair<long, std::string>> commands; ///< by number, with their folded names
 };
 
 std::string QuotedText(std::string_view text) {
