@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include <windows.h>
+
 // The plug-in object that the entry points serve; tests point it at their own.
 FourDPlug* gFourDPlug = nullptr;
 
@@ -90,6 +92,16 @@ OwnedHandle::~OwnedHandle() {
 
 std::string OwnedHandle::BytesOf(Handle handle) {
     return {*handle, static_cast<std::size_t>(GetHandleSize(handle))};
+}
+
+void MakeFile(const std::wstring& path, std::string_view bytes) {
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(file, INVALID_HANDLE_VALUE);
+    DWORD written = 0;
+    EXPECT_TRUE(
+        WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) != 0);
+    CloseHandle(file);
 }
 
 PascalString::PascalString(std::string_view text) {

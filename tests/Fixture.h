@@ -98,6 +98,9 @@ class OwnedHandle {
     Handle handle = nullptr;
 };
 
+/// Makes a file with these bytes, as Windows does it.
+void MakeFile(const std::wstring& path, std::string_view bytes);
+
 /// A Pascal string of up to 255 characters.
 struct PascalString {
     explicit PascalString(std::string_view text);

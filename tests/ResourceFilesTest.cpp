@@ -7,7 +7,6 @@
 #include "testhost/values/Encodings.h"
 #include "tests/Fixture.h"
 
-#include <fstream>
 #include <gmock/gmock.h>
 #include <random>
 
@@ -39,9 +38,9 @@ class ResourceFilesTest : public testing::TestWithParam<bool> {
     }
 
     OSErr OpenBytes(string_view bytes, short* refNum) {
-        const string path = scratch.Path() + "fork.rsrc";
-        std::ofstream(path, std::ios::binary) << bytes;
-        return ToolboxOpenResFile(FromAnsi(path).c_str(), refNum);
+        const std::wstring path = FromAnsi(scratch.Path() + "fork.rsrc");
+        MakeFile(path, bytes);
+        return ToolboxOpenResFile(path.c_str(), refNum);
     }
     short Open(string_view bytes) {
         short refNum = 0;

@@ -4,10 +4,11 @@
 #include "platform/Toolbox.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <climits>
-#include <fstream>
+#include <memory>
 #include <utility>
+
+#include <windows.h>
 
 namespace {
 
@@ -17,23 +18,38 @@ constexpr short firstOwnNumber = 1001;    // apart from the small numbers of ope
 /// More than data and map of a fork can be.
 constexpr std::size_t longestFork = 2 * (longestForkData + 0x10000);
 
-OSErr ReadFile(const std::filesystem::path& path, std::string* bytes) {
-    errno = 0;
-    std::ifstream file(path, std::ios::binary | std::ios::ate);
-    if (!file) {
-        return errno == ENOENT ? ResultCode::FileNotFound : ResultCode::InputOutput;
+struct Closer {
+    using pointer = HANDLE;
+    void operator()(HANDLE file) const {
+        if (file != INVALID_HANDLE_VALUE) {
+            CloseHandle(file);
+        }
     }
-    const std::streamoff size = file.tellg();
-    if (size < 0) {
+};
+
+OSErr ReadFile(const std::filesystem::path& path, std::string* bytes) {
+    const std::unique_ptr<HANDLE, Closer> file(
+        CreateFileW(path.wstring().c_str(), GENERIC_READ,
+                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                    FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (file.get() == INVALID_HANDLE_VALUE) {
+        const DWORD error = GetLastError();
+        return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND
+                   ? ResultCode::FileNotFound
+                   : ResultCode::InputOutput;
+    }
+    LARGE_INTEGER size{};
+    if (GetFileSizeEx(file.get(), &size) == 0) {
         return ResultCode::InputOutput;
     }
-    if (size > std::streamoff{longestFork}) {
+    if (size.QuadPart > LONGLONG{longestFork}) {
         return malformedMap;
     }
-    bytes->resize(static_cast<std::size_t>(size));
-    file.seekg(0);
-    file.read(bytes->data(), static_cast<std::streamsize>(bytes->size()));
-    return file ? ResultCode::NoError : ResultCode::InputOutput;
+    bytes->resize(static_cast<std::size_t>(size.QuadPart));
+    DWORD read = 0;
+    const bool isRead = ::ReadFile(file.get(), bytes->data(), static_cast<DWORD>(bytes->size()),
+                                   &read, nullptr) != 0;
+    return isRead && read == bytes->size() ? ResultCode::NoError : ResultCode::InputOutput;
 }
 
 auto ById(OSType type, short id) {
