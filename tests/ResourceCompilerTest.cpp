@@ -7,7 +7,6 @@
 #include "tests/Fixture.h"
 
 #include <filesystem>
-#include <fstream>
 #include <gmock/gmock.h>
 
 namespace {
@@ -85,7 +84,7 @@ TEST(ResourceCompilerTest, WhatIsCompiledCanBeOpened) {
     ASSERT_THAT(compiled.errors, ElementsAre());
     Host host;
     const std::filesystem::path path = FromAnsi(host.ScratchPath()) + L"\x65E5\x672C.rsrc";
-    std::ofstream(path, std::ios::binary) << compiled.fork;
+    MakeFile(path.wstring(), compiled.fork);
     short refNum = 0;
     ASSERT_EQ(ToolboxOpenResFile(path.wstring().c_str(), &refNum), 0);
     UseResFile(refNum);
@@ -152,6 +151,16 @@ TEST(ResourceCompilerTest, WhatDoesNotFitAFileIsTold) {
     }
     EXPECT_THAT(CompileResources("resource \"Test\" 1\nzero 0xFFFFFF byte 1", "name").errors,
                 ElementsAre(EndsWith("too long for a resource file")));
+    // Told before all of the memory is taken.
+    string zeros, resources;
+    for (int i = 0; i < 300; ++i) {
+        zeros += " zero 0xFFFFFF";
+        resources += "resource \"Test\" " + std::to_string(i) + "\nzero 0xFFFFFF\n";
+    }
+    EXPECT_THAT(CompileResources("resource \"Test\" 1\n" + zeros, "name").errors,
+                ElementsAre(EndsWith("too long for a resource file")));
+    EXPECT_THAT(CompileResources(resources, "name").errors,
+                testing::Contains(EndsWith("before this one are too long for a resource file")));
 }
 
 } // namespace

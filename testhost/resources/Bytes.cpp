@@ -1,5 +1,7 @@
 #include "testhost/resources/Bytes.h"
 
+#include "testhost/toolbox/resources/Fork.h"
+
 namespace {
 constexpr unsigned long mostItems = 0x7FFF; // counts are signed 16-bit numbers
 } // namespace
@@ -9,6 +11,13 @@ void ResourceBytes::Append(unsigned long number, Number form) {
         const unsigned shift = 8 * (form.bigEndian ? form.width - 1 - i : i);
         bytes += static_cast<char>(number >> shift & 0xFF);
     }
+}
+
+void ResourceBytes::AppendZeros(size_t count) {
+    if (bytes.size() + count > longestForkData) {
+        throw ScriptError("the resource is too long for a resource file");
+    }
+    bytes.append(count, '\0');
 }
 
 void ResourceBytes::AppendPascal(std::string_view text, size_t most) {

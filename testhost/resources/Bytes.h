@@ -16,7 +16,8 @@ class ResourceBytes {
     };
 
     void Append(unsigned long number, Number form);
-    void AppendZeros(std::size_t count) { bytes.append(count, '\0'); }
+    /// Throws ScriptError where no resource file has room for so many.
+    void AppendZeros(std::size_t count);
     /// The length byte, then the characters. Throws ScriptError when there are more than `most`.
     void AppendPascal(std::string_view text, std::size_t most = 255);
     /// The same in a field of `size` bytes.

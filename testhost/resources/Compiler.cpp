@@ -69,8 +69,17 @@ class Compiler {
 
   private:
     void Begin(Words& words, size_t line) {
+        bytesBefore += resources.empty() ? 0 : resources.back().contents.bytes.size();
+        // In whatever order they lie in the file, the last one begins where no place leads.
+        const bool fits = bytesBefore <= 2 * longestForkData;
+        if (!fits) {
+            resources.pop_back(); // there is an error, and no reason to keep more and more
+        }
         // Even when the line is wrong: the lines that follow belong to it, not to the one before.
         Resource& resource = resources.emplace_back();
+        if (!fits) {
+            throw ScriptError("the resources before this one are too long for a resource file");
+        }
         resource.type = TakeResourceType(words);
         resource.id = static_cast<short>(words.TakeNumber("a resource's number", -0x8000, 0x7FFF));
         if (words.IsString()) {
@@ -87,6 +96,7 @@ class Compiler {
     }
 
     std::vector<Resource> resources;
+    size_t bytesBefore = 0;                                  ///< in front of the last one
     std::map<std::pair<unsigned long, short>, size_t> begun; ///< on which line, by type and number
 };
 } // namespace
