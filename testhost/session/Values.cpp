@@ -21,15 +21,12 @@ std::vector<long> TakeShorts(Words& words, std::initializer_list<const char*> na
 
 // A string; "repeat 1000 "ab"" is one without having it written out.
 std::string TakeBytes(Words& words, std::string_view what) {
-    constexpr size_t mostBytes = 16 * 1024 * 1024;
     if (!words.TakeIf("repeat")) {
         return words.TakeString(what);
     }
     const auto count = static_cast<size_t>(words.TakeNumber("how often", 0));
     const std::string once = words.TakeString("what is repeated");
-    if (!once.empty() && count > mostBytes / once.size()) {
-        throw ScriptError("what is repeated has more than 16 MB in the end");
-    }
+    words.CountRepeated(count, once.size());
     std::string all;
     for (size_t place = 0; place < count && !once.empty(); ++place) {
         all += once;
@@ -122,6 +119,12 @@ TypedValue TakeArray(ValueKind kind, Words& words) {
             detail = words.TakeNumber("the size of the strings' slots", 1, 256);
         }
         while (TakeElement(ElementKind(kind), words, elements)) {
+            if (kind == ValueKind::StringArray &&
+                elements.back().texts.at(0).size() >= static_cast<size_t>(detail)) {
+                throw ScriptError("a slot of " + std::to_string(detail) +
+                                  " bytes has a length byte and at most " +
+                                  std::to_string(detail - 1) + " of a string");
+            }
         }
     }
     return ArrayValue(kind, std::move(elements), detail);

@@ -206,6 +206,14 @@ void Words::Take(std::string_view word) {
     }
 }
 
+void Words::CountRepeated(size_t count, size_t size) {
+    constexpr size_t mostBytes = 16 * 1024 * 1024;
+    if (size != 0 && count > (mostBytes - repeated) / size) {
+        throw ScriptError("what is repeated has more than 16 MB in the end");
+    }
+    repeated += count * size;
+}
+
 void Words::ExpectEnd() const {
     if (!AtEnd()) {
         Missing("the end of the line");

@@ -50,6 +50,10 @@ class Words {
     void Take(std::string_view word);
     void ExpectEnd() const;
 
+    /// Counts what a line stands for and does not have itself: so often so many bytes. Throws
+    /// ScriptError when all of it together would take too much memory.
+    void CountRepeated(size_t count, size_t size);
+
     /// Where the next word stands, for going back to it.
     size_t Place() const { return next; }
     void GoBackTo(size_t place) { next = place; }
@@ -69,4 +73,5 @@ class Words {
 
     std::vector<Word> words;
     size_t next = 0;
+    size_t repeated = 0; ///< bytes
 };
