@@ -38,6 +38,8 @@ void Fail(const std::string& sentence) {
 
 FuzzPlug::FuzzPlug(std::vector<CommandEntry> commandTable)
     : FourDPlug(&plugInfo), commands(std::move(commandTable)) {
+    plugInfo.recordVersion = 1;
+    plugInfo.recordSize = sizeof plugInfo;
     plugInfo.productName = "Fuzz";
     plugInfo.commandCount = static_cast<unsigned short>(commands.size());
     plugInfo.commands = commands.empty() ? nullptr : commands.data();

@@ -65,6 +65,7 @@ struct Token {
     long Long() const { return static_cast<long>(numbers[0]); }
     short Short(size_t place) const { return static_cast<short>(numbers.at(place)); }
     double Real() const;
+    bool operator==(const Token&) const = default;
 };
 
 enum class ByteOrder : unsigned char { Little, Big };

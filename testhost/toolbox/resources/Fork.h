@@ -22,6 +22,8 @@ struct ForkResource {
     short id = 0;
     std::string_view name;                ///< empty: none; at most 255 characters
     std::optional<std::string_view> data; ///< nothing when it lies outside the fork's data
+
+    bool operator==(const ForkResource&) const = default;
 };
 
 /// Finds the resources in a fork, in the order of its map. Reads nothing outside it. -39 when it is
