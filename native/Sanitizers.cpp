@@ -3,7 +3,7 @@
 extern "C" {
 const char* __asan_default_options() { // NOLINT(bugprone-reserved-identifier): their names
     return "allocator_may_return_null=1:quarantine_size_mb=64:strict_string_checks=1:"
-           "malloc_context_size=60";
+           "malloc_context_size=60:fast_unwind_on_fatal=1";
 }
 
 const char* __ubsan_default_options() { // NOLINT(bugprone-reserved-identifier): as above
