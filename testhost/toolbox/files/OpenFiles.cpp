@@ -156,8 +156,9 @@ OSErr OpenFiles::ObjectionToWriting(const std::string& key, unsigned long attrib
 }
 
 short OpenFiles::FreshNumber() {
+    constexpr short last = SHRT_MAX - 1; // the highest one stands for no file with many
     do {
-        lastNumber = lastNumber == SHRT_MAX ? short{1} : static_cast<short>(lastNumber + 1);
+        lastNumber = lastNumber == last ? short{1} : static_cast<short>(lastNumber + 1);
     } while (files.contains(lastNumber));
     closed.erase(lastNumber);
     return lastNumber;
