@@ -1,5 +1,6 @@
 #include "fuzz/Harness.h"
 
+#include "platform/Toolbox.h"
 #include "shell/Entry.h"
 #include "testhost/toolbox/Control.h"
 
@@ -27,13 +28,24 @@ long Input::Number() {
     }
 }
 
-void Input::FailAnAllocation() {
-    ToolboxFailAllocation(static_cast<long>(Choice(8)));
+bool Input::FailAnAllocation() {
+    const auto count = static_cast<long>(Choice(8));
+    ToolboxFailAllocation(count);
+    return count > 0;
 }
 
 void Fail(const std::string& sentence) {
     std::fprintf(stderr, "FAILED: %s\n", sentence.c_str());
     std::abort();
+}
+
+std::string BytesOf(Handle handle) {
+    return handle != nullptr ? std::string(*handle, static_cast<std::size_t>(GetHandleSize(handle)))
+                             : std::string();
+}
+
+std::string PascalText(const unsigned char* string) {
+    return {string + 1, string + 1 + string[0]};
 }
 
 FuzzPlug::FuzzPlug(std::vector<CommandEntry> commandTable)

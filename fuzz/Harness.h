@@ -28,8 +28,8 @@ class Input : public FuzzedDataProvider {
         record = {};
         ConsumeData(&record, sizeof record);
     }
-    /// Makes one of the next allocations fail, or none.
-    void FailAnAllocation();
+    /// Makes one of the next allocations fail, or none. Answers whether it is one.
+    bool FailAnAllocation();
 };
 
 /// One run. The toolbox is as new before it; afterwards nothing may be left alive in it, and it
@@ -43,6 +43,28 @@ inline void Require(bool held, const char* sentence) {
         Fail(sentence);
     }
 }
+
+/// The bytes of a toolbox handle; none of null.
+std::string BytesOf(Handle handle);
+/// The characters of a Pascal string.
+std::string PascalText(const unsigned char* string);
+
+/// The first 255 characters of a text as a Pascal string, in a block without a byte to spare.
+class Pascal {
+  public:
+    explicit Pascal(const std::string& text) : bytes(text.begin(), text.begin() + Length(text)) {
+        bytes.insert(bytes.begin(), static_cast<unsigned char>(bytes.size()));
+        bytes.shrink_to_fit();
+    }
+    operator unsigned char*() { return bytes.data(); } // NOLINT(google-explicit-constructor)
+    /// With the byte of the length.
+    std::string Whole() const { return {bytes.begin(), bytes.end()}; }
+
+  private:
+    static long Length(const std::string& text) { return text.size() < 255 ? text.size() : 255; }
+
+    std::vector<unsigned char> bytes;
+};
 
 /// A plug-in with these commands.
 class FuzzPlug : public FourDPlug {

@@ -1,0 +1,302 @@
+// What the framework reads out of resources of any bytes, against plain loops.
+
+#include "data/blocks/Handles.h"
+#include "fuzz/Harness.h"
+#include "host/FourD.h"
+#include "platform/ResultCodes.h"
+#include "testhost/toolbox/Control.h"
+#include "ui/FormResource.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+constexpr short file = 77;
+constexpr short number = 5;
+constexpr OSType mapType = 0x4D617020;        // 'Map '
+constexpr OSType stringListType = 0x53545223; // 'STR#'
+
+void AddResource(OSType type, short id, const std::string& bytes) {
+    ToolboxAddResource(file, type, id, "Name", bytes.data(), static_cast<long>(bytes.size()));
+}
+
+template <typename Record>
+void Append(std::string& bytes, const Record& record) {
+    bytes.append(reinterpret_cast<const char*>(&record), sizeof record);
+}
+
+template <typename Record>
+bool Read(const std::string& bytes, std::size_t at, Record* record) {
+    const bool isThere = at + sizeof *record <= bytes.size();
+    if (isThere) {
+        std::memcpy(record, bytes.data() + at, sizeof *record);
+    }
+    return isThere;
+}
+
+/// A list that counts as it likes, and is cut anywhere.
+std::string AnyList(Input& input, unsigned most, const std::string& header,
+                    std::string (*any)(Input&)) {
+    std::string bytes = header;
+    for (unsigned i = input.Choice(most); i > 0; --i) {
+        bytes += any(input);
+    }
+    bytes.resize(bytes.size() - std::min<std::size_t>(bytes.size(), input.Choice(8)));
+    return bytes;
+}
+
+short Swapped(short word) {
+    return static_cast<short>(__builtin_bswap16(static_cast<unsigned short>(word)));
+}
+
+template <typename Style>
+std::string AnyStyle(Input& input) {
+    Style style;
+    std::memset(&style, input.ConsumeIntegral<char>(), sizeof style);
+    const std::string name = input.Text(31);
+    style.name[0] = static_cast<unsigned char>(input.Choice(40));
+    std::copy(name.begin(), name.end(), style.name + 1);
+    style.id = static_cast<short>(input.Choice(3));
+    std::string bytes;
+    Append(bytes, style);
+    return bytes;
+}
+
+/// The first style of a list with this identifier, or zeros.
+template <typename Style>
+Style FirstStyle(const std::string& list, short id, bool isSwapped) {
+    Style style = {};
+    short count = 0;
+    Read(list, 0, &count);
+    count = isSwapped ? Swapped(count) : count;
+    for (std::size_t at = 4; count > 0 && Read(list, at, &style); at += sizeof style, --count) {
+        if ((isSwapped ? Swapped(style.id) : style.id) == id) {
+            return style;
+        }
+    }
+    return {};
+}
+
+template <typename Style>
+void CheckStyles(Input& input, OSErr (*byID)(char**, short, Style*),
+                 OSErr (*byName)(char**, const unsigned char*, Style*)) {
+    const auto count = static_cast<short>(input.ConsumeBool() ? input.Choice(6) : input.Number());
+    std::string header;
+    Append(header, FourDStyleListHeader{count, 0});
+    const std::string list = AnyList(input, 5, header, AnyStyle<Style>);
+    const TemporaryHandle handle(list.data(), static_cast<long>(list.size()));
+    const auto id = static_cast<short>(input.Choice(4));
+    const bool isSwapped =
+        std::is_same_v<Style, FourDStyleX> && Host::Current()->options.version < 0x0680;
+    const auto expected = FirstStyle<Style>(list, isSwapped ? Swapped(Swapped(id)) : id, isSwapped);
+    Style style;
+    std::memset(&style, 'x', sizeof style);
+    const OSErr error = byID(handle.Get(), id, &style);
+    const bool isList = list.size() >= 380;
+    Require(error == (isList ? 0 : ResultCode::BadParameter), "another error");
+    if (!isSwapped || !isList) {
+        const Style none = {};
+        Require(std::memcmp(&style, isList ? &expected : &none, sizeof style) == 0,
+                "another style");
+    } else {
+        Require(std::memcmp(style.name, expected.name, sizeof style.name) == 0,
+                "another style's name");
+    }
+    Pascal name(input.Text(31));
+    byName(handle.Get(), name, &style);
+    FourDPlatformStyle platform;
+    FourD::GetPlatformStyle(&style, &platform);
+    Require(platform.font[0] < sizeof platform.font, "a font's name is too long");
+}
+
+void CheckStyleResources(Input& input) {
+    const std::string bytes = input.ConsumeBool() ? AnyStyle<FourDStyle>(input)
+                                                  : AnyStyle<FourDStyleX>(input) + input.Text(2);
+    const std::string cut = bytes.substr(0, bytes.size() - input.Choice(2));
+    AddResource(0x5374796C, number, cut); // 'Styl'
+    AddResource(0x53747958, number, cut); // 'StyX'
+    FourDStyle style;
+    FourDStyleX extended;
+    FourDPlatformStyle platform;
+    const auto errorOf = [&](std::size_t size) {
+        return cut.size() >= size ? ResultCode::NoError : ResultCode::BadParameter;
+    };
+    Require(FourD::GetStyleRes(number, &style) == errorOf(sizeof style), "another error");
+    Require(FourD::GetStyleXResByID(number, &extended) == errorOf(sizeof extended), "another one");
+    FourD::GetPlatformStyleSpecByID(number, &platform);
+    FourD::GetPlatformStyleSpecByName(Pascal("Name"), &platform);
+}
+
+#pragma pack(push, 2)
+struct MapEntry {
+    unsigned long type;
+    short localID;
+    short number;
+};
+#pragma pack(pop)
+
+std::string AnyEntry(Input& input) {
+    std::string bytes;
+    Append(bytes, MapEntry{input.Choice(2), static_cast<short>(input.Choice(3)),
+                           static_cast<short>(input.Number())});
+    return bytes;
+}
+
+void CheckMap(Input& input) {
+    const auto count = static_cast<short>(input.ConsumeBool() ? input.Choice(9) : input.Number());
+    std::string header;
+    Append(header, count);
+    const std::string map = AnyList(input, 8, header, AnyEntry);
+    AddResource(mapType, FourD::CurProcResID(), map);
+    const unsigned long type = input.Choice(2);
+    const auto local = static_cast<short>(input.Choice(3));
+    short expected = 0;
+    MapEntry entry;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(std::max<short>(count, 0)) &&
+                            Read(map, 2 + i * sizeof entry, &entry);
+         ++i) {
+        if (entry.type == type && entry.localID == local) {
+            expected = entry.number;
+            break;
+        }
+    }
+    Require(FourD::GetResNum(mapType, type, local) == expected, "another number");
+}
+
+void CheckStrings(Input& input) {
+    std::string list;
+    std::vector<std::string> strings;
+    for (unsigned i = input.Choice(5); i > 0; --i) {
+        strings.push_back(input.Text(255));
+        list += Pascal(strings.back()).Whole();
+    }
+    const bool isTrue = input.ConsumeBool();
+    const unsigned count = isTrue ? strings.size() : input.Choice(0x10000);
+    list.insert(0, {static_cast<char>(count >> 8), static_cast<char>(count)});
+    list.resize(isTrue ? list.size() : input.Choice(list.size() + 1));
+    AddResource(stringListType, number, list);
+    const auto index =
+        static_cast<short>(input.ConsumeBool() ? 1 + input.Choice(5) : input.Number());
+    Str255 string;
+    FourD::GetPluginIndString(string, number, index);
+    if (isTrue) {
+        const bool isThere = index >= 1 && index <= static_cast<long>(strings.size());
+        Require(PascalText(string) ==
+                    (isThere ? strings[static_cast<std::size_t>(index) - 1] : std::string()),
+                "another string");
+    }
+    char text[256];
+    FourD::GetPluginIndCString(text, number, index);
+    Require(PascalText(string).c_str() == std::string(text), "another text");
+
+    const std::string reference = input.ConsumeBool()
+                                      ? ":" + std::to_string(number) + ',' + std::to_string(index)
+                                      : input.Text(30);
+    Str255 evaluated;
+    std::copy_n(Pascal(reference).Whole().data(), reference.size() + 1,
+                reinterpret_cast<char*>(evaluated));
+    FourD::EvalPluginStringWithResRefs(evaluated);
+    Require(!reference.starts_with(":5,") || index < 0 ||
+                PascalText(evaluated) == PascalText(string),
+            "the reference stands for another string");
+}
+
+struct Atom {
+    unsigned long type;
+    std::string data;
+    bool operator==(const Atom&) const = default;
+};
+
+unsigned long LongAt(const std::string& bytes, std::size_t at) {
+    unsigned long value = 0;
+    Read(bytes, at, &value);
+    return __builtin_bswap32(value);
+}
+
+std::string Number(unsigned long value) {
+    std::string bytes;
+    Append(bytes, __builtin_bswap32(value));
+    return bytes;
+}
+
+/// Atoms as far as they lie within the form, whose length may count the eight bytes before it.
+std::vector<Atom> AtomsOf(const std::string& form) {
+    std::vector<Atom> atoms;
+    const unsigned long long length = LongAt(form, 4);
+    if (form.size() < 12 || !form.starts_with("FORM") || form.substr(8, 4) != "LAYO" ||
+        length > form.size()) {
+        return atoms;
+    }
+    const unsigned long long end = std::min<unsigned long long>(length + 8, form.size());
+    for (unsigned long long at = 12; at + 8 < end;) {
+        const unsigned long long size = LongAt(form, at + 4);
+        if (at + 8 + size > end) {
+            break;
+        }
+        atoms.push_back({LongAt(form, at), form.substr(at + 8, size)});
+        at += 8 + size + size % 2;
+    }
+    return atoms;
+}
+
+void CheckForm(Input& input) {
+    std::string body = "LAYO";
+    while (input.ConsumeBool() && body.size() < 500) {
+        const std::string data = input.Text(30);
+        body += input.PickValueInArray({"FONT", "FLAG", "OBJE"}) + Number(data.size()) + data +
+                std::string(data.size() % 2, '\0');
+    }
+    std::string form = "FORM" + Number(body.size()) + body;
+    for (unsigned i = input.Choice(3); i > 0; --i) {
+        form[input.Choice(form.size())] = input.ConsumeIntegral<char>();
+    }
+    form.resize(form.size() - input.Choice(8));
+    AddResource(StyleSetType, number, AnyStyle<FourDStyleX>(input) + AnyStyle<FourDStyleX>(input));
+    struct Seen {
+        std::vector<Atom> atoms;
+        FormStyles styles{number};
+    } seen;
+    const TemporaryHandle handle(form.data(), static_cast<long>(form.size()));
+    ScanFormAtoms(
+        handle.Get(),
+        [](unsigned long type, char* data, long length, void* context) {
+            auto& all = *static_cast<Seen*>(context);
+            all.atoms.push_back({type, {data, static_cast<std::size_t>(length)}});
+            short first = 0;
+            short second = 0;
+            PatchFontAtom(type, data, length, &all.styles);
+            ReadFlagAtom(type, data, length, &first, &second);
+            return 0L;
+        },
+        &seen);
+    Require(seen.atoms == AtomsOf(form), "other atoms are visited");
+}
+
+void Operate(Input& input) {
+    switch (input.Choice(6)) {
+    case 0:
+        return CheckStyles<FourDStyle>(input, FourD::GetStyleByID, FourD::GetStyleByName);
+    case 1:
+        return CheckStyles<FourDStyleX>(input, FourD::GetStyleXByID, FourD::GetStyleXByName);
+    case 2:
+        return CheckStyleResources(input);
+    case 3:
+        return CheckMap(input);
+    case 4:
+        return CheckStrings(input);
+    default:
+        return CheckForm(input);
+    }
+}
+} // namespace
+
+void Fuzz(Input& input) {
+    constexpr unsigned short versions[] = {0x0640, 0x0680, 0x1130};
+    HostOptions options{.version = input.PickValueInArray(versions), .pluginResFile = file};
+    options.platformInterface = static_cast<long>(input.Choice(7)) - 2;
+    ToolboxAddResFile(file);
+    FuzzHost host(options);
+    for (int i = 0; i < 20 && !input.IsOver(); ++i) {
+        Operate(input);
+    }
+}
