@@ -3,9 +3,11 @@
 #include "data/blocks/Handles.h"
 #include "fuzz/Harness.h"
 #include "host/FourD.h"
+#include "host/State.h"
 #include "platform/ResultCodes.h"
 #include "testhost/toolbox/Control.h"
 #include "ui/FormResource.h"
+#include "ui/FourDDialog.h"
 
 #include <algorithm>
 #include <cstring>
@@ -56,21 +58,34 @@ std::string AnyStyle(Input& input) {
     const std::string name = input.Text(31);
     style.name[0] = static_cast<unsigned char>(input.Choice(40));
     std::copy(name.begin(), name.end(), style.name + 1);
-    style.id = static_cast<short>(input.Choice(3));
+    style.id = static_cast<short>(input.Choice(3) << (input.ConsumeBool() ? 8 : 0));
     std::string bytes;
     Append(bytes, style);
     return bytes;
 }
 
+// Of old hosts' lists only the extended ones are big-endian.
+void SwapWords(FourDStyle&) {}
+void SwapWords(FourDStyleX& style) {
+    style.id = Swapped(style.id);
+    style.reserved = Swapped(style.reserved);
+    for (FourDPlatformStyle& platform : style.platforms) {
+        platform.size = Swapped(platform.size);
+    }
+}
+
 /// The first style of a list with this identifier, or zeros.
 template <typename Style>
 Style FirstStyle(const std::string& list, short id, bool isSwapped) {
-    Style style = {};
+    Style style;
     short count = 0;
     Read(list, 0, &count);
     count = isSwapped ? Swapped(count) : count;
     for (std::size_t at = 4; count > 0 && Read(list, at, &style); at += sizeof style, --count) {
-        if ((isSwapped ? Swapped(style.id) : style.id) == id) {
+        if (isSwapped) {
+            SwapWords(style);
+        }
+        if (style.id == id) {
             return style;
         }
     }
@@ -81,29 +96,19 @@ template <typename Style>
 void CheckStyles(Input& input, OSErr (*byID)(char**, short, Style*),
                  OSErr (*byName)(char**, const unsigned char*, Style*)) {
     const auto count = static_cast<short>(input.ConsumeBool() ? input.Choice(6) : input.Number());
+    const bool isSwapped = std::is_same_v<Style, FourDStyleX> && gHost.BcdVersion() < 0x0680;
     std::string header;
-    Append(header, FourDStyleListHeader{count, 0});
+    Append(header, FourDStyleListHeader{isSwapped ? Swapped(count) : count, 0});
     const std::string list = AnyList(input, 5, header, AnyStyle<Style>);
-    const TemporaryHandle handle(list.data(), static_cast<long>(list.size()));
-    const auto id = static_cast<short>(input.Choice(4));
-    const bool isSwapped =
-        std::is_same_v<Style, FourDStyleX> && Host::Current()->options.version < 0x0680;
-    const auto expected = FirstStyle<Style>(list, isSwapped ? Swapped(Swapped(id)) : id, isSwapped);
-    Style style;
-    std::memset(&style, 'x', sizeof style);
-    const OSErr error = byID(handle.Get(), id, &style);
     const bool isList = list.size() >= 380;
-    Require(error == (isList ? 0 : ResultCode::BadParameter), "another error");
-    if (!isSwapped || !isList) {
-        const Style none = {};
-        Require(std::memcmp(&style, isList ? &expected : &none, sizeof style) == 0,
-                "another style");
-    } else {
-        Require(std::memcmp(style.name, expected.name, sizeof style.name) == 0,
-                "another style's name");
-    }
-    Pascal name(input.Text(31));
-    byName(handle.Get(), name, &style);
+    const TemporaryHandle handle(list.data(), static_cast<long>(list.size()));
+    const auto id = static_cast<short>(input.Choice(3));
+    const auto expected = isList ? FirstStyle<Style>(list, id, isSwapped) : Style{};
+    Style style;
+    Require(byID(handle.Get(), id, &style) == (isList ? 0 : ResultCode::BadParameter),
+            "another error");
+    Require(std::memcmp(&style, &expected, sizeof style) == 0, "another style");
+    byName(handle.Get(), Pascal(input.Text(31)), &style);
     FourDPlatformStyle platform;
     FourD::GetPlatformStyle(&style, &platform);
     Require(platform.font[0] < sizeof platform.font, "a font's name is too long");
@@ -272,8 +277,45 @@ void CheckForm(Input& input) {
     Require(seen.atoms == AtomsOf(form), "other atoms are visited");
 }
 
+/// Numbers and strings for two arrays of a dialog.
+void CheckPairs(Input& input) {
+    const auto count = static_cast<short>(input.ConsumeBool() ? input.Choice(5) : input.Number());
+    std::vector<std::pair<long, std::string>> pairs;
+    std::string bytes = Number(static_cast<unsigned long>(count)).substr(2);
+    for (unsigned i = input.Choice(5); i > 0; --i) {
+        pairs.emplace_back(input.Number(), input.Text(254));
+        bytes += Number(static_cast<unsigned long>(pairs.back().first)) +
+                 Pascal(pairs.back().second).Whole();
+    }
+    const unsigned cut = std::min<unsigned>(input.Choice(4), pairs.empty() ? 0 : 4);
+    bytes.resize(bytes.size() - std::min<std::size_t>(cut, bytes.size()));
+    AddResource(0x544B504C, number, bytes); // 'TKPL'
+    pairs.resize(
+        std::min<std::size_t>(pairs.size() - (cut > 0 ? 1 : 0), std::max<short>(count, 0)));
+    FourDDialog* const dialog = FourDDialog::CreateFourDDialogContext();
+    FourDDialog::LoadLongAndStringArraysFromTKPLResource(dialog, "numbers", "strings", number);
+    Require(FourDDialog::GetArraySize(dialog, "numbers") == static_cast<long>(pairs.size()),
+            "another count of pairs");
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+        const auto index = static_cast<long>(i) + 1;
+        long value = 0;
+        Str255 string;
+        FourDDialog::GetArrayElement(dialog, "numbers", index, &value);
+        FourDDialog::GetArrayElement(dialog, "strings", index, string);
+        Require(value == pairs[i].first, "another number of a pair");
+        // Calls carry strings up to a zero, and classic ones not all of a long one.
+        const auto shown = [](const std::string& text) {
+            return std::string(text.substr(0, 200).c_str());
+        };
+        Require(pairs[i].second.starts_with(':') ||
+                    shown(PascalText(string)) == shown(pairs[i].second),
+                "another string of a pair");
+    }
+    FourDDialog::Close(dialog);
+}
+
 void Operate(Input& input) {
-    switch (input.Choice(6)) {
+    switch (input.Choice(7)) {
     case 0:
         return CheckStyles<FourDStyle>(input, FourD::GetStyleByID, FourD::GetStyleByName);
     case 1:
@@ -284,6 +326,8 @@ void Operate(Input& input) {
         return CheckMap(input);
     case 4:
         return CheckStrings(input);
+    case 5:
+        return CheckPairs(input);
     default:
         return CheckForm(input);
     }
