@@ -202,4 +202,5 @@ void OpenFiles::Reset() {
     }
     files.clear();
     failCountdown = 0;
+    lastNumber = 0;
 }
