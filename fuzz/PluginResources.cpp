@@ -114,24 +114,6 @@ void CheckStyles(Input& input, OSErr (*byID)(char**, short, Style*),
     Require(platform.font[0] < sizeof platform.font, "a font's name is too long");
 }
 
-void CheckStyleResources(Input& input) {
-    const std::string bytes = input.ConsumeBool() ? AnyStyle<FourDStyle>(input)
-                                                  : AnyStyle<FourDStyleX>(input) + input.Text(2);
-    const std::string cut = bytes.substr(0, bytes.size() - input.Choice(2));
-    AddResource(0x5374796C, number, cut); // 'Styl'
-    AddResource(0x53747958, number, cut); // 'StyX'
-    FourDStyle style;
-    FourDStyleX extended;
-    FourDPlatformStyle platform;
-    const auto errorOf = [&](std::size_t size) {
-        return cut.size() >= size ? ResultCode::NoError : ResultCode::BadParameter;
-    };
-    Require(FourD::GetStyleRes(number, &style) == errorOf(sizeof style), "another error");
-    Require(FourD::GetStyleXResByID(number, &extended) == errorOf(sizeof extended), "another one");
-    FourD::GetPlatformStyleSpecByID(number, &platform);
-    FourD::GetPlatformStyleSpecByName(Pascal("Name"), &platform);
-}
-
 #pragma pack(push, 2)
 struct MapEntry {
     unsigned long type;
@@ -256,7 +238,10 @@ void CheckForm(Input& input) {
         form[input.Choice(form.size())] = input.ConsumeIntegral<char>();
     }
     form.resize(form.size() - input.Choice(8));
-    AddResource(StyleSetType, number, AnyStyle<FourDStyleX>(input) + AnyStyle<FourDStyleX>(input));
+    std::string styles;
+    Append(styles, FourDStyleListHeader{2, 0});
+    AddResource(StyleSetType, number,
+                styles + AnyStyle<FourDStyleX>(input) + AnyStyle<FourDStyleX>(input));
     struct Seen {
         std::vector<Atom> atoms;
         FormStyles styles{number};
@@ -305,7 +290,7 @@ void CheckPairs(Input& input) {
         Require(value == pairs[i].first, "another number of a pair");
         // Calls carry strings up to a zero, and classic ones not all of a long one.
         const auto shown = [](const std::string& text) {
-            return std::string(text.substr(0, 200).c_str());
+            return std::string(text.substr(0, 100).c_str());
         };
         Require(pairs[i].second.starts_with(':') ||
                     shown(PascalText(string)) == shown(pairs[i].second),
@@ -315,18 +300,16 @@ void CheckPairs(Input& input) {
 }
 
 void Operate(Input& input) {
-    switch (input.Choice(7)) {
+    switch (input.Choice(6)) {
     case 0:
         return CheckStyles<FourDStyle>(input, FourD::GetStyleByID, FourD::GetStyleByName);
     case 1:
         return CheckStyles<FourDStyleX>(input, FourD::GetStyleXByID, FourD::GetStyleXByName);
     case 2:
-        return CheckStyleResources(input);
-    case 3:
         return CheckMap(input);
-    case 4:
+    case 3:
         return CheckStrings(input);
-    case 5:
+    case 4:
         return CheckPairs(input);
     default:
         return CheckForm(input);

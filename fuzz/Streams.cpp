@@ -14,6 +14,7 @@
 namespace {
 constexpr long mostBytes = 50'000; // more only take time, but for what nothing can hold
 constexpr long tooManyBytes = 128 * 1024 * 1024;
+const std::string before = "before"; // what is read into
 
 template <typename Record>
 std::string RawBytes(const Record& record) {
@@ -40,7 +41,7 @@ class Run {
             ToolboxFailFile(static_cast<long>(input.Choice(4)));
         }
         aligns = input.ConsumeBool() ? 1 : 0;
-        input.ConsumeBool() ? Read(input.Choice(7)) : Write(input.Choice(9));
+        input.ConsumeBool() ? Read(input.Choice(7)) : Write(input.Choice(8));
         Require(stream.GetSize() == static_cast<long>(bytes.size()), "the size is wrong");
         Require(stream.GetPosition() == static_cast<long>(position), "the position is wrong");
     }
@@ -55,6 +56,10 @@ class Run {
     std::string bytes;
 
   private:
+    static void RequireError(OSErr error, OSErr expected) {
+        Require(error == expected, "another error");
+    }
+
     /// Whether the call has failed for what the run made fail. A read may then be half done.
     bool HasFailed(OSErr error) {
         ToolboxFailAllocation(0);
@@ -92,19 +97,15 @@ class Run {
             return Written(stream.Write(number), BigEndian(number));
         }
         case 2: {
-            const auto number = static_cast<short>(input.Number());
-            return Written(stream.Write(number), BigEndian(number));
-        }
-        case 3: {
             DateBlock date;
             input.Fill(date);
             return Written(stream.Write(&date), RawBytes(date));
         }
-        case 4: {
+        case 3: {
             Pascal string(input.Text(255));
             return Written(stream.Write(string, aligns), string.Whole(), aligns != 0);
         }
-        case 5: { // a record may say more than its handle has
+        case 4: { // a record may say more than its handle has
             const std::string text = input.Text();
             const TemporaryHandle source(text.data(), static_cast<long>(text.size()));
             TextBlock record = {static_cast<short>(input.Number()), source.Get()};
@@ -113,14 +114,14 @@ class Run {
             return Written(stream.Write(reinterpret_cast<CTextBlock*>(&record), aligns),
                            BigEndian(length) + BytesOf(record.text).substr(0, length), aligns != 0);
         }
-        case 6: {
+        case 5: {
             const std::string text = input.Text();
             const TemporaryHandle source(text.data(), static_cast<long>(text.size()));
             const std::string stored = BytesOf(source.Get());
             return Written(stream.Write(source.Get(), aligns),
                            BigEndian(static_cast<long>(stored.size())) + stored, aligns != 0);
         }
-        case 7:
+        case 6:
             return SetSize();
         default:
             return SetPosition();
@@ -132,8 +133,9 @@ class Run {
         if (size > mostBytes && size < tooManyBytes) {
             return;
         }
+        mayFail = mayFail || size < 0 || size > mostBytes;
         const OSErr error = stream.SetSize(size);
-        Require(HasFailed(error) || error == 0 || size < 0 || size > mostBytes, "another error");
+        Require(HasFailed(error) || error == 0 || mayFail, "another error");
         const auto end = static_cast<std::size_t>(size);
         if (error == 0 && (handle == nullptr || end < bytes.size())) {
             bytes.resize(end); // the data of a handle end where they did
@@ -156,10 +158,6 @@ class Run {
         }
     }
 
-    static void RequireError(OSErr error, OSErr expected) {
-        Require(error == expected, "another error");
-    }
-
     /// The next bytes, as many as there are.
     std::string Next(std::size_t count) {
         const std::string next = bytes.substr(position, count);
@@ -170,7 +168,7 @@ class Run {
     /// The same as a big-endian number; false when there are too few.
     bool NextNumber(int size, long* number) {
         const std::string next = Next(static_cast<std::size_t>(size));
-        *number = size == 4 || next.empty() ? 0 : static_cast<signed char>(next[0]) >> 7;
+        *number = size == 2 && !next.empty() && next[0] < 0 ? -1 : 0;
         for (const char byte : next) {
             *number = static_cast<long>(static_cast<unsigned long>(*number) << 8 |
                                         static_cast<unsigned char>(byte));
@@ -243,23 +241,9 @@ class Run {
     }
 
     void ReadString() {
-        Str255 string = {1, 'x'};
+        Str255 string = {6, 'b', 'e', 'f', 'o', 'r', 'e'};
         const OSErr error = stream.Read(string, aligns);
-        if (HasReadFailed(error)) {
-            return;
-        }
-        const std::string length = Next(1);
-        std::string expected = Next(length.empty() ? 0 : static_cast<unsigned char>(length[0]));
-        if (length.empty()) {
-            expected = "x";
-        } else if (expected.size() == static_cast<unsigned char>(length[0])) {
-            Require(PascalText(string) == expected, "another string is read");
-            return EndRead(error);
-        } else {
-            expected.resize(expected.find_last_not_of('\0') + 1);
-        }
-        Require(PascalText(string) == expected, "another part of a string is read");
-        RequireError(error, ResultCode::EndOfData);
+        CheckRead(error, PascalText(string), 1, 255);
     }
 
     void ReadText() {
@@ -274,33 +258,34 @@ class Run {
     }
 
     void ReadHandle() {
-        const std::string before = "before";
         TemporaryHandle target(input.ConsumeBool() ? TemporaryHandle(before.data(), 6).GiveAway()
                                                    : nullptr);
         const bool isThere = target.Get() != nullptr;
         const OSErr error = stream.Read(target.Address(), aligns);
-        Require(isThere == (target.Get() != nullptr) || !isThere, "a handle is lost");
+        Require(!isThere || target.Get() != nullptr, "a handle is lost");
         CheckRead(error, BytesOf(target.Get()), 4, LONG_MAX, isThere ? before : std::string());
     }
 
     /// What is read behind a length.
     void CheckRead(OSErr error, const std::string& read, int sizeOfLength, long longest,
-                   const std::string& before = "before") {
+                   const std::string& former = before) {
         if (HasReadFailed(error)) {
-            return Require(read.empty() || read == before, "it fails and yet reads");
+            return Require(read.empty() || read == former, "it fails and yet reads");
         }
         long length = 0;
         if (!NextNumber(sizeOfLength, &length)) {
-            Require(read == before, "without a length it reads");
+            Require(read == former, "without a length it reads");
             return RequireError(error, ResultCode::EndOfData);
         }
         if (length < 0 || length > longest) {
             Require(read.empty(), "it reads what has no length");
             return RequireError(error, ResultCode::BadParameter);
         }
-        const std::string expected = Next(static_cast<std::size_t>(length));
+        std::string expected = Next(static_cast<std::size_t>(length));
         if (static_cast<long>(expected.size()) < length) {
-            Require(read.empty(), "it keeps a part");
+            // Of a string what is there stays, up to the last byte that is not 0.
+            expected.resize(sizeOfLength > 1 ? 0 : expected.find_last_not_of('\0') + 1);
+            Require(read == expected, "another part is kept");
             return RequireError(error, ResultCode::EndOfData);
         }
         Require(read == expected, "something else is read");

@@ -1,5 +1,5 @@
-// Pascal and zero-terminated strings, digits, codes, cases, sizes and bits, against strings. All
-// blocks are as large as they must be, and no larger.
+// Pascal and zero-terminated strings, digits, cases and sizes, against strings. All blocks are as
+// large as they must be, and no larger.
 
 #include "shell/base/Strings.h"
 
@@ -108,28 +108,6 @@ void CheckDigits(unsigned long number, const std::string& any) {
     Require(_HexToLong(text.data()) == value, "another number");
 }
 
-void CheckCode(OSType code) {
-    std::string characters;
-    std::string shown;
-    for (const int shift : {24, 16, 8, 0}) {
-        const auto byte = static_cast<unsigned char>(code >> shift);
-        char escape[5];
-        std::snprintf(escape, sizeof escape, "\\x%02X", byte);
-        characters += static_cast<char>(byte);
-        shown += byte >= ' ' && byte <= '~' ? std::string(1, static_cast<char>(byte)) : escape;
-    }
-    Pascal string(std::string(code != 0 ? 4 : 0, ' '));
-    _OSTypeToString(code, string);
-    RequireText(PascalText(string), code != 0 ? characters : "");
-    Require(_StringToOSType(string) == code, "another code");
-    char text[5];
-    Require(_OSType2CStr(code, text) == 0, "an error");
-    RequireText(std::string(text, 5), characters + '\0');
-    Pascal display(code != 0 ? shown : "");
-    _OSTypeToDisplayString(code, display);
-    RequireText(PascalText(display), code != 0 ? shown : "");
-}
-
 void CheckCase(const std::string& text) {
     std::string upper = text;
     std::transform(text.begin(), text.end(), upper.begin(),
@@ -158,34 +136,10 @@ void CheckSize(unsigned long bytes) {
             "it is not trimmed");
 }
 
-void CheckBits(Input& input) {
-    unsigned long words[4] = {};
-    std::vector<bool> bits(128);
-    while (!input.IsOver()) {
-        const unsigned bit = input.Choice(128);
-        switch (input.Choice(3)) {
-        case 0:
-            _LongBitSet(words, bit);
-            bits[bit] = true;
-            break;
-        case 1:
-            _LongBitClear(words, bit);
-            bits[bit] = false;
-            break;
-        default:
-            _LongBitChange(words, bit);
-            bits[bit] = !bits[bit];
-            break;
-        }
-    }
-    for (unsigned bit = 0; bit < bits.size(); ++bit) {
-        Require(_LongBitTst(words, bit) == bits[bit], "another bit");
-    }
-}
 } // namespace
 
 void Fuzz(Input& input) {
-    switch (input.Choice(8)) {
+    switch (input.Choice(6)) {
     case 0: {
         const std::string one = input.Text(300);
         return CheckPascal(one, input.Text(300));
@@ -200,18 +154,14 @@ void Fuzz(Input& input) {
         return CheckDigits(number, input.Text(8));
     }
     case 3:
-        return CheckCode(static_cast<OSType>(input.Number()));
-    case 4:
         return CheckCase(input.Text(300));
-    case 5:
+    case 4:
         return CheckSize(static_cast<unsigned long>(input.Number()));
-    case 6: {
+    default: {
         const std::string text = input.Text(6000).c_str();
         Str255 string;
         Require(_FormatPWithCStr(string, "<%s>", text.c_str()) == string[0], "another count");
         return RequireText(PascalText(string), ('<' + text + '>').substr(0, longest));
     }
-    default:
-        return CheckBits(input);
     }
 }
