@@ -46,6 +46,17 @@ class Run {
         Require(stream.GetPosition() == static_cast<long>(position), "the position is wrong");
     }
 
+    /// The handle's owner cuts it, as the stream finds out when it is used next.
+    void CutHandle() {
+        const long size = static_cast<long>(input.Choice(bytes.size() + 1));
+        SetHandleSize(handle, size);
+        bytes.resize(static_cast<std::size_t>(size));
+        position = std::min(position, bytes.size());
+        char next = '?';
+        Require(stream.ReadData(&next, 1) == (Next(1).empty() ? ResultCode::EndOfData : 0),
+                "another end");
+    }
+
     void ReadAll() {
         Require(stream.SetPosition(0) == 0, "the start is not found");
         std::string all(bytes.size(), '?');
@@ -313,6 +324,9 @@ void OverHandle(Input& input) {
         Run run(input, stream, handle.Get());
         while (!input.IsOver()) {
             run.Operate();
+            if (input.Choice(16) == 1) {
+                run.CutHandle();
+            }
         }
         left = run.bytes.substr(0, static_cast<std::size_t>(stream.GetPosition()));
     }

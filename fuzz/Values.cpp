@@ -222,7 +222,9 @@ void CheckFilling(Input& input, ValueBlock block, ValueBlock from) {
         Require(error == (worth.isKnown ? ResultCode::NoError : unsupported), "another error");
         Require(AreEqual(block, before), "something is stored");
     }
-    if (from.type == ValueType::Text && block.type == ValueType::String) {
+    if (from.type == ValueType::Text) {
+        block = EmptyValueBlock(ValueType::String);
+        block.string.capacity = static_cast<short>(number);
         const long room = std::clamp<long>(block.string.capacity, 0, 255);
         Require(Text2ValueBlock(&from.text, &block) == 0, "a text is refused");
         Require(PascalText(block.string.string) ==
