@@ -31,6 +31,7 @@ void Append(std::string& bytes, const Record& record) {
 /// An array's record and storage. What the elements own are handles, each of its own, or null.
 ArrayBlock Any(Input& input, unsigned char type, bool isRow) {
     const unsigned count = input.Choice(6);
+    const unsigned char rowType = input.PickValueInArray(types); // row 0 tells that of all
     std::string bytes;
     for (unsigned i = 0; i < count; ++i) {
         Handle const owned = input.ConsumeBool() ? Storage(input, input.Text(8)) : nullptr;
@@ -41,8 +42,9 @@ ArrayBlock Any(Input& input, unsigned char type, bool isRow) {
         } else {
             DisposeIfThere(owned);
             if (type == ValueType::ArrayOfArrays && !isRow) {
-                const unsigned char rowType = input.PickValueInArray(types);
-                Append(bytes, ArrayRow{rowType, 0, Any(input, rowType, true)});
+                const bool isTrue = i == 0 || input.ConsumeBool();
+                const unsigned char said = isTrue ? rowType : input.PickValueInArray(types);
+                Append(bytes, ArrayRow{said, 0, Any(input, rowType, true)});
             } else if (type != ValueType::ArrayOfArrays) {
                 bytes += input.Text(16);
             }
