@@ -7,11 +7,13 @@ void* CXParam::GetPointerPtr() const {
     if (FourD::IsCompiled() == 0) {
         return storage;
     }
-    const auto* value = Storage<const ValueBlock>();
-    if (value == nullptr || value->type != ValueType::Pointer || value->pointer == nullptr) {
+    const auto* value = Storage<const unsigned char>(); // a ValueBlock that may lie unaligned
+    if (value == nullptr || value[offsetof(ValueBlock, type)] != ValueType::Pointer) {
         return nullptr;
     }
-    return *value->pointer;
+    Handle pointer = nullptr;
+    std::memcpy(&pointer, value + offsetof(ValueBlock, pointer), sizeof pointer);
+    return pointer != nullptr ? *pointer : nullptr;
 }
 
 void CXParam::GetString(unsigned char* out) const {
