@@ -48,6 +48,9 @@ using Statement = char[256];
 /// name the command or the whole is too long.
 void FormatDeclaration(char* out, short command, const char* before, unsigned char isInterprocess,
                        const unsigned char* name, const char* after) {
+    if (out == nullptr) {
+        return;
+    }
     out[0] = '\0';
     char commandName[256];
     if (command == 0 || NameOfCommand(command, commandName) != ResultCode::NoError) {

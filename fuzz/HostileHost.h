@@ -82,7 +82,8 @@ class HostileHost {
     /// Serves a call in place of the input, where it answers true.
     std::function<bool(Call&)> onCall;
 
-    /// A value of any type, or of this one, of which the host owns what it holds, or the plug-in.
+    /// A value of any type, or of this one, of which the host owns what it holds, or the plug-in;
+    /// arrays and pointers are always the host's.
     void FillValue(ValueBlock& value, bool isHosts, int type = -1);
     /// What a value holds becomes the host's.
     void Keep(const ValueBlock& value);
@@ -116,9 +117,14 @@ class HostileHost {
     long Serve(Call& call);
     bool ServeMemory(Call& call);
     bool ServeString(Call& call);
+    /// False for a string that the host does not have.
+    bool Release(const FDStringBlock& string) {
+        unsigned short* const units = string.units; // records are not aligned
+        return units == nullptr || strings.erase(units) == 1;
+    }
     void WriteWhereAsked(const Call& call, const CallFields& asked);
     void AnswerAddress(Call& call, const CallFields& asked);
-    void FillArray(ArrayBlock& array, unsigned char type, bool isHosts, int depth);
+    void FillArray(ArrayBlock& array, unsigned char type, int depth);
     /// A number that is not so large that whoever counts to it takes long.
     void Bound(long& number) { number %= 20; }
 
@@ -163,7 +169,7 @@ inline FDStringBlock HostileHost::AnyString() {
     return string;
 }
 
-inline void HostileHost::FillArray(ArrayBlock& array, unsigned char type, bool isHosts, int depth) {
+inline void HostileHost::FillArray(ArrayBlock& array, unsigned char type, int depth) {
     const long count = static_cast<long>(input.Choice(6));
     const long elementSize = ArrayStorage::FixedElementSize(type);
     array = {input.ConsumeBool() ? count - 1 : input.Number(), nullptr,
@@ -172,7 +178,7 @@ inline void HostileHost::FillArray(ArrayBlock& array, unsigned char type, bool i
                                 type == ValueType::ArrayOfArrays ||
                                 type == ValueType::UnicodeTextArray;
     if (!holdsAddresses) {
-        array.elements = AnyHandle(isHosts);
+        array.elements = AnyHandle(true);
         return;
     }
     const Handle elements = NewHandleClear(count * elementSize);
@@ -180,21 +186,19 @@ inline void HostileHost::FillArray(ArrayBlock& array, unsigned char type, bool i
     if (elements == nullptr) {
         return;
     }
-    if (isHosts) {
-        Keep(elements);
-    }
+    Keep(elements);
     HLock(elements);
     for (long i = 0; i < count; ++i) {
         char* const place = *elements + i * elementSize;
         if (type == ValueType::TextArray) {
             auto* text = reinterpret_cast<TextBlock*>(place);
-            *text = {input.ConsumeIntegral<short>(), AnyHandle(isHosts)};
+            *text = {input.ConsumeIntegral<short>(), AnyHandle(true)};
         } else if (type == ValueType::PictureArray) {
-            *reinterpret_cast<Handle*>(place) = version < 0x1100 ? AnyHandle(isHosts) : nullptr;
+            *reinterpret_cast<Handle*>(place) = version < 0x1100 ? AnyHandle(true) : nullptr;
         } else if (type == ValueType::ArrayOfArrays && depth == 0) {
             auto* row = reinterpret_cast<ArrayRow*>(place);
             row->type = static_cast<unsigned char>(ValueType::ArrayOfArrays + input.Choice(10));
-            FillArray(row->array, row->type, isHosts, depth + 1);
+            FillArray(row->array, row->type, depth + 1);
         }
     }
     HUnlock(elements);
@@ -217,7 +221,7 @@ inline void HostileHost::FillValue(ValueBlock& value, bool isHosts, int type) {
         value.blob.data = AnyHandle(isHosts);
         break;
     case ValueType::Pointer:
-        value.pointer = AnyHandle(isHosts, sizeof(PointerRecord));
+        value.pointer = AnyHandle(true, sizeof(PointerRecord));
         break;
     case ValueType::UnicodeText:
         value.unicode = isHosts ? FDStringBlock{} : AnyString();
@@ -232,7 +236,7 @@ inline void HostileHost::FillValue(ValueBlock& value, bool isHosts, int type) {
     case ValueType::StringArray:
     case ValueType::BooleanArray:
     case ValueType::UnicodeTextArray:
-        FillArray(value.array, value.type, isHosts, 0);
+        FillArray(value.array, value.type, 0);
         break;
     default:
         break;
@@ -250,7 +254,7 @@ inline void HostileHost::Keep(const ValueBlock& value) {
     case ValueType::Pointer:
         return Keep(value.pointer);
     case ValueType::UnicodeText:
-        strings.erase(value.unicode.units);
+        Require(Release(value.unicode), "a string that the host does not have is set");
         return;
     default: // what arrays hold was the host's before
         return;
@@ -287,8 +291,7 @@ inline bool HostileHost::ServeMemory(Call& call) {
 inline bool HostileHost::ServeString(Call& call) {
     FDStringBlock& string = call.engine->string;
     if (call.service == "DisposeFDString") {
-        Require(string.units == nullptr || strings.erase(string.units) == 1,
-                "a string that the host does not have is released");
+        Require(Release(string), "a string that the host does not have is released");
         return true;
     }
     if (input.IsOver() || input.Choice(8) == 0) {
@@ -301,8 +304,7 @@ inline bool HostileHost::ServeString(Call& call) {
         ++length;
     }
     if (call.service == "SetFDString") {
-        Require(string.units == nullptr || strings.erase(string.units) == 1,
-                "a string that the host does not have is set");
+        Require(Release(string), "a string that the host does not have is set");
     }
     auto units = std::make_unique<unsigned short[]>(static_cast<std::size_t>(length) + 1);
     std::copy_n(text, length, units.get());
@@ -375,7 +377,8 @@ inline void HostileHost::AnswerAddress(Call& call, const CallFields& asked) {
             edit->teLength = input.ConsumeIntegral<short>();
         }
     } else if (service == "EditPicture" || service == "EditFormula") {
-        if (input.ConsumeBool()) { // another one in its place
+        const bool isAccepted = isAnswered && fields.param1 != 0;
+        if ((isAccepted || service == "EditFormula") && input.ConsumeBool()) { // another one
             if (asked.handle != nullptr) {
                 DisposeHandle(asked.handle);
             }
@@ -393,7 +396,10 @@ inline void HostileHost::AnswerAddress(Call& call, const CallFields& asked) {
         if (call.engine != nullptr && (isAnswered || service == "StructureFolderPath")) {
             call.engine->string = AnyString();
         }
-    } else if (service == "GetFieldData" || service == "GetPackedRecord" ||
+    } else if (service == "GetFieldData") {
+        fields.param1 = static_cast<long>(input.Choice(40));
+        fields.handle = handle();
+    } else if (service == "GetPackedRecord" ||
                service == "PrintInfo" || service == "GetRes" || service == "ResTypeList" ||
                service == "ResIDList" || service == "ReadOnServer") {
         fields.handle = handle();

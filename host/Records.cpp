@@ -248,8 +248,8 @@ OSErr FourD::GetFieldData(short table, short field, ValueBlock* value) {
     OSErr error = GetFieldData(table, field, &data);
     if (error == ResultCode::NoError) {
         error = ValueOf(data, value);
-        if (error != ResultCode::NoError) {
-            DisposeFieldData(&data);
+        if (error != ResultCode::NoError || CarrierOf(data.type) != FieldCarrier::Bytes) {
+            DisposeFieldData(&data); // a handle that came with a number, too
         }
     }
     if (error != ResultCode::NoError) {

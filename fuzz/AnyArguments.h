@@ -1,0 +1,152 @@
+#pragma once
+
+#include "data/blocks/TextBlock.h"
+#include "fuzz/HostileHost.h"
+
+#include <deque>
+#include <tuple>
+#include <type_traits>
+
+/// What one call of a function is given, by the types of its parameters: plausible, or null. Texts
+/// are exactly as long as they say, places as large as the contract wants them; a place that may
+/// hold a text does. Handles, and those that come back, are the caller's, and go with this.
+class AnyArguments {
+  public:
+    AnyArguments(Input& bytes, HostileHost& itsHost) : input(bytes), host(itsHost) {}
+    ~AnyArguments() {
+        ToolboxFailAllocation(0);
+        for (const Handle& handle : handles) {
+            Dispose(handle);
+        }
+        for (const TextBlock& text : texts) {
+            Dispose(text.text);
+        }
+        for (FDStringBlock& string : strings) {
+            FourD::DisposeFDStringBlock(&string);
+        }
+    }
+    AnyArguments(const AnyArguments&) = delete;
+    AnyArguments& operator=(const AnyArguments&) = delete;
+
+    template <typename Result, typename... Parameters>
+    void Call(Result (*function)(Parameters...)) {
+        const std::tuple<Parameters...> made{Make<Parameters>()...}; // from left to right
+        FailSometimes();
+        if constexpr (std::is_same_v<Result, Handle>) {
+            Own(std::apply(function, made));
+        } else {
+            std::apply(function, made);
+        }
+    }
+
+    template <typename Class, typename Base, typename Result, typename... Parameters>
+    void CallOn(Class& object, Result (Base::*function)(Parameters...)) {
+        const std::tuple<Parameters...> made{Make<Parameters>()...};
+        FailSometimes();
+        std::apply([&](auto... each) { (object.*function)(each...); }, made);
+    }
+
+    template <typename Parameter>
+    Parameter Make() {
+        if constexpr (std::is_same_v<Parameter, double>) {
+            return input.ConsumeBool() ? static_cast<double>(input.Number())
+                                       : input.ConsumeFloatingPoint<double>();
+        } else if constexpr (std::is_arithmetic_v<Parameter>) {
+            return static_cast<Parameter>(input.Number());
+        } else if constexpr (!std::is_pointer_v<Parameter>) {
+            Parameter record;
+            input.Fill(record);
+            return record;
+        } else if constexpr (std::is_same_v<Parameter, GrafPort*>) {
+            return host.AnyWindow();
+        } else if constexpr (std::is_same_v<Parameter, void (*)(void*)>) {
+            return [](void*) {};
+        } else {
+            return input.Choice(12) != 0 ? Pointer<Parameter>() : nullptr;
+        }
+    }
+    /// So many bytes of the input, with nothing behind them.
+    char* Bytes(std::string text, std::size_t size) {
+        text.resize(size);
+        room.emplace_back(new char[size]);
+        text.copy(room.back().get(), size);
+        return room.back().get();
+    }
+
+    /// A handle that came back is the caller's.
+    void Own(Handle handle) { handles.push_back(handle); }
+
+    Input& input;
+    HostileHost& host;
+
+  private:
+    void FailSometimes() {
+        if (input.Choice(4) == 0) {
+            input.FailAnAllocation();
+        }
+    }
+    template <typename Parameter>
+    Parameter Pointer() {
+        using Target = std::remove_const_t<std::remove_pointer_t<Parameter>>;
+        constexpr std::size_t longestPath = 261;
+        if constexpr (std::is_same_v<Target, unsigned char>) {
+            const std::string text = input.Text(255);
+            const bool isIn = std::is_const_v<std::remove_pointer_t<Parameter>>;
+            return reinterpret_cast<Parameter>(
+                Bytes(static_cast<char>(text.size()) + text, isIn ? text.size() + 1 : 256));
+        } else if constexpr (std::is_same_v<Target, char>) {
+            const std::string text = input.Text(longestPath - 1);
+            const bool isIn = std::is_const_v<std::remove_pointer_t<Parameter>>;
+            return Bytes(text, isIn ? std::strlen(text.c_str()) + 1 : longestPath);
+        } else if constexpr (std::is_same_v<Target, unsigned short>) {
+            return reinterpret_cast<Parameter>(Bytes(input.Text(100), 4 * longestPath));
+        } else if constexpr (std::is_same_v<Parameter, Handle> ||
+                             std::is_same_v<Parameter, Picture**>) {
+            handles.push_back(host.AnyHandle(false));
+            return reinterpret_cast<Parameter>(handles.back());
+        } else if constexpr (std::is_same_v<Parameter, Handle*>) {
+            return &handles.emplace_back(nullptr);
+        } else if constexpr (std::is_same_v<Target, FDStringBlock>) {
+            return &strings.emplace_back(host.AnyString());
+        } else if constexpr (std::is_same_v<Target, TextBlock> ||
+                             std::is_same_v<Target, CTextBlock>) {
+            const auto length = static_cast<short>(input.Number());
+            return reinterpret_cast<Parameter>(
+                &texts.emplace_back(TextBlock{length, host.AnyHandle(false)}));
+        } else if constexpr (std::is_same_v<Target, ValueBlock>) {
+            Parameter value = reinterpret_cast<Parameter>(Bytes("", sizeof(ValueBlock)));
+            host.FillValue(*value, true);
+            return value;
+        } else if constexpr (std::is_void_v<Target> || std::is_same_v<Target, FDPictureBlock> ||
+                             std::is_same_v<Target, FourDDialog>) {
+            return reinterpret_cast<Parameter>(this); // looked into by nobody
+        } else {
+            return reinterpret_cast<Parameter>(
+                Bytes(input.ConsumeBytesAsString(sizeof(Target)), sizeof(Target)));
+        }
+    }
+    static void Dispose(Handle handle) {
+        if (ToolboxHandleOwner(handle) == HandleOwner::Host) {
+            ToolboxDisposeHostHandle(handle);
+        } else if (ToolboxHandleOwner(handle) == HandleOwner::Toolbox) {
+            DisposeHandle(handle);
+        }
+    }
+
+    std::deque<Handle> handles;
+    std::deque<FDStringBlock> strings;
+    std::deque<TextBlock> texts;
+    std::deque<std::unique_ptr<char[]>> room;
+};
+
+/// One of several functions of the same name.
+template <typename Signature>
+constexpr Signature* Pick(Signature* function) {
+    return function;
+}
+
+/// A call of this function with any arguments.
+template <auto Function>
+void CallWithAny(AnyArguments& arguments) {
+    arguments.Call(Function);
+}
