@@ -90,9 +90,8 @@ struct Commands {
     void UseResult(CXResult& result);
 
     Input& input;
-    FuzzPlug plug{std::vector<CommandEntry>{{"First", "", Handle},
-                                            {"None", "", nullptr},
-                                            {"Last", "", Handle}}};
+    FuzzPlug plug{std::vector<CommandEntry>{
+        {"First", "", Handle}, {"None", "", nullptr}, {"Last", "", Handle}}};
     HostileHost host;
     unsigned long programInfo = 0;
     CXParam* expected = nullptr;
@@ -181,8 +180,8 @@ void Commands::UsePointer(CXParam& param) {
     const unsigned long bits = gHost.HasEngine() ? compiled | 1UL << 23 : compiled;
     const void* target = lent.Address();
     if ((programInfo & bits) != 0) {
-        target = value.type == ValueType::Pointer && value.pointer != nullptr ? *value.pointer
-                                                                              : nullptr;
+        target =
+            value.type == ValueType::Pointer && value.pointer != nullptr ? *value.pointer : nullptr;
     }
     Require(param.GetPointerPtr() == target, "another target");
 }

@@ -19,45 +19,46 @@ constexpr std::array<Operation, sizeof...(Functions)> all = {CallWithAny<Functio
 
 constexpr auto operations = all<
     D::CreateFourDDialogContext, D::CreateFourDDialog, D::Close, D::ModalDialog, D::Cancel,
-    D::Validate, D::SwitchTo4DContext, D::SwitchToDlogContext, D::BeginUpdateVars,
-    D::EndUpdateVars, D::GotoPage, D::CurrentPage, D::GetLastObject, D::GotoVariable, D::GetVar,
-    D::SetVar, D::GetBooleanVar, D::SetBooleanVar, D::GetLongVar, D::SetLongVar,
-    D::GetNativeRealVar, D::SetNativeRealVar, D::GetStringVar,
-    Pick<void(D*, Name, Text)>(D::SetStringVar), Pick<void(D*, Name, short, short)>(D::SetStringVar),
-    D::GetTextVar, Pick<void(D*, Name, Handle)>(D::SetTextVar),
-    Pick<void(D*, Name, Text)>(D::SetTextVar), Pick<void(D*, Name, Name)>(D::SetTextVar),
-    D::SetPictureVar, D::GetDateVar, D::SetDateVar, D::GetTimeVar, D::SetTimeVar,
-    D::SetVarEnabled, D::SetVarVisible, D::SetObjVisible, D::SetEditable,
-    D::SetThreeStateCheckBox, D::SetNumVarMinMax, D::SetEntryFilter, D::SetEntryFormat,
-    Pick<void(D*, Name, Text)>(D::SetVarTitle), Pick<void(D*, Name, Name)>(D::SetVarTitle),
-    Pick<void(D*, Name, short, short)>(D::SetVarTitle), Pick<void(D*, Name, Text)>(D::SetObjTitle),
-    Pick<void(D*, Name, Name)>(D::SetObjTitle), Pick<void(D*, Name, short, short)>(D::SetObjTitle),
-    D::UpdateObjTitle, D::GetRect, D::Redraw, FourDDialog_SetUserData>;
+    D::Validate, D::SwitchTo4DContext, D::SwitchToDlogContext, D::BeginUpdateVars, D::EndUpdateVars,
+    D::GotoPage, D::CurrentPage, D::GetLastObject, D::GotoVariable, D::GetVar, D::SetVar,
+    D::GetBooleanVar, D::SetBooleanVar, D::GetLongVar, D::SetLongVar, D::GetNativeRealVar,
+    D::SetNativeRealVar, D::GetStringVar, Pick<void(D*, Name, Text)>(D::SetStringVar),
+    Pick<void(D*, Name, short, short)>(D::SetStringVar), D::GetTextVar,
+    Pick<void(D*, Name, Handle)>(D::SetTextVar), Pick<void(D*, Name, Text)>(D::SetTextVar),
+    Pick<void(D*, Name, Name)>(D::SetTextVar), D::SetPictureVar, D::GetDateVar, D::SetDateVar,
+    D::GetTimeVar, D::SetTimeVar, D::SetVarEnabled, D::SetVarVisible, D::SetObjVisible,
+    D::SetEditable, D::SetThreeStateCheckBox, D::SetNumVarMinMax, D::SetEntryFilter,
+    D::SetEntryFormat, Pick<void(D*, Name, Text)>(D::SetVarTitle),
+    Pick<void(D*, Name, Name)>(D::SetVarTitle), Pick<void(D*, Name, short, short)>(D::SetVarTitle),
+    Pick<void(D*, Name, Text)>(D::SetObjTitle), Pick<void(D*, Name, Name)>(D::SetObjTitle),
+    Pick<void(D*, Name, short, short)>(D::SetObjTitle), D::UpdateObjTitle, D::GetRect, D::Redraw,
+    FourDDialog_SetUserData>;
 
-constexpr auto arrays = all<
-    D::NewArrayLong, D::NewArrayReal, D::NewArrayString, D::NewArrayText, D::NewArrayPicture,
-    Pick<void(D*, Name, long, long)>(D::SetArrayElement),
-    Pick<void(D*, Name, long, double)>(D::SetArrayElement),
-    Pick<void(D*, Name, long, Text)>(D::SetArrayElement),
-    Pick<void(D*, Name, long, Name)>(D::SetArrayElement),
-    Pick<void(D*, Name, long, Handle)>(D::SetArrayElement),
-    Pick<void(D*, Name, long, Picture**)>(D::SetArrayElement),
-    Pick<void(D*, Name, long, long*)>(D::GetArrayElement),
-    Pick<void(D*, Name, long, double*)>(D::GetArrayElement),
-    Pick<void(D*, Name, long, unsigned char*)>(D::GetArrayElement),
-    Pick<void(D*, Name, long, char*)>(D::GetArrayElement),
-    Pick<void(D*, Name, long, Handle*)>(D::GetArrayElement), D::GetArraySize,
-    D::DeleteArrayElements, Pick<long(D*, Name, long)>(D::FindInArray),
-    Pick<long(D*, Name, double)>(D::FindInArray), Pick<long(D*, Name, Text)>(D::FindInArray),
-    Pick<long(D*, Name, Handle)>(D::FindInArray), D::LoadTextArrayFromResource,
-    D::LoadTextArrayFromTableNames, D::LoadTextArrayFromFieldNames, D::LoadTextArrayFromTTR,
-    D::LoadLongArrayFromResource, D::LoadStringArrayFromResource,
-    D::LoadLongAndStringArraysFromTKPLResource, D::NewTableFieldHList, D::ClearHList,
-    D::GetTableFieldFromHList, D::SetTableFieldInHList, D::GetDragInfo>;
+constexpr auto arrays =
+    all<D::NewArrayLong, D::NewArrayReal, D::NewArrayString, D::NewArrayText, D::NewArrayPicture,
+        Pick<void(D*, Name, long, long)>(D::SetArrayElement),
+        Pick<void(D*, Name, long, double)>(D::SetArrayElement),
+        Pick<void(D*, Name, long, Text)>(D::SetArrayElement),
+        Pick<void(D*, Name, long, Name)>(D::SetArrayElement),
+        Pick<void(D*, Name, long, Handle)>(D::SetArrayElement),
+        Pick<void(D*, Name, long, Picture**)>(D::SetArrayElement),
+        Pick<void(D*, Name, long, long*)>(D::GetArrayElement),
+        Pick<void(D*, Name, long, double*)>(D::GetArrayElement),
+        Pick<void(D*, Name, long, unsigned char*)>(D::GetArrayElement),
+        Pick<void(D*, Name, long, char*)>(D::GetArrayElement),
+        Pick<void(D*, Name, long, Handle*)>(D::GetArrayElement), D::GetArraySize,
+        D::DeleteArrayElements, Pick<long(D*, Name, long)>(D::FindInArray),
+        Pick<long(D*, Name, double)>(D::FindInArray), Pick<long(D*, Name, Text)>(D::FindInArray),
+        Pick<long(D*, Name, Handle)>(D::FindInArray), D::LoadTextArrayFromResource,
+        D::LoadTextArrayFromTableNames, D::LoadTextArrayFromFieldNames, D::LoadTextArrayFromTTR,
+        D::LoadLongArrayFromResource, D::LoadStringArrayFromResource,
+        D::LoadLongAndStringArraysFromTKPLResource, D::NewTableFieldHList, D::ClearHList,
+        D::GetTableFieldFromHList, D::SetTableFieldInHList, D::GetDragInfo>;
 
 void CallAny(Input& input, HostileHost& host) {
     AnyArguments arguments(input, host);
-    const std::span<const Operation> kind = input.ConsumeBool() ? std::span<const Operation>(operations) : arrays;
+    const std::span<const Operation> kind =
+        input.ConsumeBool() ? std::span<const Operation>(operations) : arrays;
     kind[input.Choice(kind.size())](arguments);
 }
 
@@ -77,9 +78,7 @@ struct OpenDialogs {
     void AddResources();
     bool Serve(HostileHost::Call& call);
     void DoAny();
-    bool IsThere(Dialog* dialog) const {
-        return std::ranges::find(open, dialog) != open.end();
-    }
+    bool IsThere(Dialog* dialog) const { return std::ranges::find(open, dialog) != open.end(); }
 
     Input& input;
     FuzzPlug plug;
@@ -91,7 +90,8 @@ struct OpenDialogs {
 
 class Dialog : public SXDialog {
   public:
-    Dialog(OpenDialogs& all, const char* form, short styles) : SXDialog(form, styles), dialogs(all) {
+    Dialog(OpenDialogs& all, const char* form, short styles)
+        : SXDialog(form, styles), dialogs(all) {
         dialogs.open.push_back(this);
     }
     ~Dialog() override { std::erase(dialogs.open, this); }

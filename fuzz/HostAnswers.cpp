@@ -26,20 +26,18 @@ constexpr auto aboutTheHost =
         _GetStructurePaths, _GetPrefsFolderPath, _GetMacGlobals, _GetPluginResID,
         GetFSSpecBy4DCommand, Hack4DStdColor, MapDefaultColorToSysColors4DSelector>;
 
-constexpr auto aboutProcesses =
-    all<Pick<OSErr(void*, const char*, long, long*)>(FourD::NewXProcess),
-        Pick<OSErr(char*, const unsigned char*, long, long*)>(FourD::NewXProcess),
-        FourD::KillXProcess, FourD::CurrentProcess, FourD::GetNumProcesses,
-        FourD::GetNumActiveProcesses, FourD::GetProcessState,
-        Pick<void(long, char*)>(FourD::GetProcessName),
-        Pick<void(long, unsigned char*)>(FourD::GetProcessName), FourD::GetProcessCName,
-        Pick<long(const unsigned char*)>(FourD::FindProcess),
-        Pick<long(const char*)>(FourD::FindProcess), FourD::IsUserProcess,
-        FourD::BringProcessToFront, FourD::PutProcessToSleep, FourD::WakeupProcess,
-        FourD::FreezeProcess, FourD::UnfreezeProcess, FourD::ShowProcess, FourD::HideProcess,
-        FourD::SetWindowProcess, FourD::GetNextEvent, FourD::PostProcessEvent,
-        FourD::IsProcessDying, FourD::YieldToOthers, FourD::YieldAbsolute, FourD::CheckFreeStack,
-        FourD::SetMessages, FourD::Quit>;
+constexpr auto aboutProcesses = all<
+    Pick<OSErr(void*, const char*, long, long*)>(FourD::NewXProcess),
+    Pick<OSErr(char*, const unsigned char*, long, long*)>(FourD::NewXProcess), FourD::KillXProcess,
+    FourD::CurrentProcess, FourD::GetNumProcesses, FourD::GetNumActiveProcesses,
+    FourD::GetProcessState, Pick<void(long, char*)>(FourD::GetProcessName),
+    Pick<void(long, unsigned char*)>(FourD::GetProcessName), FourD::GetProcessCName,
+    Pick<long(const unsigned char*)>(FourD::FindProcess),
+    Pick<long(const char*)>(FourD::FindProcess), FourD::IsUserProcess, FourD::BringProcessToFront,
+    FourD::PutProcessToSleep, FourD::WakeupProcess, FourD::FreezeProcess, FourD::UnfreezeProcess,
+    FourD::ShowProcess, FourD::HideProcess, FourD::SetWindowProcess, FourD::GetNextEvent,
+    FourD::PostProcessEvent, FourD::IsProcessDying, FourD::YieldToOthers, FourD::YieldAbsolute,
+    FourD::CheckFreeStack, FourD::SetMessages, FourD::Quit>;
 
 constexpr auto aboutStatements =
     all<Pick<OSErr(const char*)>(FourD::ExecProc), Pick<void(unsigned char*)>(FourD::ExecProc),
@@ -66,33 +64,32 @@ constexpr auto aboutValues =
 
 constexpr auto aboutRecords =
     all<FourD::CountFiles, FourD::CountFields, FourD::GetFieldType, FourD::GetFileName,
-        FourD::GetFileNameC, FourD::GetFileFieldNum, FourD::GetFieldInfo,
-        FourD::RecordsInSelection, FourD::GotoSelectedRecord, FourD::GotoRecord,
-        FourD::RecordNumber, FourD::SelectedRecordNumber, FourD::NewRecord, FourD::UpdateRecord,
-        FourD::GetPackedRecord, FourD::SetPackedRecord, FourD::DeleteRecord, FourD::AllRecords,
-        FourD::AcquirePrinter, FourD::ReleasePrinter, FourD::IsPrinterBusy, FourD::GetPrintInfo,
-        FourD::TipsEnabled, FourD::SetTipsEnabled, FourD::CreateTip, FourD::ReadOnServer,
-        FourD::WriteOnServer, FourD::Open4DResFile, FourD::Create4DResFile, FourD::Close4DResFile,
-        FourD::Update4DResFile, FourD::GetStruct4DResFileRef, FourD::Count4DResTypes,
-        FourD::GetIndResType, FourD::Get4DResTypeList, FourD::Count4DRes, FourD::GetInd4DResID,
-        FourD::Get4DResIDList, FourD::Get4DResName, FourD::Set4DResName,
-        FourD::Get4DResTimestamp, FourD::Get4DRes, FourD::Set4DRes, FourD::Add4DRes,
-        FourD::Del4DRes, FourD::GetUnique4DResID>;
+        FourD::GetFileNameC, FourD::GetFileFieldNum, FourD::GetFieldInfo, FourD::RecordsInSelection,
+        FourD::GotoSelectedRecord, FourD::GotoRecord, FourD::RecordNumber,
+        FourD::SelectedRecordNumber, FourD::NewRecord, FourD::UpdateRecord, FourD::GetPackedRecord,
+        FourD::SetPackedRecord, FourD::DeleteRecord, FourD::AllRecords, FourD::AcquirePrinter,
+        FourD::ReleasePrinter, FourD::IsPrinterBusy, FourD::GetPrintInfo, FourD::TipsEnabled,
+        FourD::SetTipsEnabled, FourD::CreateTip, FourD::ReadOnServer, FourD::WriteOnServer,
+        FourD::Open4DResFile, FourD::Create4DResFile, FourD::Close4DResFile, FourD::Update4DResFile,
+        FourD::GetStruct4DResFileRef, FourD::Count4DResTypes, FourD::GetIndResType,
+        FourD::Get4DResTypeList, FourD::Count4DRes, FourD::GetInd4DResID, FourD::Get4DResIDList,
+        FourD::Get4DResName, FourD::Set4DResName, FourD::Get4DResTimestamp, FourD::Get4DRes,
+        FourD::Set4DRes, FourD::Add4DRes, FourD::Del4DRes, FourD::GetUnique4DResID>;
 
 constexpr auto aboutWindows =
-    all<FourD::LMGetWindowList, FourD::GetFrontmostWindow, FourD::GetNextMacWindow,
-        FourD::IsWindow, FourD::WindowKind, FourD::IsRegularWindow, FourD::IsModalDialog,
-        FourD::IsExternalWindow, FourD::IsFloatingWindow, FourD::GetWindowProcess,
-        FourD::MacPortToHWND, FourD::GetUpdateHDC, FourD::GetFrontmostNonFloatingWindow,
-        FourD::GetFrontmostNonFloatingWindowOfProcess, FourD::GetFrontmostWindowOfProcess,
-        FourD::FloatingWindow, FourD::Get4DServerMainWindow, FourD::GetWindowContentRegion,
-        FourD::SetExWindowTitle, FourD::LMGetHiliteColor, FourD::IsDebuggerWindow,
-        FourD::HasDebuggerWindowOpen, FourD::IsProcEditWindow, FourD::GetFrontmostProcEditWindow,
-        FourD::GetProcEditTE, FourD::CalcProcEditLine, FourD::GetCurrentTE,
-        FourD::GetFocusedWindow, FourD::IsWindowFocused, FourD::IsWindowFocusable,
-        FourD::SetWindowFocused, FourD::SetWindowFocusable, FourD::GetFourDDialogFromWindow,
-        FourD::GetWindowFromFourDDialog, FourD::MacToAnsiCString, FourD::AnsiToMacCString,
-        FourD::AnsiToMacPString, FourD::CopyCharsToUniChars, FourD::CopyPStrToUniChars>;
+    all<FourD::LMGetWindowList, FourD::GetFrontmostWindow, FourD::GetNextMacWindow, FourD::IsWindow,
+        FourD::WindowKind, FourD::IsRegularWindow, FourD::IsModalDialog, FourD::IsExternalWindow,
+        FourD::IsFloatingWindow, FourD::GetWindowProcess, FourD::MacPortToHWND, FourD::GetUpdateHDC,
+        FourD::GetFrontmostNonFloatingWindow, FourD::GetFrontmostNonFloatingWindowOfProcess,
+        FourD::GetFrontmostWindowOfProcess, FourD::FloatingWindow, FourD::Get4DServerMainWindow,
+        FourD::GetWindowContentRegion, FourD::SetExWindowTitle, FourD::LMGetHiliteColor,
+        FourD::IsDebuggerWindow, FourD::HasDebuggerWindowOpen, FourD::IsProcEditWindow,
+        FourD::GetFrontmostProcEditWindow, FourD::GetProcEditTE, FourD::CalcProcEditLine,
+        FourD::GetCurrentTE, FourD::GetFocusedWindow, FourD::IsWindowFocused,
+        FourD::IsWindowFocusable, FourD::SetWindowFocused, FourD::SetWindowFocusable,
+        FourD::GetFourDDialogFromWindow, FourD::GetWindowFromFourDDialog, FourD::MacToAnsiCString,
+        FourD::AnsiToMacCString, FourD::AnsiToMacPString, FourD::CopyCharsToUniChars,
+        FourD::CopyPStrToUniChars>;
 
 /// Only on hosts from 11.0 on.
 constexpr auto ofTheEngine =
@@ -272,9 +269,9 @@ void Fuzz(Input& input) {
     HostileHost host(input, HostileHost::AnyVersion(input));
     AddResources(input);
     host.Start();
-    const std::span<const Operation> kinds[] = {
-        aboutTheHost, aboutProcesses, aboutStatements, aboutValues,      aboutRecords,
-        aboutWindows, others,         ofTheEngine,     othersOfTheEngine};
+    const std::span<const Operation> kinds[] = {aboutTheHost, aboutProcesses, aboutStatements,
+                                                aboutValues,  aboutRecords,   aboutWindows,
+                                                others,       ofTheEngine,    othersOfTheEngine};
     const unsigned ofClassicHosts = 7;
     while (!input.IsOver()) {
         const unsigned count = gHost.HasEngine() ? std::size(kinds) : ofClassicHosts;

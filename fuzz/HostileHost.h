@@ -82,6 +82,9 @@ class HostileHost {
     /// Serves a call in place of the input, where it answers true.
     std::function<bool(Call&)> onCall;
 
+    /// What values are of more often than not; -1 for any type alike.
+    int likelyType = -1;
+
     /// A value of any type, or of this one, of which the host owns what it holds, or the plug-in;
     /// arrays and pointers are always the host's.
     void FillValue(ValueBlock& value, bool isHosts, int type = -1);
@@ -206,7 +209,10 @@ inline void HostileHost::FillArray(ArrayBlock& array, unsigned char type, int de
 
 inline void HostileHost::FillValue(ValueBlock& value, bool isHosts, int type) {
     input.Fill(value);
-    value.type = static_cast<unsigned char>(type >= 0 ? type : value.type % 40);
+    if (type < 0) {
+        type = likelyType >= 0 && input.Choice(4) != 0 ? likelyType : value.type % 40;
+    }
+    value.type = static_cast<unsigned char>(type);
     switch (value.type) {
     case ValueType::Text:
         value.text.text = AnyHandle(isHosts);
@@ -399,9 +405,8 @@ inline void HostileHost::AnswerAddress(Call& call, const CallFields& asked) {
     } else if (service == "GetFieldData") {
         fields.param1 = static_cast<long>(input.Choice(40));
         fields.handle = handle();
-    } else if (service == "GetPackedRecord" ||
-               service == "PrintInfo" || service == "GetRes" || service == "ResTypeList" ||
-               service == "ResIDList" || service == "ReadOnServer") {
+    } else if (service == "GetPackedRecord" || service == "PrintInfo" || service == "GetRes" ||
+               service == "ResTypeList" || service == "ResIDList" || service == "ReadOnServer") {
         fields.handle = handle();
     } else if (service == "DialogGetUserData") {
         fields.handle = nullptr;

@@ -100,9 +100,9 @@ class Server : public FuzzPlug {
 
     Input& input;
     HostileHost host;
-    std::list<std::shared_ptr<Call>> calls; ///< whose answers can be read
+    std::list<std::shared_ptr<Call>> calls;   ///< whose answers can be read
     std::map<char*, unsigned long> handedOut; ///< identifiers, big-endian
-    long written = 0;                         ///< the call that is being written, and its parameters
+    long written = 0; ///< the call that is being written, and its parameters
     std::string parameters;
     bool canConnect = false;
     int depth = 0;
@@ -167,7 +167,8 @@ void Server::Read(long id) {
     Require(answer != nullptr || block.dataSize == 0, "nothing has a size");
     const auto call = Find(id);
     const bool isThere = call != calls.end() && (*call)->answer.has_value();
-    Require((answer != nullptr) == isThere, isThere ? "an answer is lost" : "an answer of nobody's");
+    Require((answer != nullptr) == isThere,
+            isThere ? "an answer is lost" : "an answer of nobody's");
     if (isThere) {
         const std::string found(answer, static_cast<std::size_t>(block.dataSize));
         Require(found == *(*call)->answer, "the answer differs");

@@ -1,6 +1,7 @@
 // Variables, which the host answers with any bytes, and arrays in them.
 
 #include "data/Variables.h"
+
 #include "fuzz/AnyArguments.h"
 
 namespace {
@@ -15,10 +16,6 @@ void On(AnyArguments& arguments, const char* name) {
 template <typename Variable, auto... Functions>
 constexpr std::array<Operation, sizeof...(Functions)> of = {On<Variable, Functions>...};
 
-template <typename Class, typename Result, typename... Parameters>
-constexpr auto Member(Result (Class::*function)(Parameters...)) {
-    return function;
-}
 /// One of several members of the same name that answer nothing.
 template <typename Class, typename... Parameters>
 constexpr auto One(void (Class::*function)(Parameters...)) {
@@ -28,17 +25,16 @@ constexpr auto One(void (Class::*function)(Parameters...)) {
 constexpr auto ofLong =
     of<CFourDLongVar, &CFourDLongVar::GetLongValue, &CFourDLongVar::SetLongValue,
        &CFourDLongVar::Declare, &CFourDLongVar::DefinedType>;
-constexpr auto ofText =
-    of<CFourDTextVar, &CFourDTextVar::GetTextLength,
-       One<CFourDTextVar, char***>(&CFourDTextVar::GetTextValue),
-       One<CFourDTextVar, char**>(&CFourDTextVar::SetTextValue),
-       One<CFourDTextVar, char*>(&CFourDTextVar::GetTextValue),
-       One<CFourDTextVar, char*>(&CFourDTextVar::SetTextValue),
-       One<CFourDTextVar, CTextBlock*>(&CFourDTextVar::GetTextValue),
-       One<CFourDTextVar, CTextBlock*>(&CFourDTextVar::SetTextValue)>;
-constexpr auto ofBlob = of<CFourDBlobVar, &CFourDBlobVar::GetBlobSize,
-                           &CFourDBlobVar::GetBlobValue, &CFourDBlobVar::SetBlobValue>;
-constexpr auto ofScalars =
+constexpr auto ofText = of<CFourDTextVar, &CFourDTextVar::GetTextLength,
+                           One<CFourDTextVar, char***>(&CFourDTextVar::GetTextValue),
+                           One<CFourDTextVar, char**>(&CFourDTextVar::SetTextValue),
+                           One<CFourDTextVar, char*>(&CFourDTextVar::GetTextValue),
+                           One<CFourDTextVar, char*>(&CFourDTextVar::SetTextValue),
+                           One<CFourDTextVar, CTextBlock*>(&CFourDTextVar::GetTextValue),
+                           One<CFourDTextVar, CTextBlock*>(&CFourDTextVar::SetTextValue)>;
+constexpr auto ofBlob = of<CFourDBlobVar, &CFourDBlobVar::GetBlobSize, &CFourDBlobVar::GetBlobValue,
+                           &CFourDBlobVar::SetBlobValue>;
+constexpr auto ofBoolean =
     of<CFourDBooleanVar, &CFourDBooleanVar::GetBooleanValue, &CFourDBooleanVar::SetBooleanValue>;
 constexpr auto ofReal =
     of<CFourDRealVar, &CFourDRealVar::GetRealValue, &CFourDRealVar::SetRealValue>;
@@ -148,13 +144,28 @@ void Fuzz(Input& input) {
     HostileHost host(input, HostileHost::AnyVersion(input));
     host.Start();
     static constexpr Operation whole[] = {UseAnyVariable, UseArray};
-    const std::span<const Operation> kinds[] = {
-        whole,    ofLong,    ofText,      ofBlob,      ofScalars,   ofReal,    ofString,
-        ofPointer, ofLongArray, ofTextArray, ofRealArray, ofLongRows, ofTextRows};
+    const struct {
+        int type;
+        std::span<const Operation> operations;
+    } kinds[] = {{-1, whole},
+                 {ValueType::Long, ofLong},
+                 {ValueType::Text, ofText},
+                 {ValueType::Blob, ofBlob},
+                 {ValueType::Boolean, ofBoolean},
+                 {ValueType::Real, ofReal},
+                 {ValueType::String, ofString},
+                 {ValueType::Pointer, ofPointer},
+                 {ValueType::LongArray, ofLongArray},
+                 {ValueType::TextArray, ofTextArray},
+                 {ValueType::RealArray, ofRealArray},
+                 {ValueType::ArrayOfArrays, ofLongRows},
+                 {ValueType::ArrayOfArrays, ofTextRows},
+                 {ValueType::UnicodeTextArray, whole}};
     while (!input.IsOver()) {
-        const std::span<const Operation> kind = kinds[input.Choice(std::size(kinds))];
+        const auto& [type, operations] = kinds[input.Choice(std::size(kinds))];
+        host.likelyType = type;
         AnyArguments arguments(input, host);
-        kind[input.Choice(kind.size())](arguments, arguments.Make<const char*>());
+        operations[input.Choice(operations.size())](arguments, arguments.Make<const char*>());
     }
     HostileHost::Stop();
 }

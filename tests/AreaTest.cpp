@@ -539,6 +539,20 @@ TEST_F(AreaTest, AnAreaGoesOnceWhateverItsHooksThrowAndDelete) {
     EXPECT_EQ(slot, nullptr);
     EXPECT_THAT(TestArea::living, IsEmpty());
 
+    TestArea::inHandler = [] { // deleted, and another one in its place, before it throws
+        TestArea::hook.clear();
+        self->Send(17);
+        AreaInitBlock another = {};
+        self->Send(602, reinterpret_cast<unsigned long>(&another));
+        TestArea::hook = "throw in init";
+    };
+    TestArea::hook = "init";
+    send(602);
+    EXPECT_EQ(TestArea::living.size(), 1);
+    EXPECT_TRUE(TestArea::living.contains(static_cast<TestArea*>(slot)));
+    TestArea::inHandler = nullptr;
+    send(17);
+
     TestArea::hook.clear();
     Create();
     TestArea::hook = "throw in close";

@@ -377,7 +377,7 @@ class AreaOfDialog : public CXArea {
     using CXArea::dialog, CXArea::onPage;
 };
 
-/// Keeps no list of its areas, and may delete one in its first event.
+/// Keeps no list of its areas, and may delete one in its first event, or throw.
 class AreaOfDialogManager : public CXAreaManager {
   public:
     ~AreaOfDialogManager() override { EXPECT_EQ(living, 0); }
@@ -388,6 +388,9 @@ class AreaOfDialogManager : public CXAreaManager {
     void DispatchEvent(EventRecord* event, Rect* rect, unsigned char* name,
                        CXArea** area) override {
         CXArea* const before = *area;
+        if (event->what == 0 && throwsFirst) {
+            throw std::string("the author's");
+        }
         CXAreaManager::DispatchEvent(event, rect, name, area);
         if (event->what == 0 && deletesFirst) {
             CXArea* place = before; // the framework's own keeps the area
@@ -397,6 +400,7 @@ class AreaOfDialogManager : public CXAreaManager {
     }
     int living = 0;
     bool deletesFirst = false;
+    bool throwsFirst = false;
 };
 
 TEST_P(DialogTest, HoldsAreasOfThePlugIn) {
@@ -411,6 +415,10 @@ TEST_P(DialogTest, HoldsAreasOfThePlugIn) {
         manager.deletesFirst = true;
         EXPECT_EQ(FourDDialog::SetupPluginArea(dialog.dialog, "map", &manager, 0), nullptr);
         manager.deletesFirst = false;
+        EXPECT_EQ(manager.living, 0);
+        manager.throwsFirst = true;
+        EXPECT_THROW(FourDDialog::SetupPluginArea(dialog.dialog, "map", &manager, 0), std::string);
+        manager.throwsFirst = false;
         EXPECT_EQ(manager.living, 0);
         EXPECT_EQ(ToolboxLivePointers(), 0);
         // A host that answers an error may keep the handler all the same.

@@ -190,6 +190,20 @@ TEST_P(RecordsTest, FieldsOfEveryTypeTravelBothWays) {
     }
 }
 
+// A typed value has no place for it.
+TEST_P(RecordsTest, AHandleBesideANumberIsReleased) {
+    const ClassicCallBack classic =
+        std::exchange(gHost.classicCallBack, [](long, ParameterBlock* block) {
+            block->param1 = FieldType::Long;
+            block->handle = NewHandle(4);
+            return 0L;
+        });
+    ValueBlock value;
+    EXPECT_EQ(FourD::GetFieldData(1, 1, &value), 0);
+    EXPECT_EQ(value.type, ValueType::Long);
+    gHost.classicCallBack = classic;
+}
+
 TEST_P(RecordsTest, ValuesThatFitNoFieldAreRefused) {
     GoTo(0);
     ValueBlock value = {};

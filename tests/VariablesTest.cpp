@@ -76,6 +76,7 @@ TEST_P(VariablesTest, DeclarationsAreBuiltFromTheHostsNames) {
         EXPECT_EQ(Declaration(CFourDBase2DArrayVar("v", row.elementType, 1)),
                   command.empty() ? "" : command + "(<>v;0;0)");
     }
+    CFourDLongVar("v").GetDeclaration(nullptr);
     EXPECT_EQ(Declaration(CFourDStringVar("\xD7v")), "ALPHA(255;<>v)");
     const std::string name(40, 'n'); // cut
     EXPECT_EQ(Declaration(CFourDLongVar(name.c_str())), "ENTIER LONG(" + name.substr(9) + ")");

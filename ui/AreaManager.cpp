@@ -134,7 +134,9 @@ void CXAreaManager::HandleNewArea(AreaParams* params, CXArea** area) {
     LinkArea(made.get());
     const CXArea::Scope scope(*made);
     const auto takeBack = [&](CXArea* failed) {
-        *area = nullptr;
+        if (*area == failed) { // it may have been deleted, and another one made in its place
+            *area = nullptr;
+        }
         UnlinkArea(failed);
         failed->Delete();
     };
@@ -317,7 +319,13 @@ CXArea* FourDDialog::SetupPluginArea(FourDDialog* dialog, const char* objectName
     }
     const CXArea::Scope scope(*area);
     event = {};
-    manager->DispatchEvent(&event, &rect, name, &record->area);
+    try {
+        manager->DispatchEvent(&event, &rect, name, &record->area);
+    } catch (...) { // the host has yet to hear of it, and will never close it
+        event.what = AreaEvent::Delete;
+        manager->DispatchEvent(&event, &rect, name, &record->area);
+        throw;
+    }
     if (scope.IsDoomed()) { // in its first event
         return nullptr;
     }
