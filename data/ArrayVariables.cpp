@@ -1,3 +1,4 @@
+#include "data/blocks/Handles.h"
 #include "data/Variables.h"
 #include "platform/ResultCodes.h"
 
@@ -31,8 +32,11 @@ template <typename Change>
 void CFourDBaseArrayVar::ChangeArray(ArrayTest isExpected, Change change) {
     ValueBlock value{};
     CArray* array = ReadArray(value, isExpected);
-    if (array != nullptr && change(*array) == ResultCode::NoError) {
-        SetValue(&value, 0);
+    const bool hadStorage = array == nullptr || value.array.elements != nullptr;
+    const bool isRefused = array != nullptr && change(*array) == ResultCode::NoError &&
+                           SetValue(&value, 0) != ResultCode::NoError;
+    if (isRefused && !hadStorage) {
+        DisposeIfThere(value.array.elements);
     }
 }
 

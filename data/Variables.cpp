@@ -124,6 +124,12 @@ short CFourDBaseVar::DefinedType() {
                                                    : short{ValueType::Undefined};
 }
 
+bool CFourDBaseVar::IsEmpty(const ValueBlock& value) {
+    return value.type == ValueType::Text
+               ? value.text.text == nullptr
+               : value.type == ValueType::Blob && value.blob.data == nullptr;
+}
+
 bool CFourDBaseVar::Read(ValueBlock& value) {
     return GetValue(&value) == ResultCode::NoError && value.type == fType;
 }

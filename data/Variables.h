@@ -103,12 +103,18 @@ class CFourDBaseVar {
   protected:
     /// Reads the variable; false when that fails or it is of another type.
     bool Read(ValueBlock& value);
+    /// Whether a text or BLOB has no handle.
+    static bool IsEmpty(const ValueBlock& value);
     /// Changes the value in place and gives it back, unless `change` fails.
     template <typename Change>
     void ChangeValue(Change change) {
         ValueBlock value{};
-        if (Read(value) && change(value) == ResultCode::NoError) {
-            SetValue(&value, 0);
+        const bool isRead = Read(value);
+        const bool wasEmpty = IsEmpty(value);
+        const bool isRefused = isRead && change(value) == ResultCode::NoError &&
+                               SetValue(&value, 0) != ResultCode::NoError;
+        if (isRefused && wasEmpty) {
+            FreeValueBlock(&value); // what was made for it
         }
     }
     template <typename Number>

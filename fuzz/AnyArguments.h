@@ -90,16 +90,16 @@ class AnyArguments {
         using Target = std::remove_const_t<std::remove_pointer_t<Parameter>>;
         constexpr std::size_t longestPath = 261;
         if constexpr (std::is_same_v<Target, unsigned char>) {
-            const std::string text = input.Text(255);
+            const std::string text = host.AnyText(255);
             const bool isIn = std::is_const_v<std::remove_pointer_t<Parameter>>;
             return reinterpret_cast<Parameter>(
                 Bytes(static_cast<char>(text.size()) + text, isIn ? text.size() + 1 : 256));
         } else if constexpr (std::is_same_v<Target, char>) {
-            const std::string text = input.Text(longestPath - 1);
+            const std::string text = host.AnyText(longestPath - 1);
             const bool isIn = std::is_const_v<std::remove_pointer_t<Parameter>>;
             return Bytes(text, isIn ? std::strlen(text.c_str()) + 1 : longestPath);
         } else if constexpr (std::is_same_v<Target, unsigned short>) {
-            return reinterpret_cast<Parameter>(Bytes(input.Text(100), 4 * longestPath));
+            return reinterpret_cast<Parameter>(Bytes(host.AnyText(100), 4 * longestPath));
         } else if constexpr (std::is_same_v<Parameter, Handle> ||
                              std::is_same_v<Parameter, Picture**>) {
             handles.push_back(host.AnyHandle(false));

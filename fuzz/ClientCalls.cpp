@@ -46,7 +46,7 @@ class Client {
   public:
     explicit Client(Input& bytes) : input(bytes), host(bytes, HostileHost::AnyVersion(bytes)) {
         host.onCall = [this](HostileHost::Call& call) { return Serve(call); };
-        host.Start();
+        host.Start(input.ConsumeBool());
         for (const Request& request : requests) {
             RequireIdentification(request);
         }

@@ -144,7 +144,7 @@ void OpenDialogs::AddResources() {
     ToolboxAddResFile(resourceFile);
     UseResFile(resourceFile);
     for (const OSType type : types) {
-        const std::string bytes = input.Text(600);
+        const std::string bytes = host.AnyText(600);
         ToolboxAddResource(resourceFile, type, 1, "F", bytes.data(),
                            static_cast<long>(bytes.size()));
     }

@@ -253,11 +253,11 @@ constexpr Operation othersOfTheEngine[] = {
 };
 
 /// Resources of the plug-in, of the types that calls look for.
-void AddResources(Input& input) {
+void AddResources(Input& input, HostileHost& host) {
     ToolboxAddResFile(resourceFile);
     UseResFile(resourceFile);
     for (const OSType type : types) {
-        const std::string bytes = input.Text(400);
+        const std::string bytes = host.AnyText(400);
         ToolboxAddResource(resourceFile, type, static_cast<short>(input.Choice(3)), "Name",
                            bytes.data(), static_cast<long>(bytes.size()));
     }
@@ -267,8 +267,8 @@ void AddResources(Input& input) {
 void Fuzz(Input& input) {
     FuzzPlug plug;
     HostileHost host(input, HostileHost::AnyVersion(input));
-    AddResources(input);
-    host.Start();
+    AddResources(input, host);
+    host.Start(input.ConsumeBool());
     const std::span<const Operation> kinds[] = {aboutTheHost, aboutProcesses, aboutStatements,
                                                 aboutValues,  aboutRecords,   aboutWindows,
                                                 others,       ofTheEngine,    othersOfTheEngine};

@@ -72,10 +72,13 @@ class HostileHost {
                                                0x1120, 0x1130, 0x1200, 0x121F, 0x1220, 0x1290};
         return versions[input.Choice(std::size(versions))];
     }
-    /// Starts and stops the plug-in, as far as the entry points see.
-    void Start() {
+    /// Starts and stops the plug-in. What it asks for as it starts is nothing but its windows,
+    /// unless the input is to say that, too.
+    void Start(bool withAnyAnswers = false) {
+        isQuiet = !withAnyAnswers;
         PackInitBlock init{version, {}, Classic, 0, Engine};
         FourDPack(-1, &init, nullptr, nullptr);
+        isQuiet = false;
     }
     static void Stop() { FourDPack(-2, nullptr, nullptr, nullptr); }
 
@@ -102,6 +105,13 @@ class HostileHost {
         return which < std::size(windows) ? &windows[which] : nullptr;
     }
     FDStringBlock AnyString();
+    /// Mostly short ones, so that the first do not use the input up.
+    std::string AnyText(std::size_t longest) {
+        const unsigned kind = input.Choice(4);
+        const std::size_t most = kind == 3 ? longest : std::min<std::size_t>(longest, 3 * kind);
+        return input.ConsumeBytesAsString(
+            input.ConsumeIntegralInRange<std::size_t>(kind == 3 ? 0 : most, most));
+    }
 
   private:
     static long __attribute__((__cdecl__)) Classic(long selector, ParameterBlock* block) {
@@ -134,6 +144,7 @@ class HostileHost {
     static inline HostileHost* current = nullptr;
     Input& input;
     unsigned short version;
+    bool isQuiet = false;
     std::set<Handle> kept;
     std::map<unsigned short*, std::unique_ptr<unsigned short[]>> strings;
     std::array<GrafPort, 3> windows{};
@@ -146,7 +157,7 @@ inline Handle HostileHost::AnyHandle(bool isHosts, std::size_t least) {
     if (kind == 0) {
         return nullptr;
     }
-    std::string bytes = input.Text(80);
+    std::string bytes = AnyText(80);
     bytes.resize(std::max(bytes.size(), least));
     const auto size = static_cast<Size>(bytes.size());
     const Handle handle = kind == 1 && isHosts ? ToolboxNewHostHandle(size) : NewHandle(size);
@@ -160,7 +171,7 @@ inline Handle HostileHost::AnyHandle(bool isHosts, std::size_t least) {
 }
 
 inline FDStringBlock HostileHost::AnyString() {
-    const std::string bytes = input.Text(40);
+    const std::string bytes = AnyText(40);
     if (bytes.empty()) {
         return {input.ConsumeBool() ? 0 : -1, nullptr, {}};
     }
@@ -430,23 +441,35 @@ inline long HostileHost::Serve(Call& call) {
         return -1;
     }
     const CallFields asked = fields;
-    if (input.Choice(4) == 0) {
+    if (isQuiet) {
+        if (call.service == "MacGlobals") {
+            fields.handle = reinterpret_cast<Handle>(globals.data());
+        }
+        return 0;
+    }
+    switch (input.Choice(4)) {
+    case 0:
         input.Fill(fields);
-        fields.value.real.value = static_cast<double>(input.Number());
-    } else {
-        fields.param1 = input.Number();
-        fields.param2 = input.Number();
-        const std::string name = input.Text(64);
+        break;
+    case 1: {
+        const std::string name = AnyText(64);
         fields.name[0] = static_cast<unsigned char>(input.ConsumeBool() ? name.size() : 255);
         std::copy(name.begin(), name.end(), fields.name + 1);
-    }
-    const std::string text = input.Text(call.text.size());
-    std::copy(text.begin(), text.end(), call.text.begin());
-    if (call.engine != nullptr && input.ConsumeBool()) {
-        for (unsigned short* units : {call.engine->uniName, call.engine->uniText}) {
-            const std::string bytes = input.Text(sizeof call.engine->uniName);
-            bytes.copy(reinterpret_cast<char*>(units), bytes.size());
+        const std::string text = AnyText(call.text.size());
+        std::copy(text.begin(), text.end(), call.text.begin());
+        if (call.engine != nullptr) {
+            for (unsigned short* units : {call.engine->uniName, call.engine->uniText}) {
+                const std::string bytes = AnyText(sizeof call.engine->uniName);
+                bytes.copy(reinterpret_cast<char*>(units), bytes.size());
+            }
         }
+        break;
+    }
+    default:
+        fields.param1 = input.Number();
+        fields.param2 = input.Number();
+        fields.value.real.value = static_cast<double>(fields.param1);
+        break;
     }
     fields.error = input.Choice(4) == 0 ? input.ConsumeIntegral<short>() : short{0};
     if (call.service == "ProcessCounts" || call.service == "DialogGetArraySize") {

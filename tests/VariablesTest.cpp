@@ -40,6 +40,18 @@ class VariablesTest : public DualHostTest {
 
 INSTANTIATE_TEST_SUITE_P(Hosts, VariablesTest, ClassicAndEngine, HostName);
 
+TEST_P(VariablesTest, ANewTextThatTheHostRefusesIsReleased) {
+    Set("v", TextValue("some text"));
+    CFourDTextVar variable("v");
+    char text[] = "";
+    variable.SetTextValue(text); // without a handle now
+    const long before = ToolboxLiveHandles();
+    char longer[] = "longer";
+    host.FailNext("SetVariable", ResultCode::BadParameter);
+    variable.SetTextValue(longer);
+    EXPECT_EQ(ToolboxLiveHandles(), before);
+}
+
 TEST_P(VariablesTest, DeclarationsAreBuiltFromTheHostsNames) {
     const char* const commands[] = {"C_REAL(v)",
                                     "C_TEXT(v)",
