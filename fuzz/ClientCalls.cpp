@@ -133,6 +133,7 @@ void Client::RequireRequests(short kind, const std::string& parameters) const {
 
 void Client::CallAny() {
     ++depth;
+    ToolboxFailAllocation(0); // that of the call that gave way
     const std::string bytes = input.Text();
     const short kind = input.ConsumeIntegral<short>();
     const bool isFunction = input.ConsumeBool();

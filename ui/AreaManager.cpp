@@ -235,7 +235,9 @@ void CXAreaManager::AnswerEditor(EventRecord* event, Rect* rect, unsigned char* 
 void CXAreaManager::DoDrawStructure(Rect* rect, unsigned char* name, long) {
     EraseRect(rect);
     MoveT(static_cast<short>(rect->left + NameLeft), static_cast<short>(rect->top + NameTop));
-    DrawString(name);
+    if (name != nullptr) {
+        DrawString(name);
+    }
 }
 
 bool CXAreaManager::SupportsAdvancedProperties() {
