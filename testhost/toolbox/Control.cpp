@@ -255,10 +255,6 @@ unsigned char ToolboxDrawn(const GrafPort* port, long index, DrawnOperation* ope
     return CopyItem(TheDrawing().Of(port).operations, index, operation);
 }
 
-long ToolboxInvalidCount(const GrafPort* port) {
-    return static_cast<long>(TheDrawing().Of(port).invalid.size());
-}
-
 unsigned char ToolboxInvalidRect(const GrafPort* port, long index, Rect* rect) {
     return CopyItem(TheDrawing().Of(port).invalid, index, rect);
 }
@@ -269,8 +265,4 @@ void ToolboxForgetPort(const GrafPort* port) {
 
 void ToolboxSetWindowTitle(const GrafPort* window, const unsigned char* title) {
     TheDrawing().Of(window).title = TextOf(title);
-}
-
-void ToolboxSetDoubleClickTime(unsigned long ticks) {
-    TheDrawing().doubleClickTime = ticks;
 }

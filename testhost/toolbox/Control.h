@@ -166,12 +166,9 @@ TOOLBOX_CALL long ToolboxDrawnCount(const GrafPort* port);
 TOOLBOX_CALL unsigned char ToolboxDrawn(const GrafPort* port, long index,
                                         DrawnOperation* operation);
 /// The same for the invalid rectangles.
-TOOLBOX_CALL long ToolboxInvalidCount(const GrafPort* port);
 TOOLBOX_CALL unsigned char ToolboxInvalidRect(const GrafPort* port, long index, Rect* rect);
 /// Forgets all of this, the title too, as when a window is closed or was drawn anew.
 TOOLBOX_CALL void ToolboxForgetPort(const GrafPort* port);
 /// What GetWTitle answers; at first no window has a title.
 TOOLBOX_CALL void ToolboxSetWindowTitle(const GrafPort* window, const unsigned char* title);
-/// What GetDblTime answers; 30 when nothing is said.
-TOOLBOX_CALL void ToolboxSetDoubleClickTime(unsigned long ticks);
 }

@@ -71,10 +71,6 @@ short HostStrings::Set(FDStringBlock& block, std::span<const unsigned short> uni
     return ResultCode::NoError;
 }
 
-short HostStrings::Set(FDStringBlock& block, std::string_view text) {
-    return Set(block, UnitsOfText(text));
-}
-
 short HostStrings::Dispose(FDStringBlock& block, Owner by) {
     if (IsZero(block)) {
         return ResultCode::NoError;

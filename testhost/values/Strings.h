@@ -34,7 +34,6 @@ class HostStrings {
     FDStringBlock Create(std::string_view text, Owner owner = Owner::Plugin);
     /// Changes a string and updates the block; a zero block becomes a new string of the plug-in's.
     short Set(FDStringBlock& block, std::span<const unsigned short> units);
-    short Set(FDStringBlock& block, std::string_view text);
     /// Releases a string and zeroes the block. A plug-in may release its own only.
     short Dispose(FDStringBlock& block, Owner by = Owner::Host);
     /// Hands a string over: to a variable of the host that keeps the block from now on, or to the

@@ -180,15 +180,6 @@ void HostVariables::Adopt(long process, std::string_view name, const ValueBlock&
     Set(process, name, value);
 }
 
-ValueBlock& HostVariables::Declare(long process, std::string_view name, ValueKind kind) {
-    ValueBlock* value = Find(process, name);
-    if (value == nullptr || BlockKind(value->type) != kind) {
-        Set(process, name, EmptyValue(kind));
-        value = Find(process, name);
-    }
-    return *value;
-}
-
 void HostVariables::Remove(long process, std::string_view name) {
     const Place place = Resolve(process, name);
     Places& known = places[place.process];

@@ -63,8 +63,6 @@ class HostVariables {
     /// place: when one has disposed of the text, BLOB or storage that the variable had, that is
     /// simply gone. What it disposed of without setting the variable anew is a problem.
     void Adopt(long process, std::string_view name, const ValueBlock& value);
-    /// The variable's value, an empty one of this kind unless it is of it already.
-    ValueBlock& Declare(long process, std::string_view name, ValueKind kind);
     void Remove(long process, std::string_view name);
     /// Removes the variables of a process; all variables, and what was lent.
     void RemoveProcess(long process);

@@ -156,7 +156,7 @@ void InitCursor() {
 }
 
 unsigned long GetDblTime() {
-    return TheDrawing().doubleClickTime;
+    return 30; // ticks: half a second
 }
 
 void GetWTitle(GrafPort* window, unsigned char* title) {

@@ -32,11 +32,8 @@ class Drawing {
     void Reset();
 
     GrafPort* current = nullptr;
-    unsigned long doubleClickTime = usualDoubleClickTime;
 
   private:
-    static constexpr unsigned long usualDoubleClickTime = 30; // ticks: half a second
-
     std::map<const GrafPort*, Port> ports;
     std::vector<std::string> fonts; ///< those met that have no number of old, the first is 256
 };
