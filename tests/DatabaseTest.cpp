@@ -79,6 +79,40 @@ TEST(DatabaseTest, UniqueValuesAreTakenAndFreed) {
     EXPECT_EQ(change(0, 10), 0);
 }
 
+TEST(DatabaseTest, RecordsThatAreThereGetAFurtherField) {
+    Database database = RowsDatabase();
+    database.GotoRecord(1, 1, 2);
+    ASSERT_EQ(database.AddField(1, {.name = "Late", .type = FieldType::Long}), 3);
+    TypedValue seen;
+    EXPECT_EQ(database.ReadField(1, 1, 3, seen), 0); // of the current record's copy
+    EXPECT_EQ(seen, LongValue(0));
+    EXPECT_EQ(database.Record(1, 0)->at(2), LongValue(0));
+    EXPECT_EQ(database.WriteField(1, 1, 3, LongValue(7)), 0);
+    EXPECT_EQ(database.SaveRecord(1, 1), 0);
+    EXPECT_EQ(database.Record(1, 2)->at(2), LongValue(7));
+    // What is unique from now on is held against what is there.
+    ASSERT_EQ(database.AddField(1, {.name = "Only", .attributes = FieldAttribute::Unique}), 4);
+    database.NewRecord(1, 1);
+    EXPECT_EQ(database.SaveRecord(1, 1), DatabaseError::DuplicateValue);
+    EXPECT_EQ(database.DeleteRecord(1, 1), 0); // a new one was never in the table
+    EXPECT_EQ(database.RecordsInTable(1), 3);
+}
+
+TEST(DatabaseTest, ThereIsNothingInATableThatIsNot) {
+    Database database = RowsDatabase();
+    TypedValue value;
+    for (const short error :
+         {database.AllRecords(1, 9), database.SetSelection(1, 9, {}),
+          database.GotoSelectedRecord(1, 9, 1), database.GotoRecord(1, 9, 0),
+          database.SaveRecord(1, 9), database.DeleteRecord(1, 9),
+          database.SetCurrentValues(1, 9, {}), database.ReadField(1, 9, 1, value)}) {
+        EXPECT_EQ(error, DatabaseError::UnknownTable);
+    }
+    EXPECT_EQ(database.Record(9, 0), nullptr);
+    EXPECT_EQ(database.AddRecord(9, {}), database.CurrentRecord(1, 1)); // none
+    EXPECT_EQ(database.SetCurrentValues(1, 1, {}), DatabaseError::NoCurrentRecord);
+}
+
 TEST(DatabaseTest, LimitsOfAFile) {
     std::string fields = "table \"T\"\n";
     std::string tables;

@@ -151,6 +151,21 @@ TEST_F(DebugTraceTest, WritesLinesWholeAndAtOnce) {
     EXPECT_EQ(all, written);
 }
 
+TEST_F(DebugTraceTest, EitherOutputTakesATextWithoutIndentation) {
+    Start(0);
+    const std::size_t start = Contents().size();
+    gDebugSettings.indentation = 2;
+    const std::string text = "100%%\nof it\n";
+    _DbgOutputFile(text.c_str()); // which takes it for a format
+    EXPECT_EQ(Since(start), "100%\nof it\n");
+    void* const watch = AddVectoredExceptionHandler(1, NoteConsoleText);
+    consoleTexts.clear();
+    _DbgOutputConsole(text.c_str());
+    RemoveVectoredExceptionHandler(watch);
+    EXPECT_EQ(consoleTexts, std::vector{text});
+    EXPECT_EQ(Since(start), "100%\nof it\n");
+}
+
 TEST_F(DebugTraceTest, KeepsTheOutputForAnUnknownOneAndOpensTheFileAgain) {
     Start(5);
     _DbgInit(1, 99, nullptr);   // still the file of before

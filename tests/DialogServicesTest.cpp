@@ -1,12 +1,16 @@
 #include "host/FourD.h"
 #include "platform/Toolbox.h"
 #include "testhost/resources/Compiler.h"
+#include "testhost/session/Player.h"
+#include "testhost/statements/Table.h"
 #include "testhost/toolbox/resources/Fork.h"
 #include "tests/Fixture.h"
 #include "ui/Dialog.h"
 
+#include <algorithm>
 #include <gmock/gmock.h>
 #include <random>
+#include <sstream>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -207,6 +211,96 @@ TEST_P(DialogDualTest, CallsThatFailAmidOthers) {
         }
     }
     EXPECT_THAT(TakeProblems(), ElementsAre());
+}
+
+void AskTheUser(CXParam*, CXResult* result) {
+    UseResFile(pluginFile);
+    SXDialog dialog("Form", 0);
+    result->SetBoolean(dialog.Open(nullptr, "Visit", 0) && dialog.EventLoop(nullptr) ? 1 : 0);
+}
+
+// Each statement, and what is said of it; nothing of those that hold.
+TEST(DialogScriptTest, UsersDoAndSeeWhatTheFormAllows) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"expect dialog page 1", "there was no dialog"},
+        {R"(user type "when" "2026-02-28")", nullptr},
+        {R"(user sees "when" value date 2026-02-28)", nullptr},
+        {R"(user type "when" "2026-02-30")", "\"when\" does not take \"2026-02-30\""},
+        {R"(user type "when" "today")", "\"when\" does not take \"today\""},
+        {R"(user type "at" "1:02:03")", nullptr},
+        {R"(user sees "at" value time 3723)", nullptr},
+        {R"(user type "at" "1:02")", "\"at\" does not take \"1:02\""},
+        {R"(user type "home" "true")", nullptr},
+        {R"(user sees "home" value boolean true)", nullptr},
+        {R"(user type "home" "maybe")", "\"home\" does not take \"maybe\""},
+        {R"(user type "photo" "x")", "\"photo\" does not take \"x\""},
+        {R"(user type "secret" "x")", "\"secret\" is not to be seen"},
+        {R"(user type "urgent" "x")", "\"urgent\" is no field"},
+        {R"(user click "off")", "\"off\" is disabled"},
+        {R"(user click "nobody")", "the dialog has no object \"nobody\""},
+        {R"(user sees "nobody" visible)", "the dialog has no object \"nobody\""},
+        {R"(user sees "off" enabled)", "expected \"off\" enabled"},
+        {R"(user check "urgent" mixed)", nullptr},
+        {R"(user sees "urgent" value long 2)", nullptr},
+        {R"(user check "urgent" off)", nullptr},
+        {R"(user sees "urgent" value long 0)", nullptr},
+        {R"(user drag "when" "at")", nullptr},
+        {"user sees page 2", "expected page 2, got page 1"},
+        {"user page 3", "the dialog has no page 3"},
+        {"user page 2", nullptr},
+        {"user sees page 2", nullptr},
+        {"user sees title \"Call\"", "expected \"Call\", got \"Visit\""},
+        {"user cancel", nullptr},
+    };
+    const CompiledResources form = CompileResources(R"(
+resource "FO4D" 128 "Form"
+form size 320 200
+field "when" date 0 0 80 20
+field "at" time 0 20 80 20
+field "home" boolean 0 40 80 20
+field "photo" picture 0 60 80 20
+field "secret" text 0 80 80 20 invisible
+checkbox "urgent" "Urgent" 0 100 80 20
+button "off" "Off" 0 120 80 20 disabled
+page 2
+label "more" "More" 0 0 80 20
+)",
+                                                    "form");
+    ASSERT_THAT(form.errors, ElementsAre());
+    const std::string bytes = form.fork.substr(form.fork.find("FORM"));
+    ToolboxAddResFile(pluginFile);
+    ToolboxAddResource(pluginFile, FormResourceType, 128, "Form", bytes.data(),
+                       static_cast<long>(bytes.size()));
+    std::string text = "start\n";
+    for (const auto& [line, said] : rows) {
+        text += std::string(line) + "\n";
+    }
+    text += "call 1 -> boolean false\nexpect dialog cancelled\nexpect dialog page 2\n";
+    const Script script = ParseScript(text, "script");
+    ASSERT_THAT(script.errors, ElementsAre());
+    const TestPlug plug({{"ask", "", AskTheUser}});
+    Host host({.pluginResFile = pluginFile});
+    Session session(host, EntryPoints{FourDPack, FourDPackex});
+    std::ostringstream out;
+    Player player(session, out, false);
+    EXPECT_FALSE(player.Play(script));
+    ToolboxRemoveResFile(pluginFile);
+    const std::string output = out.str();
+    for (size_t row = 0; row < std::size(rows); ++row) {
+        const std::string failed = "FAILED script:" + std::to_string(row + 2) + ": ";
+        const size_t start = output.find(failed);
+        const std::string line = start != std::string::npos
+                                     ? output.substr(start, output.find('\n', start) - start)
+                                     : "";
+        if (rows[row].second != nullptr) {
+            EXPECT_THAT(line, HasSubstr(rows[row].second)) << rows[row].first;
+        } else {
+            EXPECT_EQ(line, "") << rows[row].first;
+        }
+    }
+    // None of the statements behind these.
+    const auto said = std::ranges::count_if(rows, [](const auto& row) { return row.second; });
+    EXPECT_THAT(output, HasSubstr(std::to_string(said) + " failed, 0 problems"));
 }
 
 // Whatever a resource holds: no fault, no leak, and a dialog only of a form that is whole.

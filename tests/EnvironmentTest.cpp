@@ -1,14 +1,20 @@
 // What FourD asks the host about itself: which call is sent on which host, and what is made of
 // the answer.
 
+#include "data/Variables.h"
 #include "host/Call.h"
 #include "host/FourD.h"
+#include "platform/ResultCodes.h"
+#include "testhost/database/Tables.h"
+#include "testhost/services/Dispatch.h"
 #include "tests/Fixture.h"
+#include "ui/FourDDialog.h"
 
 #include <gmock/gmock.h>
 #include <map>
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 
 namespace {
 
@@ -245,6 +251,8 @@ TEST_P(EnvironmentTest, NullArgumentsReachNobody) {
     ValueBlock* noValue = nullptr;
     FourDStyleX* noStyle = nullptr;
     FourDStyleX style{};
+    FDStringBlock* noUnits = nullptr;
+    char letter[] = "a";
     FourDPlatformStyle entry{};
     const Row rows[] = {
         {"GetStructFile", [] { return FourD::GetStructFile(nullptr); }, Bad},
@@ -361,11 +369,126 @@ TEST_P(EnvironmentTest, NullArgumentsReachNobody) {
         {"LMGetHiliteColor", [] { return FourD::LMGetHiliteColor(nullptr), 0; }, 0},
         {"GetProcEditTEHandle", [] { return FourD::GetProcEditTEHandle(nullptr, nullptr); }, Bad},
         {"GetTextBy4DCommand", [=] { return GetTextBy4DCommand(1, noPath, 1); }, Bad},
+        {"GetFSSpecBy4DCommand", [] { return GetFSSpecBy4DCommand(1, nullptr); }, Bad},
+        {"TokenizeProcV12 of a host string",
+         [&] { return FourD::TokenizeProcV12(noUnits, &handle); }, Bad},
+        {"TokenizeProcV12 to nowhere", [&] { return FourD::TokenizeProcV12(letter, 1, nullptr); },
+         Bad},
+        {"SetFDString",
+         [=] { return FourD::SetFDString(noUnits, reinterpret_cast<const unsigned short*>(L"")); },
+         Bad},
+        {"GetPluginResourceByName",
+         [] { return FourD::GetPluginResourceByName(AnyType, nullptr) != nullptr ? 1 : 0; }, 0},
+        {"GetPluginIndCString", [=] { return FourD::GetPluginIndCString(noPath, 1, 1), 0; }, 0},
+        {"GetPluginSprIndString", [=] { return FourD::GetPluginSprIndString(noString, 1, 1), 0; },
+         0},
+        {"GetStyleXResByID", [=] { return FourD::GetStyleXResByID(1, noStyle); }, Bad},
+        {"IsDebuggerWindow", [] { return FourD::IsDebuggerWindow(nullptr); }, 0},
+        {"VersToVers4D", [=] { return FourD::VersToVers4D(0, noString), 0; }, 0},
+        {"GetNextCallIDFromServer", [] { return FourDPlug::GetNextCallIDFromServer(nullptr); },
+         Bad},
+        {"CallFuncOnServer", [&] { return FourDPlug::CallFuncOnServer(1, &noPath, nullptr); }, Bad},
+        {"CallFuncOnServer with bytes",
+         [&] { return FourDPlug::CallFuncOnServer(1, letter, 1, nullptr); }, Bad},
+        {"GetValue", [=] { return CFourDVar("a", 9).GetValue(noLong); }, Bad},
+        {"GetValue, text",
+         [] { return CFourDVar("a", 2).GetValue(static_cast<TextBlock*>(nullptr)); }, Bad},
+        {"GetOriginalArray", [] { return CFourDVar("a", 2).GetOriginalArray(nullptr); }, Bad},
+        {"GetTextValue", [=] { return CFourDTextVar("a").GetTextValue(noPath), 0; }, 0},
+        {"GetBlobValue", [] { return CFourDBlobVar("a").GetBlobValue(nullptr); }, Bad},
+        {"GetStringValue", [=] { return CFourDStringVar("a").GetStringValue(noString); }, Bad},
+        {"GetPointerValue", [] { return CFourDPointerVar("a").GetPointerValue(nullptr); }, Bad},
+        {"SetPointerToVariable",
+         [=] { return CFourDPointerVar("a").SetPointerToVariable(none), 0; }, 0},
     };
     const size_t calls = host.log.HostCallCount();
     for (const Row& row : rows) {
         EXPECT_EQ(row.call(), row.answer) << row.name;
         EXPECT_EQ(host.log.HostCallCount(), calls) << row.name;
+    }
+}
+
+class WrongCallTest : public HostTest {
+  protected:
+    WrongCallTest() { Start(); }
+    TestPlug plug;
+};
+
+// What a plug-in may send that makes its records itself: the host refuses it, and tells what no
+// host could make sense of.
+TEST_F(WrongCallTest, IsRefusedOrTold) {
+    constexpr short Bad = -50;
+    constexpr long Nobody = 99; // no process, file, table or dialog
+    struct Row {
+        SelectorPair selector;
+        long param1;
+        long param2;
+        long param3;
+        short error;
+        const char* problem; ///< null for none
+    };
+    const auto dialog = reinterpret_cast<long>(FourDDialog::CreateFourDDialogContext());
+    const Row rows[] = {
+        {Select("FormatValue"), 0, 0, 0, Bad, "there is no text of a value of type 0"},
+        {Select("HandleOperation"), Nobody, 0, 0, Bad, "there is no operation 99"},
+        {Select("ProgramInfo"), 0, 0, 5, 0, "param3 holds neither 0 nor a marker"},
+        {Select("HostFolderPath"), 0, 0, 5, Bad, "param3 does not hold the marker"},
+        {Select("ExecuteOnMainThread"), 0, 0, 0, Bad, "came without a function"},
+        {Select("NewProcess"), 0, 0, 0, Bad, "NewProcess came without a function"},
+        {Select("NextEvent"), 0, 0, 0, Bad, "NextEvent came without an event record"},
+        {Select("PostProcessEvent"), 1, 0, 0, Bad, "came without an event record"},
+        {Select("FreezeProcess"), Nobody, 0, 0, Bad, nullptr},
+        {Select("PutProcessToSleep"), Nobody, 1, 0, Bad, nullptr},
+        {Select("PutProcessToSleep"), 1, -1, 0, Bad, nullptr},
+        {Select("SetWindowProcess"), Nobody, 0, 0, Bad, nullptr},
+        {Select("SetExternalWindowTitle"), Nobody, 0, 0, Bad, nullptr},
+        {Select("SetWindowFocused"), 0, 0, 0, Bad, nullptr},
+        {Select("SetWindowFocusable"), 0, 0, 0, Bad, nullptr},
+        {Select("SetFieldData"), Nobody, 0, 0, DatabaseError::WrongType, "99 in param1 is not the"},
+        {Select("RecordNumber"), 0, 0, 0, DatabaseError::UnknownTable, nullptr},
+        {Select("GetPackedRecord"), 0, 0, 0, DatabaseError::UnknownTable, nullptr},
+        {Select("SetPackedRecord"), 0, 0, 0, DatabaseError::UnknownTable, nullptr},
+        {Select("SetRes"), Nobody, 0, 0, ResultCode::ResourceFileNotFound, nullptr},
+        {Select("SetRes"), 1, 0, 0, ResultCode::ResourceNotFound, nullptr},
+        {Select("AddRes"), Nobody, 0, 0, ResultCode::ResourceFileNotFound, nullptr},
+        {Select("AddRes"), 1, 0, 40000, Bad, nullptr},
+        {Select("AddRes"), 1, 0, 1, ResultCode::NullHandle, nullptr},
+        {Select("CloseResFile"), 1, 0, 0, Bad, nullptr},
+        {Select("UpdateResFile"), Nobody, 0, 0, ResultCode::ResourceFileNotFound, nullptr},
+        {Select("CreateResFile"), 0, 0, 0, ResultCode::BadName, nullptr},
+        {Select("GetVariable"), 0, 0, 0, Bad, "came without the address of a value"},
+        {Select("PictureData"), 0, 0, 0, Bad, nullptr},
+        {Select("ExecLongFunc"), 0, 0, 0, Bad, nullptr},
+        {Select("ByteSwapTokens"), 0, 0, 0, Bad, nullptr},
+        {Select("CreateFDString"), 0, 0, 0, Bad, "without the address of a text"},
+        {Select("ConvertCharacters"), Nobody, 0, 0, Bad, "hold no conversion"},
+        {Select("CreateFourDDialog"), dialog, 0, 0, 0, "without its tag or the address"},
+        {Select("ModalDialog"), dialog, 0, 0, 0, "that is not open"},
+        {Select("DialogSwitchToDlogContext"), dialog, Nobody, 0, 0, "is that of no dialog"},
+        {Select("DialogEndUpdateVars"), dialog, 0, 0, 0, "ends that never began"},
+        {Select("DialogSetAreaHandler"), dialog, 0, 0, Bad, "An area handler came for no object"},
+        {Select("DialogClose"), dialog, 0, 0, 0, nullptr},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::Message() << "selector " << row.selector.classic << ", "
+                                        << row.selector.engine << ": " << row.param1);
+        const auto error = [&row](auto callBack, short number, auto block) {
+            block.param1 = row.param1;
+            block.param2 = row.param2;
+            block.param3 = row.param3;
+            callBack(number, &block);
+            return short{block.error};
+        };
+        EXPECT_EQ(row.selector.engine != 0
+                      ? error(EngineHostCall, row.selector.engine, FDEngineBlock{})
+                      : error(ClassicHostCall, row.selector.classic, ParameterBlock{}),
+                  row.error);
+        const std::vector<std::string> problems = TakeProblems();
+        if (row.problem != nullptr) {
+            EXPECT_THAT(problems, ElementsAre(HasSubstr(row.problem)));
+        } else {
+            EXPECT_THAT(problems, ElementsAre());
+        }
     }
 }
 

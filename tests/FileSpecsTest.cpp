@@ -133,6 +133,17 @@ TEST_F(FileSpecsTest, PathsSurviveTheRoundTrip) {
         EXPECT_EQ(FSSpecToCTextBlock(&spec, &text), NoError);
         EXPECT_EQ(CTextBlockToFSSpec(&text, &again), NoError);
         EXPECT_EQ(std::memcmp(&spec, &again, 7u + spec.name[0]), 0) << name;
+        // The same path in a handle: a new one, and one that is there.
+        OwnedHandle path("");
+        for (Handle given : {Handle{nullptr}, path.handle}) {
+            short length = 0;
+            ASSERT_EQ(P_FSpGetFullPath(&spec, &length, &given), NoError);
+            EXPECT_EQ(length, text.GetLength());
+            EXPECT_EQ(OwnedHandle::BytesOf(given), OwnedHandle::BytesOf(text.GetHandle()));
+            if (given != path.handle) {
+                DisposeHandle(given);
+            }
+        }
     }
     text.SetLength(0);
     EXPECT_EQ(PathOf(NamedSpec("caf\x8E")), root + "caf\xE9\\");
@@ -221,14 +232,27 @@ TEST_F(FileSpecsTest, WhatIsTooLongOrMissingIsRefused) {
     EXPECT_LE(std::strlen(name), 63u);
 
     CTextBlock text;
-    for (const OSErr error :
-         {NativePathToFileSpec(nullptr, 3, &spec), FileSpecToNativePath(nullptr, nullptr, nullptr),
-          CTextBlockToFileSpec(&text, &spec), FileSpecToCTextBlock(&spec, nullptr),
-          IsFolder(&spec, nullptr), GoInsideFolder(nullptr), GetParentFolderSpec(nullptr, &spec),
-          MakeFSSpecInFolder(&spec, nullptr, &spec), ASI_FSSpecToPath(nullptr, name),
-          FSSpecToCTextBlock(nullptr, &text), GetTempFileSpec(&spec, nullptr, ""),
-          CopyFileSpec(nullptr, &spec, true), DeleteDirSpec(nullptr),
-          CreateSafeOutputFileSpec(nullptr, &spec), CleanupSafeOutputFileSpec(0, &spec, nullptr)}) {
+    for (const OSErr error : {NativePathToFileSpec(nullptr, 3, &spec),
+                              FileSpecToNativePath(nullptr, nullptr, nullptr),
+                              CTextBlockToFileSpec(&text, &spec),
+                              FileSpecToCTextBlock(&spec, nullptr),
+                              IsFolder(&spec, nullptr),
+                              GoInsideFolder(nullptr),
+                              GetParentFolderSpec(nullptr, &spec),
+                              MakeFSSpecInFolder(&spec, nullptr, &spec),
+                              ASI_FSSpecToPath(nullptr, name),
+                              FSSpecToCTextBlock(nullptr, &text),
+                              GetTempFileSpec(&spec, nullptr, ""),
+                              CopyFileSpec(nullptr, &spec, true),
+                              DeleteDirSpec(nullptr),
+                              CreateSafeOutputFileSpec(nullptr, &spec),
+                              CleanupSafeOutputFileSpec(0, &spec, nullptr),
+                              ASI_FSMakeFSSpec(0, 0, PascalString("C:"), nullptr),
+                              P_FSpLocationFromFullPath(1, nullptr, &spec),
+                              P_FSpGetFullPath(&spec, nullptr, nullptr),
+                              CTextBlockToFSSpec(&text, nullptr),
+                              FSSpecToCTextBlock(&spec, nullptr),
+                              GetFileSpecInfo(nullptr, nullptr)}) {
         EXPECT_EQ(error, BadParameter);
     }
     EXPECT_EQ(CTextBlockToFSSpec(&text, &spec), VolumeNotFound);

@@ -61,6 +61,13 @@ TEST_F(LanguageTest, EvaluatesExpressions) {
              std::pair{"2+3*4", "long 20"}, // from left to right
              {"2+(3*4)", "long 14"},
              {"-size+1", "long -3"},
+             {"7.5-2", "real 5.5"},
+             {"1.5*3", "real 4.5"},
+             {"1.5<2", "boolean true"},
+             {"2<=1.5", "boolean false"},
+             {"2<=2.0", "boolean true"},
+             {"2>=2.5", "boolean false"},
+             {"2>=2.0", "boolean true"},
              {"7/2", "real 3.5"},
              {"2147483647+1", "real 2147483648"},
              {"1.5e3", "real 1500"},
@@ -83,6 +90,13 @@ TEST_F(LanguageTest, EvaluatesExpressions) {
              {"\"open", "error -9901"},
              {"!13/01/2026!", "error -9901"},
              {"!2025-02-29!", "error -9901"},
+             {"!01/02!", "error -9901"},
+             {"!01/b/2026!", "error -9901"},
+             {"!01/02/2026/4!", "error -9901"},
+             {"?23:60:00?", "error -9901"},
+             {"1e999", "error -9901"},
+             {"[Clients", "error -9901"},
+             {"[Clients]", "error -9903"},
              {"!00/00/0000!", "date 0000-00-00"},
              {"{1}", "error -9901"},
              {"[Nobody]", "error -9902"},
@@ -116,6 +130,7 @@ TEST_F(LanguageTest, EvaluatesExpressions) {
 TEST_F(LanguageTest, DeclaresAndAssignsVariables) {
     EXPECT_EQ(Run("C_LONGINT(count;<>total)\rcount:=2.9\rC_LONGINT(count)\r<>total:=count+1\r"
                   "ARRAY TEXT(names;2)\rARRAY LONGINT(grid;2;1)\rC_STRING(80;short)\r"
+                  "short:=\"ab\"\rC_BOOLEAN(flag)\rflag:=2\r"
                   "C_BLOB(bytes)\rto:=Get pointer(\"count\")\r[Clients]Last name:=\"x\""),
               "error -11"); // there is no current record
     const long process = host.currentProcess;
@@ -124,7 +139,8 @@ TEST_F(LanguageTest, DeclaresAndAssignsVariables) {
           {"<>total", "long 3"},
           {"names", R"(array text "" "")"},
           {"grid", "array array long / 0 / 0"},
-          {"short", R"(string "")"},
+          {"short", R"(string "ab")"},
+          {"flag", "boolean true"},
           {"bytes", "blob null"}}) {
         EXPECT_EQ(Describe(host.variables.Read(process, name)), value) << name;
     }
@@ -136,7 +152,8 @@ TEST_F(LanguageTest, DeclaresAndAssignsVariables) {
               Handle{host.variables.Find(process, "other")->pointer});
     for (const char* wrong :
          {R"(count:="a")", "1:=2", "C_LONGINT(1)", "ARRAY REAL(a;-1)", "ARRAY REAL(a;2000000)",
-          "ARRAY REAL(a;65536;65536)", "count:=nothing"}) {
+          "ARRAY REAL(a;2000;2000)", "ARRAY REAL(a;65536;65536)", "C_STRING(0;a)", "count:=nothing",
+          "count:=1e300"}) {
         EXPECT_NE(Run(wrong), "") << wrong;
     }
     EXPECT_EQ(Describe(host.variables.Read(process, "count")), "long 2");

@@ -39,15 +39,18 @@ class PicturesOfWindowsTest : public HostTest {
 };
 
 TEST_F(PicturesOfWindowsTest, WhatChangesInADialogChangesThePictureThere) {
-    const CompiledResources compiled = CompileResources("resource \"FO4D\" 128 \"Form\"\n"
-                                                        "form size 200 120\n"
-                                                        "label \"hint\" \"Who\" 5 5 60 16\n"
-                                                        "field \"customer\" string 5 30 80 20\n"
-                                                        "checkbox \"paid\" \"Paid\" 5 60 80 20\n"
-                                                        "list \"rows\" 100 5 60 50\n"
-                                                        "area \"chart\" 100 60 40 40\n"
-                                                        "button \"ok\" \"OK\" 5 90 60 20\n",
-                                                        "form");
+    const CompiledResources compiled =
+        CompileResources("resource \"FO4D\" 128 \"Form\"\n"
+                         "form size 200 120\n"
+                         "label \"hint\" \"Who\" 5 5 60 16\n"
+                         "field \"customer\" string 5 30 80 20\n"
+                         "checkbox \"paid\" \"Paid\" 5 60 40 20\n"
+                         "field \"due\" date 50 60 48 20\n"
+                         "field \"note\" text 165 5 30 50\n"
+                         "list \"rows\" 100 5 60 50\n"
+                         "area \"chart\" 100 60 40 40\n"
+                         "button \"ok\" \"OK\" validate 5 90 60 20\n",
+                         "form");
     ASSERT_THAT(compiled.errors, testing::IsEmpty());
     const long reference = host.dialogs.Open(host.dialogs.NewContext(), 1, "Form", "Title",
                                              compiled.fork.substr(compiled.fork.find("FORM")));
@@ -65,6 +68,25 @@ TEST_F(PicturesOfWindowsTest, WhatChangesInADialogChangesThePictureThere) {
         {"rows", [&] { dialog->Write("rows", LongValue(2)); }},
         {"ok", [&] { dialog->FindObject("ok")->enabled = false; }},
         {"hint", [&] { dialog->FindObject("hint")->visible = false; }},
+        {"due", [&] { dialog->Write("due", DateValue(2026, 11, 22)); }},
+        {"note", [&] { dialog->Write("note", TextValue("a\rb")); }},
+        {"note", [&] { dialog->Write("note", TextValue("a\rc")); }}, // the second line alone
+        {"ok", [&] { dialog->FindObject("ok")->action = FormAction::None; }}, // a thinner frame
+        {"chart",
+         [] {
+             const Rect square{65, 105, 75, 115};
+             FrameRec(&square);
+         }},
+        {"chart",
+         [] {
+             MoveT(120, 65);
+             DrawString(PascalString("x"));
+         }},
+        {"chart",
+         [] {
+             MoveT(130, 80);
+             LineT(138, 95);
+         }},
         {"ok", [&] { dialog->FindObject("ok")->page = 2; }},
         {"chart",
          [] {
@@ -81,6 +103,15 @@ TEST_F(PicturesOfWindowsTest, WhatChangesInADialogChangesThePictureThere) {
     }
     SetPor(nullptr);
     host.dialogs.Close(reference);
+}
+
+TEST_F(PicturesOfWindowsTest, AMethodIsSeenLineByLine) {
+    HostWindow& window = host.windows.At(0);
+    host.windows.SetMethodText(window, "first\rsecond");
+    const Canvas before = PaintWindow(host, window);
+    host.windows.SetMethodText(window, "first\rthird");
+    const Rect secondLine{18, 0, 40, 100};
+    EXPECT_TRUE(DifferOnlyIn(secondLine, before, PaintWindow(host, window)));
 }
 
 TEST_F(PicturesOfWindowsTest, AScriptSavesTheFrontmostVisibleWindow) {

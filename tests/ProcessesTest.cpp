@@ -292,6 +292,12 @@ TEST_P(NotesTest, FrozenProcessesStandStillAndDyingOnesAreTold) {
     EXPECT_NE(host.log.Last("KillProcess"), nullptr);
 }
 
+TEST_P(NotesTest, AFrozenProcessThatNobodyIsLeftToWakeIsReportedAndGoesOn) {
+    FourD::FreezeProcess(FourD::CurrentProcess());
+    EXPECT_THAT(TakeProblems(), ElementsAre(HasSubstr("Process 1 is frozen, and no process is")));
+    EXPECT_NE(FourD::GetProcessState(1), ProcessState::Frozen);
+}
+
 // A process that waits for keys until it is asked to end.
 constexpr auto noteKeys = [] {
     while (FourD::IsProcessDying() == 0) {

@@ -119,6 +119,16 @@ TEST(ResourceCompilerTest, AllErrorsAreToldWithTheirLines) {
         {R"(resource "Test" 2 ")" + string(256, 'x') + "\"", "at most 255 bytes"},
         {"map", ""},
         {R"(style 1 "A" font "A" 1)", "one of entry lines"},
+        {"page 1", "no form has begun"},
+        {"field \"a\" colour 0 0 9 9", "no field has the type 'colour'"},
+        {"font 0 9 3", "behind a font stands its style"},
+        {R"(label "a" "A" 0 0 9 9 red)", "behind an object stand disabled, invisible"},
+        {"form size 9 9", "a form is all that is in its resource"},
+        {"resource \"FO4D\" 1", ""},
+        {"form 3 4", "a form begins with its size"},
+        {"form size 9 9", ""},
+        {R"(label "a" "A" 0 0 9 9 disabled invisible variable "v")", ""},
+        {R"(label "A" "B" 0 0 9 9)", "two objects have the same name"},
     };
     string text = "text \"before\"\nresource \"Test\" 1\n";
     std::vector<std::pair<size_t, string>> told = {{1, "begins a resource"}};

@@ -123,6 +123,20 @@ HOST_ENTRY void FakePlugin(long selector, void* params, void*, void* result) {
             DisposeHandle(handle);
         }
         break;
+    case 16: // (event of an area): leaves something in the area's place
+        *static_cast<long*>(parameters[3]) = 7;
+        break;
+    case 17: // (long) -> long: the free stack, when there are so many bytes
+        block.param1 = *static_cast<long*>(parameters[0]);
+        init.classicCallBack(Select("CheckFreeStack").classic, &block);
+        *cell = block.error != 0 ? block.error : block.param2;
+        break;
+    case 18: // () -> long: what a host without engine answers there
+        *cell = init.engineCallBack(Select("CurrentProcess").engine, nullptr);
+        break;
+    case 19: // () -> long: a call without a record
+        *cell = init.classicCallBack(Select("CurrentProcess").classic, nullptr);
+        break;
     case -201: // lets everybody in
     case 31000:
         *cell = 1;
@@ -255,6 +269,27 @@ TEST(TesthostScriptTest, EveryWrongLineIsToldAtOnceWithItsNumber) {
         {R"(echo "${temp")", "does not end"},
         {"expect no file", "the file's path in quotation marks"},
         {"expect no folder \"x\"", "one of 'call', 'file'"},
+        {"stop -3", "stopped with -2 or -220"},
+        {"answer confirm maybe", "expected 'ok' or 'cancel'"},
+        {R"(host "a b" role client)", "1 to 31 letters"},
+        {R"(host "a" role king)", "'server' or 'client'"},
+        {"network lose", "expected 'pass', 'delay'"},
+        {"call 1 array lang 1", "unknown kind 'array lang'"},
+        {"call 1 text repeat 9000000 \"xy\"", "more than 16 MB"},
+        {"structure resource \"Data\" 1 \"" + std::string(256, 'n') + "\" \"\"",
+         "at most 255 bytes"},
+        {"area \"" + std::string(256, 'n') + "\" delete", "the name is too long"},
+        {"area \"A\" draw", "stand create, event or delete"},
+        {"area \"A\" create title \"T\"", "expected 'command' and the number"},
+        {"area \"A\" create command 1 colour", "expected command, title, rect"},
+        {"area \"A\" event nonsense", "no event of an area is called 'nonsense'"},
+        {"area \"A\" event 602", "event 602 has an init block"},
+        {"area \"A\" event menus message 5", "the message of event 43 is the address"},
+        {"area \"A\" event 1 size 3", "behind an event stand message"},
+        {"user area \"A\" event 1 rect 1 2 3 4", "the form says where"},
+        {"expect area \"A\" colour", "message, time, modifiers or draws"},
+        {"user sees \"a\" red", "behind an object stand value, title"},
+        {"user sees red", "expected an object's name, validated"},
     };
     std::string text;
     for (const Row& row : rows) {
@@ -410,6 +445,30 @@ TEST(TesthostScriptTest, WhatFailsIsSaidAndPlayGoesOn) {
         {R"(expect file "${structure}Demo.4DB" "x")", R"(a file with "x", got a file with "")"},
         {R"(expect folder "${structure}Demo.4DB")", "a folder, got a file"},
         {R"(expect no file "${data}")", "nothing there, got a folder"},
+        {"stop\nprocess start \"P\"", "not started"},
+        {"stop\nprocess end 1", "not started"},
+        {"stop\narea \"A\" create command 9\narea \"A\" event 1", "not started"},
+        {"process start \"P\"\nprocess end \"P\"\nevent process 4 1 5", "process 4 has ended"},
+        {"on \"nobody\"", "there is no host \"nobody\""},
+        {R"(host "a" role client)", "no file of the plug-in that could be copied"},
+        {"set role client", "a host has its role before the plug-in starts"},
+        {"expect chosen \"none\" 1", "\"none\" is no array"},
+        {"set variable \"n\" array long 1 2\nset chosen \"n\" 2\nexpect chosen \"n\" 1",
+         "expected element 1 of \"n\", got element 2"},
+        {"expect sent CurrentProcess param1 1", "no such call"},
+        {"call 1 long 1 -> long\nexpect result long 5", "expected long 5, got long 2"},
+        {"call 9 long 1\nremember \"a\"\ncall 9 long 2\nexpect same \"a\"",
+         "the same parameter 1 as at script:3: long 1, got long 2"},
+        {"call 19 -> long -50", "Selector 91 came without a record."},
+        {"user cancel", "FAILED script:2: no dialog asked the user for this"},
+        {"expect dialog page 1", "there was no dialog"},
+        {"area \"A\" event 1", "no form of the host has an area \"A\""},
+        {"user area \"A\" event 1\nexpect area \"A\" time 1", "has been sent an event"},
+        {"area \"A\" create command 9\narea \"A\" create command 9", "already is an area \"A\""},
+        {"area \"A\" create command 9\nwindow clear\narea \"A\" event 1",
+         "the window of the area \"A\" is closed"},
+        {"area \"A\" create command 16\narea \"A\" delete",
+         "and the plug-in left 7 in what the host"},
     };
     for (const Row& row : rows) {
         Played played = Play("start\n" + std::string(row.lines) + "\necho \"went on\"\n");
@@ -421,6 +480,8 @@ TEST(TesthostScriptTest, WhatFailsIsSaidAndPlayGoesOn) {
     EXPECT_THAT(Play("start\ncall 7 string \"${temp}" + longest + "\"\n").output,
                 HasSubstr("at most 255 bytes"));
     EXPECT_THAT(Play("call 1 long 1").output, HasSubstr("not started"));
+    EXPECT_THAT(Play("set version 6.8\nstart\ncall 18 -> long -10500").output,
+                HasSubstr("The engine call-back was called (selector -91) on a host without"));
     EXPECT_THAT(Play("start").output, HasSubstr("→ stop (-2)")); // also when the script does not
     ToolboxReset();                                              // what command 10 left over
 }
@@ -511,6 +572,9 @@ TEST(TesthostScriptTest, WhatTheSystemAnswers) {
         structure resource "Data" 5 "Name" "ab"
         answer picture cancel
         answer picture "abc"
+        set free-stack 5000
+        call 17 long 5000 -> long 5000
+        call 17 long 5001 -> long -108
         call 11 -> long 10202
         call 11 -> long 10205
     )");

@@ -22,6 +22,7 @@ using namespace ResultCode;
 using std::string;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 std::vector<string> TakeProblems() {
     std::vector<string> problems;
@@ -413,6 +414,29 @@ TEST_F(ToolboxTest, SizesAndLocks) {
     EXPECT_EQ(ToolboxLiveHandles(), 1);
 }
 
+TEST_F(ToolboxTest, PointersAreResizedInPlace) {
+    for (const bool strict : {false, true}) {
+        ToolboxSetStrict(strict);
+        const Ptr block = NewPtr(10);
+        for (const auto& [to, error] : {std::pair{5L, NoError},
+                                        {10L, NoError},
+                                        {-1L, MemoryFull},
+                                        {100000L, MemoryFull},
+                                        {0L, NoError}}) {
+            const Size before = GetPtrSize(block);
+            SetPtrSize(block, to);
+            EXPECT_EQ(MemError(), error) << to;
+            EXPECT_EQ(GetPtrSize(block), error ? before : to);
+        }
+        DisposePtr(block);
+    }
+    SetPtrSize(nullptr, 1);
+    EXPECT_EQ(MemError(), ResultCode::NullHandle);
+    char foreign[4];
+    SetPtrSize(foreign, 1);
+    EXPECT_THAT(TakeProblems(), ElementsAre(StartsWith("SetPtrSize: ")));
+}
+
 TEST_F(ToolboxTest, ChosenAllocationFailsOnce) {
     const Handle handle = HandleWith("abc");
     ToolboxFailAllocation(3);
@@ -449,8 +473,24 @@ TEST_F(ToolboxTest, CopiesAndJoins) {
     }
     Handle handle = nullptr;
     EXPECT_EQ(PtrToHand(nullptr, &handle, 5), BadParameter);
+    EXPECT_EQ(PtrAndHand(nullptr, HandleWith("x"), 5), BadParameter);
+    EXPECT_EQ(HandAndHand(handle, HandleWith("x")), ResultCode::NullHandle);
     BlockMove(nullptr, &handle, 4);
     EXPECT_THAT(TakeProblems(), ElementsAre("BlockMove: 4 bytes from address 0"));
+}
+
+TEST_F(ToolboxTest, FontsAreNumberedAsTheyAreMet) {
+    for (const auto& [name, number] : {std::pair{"\6Monaco", 4},
+                                       {"\0", 0},
+                                       {"\5First", 256},
+                                       {"\6Second", 257},
+                                       {"\5FIRST", 256}}) {
+        short font = -1;
+        GetFNum(reinterpret_cast<const unsigned char*>(name), &font);
+        EXPECT_EQ(font, number) << name;
+    }
+    ClosePicture();
+    EXPECT_THAT(TakeProblems(), ElementsAre("ClosePicture: no picture is being recorded"));
 }
 
 TEST_F(ToolboxTest, ResourceFilesMustBeKnown) {
