@@ -15,7 +15,7 @@ endforeach()
 include(GoogleTest)
 
 # nimbo_add_test_runs(TARGET SOURCE... [EXCEPT TEST...]): one run for each source, so that one that hangs is ended and
-# named: starting the Windows runtime anew for each test takes longer than most tests.
+# named: starting the program anew for each test takes longer than most tests.
 function(nimbo_add_test_runs target)
     cmake_parse_arguments(PARSE_ARGV 1 args "" "" "EXCEPT")
     list(JOIN args_EXCEPT ":" except)

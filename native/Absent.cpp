@@ -24,5 +24,5 @@ void SetHostThread() {}
 
 void TakeForeignCalls(Problems&) {}
 
-extern "C" IMAGE_DOS_HEADER __ImageBase; // NOLINT(bugprone-reserved-identifier): the linker's name
-IMAGE_DOS_HEADER __ImageBase;            // NOLINT(bugprone-reserved-identifier): as above
+extern "C" IMAGE_DOS_HEADER __ImageBase; // the linker's own
+IMAGE_DOS_HEADER __ImageBase;

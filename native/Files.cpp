@@ -12,7 +12,7 @@
 
 namespace {
 constexpr std::size_t mostBytes =
-    64 * 1024 * 1024; // of a file: what goes on is a disk that is full
+    64 * 1024 * 1024; // of a file; the disk is full then
 constexpr const char* workFolder = "C:\\work";
 constexpr const char* tempFolder = "C:\\temp";
 

@@ -6,6 +6,7 @@
 #include "tests/Fixture.h"
 
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -111,6 +112,34 @@ TEST_P(StylesTest, ExtendedListsOfOldHostsAreBigEndian) {
     const PascalString name("A name of all of the 31 letters");
     EXPECT_EQ(FourD::GetStyleByName(plain, name.bytes, &found), 0);
     EXPECT_EQ(short{found.id}, 3);
+}
+
+// The host's services may take memory, and whatever is unlocked moves then.
+ClassicCallBack stillClassic;
+EngineCallBack stillEngine;
+
+HOST_CALL long MoveAndServeClassic(long selector, ParameterBlock* block) {
+    ToolboxMoveMemory();
+    return stillClassic(selector, block);
+}
+
+HOST_CALL long MoveAndServeEngine(long selector, FDEngineBlock* block) {
+    ToolboxMoveMemory();
+    return stillEngine(selector, block);
+}
+
+TEST_P(StylesTest, AListMayMoveBetweenSearchesOnly) {
+    const auto first = MakeStyle<FourDStyle>("First", 1);
+    const auto second = MakeStyle<FourDStyle>("Second", 2);
+    const OwnedHandle list(ListBytes<FourDStyle>(2, {first, second}, 480));
+    stillClassic = std::exchange(gHost.classicCallBack, MoveAndServeClassic);
+    stillEngine = std::exchange(gHost.engineCallBack,
+                                gHost.engineCallBack != nullptr ? MoveAndServeEngine : nullptr);
+    FourDStyle found;
+    EXPECT_EQ(FourD::GetStyleByName(list, PascalString("Second"), &found), 0);
+    EXPECT_EQ(BytesOf(found), BytesOf(second));
+    gHost.classicCallBack = stillClassic;
+    gHost.engineCallBack = stillEngine;
 }
 
 TEST_P(StylesTest, TakesStylesOutOfTheirResources) {

@@ -6,8 +6,8 @@
 #include <cstdarg> // as the system's own header does
 #include <cstdint>
 
-#define WINAPI __attribute__((__stdcall__)) // NOLINT(cppcoreguidelines-macro-usage): its name
-#define CALLBACK WINAPI                     // NOLINT(cppcoreguidelines-macro-usage): its name
+#define WINAPI __attribute__((__stdcall__))
+#define CALLBACK WINAPI
 
 using BOOL = int;
 using BYTE = unsigned char;
@@ -30,7 +30,7 @@ static_assert(sizeof(wchar_t) == 2 && sizeof(DWORD) == 4);
 
 constexpr BOOL FALSE = 0;
 constexpr BOOL TRUE = 1;
-#define MAX_PATH 260 // NOLINT(cppcoreguidelines-macro-usage): sizes of arrays in sums
+#define MAX_PATH 260
 
 struct FILETIME {
     DWORD dwLowDateTime, dwHighDateTime;

@@ -28,7 +28,8 @@ class Block {
   public:
     /// More is refused, as what fuzzers ask for must not take the machine's memory.
     static constexpr long long maxSize = 64 * 1024 * 1024;
-    /// Unlocked blocks move with each call that takes memory, whether or not memory is strict.
+    /// Unlocked blocks move with each call that takes memory, whether or not memory is strict; of
+    /// very many only when it is, and then as in the real one.
     static constexpr bool alwaysMoves = true;
 
     Block() = default;
@@ -56,7 +57,7 @@ class Block {
             std::memset(Bytes() + length, newByte, static_cast<std::size_t>(size - length));
         }
         length = size;
-        ASAN_POISON_MEMORY_REGION(Bytes() + length, capacity - length);
+        ASAN_POISON_MEMORY_REGION(Bytes() + length, allocated - length);
     }
     void SetLengthAndCapacity(Size size) { SetLength(size); }
 
@@ -67,19 +68,20 @@ class Block {
     static constexpr unsigned char newByte = 0xCC;
 
     struct Free {
-        void operator()(char* bytes) const { std::free(bytes); } // NOLINT: it was malloc()
+        void operator()(char* bytes) const { std::free(bytes); }
     };
 
     /// Between length and capacity no byte may be touched.
     explicit Block(Size size)
-        : storage(static_cast<char*>(
-              std::malloc(static_cast<std::size_t>(std::max(CapacityFor(size), Size{1}))))),
+        : allocated(std::max(CapacityFor(size), Size{1})),
+          storage(static_cast<char*>(std::malloc(static_cast<std::size_t>(allocated)))),
           capacity(CapacityFor(size)) {
         if (storage) {
             SetLength(size);
         }
     }
 
+    Size allocated = 0; ///< one byte of an empty block, too
     std::unique_ptr<char[], Free> storage;
     Size length = 0;
     Size capacity = 0;
