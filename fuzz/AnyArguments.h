@@ -2,6 +2,7 @@
 
 #include "data/blocks/TextBlock.h"
 #include "fuzz/HostileHost.h"
+#include "platform/ResultCodes.h"
 
 #include <deque>
 #include <tuple>
@@ -30,13 +31,24 @@ class AnyArguments {
 
     template <typename Result, typename... Parameters>
     void Call(Result (*function)(Parameters...)) {
-        const std::tuple<Parameters...> made{Make<Parameters>()...}; // from left to right
-        FailSometimes();
         if constexpr (std::is_same_v<Result, Handle>) {
-            Own(std::apply(function, made));
-        } else {
+            CallThen(function, [&](Handle handle, const auto&) { Own(handle); });
+        } else if constexpr (std::is_void_v<Result>) {
+            const std::tuple<Parameters...> made{Make<Parameters>()...}; // from left to right
+            FailSometimes();
             std::apply(function, made);
+        } else {
+            CallThen(function, [](const auto&...) {});
         }
+    }
+
+    /// `check` is called with the result and a tuple of the arguments.
+    template <typename Result, typename... Parameters, typename Check>
+    void CallThen(Result (*function)(Parameters...), Check check) {
+        const std::tuple<Parameters...> made{Make<Parameters>()...};
+        FailSometimes();
+        host.answered.reset();
+        check(std::apply(function, made), made);
     }
 
     template <typename Class, typename Base, typename Result, typename... Parameters>
@@ -149,4 +161,47 @@ constexpr Signature* Pick(Signature* function) {
 template <auto Function>
 void CallWithAny(AnyArguments& arguments) {
     arguments.Call(Function);
+}
+
+/// The same for a function that makes one call to the host, or none, and answers its result code.
+template <auto Function>
+void CallForError(AnyArguments& arguments) {
+    arguments.CallThen(Function, [&](long error, const auto&) {
+        const auto& answered = arguments.host.answered;
+        Require(error == (answered ? answered->error : ResultCode::BadParameter),
+                "another result code");
+    });
+}
+
+/// The same where the last argument is the place for a number, or an address, that the host answers
+/// in `Field`; without success it is `failed`.
+template <auto Function, auto Field = &CallFields::param1, long failed = 0>
+void CallForNumber(AnyArguments& arguments) {
+    arguments.CallThen(Function, [&]<typename Made>(long error, const Made& made) {
+        const auto& answered = arguments.host.answered;
+        auto* const place = std::get<std::tuple_size_v<Made> - 1>(made);
+        Require(error == (answered ? answered->error : ResultCode::BadParameter),
+                "another result code");
+        const long number = error == ResultCode::NoError ? (long)((*answered).*Field) : failed;
+        Require(place == nullptr || (*place == (std::decay_t<decltype(*place)>)number),
+                "another number");
+    });
+}
+
+/// The same for a function that answers such a number itself, whatever the result code.
+template <auto Function, auto Field = &CallFields::param1>
+void CallForAnswer(AnyArguments& arguments) {
+    arguments.CallThen(Function, [&]<typename Result>(Result result, const auto&) {
+        const auto& answered = arguments.host.answered;
+        Require(answered && result == static_cast<Result>((*answered).*Field), "another answer");
+    });
+}
+
+/// The same for a truth.
+template <auto Function>
+void CallForTruth(AnyArguments& arguments) {
+    arguments.CallThen(Function, [&](unsigned char truth, const auto&) {
+        const auto& answered = arguments.host.answered;
+        Require(answered && truth == (answered->param1 != 0 ? 1 : 0), "another truth");
+    });
 }

@@ -127,7 +127,7 @@ void Play(Input& input, short type) {
     Put(array, 0, Value{}); // element 0 stays, with what it owns
 }
 
-/// Rows of numbers.
+/// Rows of a plain type.
 template <typename Value>
 void PlayRows(Input& input) {
     CArray array(ValueType::ArrayOfArrays);
@@ -153,12 +153,22 @@ void PlayRows(Input& input) {
                 input, rows[place], Value{}, [&](long size) { return array.SetRowSize(row, size); },
                 [&] { return array.GetRowSize(row); });
             break;
-        default:
-            array.AtPut(row, column, value);
-            if (column >= 0 && column < static_cast<long>(rows[place].size())) {
+        default: {
+            const bool isThere = column >= 0 && column < static_cast<long>(rows[place].size());
+            if constexpr (std::is_same_v<Value, long> || std::is_same_v<Value, double>) {
+                array.AtPut(row, column, value);
+            } else if (isThere) {
+                array.template RowElements<Value>(row)[static_cast<std::size_t>(column)] = value;
+            }
+            if (isThere) {
                 rows[place][static_cast<std::size_t>(column)] = value;
             }
+            const Value expected = isThere ? value : Value{};
+            Value element = value;
+            array.At(row, column, element);
+            Require(std::memcmp(&element, &expected, sizeof element) == 0, "another element");
             break;
+        }
         }
         for (std::size_t each = 0; each < rows.size(); ++each) {
             const auto view = array.template RowElements<Value>(static_cast<long>(each));
@@ -172,7 +182,7 @@ void PlayRows(Input& input) {
 } // namespace
 
 void Fuzz(Input& input) {
-    switch (input.Choice(9)) {
+    switch (input.Choice(12)) {
     case 0:
         return Play<short>(input, ValueType::IntegerArray);
     case 1:
@@ -189,6 +199,12 @@ void Fuzz(Input& input) {
         return Play<Slot>(input, ValueType::StringArray);
     case 7:
         return PlayRows<long>(input);
+    case 8:
+        return PlayRows<short>(input);
+    case 9:
+        return PlayRows<unsigned char>(input);
+    case 10:
+        return PlayRows<DateBlock>(input);
     default:
         return PlayRows<double>(input);
     }

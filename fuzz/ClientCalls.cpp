@@ -18,12 +18,6 @@ struct Request {
 };
 using Requests = std::vector<Request>;
 
-std::string BytesOf(Handle handle) {
-    return handle == nullptr
-               ? ""
-               : std::string(*handle, static_cast<std::size_t>(GetHandleSize(handle)));
-}
-
 /// What comes of a call whose requests were these; -1 where it ended too early.
 OSErr ResultOf(const Requests& requests, bool isFunction) {
     const auto fails = [](OSErr error) { return error != ResultCode::NoError; };

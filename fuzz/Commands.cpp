@@ -2,6 +2,7 @@
 
 #include "fuzz/HostileHost.h"
 
+#include <climits>
 #include <stdexcept>
 
 namespace {
@@ -105,7 +106,7 @@ void Commands::Call() {
     auto* const params = reinterpret_cast<CXParam*>(storage);
     long cell = 0;
     // Not what starts, stops, or asks for a record in place of the parameters.
-    const long number = input.ConsumeBool() ? input.Choice(5) : std::abs(input.Number());
+    const long number = input.ConsumeBool() ? input.Choice(5) : input.Number() & LONG_MAX;
     CXParam* const formerExpected = std::exchange(expected, params);
     const int formerRuns = std::exchange(runs, 0);
     ++depth;

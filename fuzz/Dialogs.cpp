@@ -17,22 +17,37 @@ constexpr short resourceFile = 50;
 template <auto... Functions>
 constexpr std::array<Operation, sizeof...(Functions)> all = {CallWithAny<Functions>...};
 
-constexpr auto operations = all<
-    D::CreateFourDDialogContext, D::CreateFourDDialog, D::Close, D::ModalDialog, D::Cancel,
-    D::Validate, D::SwitchTo4DContext, D::SwitchToDlogContext, D::BeginUpdateVars, D::EndUpdateVars,
-    D::GotoPage, D::CurrentPage, D::GetLastObject, D::GotoVariable, D::GetVar, D::SetVar,
-    D::GetBooleanVar, D::SetBooleanVar, D::GetLongVar, D::SetLongVar, D::GetNativeRealVar,
-    D::SetNativeRealVar, D::GetStringVar, Pick<void(D*, Name, Text)>(D::SetStringVar),
-    Pick<void(D*, Name, short, short)>(D::SetStringVar), D::GetTextVar,
-    Pick<void(D*, Name, Handle)>(D::SetTextVar), Pick<void(D*, Name, Text)>(D::SetTextVar),
-    Pick<void(D*, Name, Name)>(D::SetTextVar), D::SetPictureVar, D::GetDateVar, D::SetDateVar,
-    D::GetTimeVar, D::SetTimeVar, D::SetVarEnabled, D::SetVarVisible, D::SetObjVisible,
-    D::SetEditable, D::SetThreeStateCheckBox, D::SetNumVarMinMax, D::SetEntryFilter,
-    D::SetEntryFormat, Pick<void(D*, Name, Text)>(D::SetVarTitle),
-    Pick<void(D*, Name, Name)>(D::SetVarTitle), Pick<void(D*, Name, short, short)>(D::SetVarTitle),
-    Pick<void(D*, Name, Text)>(D::SetObjTitle), Pick<void(D*, Name, Name)>(D::SetObjTitle),
-    Pick<void(D*, Name, short, short)>(D::SetObjTitle), D::UpdateObjTitle, D::GetRect, D::Redraw,
-    FourDDialog_SetUserData>;
+constexpr auto operations =
+    all<D::CreateFourDDialogContext, D::CreateFourDDialog, D::Close, D::ModalDialog, D::Cancel,
+        D::Validate, D::SwitchToDlogContext, D::BeginUpdateVars, D::EndUpdateVars, D::GotoPage,
+        D::GetLastObject, D::GotoVariable, D::GetVar, D::SetVar, D::GetBooleanVar, D::SetBooleanVar,
+        D::SetLongVar, D::GetNativeRealVar, D::SetNativeRealVar, D::GetStringVar,
+        Pick<void(D*, Name, Text)>(D::SetStringVar),
+        Pick<void(D*, Name, short, short)>(D::SetStringVar), D::GetTextVar,
+        Pick<void(D*, Name, Handle)>(D::SetTextVar), Pick<void(D*, Name, Text)>(D::SetTextVar),
+        Pick<void(D*, Name, Name)>(D::SetTextVar), D::SetPictureVar, D::GetDateVar, D::SetDateVar,
+        D::SetTimeVar, D::SetVarEnabled, D::SetVarVisible, D::SetObjVisible, D::SetEditable,
+        D::SetThreeStateCheckBox, D::SetNumVarMinMax, D::SetEntryFilter, D::SetEntryFormat,
+        Pick<void(D*, Name, Text)>(D::SetVarTitle), Pick<void(D*, Name, Name)>(D::SetVarTitle),
+        Pick<void(D*, Name, short, short)>(D::SetVarTitle),
+        Pick<void(D*, Name, Text)>(D::SetObjTitle), Pick<void(D*, Name, Name)>(D::SetObjTitle),
+        Pick<void(D*, Name, short, short)>(D::SetObjTitle), D::UpdateObjTitle, D::GetRect,
+        D::Redraw, FourDDialog_SetUserData>;
+
+template <auto Function>
+void CallForVariable(AnyArguments& arguments) {
+    arguments.CallThen(Function, [&](long number, const auto&) {
+        const auto& answered = arguments.host.answered;
+        Require(answered && number == answered->value.number, "another number");
+    });
+}
+
+constexpr Operation answers[] = {
+    CallForAnswer<D::CurrentPage, &CallFields::param2>,
+    CallForAnswer<D::SwitchTo4DContext, &CallFields::param2>,
+    CallForVariable<D::GetLongVar>,
+    CallForVariable<D::GetTimeVar>,
+};
 
 constexpr auto arrays =
     all<D::NewArrayLong, D::NewArrayReal, D::NewArrayString, D::NewArrayText, D::NewArrayPicture,
@@ -57,8 +72,8 @@ constexpr auto arrays =
 
 void CallAny(Input& input, HostileHost& host) {
     AnyArguments arguments(input, host);
-    const std::span<const Operation> kind =
-        input.ConsumeBool() ? std::span<const Operation>(operations) : arrays;
+    const std::span<const Operation> kinds[] = {operations, arrays, answers};
+    const std::span<const Operation> kind = kinds[input.Choice(std::size(kinds))];
     kind[input.Choice(kind.size())](arguments);
 }
 
@@ -144,9 +159,7 @@ void OpenDialogs::AddResources() {
     ToolboxAddResFile(resourceFile);
     UseResFile(resourceFile);
     for (const OSType type : types) {
-        const std::string bytes = host.AnyText(600);
-        ToolboxAddResource(resourceFile, type, 1, "F", bytes.data(),
-                           static_cast<long>(bytes.size()));
+        AddResource(resourceFile, type, 1, host.AnyText(600));
     }
 }
 

@@ -46,6 +46,13 @@ inline void Require(bool held, const char* sentence) {
 
 /// The bytes of a toolbox handle; none of null.
 std::string BytesOf(Handle handle);
+/// A toolbox handle with these bytes, the caller's.
+Handle HandleOf(const std::string& bytes);
+/// Appends the bytes of a record.
+template <typename Record>
+void Append(std::string& bytes, const Record& record) {
+    bytes.append(reinterpret_cast<const char*>(&record), sizeof record);
+}
 /// The characters of a Pascal string.
 std::string PascalText(const unsigned char* string);
 
@@ -66,6 +73,12 @@ class Pascal {
     std::vector<unsigned char> bytes;
 };
 
+/// Adds a resource of the name `Name` to a resource file that is there.
+OSErr AddResource(short file, OSType type, short id, const std::string& bytes);
+
+/// Two tables, the first with two records.
+const Database& SmallDatabase();
+
 /// A plug-in with these commands.
 class FuzzPlug : public FourDPlug {
   public:
@@ -82,12 +95,11 @@ class FuzzPlug : public FourDPlug {
 class FuzzHost {
   public:
     explicit FuzzHost(HostOptions options = {}, std::vector<CommandEntry> commands = {});
-    /// Stops the plug-in. What the host has to complain of is a failure, unless `mayComplain`.
+    /// Stops the plug-in. What the host has to complain of is a failure.
     ~FuzzHost();
     FuzzHost(const FuzzHost&) = delete;
     FuzzHost& operator=(const FuzzHost&) = delete;
 
-    bool mayComplain = false;
     Host host;
     FuzzPlug plug;
     Session session;

@@ -19,25 +19,26 @@ constexpr auto aboutTheHost =
     all<FourD::Is4DClient, FourD::Is4DServer, FourD::GetVersion, FourD::Get4DVersionBCD,
         FourD::Get4DVersion, FourD::Get4DProgram, FourD::VersToVers4D, FourD::IsCompiled,
         FourD::GetMessages, FourD::GetStructFile, FourD::GetStructFolder, FourD::Setup4DEnv,
-        FourD::SetupMacOSEnv, FourD::GetPlatformInterface, FourD::Reals64, FourD::SwapReal64To80,
+        FourD::SetupMacOSEnv, FourD::GetPlatformInterface, FourD::SwapReal64To80,
         FourD::SwapReal80To64, Pick<OSErr(char*, long, unsigned char)>(FourD::Get4DFolderPath),
         Pick<OSErr(unsigned char*, long, unsigned char)>(FourD::Get4DFolderPath),
         FourD::GetDataFile, FourD::GetDataFolder, FourD::GetAppFolder, FourD::GetAppType,
         _GetStructurePaths, _GetPrefsFolderPath, _GetMacGlobals, _GetPluginResID,
         GetFSSpecBy4DCommand, Hack4DStdColor, MapDefaultColorToSysColors4DSelector>;
 
-constexpr auto aboutProcesses = all<
-    Pick<OSErr(void*, const char*, long, long*)>(FourD::NewXProcess),
-    Pick<OSErr(char*, const unsigned char*, long, long*)>(FourD::NewXProcess), FourD::KillXProcess,
-    FourD::CurrentProcess, FourD::GetNumProcesses, FourD::GetNumActiveProcesses,
-    FourD::GetProcessState, Pick<void(long, char*)>(FourD::GetProcessName),
-    Pick<void(long, unsigned char*)>(FourD::GetProcessName), FourD::GetProcessCName,
-    Pick<long(const unsigned char*)>(FourD::FindProcess),
-    Pick<long(const char*)>(FourD::FindProcess), FourD::IsUserProcess, FourD::BringProcessToFront,
-    FourD::PutProcessToSleep, FourD::WakeupProcess, FourD::FreezeProcess, FourD::UnfreezeProcess,
-    FourD::ShowProcess, FourD::HideProcess, FourD::SetWindowProcess, FourD::GetNextEvent,
-    FourD::PostProcessEvent, FourD::IsProcessDying, FourD::YieldToOthers, FourD::YieldAbsolute,
-    FourD::CheckFreeStack, FourD::SetMessages, FourD::Quit>;
+constexpr auto aboutProcesses =
+    all<Pick<OSErr(void*, const char*, long, long*)>(FourD::NewXProcess),
+        Pick<OSErr(char*, const unsigned char*, long, long*)>(FourD::NewXProcess),
+        FourD::KillXProcess,
+
+        FourD::GetProcessState, Pick<void(long, char*)>(FourD::GetProcessName),
+        Pick<void(long, unsigned char*)>(FourD::GetProcessName), FourD::GetProcessCName,
+        Pick<long(const unsigned char*)>(FourD::FindProcess),
+        Pick<long(const char*)>(FourD::FindProcess), FourD::IsUserProcess,
+        FourD::BringProcessToFront, FourD::PutProcessToSleep, FourD::WakeupProcess,
+        FourD::FreezeProcess, FourD::UnfreezeProcess, FourD::ShowProcess, FourD::HideProcess,
+        FourD::SetWindowProcess, FourD::GetNextEvent, FourD::IsProcessDying, FourD::YieldToOthers,
+        FourD::YieldAbsolute, FourD::CheckFreeStack, FourD::SetMessages, FourD::Quit>;
 
 constexpr auto aboutStatements =
     all<Pick<OSErr(const char*)>(FourD::ExecProc), Pick<void(unsigned char*)>(FourD::ExecProc),
@@ -52,29 +53,24 @@ constexpr auto aboutStatements =
 constexpr auto aboutValues =
     all<FourD::Long2String, FourD::REAL2String, FourD::Double2String, FourD::Boolean2String,
         FourD::String2String, FourD::Date2String, FourD::Time2String, FourD::GetLongVar,
-        FourD::GetLongIPVar, FourD::SetLongVar, FourD::GetProcessVar, FourD::UpdateVariables,
-        FourD::StripIPVarName, FourD::EvalPluginStringWithResRefs, FourD::GetPluginIndString,
-        FourD::GetPluginIndCString, FourD::CurProcResID, FourD::GetResNum, FourD::GetStyleRes,
-        FourD::GetStyleXResByID, FourD::GetStyleXResByName, FourD::GetStyleByID,
-        FourD::GetStyleByName, FourD::GetStyleXByID, FourD::GetStyleXByName,
+        FourD::GetLongIPVar, FourD::SetLongVar, FourD::GetProcessVar, FourD::StripIPVarName,
+        FourD::EvalPluginStringWithResRefs, FourD::GetPluginIndString, FourD::GetPluginIndCString,
+        FourD::CurProcResID, FourD::GetResNum, FourD::GetStyleRes, FourD::GetStyleXResByID,
+        FourD::GetStyleXResByName, FourD::GetStyleByID, FourD::GetStyleByName, FourD::GetStyleXByID,
+        FourD::GetStyleXByName,
         Pick<OSErr(const FourDStyle*, FourDPlatformStyle*)>(FourD::GetPlatformStyle),
         Pick<OSErr(const FourDStyleX*, FourDPlatformStyle*)>(FourD::GetPlatformStyle),
         FourD::GetPlatformStyleByID, FourD::GetPlatformStyleSpecByID,
         FourD::GetPlatformStyleSpecByName, FourD::GetRGBColor>;
 
 constexpr auto aboutRecords =
-    all<FourD::CountFiles, FourD::CountFields, FourD::GetFieldType, FourD::GetFileName,
-        FourD::GetFileNameC, FourD::GetFileFieldNum, FourD::GetFieldInfo, FourD::RecordsInSelection,
-        FourD::GotoSelectedRecord, FourD::GotoRecord, FourD::RecordNumber,
-        FourD::SelectedRecordNumber, FourD::NewRecord, FourD::UpdateRecord, FourD::GetPackedRecord,
-        FourD::SetPackedRecord, FourD::DeleteRecord, FourD::AllRecords, FourD::AcquirePrinter,
-        FourD::ReleasePrinter, FourD::IsPrinterBusy, FourD::GetPrintInfo, FourD::TipsEnabled,
-        FourD::SetTipsEnabled, FourD::CreateTip, FourD::ReadOnServer, FourD::WriteOnServer,
-        FourD::Open4DResFile, FourD::Create4DResFile, FourD::Close4DResFile, FourD::Update4DResFile,
-        FourD::GetStruct4DResFileRef, FourD::Count4DResTypes, FourD::GetIndResType,
-        FourD::Get4DResTypeList, FourD::Count4DRes, FourD::GetInd4DResID, FourD::Get4DResIDList,
-        FourD::Get4DResName, FourD::Set4DResName, FourD::Get4DResTimestamp, FourD::Get4DRes,
-        FourD::Set4DRes, FourD::Add4DRes, FourD::Del4DRes, FourD::GetUnique4DResID>;
+    all<FourD::GetFileName, FourD::GetFileNameC, FourD::GetFileFieldNum, FourD::GetFieldInfo,
+
+        FourD::SelectedRecordNumber, FourD::GetPackedRecord, FourD::Lock4DRes, FourD::Unlock4DRes,
+        FourD::DeleteRecord, FourD::AllRecords, FourD::GetPrintInfo, FourD::ReadOnServer,
+        FourD::WriteOnServer,
+
+        FourD::Get4DResTypeList, FourD::Get4DResIDList, FourD::Get4DResName, FourD::Get4DRes>;
 
 constexpr auto aboutWindows =
     all<FourD::LMGetWindowList, FourD::GetFrontmostWindow, FourD::GetNextMacWindow, FourD::IsWindow,
@@ -90,6 +86,42 @@ constexpr auto aboutWindows =
         FourD::GetFourDDialogFromWindow, FourD::GetWindowFromFourDDialog, FourD::MacToAnsiCString,
         FourD::AnsiToMacCString, FourD::AnsiToMacPString, FourD::CopyCharsToUniChars,
         FourD::CopyPStrToUniChars>;
+
+constexpr Operation withNumbers[] = {
+    CallForNumber<FourD::CountFiles>,
+    CallForNumber<FourD::CountFields>,
+    CallForNumber<FourD::RecordsInSelection>,
+    CallForNumber<FourD::Open4DResFile>,
+    CallForNumber<FourD::Create4DResFile>,
+    CallForNumber<FourD::GetStruct4DResFileRef>,
+    CallForNumber<FourD::Count4DResTypes>,
+    CallForNumber<FourD::GetIndResType>,
+    CallForNumber<FourD::Count4DRes>,
+    CallForNumber<FourD::GetInd4DResID>,
+    CallForNumber<FourD::Get4DResTimestamp>,
+    CallForNumber<FourD::GetUnique4DResID>,
+    CallForNumber<FourD::GetProcEditTEHandle>,
+    CallForNumber<FourD::GetFieldType, &CallFields::param1, -1>,
+    CallForNumber<FourD::RecordNumber, &CallFields::recordNumber, -1>,
+    CallForNumber<FourD::GetColors, &CallFields::handle>,
+    CallForAnswer<FourD::CurrentProcess>,
+    CallForAnswer<FourD::GetNumProcesses>,
+    CallForAnswer<FourD::GetNumActiveProcesses, &CallFields::param2>,
+    CallForTruth<FourD::IsPrinterBusy>,
+    CallForTruth<FourD::TipsEnabled>,
+    CallForTruth<FourD::Reals64>,
+};
+
+constexpr Operation withErrors[] = {
+    CallForError<FourD::UpdateRecord>,    CallForError<FourD::NewRecord>,
+    CallForError<FourD::GotoRecord>,      CallForError<FourD::GotoSelectedRecord>,
+    CallForError<FourD::SetPackedRecord>, CallForError<FourD::AcquirePrinter>,
+    CallForError<FourD::ReleasePrinter>,  CallForError<FourD::SetTipsEnabled>,
+    CallForError<FourD::CreateTip>,       CallForError<FourD::Close4DResFile>,
+    CallForError<FourD::Update4DResFile>, CallForError<FourD::Set4DResName>,
+    CallForError<FourD::Set4DRes>,        CallForError<FourD::Add4DRes>,
+    CallForError<FourD::Del4DRes>,        CallForError<FourD::UpdateVariables>,
+    CallForError<FourD::PostProcessEvent>};
 
 /// Only on hosts from 11.0 on.
 constexpr auto ofTheEngine =
@@ -115,6 +147,18 @@ ValueBlock AnyValue(AnyArguments& arguments) {
 }
 
 constexpr Operation others[] = {
+    [](AnyArguments& arguments) {
+        const auto index = static_cast<short>(arguments.input.Choice(6));
+        long red = 1;
+        long green = 1;
+        long blue = 1;
+        arguments.host.answered.reset();
+        FourD::GetDrawingColor(index, &red, &green, &blue);
+        const auto& answered = arguments.host.answered;
+        const bool isThere = answered && answered->error == 0 && answered->handle != nullptr;
+        const RGBColor color = isThere ? arguments.host.colors.colors[index] : RGBColor{};
+        Require(red == color.red && green == color.green && blue == color.blue, "another colour");
+    },
     [](AnyArguments& arguments) { // the caller's own handle, or none, which may be changed
         Handle handle = arguments.Make<Handle>();
         if (arguments.input.ConsumeBool()) {
@@ -257,9 +301,7 @@ void AddResources(Input& input, HostileHost& host) {
     ToolboxAddResFile(resourceFile);
     UseResFile(resourceFile);
     for (const OSType type : types) {
-        const std::string bytes = host.AnyText(400);
-        ToolboxAddResource(resourceFile, type, static_cast<short>(input.Choice(3)), "Name",
-                           bytes.data(), static_cast<long>(bytes.size()));
+        AddResource(resourceFile, type, static_cast<short>(input.Choice(3)), host.AnyText(400));
     }
 }
 } // namespace
@@ -269,10 +311,10 @@ void Fuzz(Input& input) {
     HostileHost host(input, HostileHost::AnyVersion(input));
     AddResources(input, host);
     host.Start(input.ConsumeBool());
-    const std::span<const Operation> kinds[] = {aboutTheHost, aboutProcesses, aboutStatements,
-                                                aboutValues,  aboutRecords,   aboutWindows,
-                                                others,       ofTheEngine,    othersOfTheEngine};
-    const unsigned ofClassicHosts = 7;
+    const std::span<const Operation> kinds[] = {
+        aboutTheHost, aboutProcesses, aboutStatements, aboutValues, aboutRecords,     aboutWindows,
+        withNumbers,  withErrors,     others,          ofTheEngine, othersOfTheEngine};
+    const unsigned ofClassicHosts = 9;
     while (!input.IsOver()) {
         const unsigned count = gHost.HasEngine() ? std::size(kinds) : ofClassicHosts;
         const std::span<const Operation> kind = kinds[input.Choice(count)];

@@ -14,6 +14,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <span>
 #include <string_view>
@@ -85,6 +86,11 @@ class HostileHost {
     /// Serves a call in place of the input, where it answers true.
     std::function<bool(Call&)> onCall;
 
+    /// What the last call was answered, if there was one since this was last emptied.
+    std::optional<CallFields> answered;
+    /// Its system colours, where it tells of them.
+    SysColors4D colors{};
+
     /// What values are of more often than not; -1 for any type alike.
     int likelyType = -1;
 
@@ -118,14 +124,19 @@ class HostileHost {
         const SelectorPair* service = FindSelector(selector, false);
         Require(service != nullptr, "no service has this number");
         Call call{service->name, *block, nullptr, block->valueText};
-        return current->Serve(call);
+        return current->Answer(call);
     }
     static long __attribute__((__cdecl__)) Engine(long selector, FDEngineBlock* block) {
         const SelectorPair* service = FindSelector(selector, true);
         Require(service != nullptr, "no service has this number");
         Require(current->version >= 0x1100, "a host of this version has no engine calls");
         Call call{service->name, *block, block, block->valueText};
-        return current->Serve(call);
+        return current->Answer(call);
+    }
+    long Answer(Call& call) {
+        const long result = Serve(call);
+        answered = call.fields;
+        return result;
     }
     long Serve(Call& call);
     bool ServeMemory(Call& call);
@@ -375,6 +386,9 @@ inline void HostileHost::AnswerAddress(Call& call, const CallFields& asked) {
     fields.handle = asked.handle;
     if (service == "MacGlobals") {
         fields.handle = reinterpret_cast<Handle>(input.Choice(4) != 0 ? globals.data() : nullptr);
+    } else if (service == "SystemColors") {
+        input.Fill(colors);
+        fields.handle = reinterpret_cast<Handle>(input.ConsumeBool() ? &colors : nullptr);
     } else if (service == "FocusedWindow" || service == "FloatingWindow") {
         fields.handle = reinterpret_cast<Handle>(AnyWindow());
     } else if (service == "WindowFromDialog") {

@@ -5,7 +5,6 @@
 #include "testhost/language/Commands.h"
 #include "testhost/language/Failure.h"
 #include "testhost/language/Lexer.h"
-#include "testhost/session/DatabaseFile.h"
 
 #include <algorithm>
 
@@ -18,15 +17,6 @@ void Try(Work work) {
     } catch (const LanguageFailure& failure) {
         Require(failure.code < 0 && failure.what()[0] != '\0', "a failure is not told");
     }
-}
-
-const Database& SmallDatabase() {
-    static const DatabaseFile file =
-        ParseDatabase("table \"Clients\"\nfield \"Last name\" alpha 10 indexed\n"
-                      "field \"Number\" long unique\nfield \"Born\" date\nrecords\n"
-                      "Moss|1|1999-12-31\n-\nAbel|2|\n\ntable \"Bills\"\nfield \"Sum\" real\n",
-                      "name");
-    return file.database;
 }
 
 void FuzzTokens(Host& host, const std::string& stream) {

@@ -18,15 +18,6 @@ constexpr short number = 5;
 constexpr OSType mapType = 0x4D617020;        // 'Map '
 constexpr OSType stringListType = 0x53545223; // 'STR#'
 
-void AddResource(OSType type, short id, const std::string& bytes) {
-    ToolboxAddResource(file, type, id, "Name", bytes.data(), static_cast<long>(bytes.size()));
-}
-
-template <typename Record>
-void Append(std::string& bytes, const Record& record) {
-    bytes.append(reinterpret_cast<const char*>(&record), sizeof record);
-}
-
 template <typename Record>
 bool Read(const std::string& bytes, std::size_t at, Record* record) {
     const bool isThere = at + sizeof *record <= bytes.size();
@@ -134,7 +125,7 @@ void CheckMap(Input& input) {
     std::string header;
     Append(header, count);
     const std::string map = AnyList(input, 8, header, AnyEntry);
-    AddResource(mapType, FourD::CurProcResID(), map);
+    AddResource(file, mapType, FourD::CurProcResID(), map);
     const unsigned long type = input.Choice(2);
     const auto local = static_cast<short>(input.Choice(3));
     short expected = 0;
@@ -161,7 +152,7 @@ void CheckStrings(Input& input) {
     const unsigned count = isTrue ? strings.size() : input.Choice(0x10000);
     list.insert(0, {static_cast<char>(count >> 8), static_cast<char>(count)});
     list.resize(isTrue ? list.size() : input.Choice(list.size() + 1));
-    AddResource(stringListType, number, list);
+    AddResource(file, stringListType, number, list);
     const auto index =
         static_cast<short>(input.ConsumeBool() ? 1 + input.Choice(5) : input.Number());
     Str255 string;
@@ -186,6 +177,19 @@ void CheckStrings(Input& input) {
     Require(!reference.starts_with(":5,") || index < 0 ||
                 PascalText(evaluated) == PascalText(string),
             "the reference stands for another string");
+}
+
+/// A string of a resource as a format.
+void CheckFormat(Input& input) {
+    std::string text = input.Text(255);
+    std::erase_if(text, [](char character) { return character == '%' || character == '\0'; });
+    const long value = input.Number();
+    AddResource(file, stringListType, number,
+                std::string("\0\1", 2) + Pascal("%s|%ld" + text).Whole());
+    Str255 string;
+    FourD::GetPluginSprIndString(string, number, 1, "some", value);
+    const std::string whole = "some|" + std::to_string(value) + text.substr(0, 249);
+    Require(PascalText(string) == whole.substr(0, 255), "another formatted string");
 }
 
 struct Atom {
@@ -240,7 +244,7 @@ void CheckForm(Input& input) {
     form.resize(form.size() - input.Choice(8));
     std::string styles;
     Append(styles, FourDStyleListHeader{2, 0});
-    AddResource(StyleSetType, number,
+    AddResource(file, StyleSetType, number,
                 styles + AnyStyle<FourDStyleX>(input) + AnyStyle<FourDStyleX>(input));
     struct Seen {
         std::vector<Atom> atoms;
@@ -274,7 +278,7 @@ void CheckPairs(Input& input) {
     }
     const unsigned cut = std::min<unsigned>(input.Choice(4), pairs.empty() ? 0 : 4);
     bytes.resize(bytes.size() - std::min<std::size_t>(cut, bytes.size()));
-    AddResource(0x544B504C, number, bytes); // 'TKPL'
+    AddResource(file, 0x544B504C, number, bytes); // 'TKPL'
     pairs.resize(
         std::min<std::size_t>(pairs.size() - (cut > 0 ? 1 : 0), std::max<short>(count, 0)));
     FourDDialog* const dialog = FourDDialog::CreateFourDDialogContext();
@@ -300,7 +304,7 @@ void CheckPairs(Input& input) {
 }
 
 void Operate(Input& input) {
-    switch (input.Choice(6)) {
+    switch (input.Choice(7)) {
     case 0:
         return CheckStyles<FourDStyle>(input, FourD::GetStyleByID, FourD::GetStyleByName);
     case 1:
@@ -311,6 +315,8 @@ void Operate(Input& input) {
         return CheckStrings(input);
     case 4:
         return CheckPairs(input);
+    case 5:
+        return CheckFormat(input);
     default:
         return CheckForm(input);
     }

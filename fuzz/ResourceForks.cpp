@@ -23,19 +23,6 @@ void WriteFork(const std::string& bytes) {
     CloseHandle(file);
 }
 
-std::string BytesOf(Handle handle) {
-    return {*handle, static_cast<std::size_t>(GetHandleSize(handle))};
-}
-
-struct PascalText {
-    explicit PascalText(std::string_view text) : bytes{static_cast<unsigned char>(text.size())} {
-        text.copy(reinterpret_cast<char*>(bytes) + 1, 255);
-    }
-    std::string_view View() const { return {reinterpret_cast<const char*>(bytes) + 1, bytes[0]}; }
-
-    Str255 bytes;
-};
-
 // An open file with what is known of it.
 struct OpenFork {
     short file;
@@ -100,7 +87,7 @@ void Operate(Input& input, OpenFork& fork) {
         CheckGet(fork, type, id, fails);
         break;
     case 1: {
-        const Handle handle = GetNamedResource(type, PascalText(name).bytes);
+        const Handle handle = GetNamedResource(type, Pascal(std::string(name)));
         const bool isThere = std::ranges::any_of(fork.resources, [&](const ForkResource& each) {
             return each.type == type && each.name == name &&
                    !fork.added.contains({each.type, each.id}); // which has another name
@@ -121,9 +108,7 @@ void Operate(Input& input, OpenFork& fork) {
         break;
     default: {
         const std::string bytes = input.Text();
-        Require(ToolboxAddResource(fork.file, type, id, "Name", bytes.data(),
-                                   static_cast<long>(bytes.size())) == 0,
-                "a resource cannot be added");
+        Require(AddResource(fork.file, type, id, bytes) == 0, "a resource cannot be added");
         fork.added[{type, id}] = bytes;
         break;
     }

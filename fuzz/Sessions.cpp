@@ -6,7 +6,6 @@
 #include "platform/Toolbox.h"
 #include "shell/Entry.h"
 #include "testhost/resources/Compiler.h"
-#include "testhost/session/DatabaseFile.h"
 #include "testhost/session/Player.h"
 #include "testhost/statements/Table.h"
 #include "testhost/toolbox/Control.h"
@@ -59,9 +58,10 @@ class ClickedManager : public CXAreaManager {
     CXArea* CreateArea() override { return new ClickedArea; }
 };
 
+ClickedManager* areas = nullptr; // of the run
+
 void AreaEvent(CXParam* params, CXResult*) {
-    static ClickedManager manager;
-    DispatchAreaCall(manager, params);
+    DispatchAreaCall(*areas, params);
 }
 
 void Wait(CXParam* params, CXResult*) {
@@ -123,14 +123,6 @@ void AddResources() {
     }
 }
 
-const Database& SmallDatabase() {
-    static const DatabaseFile file =
-        ParseDatabase("table \"Clients\"\nfield \"Name\" alpha 10 indexed\nfield \"Number\" long "
-                      "unique\nrecords\nMoss|1\n-\nAbel|2\n",
-                      "database");
-    return file.database;
-}
-
 // A number that is an address to the plug-in leads anywhere: such statements crash by intent.
 bool LeadsAnywhere(const Statement& statement) {
     const std::string& text = statement.text;
@@ -143,6 +135,8 @@ Account Play(const Script& script, bool quiet) {
     AddResources();
     Account account;
     {
+        ClickedManager manager; // as a library's, it goes when the host has
+        areas = &manager;
         FuzzPlug plug(Commands());
         Host host({.pluginResFile = resourceFile});
         host.database = SmallDatabase();

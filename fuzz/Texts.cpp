@@ -7,15 +7,12 @@
 #include "testhost/toolbox/Control.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <optional>
 
 namespace {
 constexpr std::size_t longest = CTextBlock::MaxLength;
-
-Handle HandleOf(const std::string& some) {
-    return TemporaryHandle(some.data(), static_cast<long>(some.size())).GiveAway();
-}
 
 class Run {
   public:
@@ -33,7 +30,7 @@ class Run {
     Run& operator=(const Run&) = delete;
 
     void Operate() {
-        switch (input.Choice(6)) {
+        switch (input.Choice(7)) {
         case 0:
             SetLength();
             break;
@@ -48,6 +45,9 @@ class Run {
             break;
         case 4:
             Replace();
+            break;
+        case 5:
+            Construct();
             break;
         default:
             CopyTo();
@@ -73,7 +73,7 @@ class Run {
     /// anything; then it begins anew.
     template <typename Call>
     bool HasFailed(Call call) {
-        const bool mayFail = input.FailAnAllocation();
+        mayFail = input.FailAnAllocation();
         answer = call();
         ToolboxFailAllocation(0);
         if (!mayFail || answer != ResultCode::MemoryFull) {
@@ -195,6 +195,28 @@ class Run {
         }
     }
 
+    /// A text that could not be had claims its length, but nothing of it is there.
+    void Construct() {
+        if (!known) {
+            return;
+        }
+        HasFailedWithSource([&](auto&... from) {
+            CTextBlock made(from...);
+            const std::string bytes = BytesOf(made.GetHandle());
+            std::vector<char> copy(static_cast<std::size_t>(made.GetLength()) + 1);
+            made.CopyTo(copy.data());
+            Require(made.GetChar(1) == (bytes + '\0')[0], "another first character");
+            Require(std::string(copy.data(), bytes.size() + 1) == bytes + '\0', "another copy");
+            const std::string wanted = source.value_or("");
+            const bool isMeasurable = wanted.size() <= SHRT_MAX; // a handle may not be
+            Require(!isMeasurable || bytes == wanted.substr(0, longest) ||
+                        (mayFail && bytes.empty()),
+                    "another text is made");
+            made.SetLength(0);
+            return 0L;
+        });
+    }
+
     void SetTo() {
         const bool wasKnown = known.has_value();
         if (HasFailedWithSource([&](auto&... from) { return text.SetTo(from...); })) {
@@ -245,6 +267,7 @@ class Run {
     CTextBlock text;
     std::optional<std::string> known; ///< what must be in the text
     long answer = 0;
+    bool mayFail = false; ///< the answer, for want of memory
     std::optional<std::string> source;
     bool isMeasured = false; ///< by the caller, who must know better than to be negative
 };

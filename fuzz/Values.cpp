@@ -22,10 +22,6 @@ constexpr unsigned char types[] = {
     ValueType::Blob, ValueType::UnicodeText,
 };
 
-Handle HandleOf(const std::string& some) {
-    return TemporaryHandle(some.data(), static_cast<long>(some.size())).GiveAway();
-}
-
 /// Any bytes, but for addresses: these are of blocks that are there, or null.
 ValueBlock Any(Input& input) {
     ValueBlock value;
