@@ -31,15 +31,17 @@ class AnyArguments {
 
     template <typename Result, typename... Parameters>
     void Call(Result (*function)(Parameters...)) {
-        if constexpr (std::is_same_v<Result, Handle>) {
-            CallThen(function, [&](Handle handle, const auto&) { Own(handle); });
-        } else if constexpr (std::is_void_v<Result>) {
-            const std::tuple<Parameters...> made{Make<Parameters>()...}; // from left to right
-            FailSometimes();
-            std::apply(function, made);
-        } else {
-            CallThen(function, [](const auto&...) {});
-        }
+        CallThen(function, [&](Result result, const auto&) {
+            if constexpr (std::is_same_v<Result, Handle>) {
+                Own(result);
+            }
+        });
+    }
+    template <typename... Parameters>
+    void Call(void (*function)(Parameters...)) {
+        const std::tuple<Parameters...> made{Make<Parameters>()...}; // from left to right
+        FailSometimes();
+        std::apply(function, made);
     }
 
     /// `check` is called with the result and a tuple of the arguments.
@@ -163,45 +165,56 @@ void CallWithAny(AnyArguments& arguments) {
     arguments.Call(Function);
 }
 
+/// Where the host answers a number, or an address.
+using Place = long (*)(const CallFields&);
+inline long Param1(const CallFields& fields) {
+    return fields.param1;
+}
+inline long Param2(const CallFields& fields) {
+    return fields.param2;
+}
+
+inline long Truth(const CallFields& fields) {
+    return fields.param1 != 0 ? 1 : 0;
+}
+
+inline void RequireError(const HostileHost& host, long error) {
+    Require(error == (host.answered ? host.answered->error : ResultCode::BadParameter),
+            "another result code");
+}
+
 /// The same for a function that makes one call to the host, or none, and answers its result code.
 template <auto Function>
 void CallForError(AnyArguments& arguments) {
-    arguments.CallThen(Function, [&](long error, const auto&) {
-        const auto& answered = arguments.host.answered;
-        Require(error == (answered ? answered->error : ResultCode::BadParameter),
-                "another result code");
-    });
+    arguments.CallThen(Function,
+                       [&](long error, const auto&) { RequireError(arguments.host, error); });
 }
 
-/// The same where the last argument is the place for a number, or an address, that the host answers
-/// in `Field`; without success it is `failed`.
-template <auto Function, auto Field = &CallFields::param1, long failed = 0>
+/// The same where the last argument is the place for what the host answers; without success it is
+/// `failed`.
+template <auto Function, Place Answered = Param1, long failed = 0>
 void CallForNumber(AnyArguments& arguments) {
-    arguments.CallThen(Function, [&]<typename Made>(long error, const Made& made) {
-        const auto& answered = arguments.host.answered;
-        auto* const place = std::get<std::tuple_size_v<Made> - 1>(made);
-        Require(error == (answered ? answered->error : ResultCode::BadParameter),
-                "another result code");
-        const long number = error == ResultCode::NoError ? (long)((*answered).*Field) : failed;
-        Require(place == nullptr || (*place == (std::decay_t<decltype(*place)>)number),
-                "another number");
+    arguments.CallThen(Function, [&](long error, const auto& made) {
+        RequireError(arguments.host, error);
+        auto* const place = std::get<std::tuple_size_v<std::decay_t<decltype(made)>> - 1>(made);
+        if (place == nullptr) {
+            return;
+        }
+        const long expected = error == 0 ? Answered(*arguments.host.answered) : failed;
+        if constexpr (std::is_pointer_v<std::decay_t<decltype(*place)>>) {
+            Require(reinterpret_cast<long>(*place) == expected, "another address");
+        } else {
+            Require(*place == static_cast<std::decay_t<decltype(*place)>>(expected),
+                    "another number");
+        }
     });
 }
 
 /// The same for a function that answers such a number itself, whatever the result code.
-template <auto Function, auto Field = &CallFields::param1>
+template <auto Function, Place Answered = Param1>
 void CallForAnswer(AnyArguments& arguments) {
-    arguments.CallThen(Function, [&]<typename Result>(Result result, const auto&) {
+    arguments.CallThen(Function, [&](long number, const auto&) {
         const auto& answered = arguments.host.answered;
-        Require(answered && result == static_cast<Result>((*answered).*Field), "another answer");
-    });
-}
-
-/// The same for a truth.
-template <auto Function>
-void CallForTruth(AnyArguments& arguments) {
-    arguments.CallThen(Function, [&](unsigned char truth, const auto&) {
-        const auto& answered = arguments.host.answered;
-        Require(answered && truth == (answered->param1 != 0 ? 1 : 0), "another truth");
+        Require(answered && number == Answered(*answered), "another answer");
     });
 }

@@ -34,19 +34,15 @@ constexpr auto operations =
         Pick<void(D*, Name, short, short)>(D::SetObjTitle), D::UpdateObjTitle, D::GetRect,
         D::Redraw, FourDDialog_SetUserData>;
 
-template <auto Function>
-void CallForVariable(AnyArguments& arguments) {
-    arguments.CallThen(Function, [&](long number, const auto&) {
-        const auto& answered = arguments.host.answered;
-        Require(answered && number == answered->value.number, "another number");
-    });
+long Number(const CallFields& fields) {
+    return fields.value.number;
 }
 
 constexpr Operation answers[] = {
-    CallForAnswer<D::CurrentPage, &CallFields::param2>,
-    CallForAnswer<D::SwitchTo4DContext, &CallFields::param2>,
-    CallForVariable<D::GetLongVar>,
-    CallForVariable<D::GetTimeVar>,
+    CallForAnswer<D::CurrentPage, Param2>,
+    CallForAnswer<D::SwitchTo4DContext, Param2>,
+    CallForAnswer<D::GetLongVar, Number>,
+    CallForAnswer<D::GetTimeVar, Number>,
 };
 
 constexpr auto arrays =

@@ -29,9 +29,7 @@ constexpr auto aboutTheHost =
 constexpr auto aboutProcesses =
     all<Pick<OSErr(void*, const char*, long, long*)>(FourD::NewXProcess),
         Pick<OSErr(char*, const unsigned char*, long, long*)>(FourD::NewXProcess),
-        FourD::KillXProcess,
-
-        FourD::GetProcessState, Pick<void(long, char*)>(FourD::GetProcessName),
+        FourD::KillXProcess, FourD::GetProcessState, Pick<void(long, char*)>(FourD::GetProcessName),
         Pick<void(long, unsigned char*)>(FourD::GetProcessName), FourD::GetProcessCName,
         Pick<long(const unsigned char*)>(FourD::FindProcess),
         Pick<long(const char*)>(FourD::FindProcess), FourD::IsUserProcess,
@@ -65,12 +63,10 @@ constexpr auto aboutValues =
 
 constexpr auto aboutRecords =
     all<FourD::GetFileName, FourD::GetFileNameC, FourD::GetFileFieldNum, FourD::GetFieldInfo,
-
         FourD::SelectedRecordNumber, FourD::GetPackedRecord, FourD::Lock4DRes, FourD::Unlock4DRes,
         FourD::DeleteRecord, FourD::AllRecords, FourD::GetPrintInfo, FourD::ReadOnServer,
-        FourD::WriteOnServer,
-
-        FourD::Get4DResTypeList, FourD::Get4DResIDList, FourD::Get4DResName, FourD::Get4DRes>;
+        FourD::WriteOnServer, FourD::Get4DResTypeList, FourD::Get4DResIDList, FourD::Get4DResName,
+        FourD::Get4DRes>;
 
 constexpr auto aboutWindows =
     all<FourD::LMGetWindowList, FourD::GetFrontmostWindow, FourD::GetNextMacWindow, FourD::IsWindow,
@@ -87,6 +83,13 @@ constexpr auto aboutWindows =
         FourD::AnsiToMacCString, FourD::AnsiToMacPString, FourD::CopyCharsToUniChars,
         FourD::CopyPStrToUniChars>;
 
+long RecordNumber(const CallFields& fields) {
+    return fields.recordNumber;
+}
+long Address(const CallFields& fields) {
+    return reinterpret_cast<long>(Handle{fields.handle});
+}
+
 constexpr Operation withNumbers[] = {
     CallForNumber<FourD::CountFiles>,
     CallForNumber<FourD::CountFields>,
@@ -101,15 +104,15 @@ constexpr Operation withNumbers[] = {
     CallForNumber<FourD::Get4DResTimestamp>,
     CallForNumber<FourD::GetUnique4DResID>,
     CallForNumber<FourD::GetProcEditTEHandle>,
-    CallForNumber<FourD::GetFieldType, &CallFields::param1, -1>,
-    CallForNumber<FourD::RecordNumber, &CallFields::recordNumber, -1>,
-    CallForNumber<FourD::GetColors, &CallFields::handle>,
+    CallForNumber<FourD::GetFieldType, Param1, -1>,
+    CallForNumber<FourD::RecordNumber, RecordNumber, -1>,
+    CallForNumber<FourD::GetColors, Address>,
     CallForAnswer<FourD::CurrentProcess>,
     CallForAnswer<FourD::GetNumProcesses>,
-    CallForAnswer<FourD::GetNumActiveProcesses, &CallFields::param2>,
-    CallForTruth<FourD::IsPrinterBusy>,
-    CallForTruth<FourD::TipsEnabled>,
-    CallForTruth<FourD::Reals64>,
+    CallForAnswer<FourD::GetNumActiveProcesses, Param2>,
+    CallForAnswer<FourD::IsPrinterBusy, Truth>,
+    CallForAnswer<FourD::TipsEnabled, Truth>,
+    CallForAnswer<FourD::Reals64, Truth>,
 };
 
 constexpr Operation withErrors[] = {
@@ -149,15 +152,13 @@ ValueBlock AnyValue(AnyArguments& arguments) {
 constexpr Operation others[] = {
     [](AnyArguments& arguments) {
         const auto index = static_cast<short>(arguments.input.Choice(6));
-        long red = 1;
-        long green = 1;
-        long blue = 1;
+        std::array<long, 3> parts = {1, 1, 1};
         arguments.host.answered.reset();
-        FourD::GetDrawingColor(index, &red, &green, &blue);
+        FourD::GetDrawingColor(index, &parts[0], &parts[1], &parts[2]);
         const auto& answered = arguments.host.answered;
         const bool isThere = answered && answered->error == 0 && answered->handle != nullptr;
         const RGBColor color = isThere ? arguments.host.colors.colors[index] : RGBColor{};
-        Require(red == color.red && green == color.green && blue == color.blue, "another colour");
+        Require(parts == std::array<long, 3>{color.red, color.green, color.blue}, "another colour");
     },
     [](AnyArguments& arguments) { // the caller's own handle, or none, which may be changed
         Handle handle = arguments.Make<Handle>();
@@ -314,7 +315,7 @@ void Fuzz(Input& input) {
     const std::span<const Operation> kinds[] = {
         aboutTheHost, aboutProcesses, aboutStatements, aboutValues, aboutRecords,     aboutWindows,
         withNumbers,  withErrors,     others,          ofTheEngine, othersOfTheEngine};
-    const unsigned ofClassicHosts = 9;
+    const unsigned ofClassicHosts = std::size(kinds) - 2;
     while (!input.IsOver()) {
         const unsigned count = gHost.HasEngine() ? std::size(kinds) : ofClassicHosts;
         const std::span<const Operation> kind = kinds[input.Choice(count)];
