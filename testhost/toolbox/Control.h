@@ -44,8 +44,10 @@ struct ToolboxLeftOver {
 extern "C" {
 
 /// Back to the start: all blocks released, files closed, resource files gone, settings off,
-/// problems, types and creators forgotten. Handles from before count as disposed, file numbers as
-/// closed; identifiers of folders stay.
+/// problems, types and creators forgotten. Identifiers of folders stay, and handles from before
+/// count as disposed. File numbers are given out from the first one on again: the validator and the
+/// fuzzer rely on a session that does not depend on those before it. So a number from before counts
+/// as closed only until a new file gets it.
 TOOLBOX_CALL void ToolboxReset();
 
 /// Tells the thread that calls this as the one of the host and its plug-ins.

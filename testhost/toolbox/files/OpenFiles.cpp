@@ -156,7 +156,7 @@ OSErr OpenFiles::ObjectionToWriting(const std::string& key, unsigned long attrib
 }
 
 short OpenFiles::FreshNumber() {
-    constexpr short last = SHRT_MAX - 1; // the highest one stands for no file with many
+    constexpr short last = SHRT_MAX - 1; // plug-ins like to keep SHRT_MAX where no file is open
     do {
         lastNumber = lastNumber == last ? short{1} : static_cast<short>(lastNumber + 1);
     } while (files.contains(lastNumber));

@@ -64,8 +64,7 @@ class OpenFiles {
     const std::map<short, DataFork>& All() const { return files; }
     /// Counts a file call down; true when it has to fail.
     bool FailsNow() { return failCountdown > 0 && --failCountdown == 0; }
-    /// Closes all. Their numbers count as closed; the next file gets the first one again, so that
-    /// what follows does not depend on what was.
+    /// Closes all. Their numbers count as closed, until new files get them: from the first one on.
     void Reset();
 
     long failCountdown = 0; ///< this file call from now fails; 0 none
