@@ -264,6 +264,7 @@ TEST(TesthostScriptTest, EveryWrongLineIsToldAtOnceWithItsNumber) {
         {"reload 0", "how often from 1"},
         {"call 1 text repeat 32001 \"x\"", "at most 32000 bytes"},
         {"call 1 picture repeat 9000000 \"x\" picture repeat 9000000 \"y\"", "more than 16 MB"},
+        {"call 1 array picture repeat 20000000 \"x\"", "more than 16 MB"},
         {"call 1 array string 4 \"four\"", "a slot of 4 bytes"},
         {R"(echo "${nothing}")", "unknown variable '${nothing}'"},
         {R"(echo "${temp")", "does not end"},

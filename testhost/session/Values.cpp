@@ -87,12 +87,15 @@ bool TakeElement(ValueKind kind, Words& words, std::vector<TypedValue>& elements
         }
         break;
     default: { // what does not read as one ends the array
-        const size_t before = words.Place();
+        const Words::Place before = words.Here();
         try {
             elements.push_back(TakeValueOf(kind, words));
             return true;
         } catch (const ScriptError&) {
             words.GoBackTo(before);
+            if (words.TakeIf("repeat")) {
+                throw; // it does begin as one
+            }
             return false;
         }
     }

@@ -54,9 +54,17 @@ class Words {
     /// ScriptError when all of it together would take too much memory.
     void CountRepeated(size_t count, size_t size);
 
-    /// Where the next word stands, for going back to it.
-    size_t Place() const { return next; }
-    void GoBackTo(size_t place) { next = place; }
+    /// Which word is next, and how many bytes were repeated before it.
+    struct Place {
+        size_t next;
+        size_t repeated;
+    };
+    /// For going back to it.
+    Place Here() const { return {next, repeated}; }
+    void GoBackTo(Place place) {
+        next = place.next;
+        repeated = place.repeated;
+    }
 
   private:
     struct Word {
