@@ -3,6 +3,9 @@
 #include "host/FourD.h"
 #include "shell/base/Strings.h"
 
+#include <cstddef>
+#include <cstring>
+
 void* CXParam::GetPointerPtr() const {
     if (FourD::IsCompiled() == 0) {
         return storage;
