@@ -255,6 +255,8 @@ consteval SelectorPair Select(std::string_view name) {
 // and only when the service has the call: so nothing that is chosen at run time, in another table
 // of such selectors, can be without a number.
 
+// None of these has a base: Clang 14 cannot emit constants of records with bases.
+
 /// The classic, or the engine call of a service.
 template <short SelectorPair::*Number>
 struct SelectorOf {
