@@ -3,8 +3,9 @@
 #include "testhost/values/Encodings.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <utility>
+
+#include <windows.h>
 
 namespace {
 // The program information word.
@@ -82,6 +83,19 @@ void StructureFolderPath(ServiceCall& call) {
     AnswerPath(call, call.host.StructureFolder());
 }
 
+bool IsFolder(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+// Makes those on the way to the last backslash that are missing, as far as it goes.
+void MakeFolders(const std::wstring& path) {
+    for (size_t end = path.find(L'\\'); end != std::wstring::npos;
+         end = path.find(L'\\', end + 1)) {
+        CreateDirectoryW(path.substr(0, end).c_str(), nullptr);
+    }
+}
+
 // The path of one of the host's folders: kind 0 is the preferences', those up to 9 are in it and
 // are made on request.
 void HostFolderPath(ServiceCall& call) {
@@ -98,12 +112,11 @@ void HostFolderPath(ServiceCall& call) {
     std::string folder = call.host.PrefsFolder();
     if (kind != 0) {
         folder += "Folder " + std::to_string(kind) + "\\";
-        const std::filesystem::path path = FromAnsi(folder);
-        std::error_code failure; // a folder that could not be made is missing below
+        const std::wstring path = FromAnsi(folder);
         if (call.fields.param2 != 0) {
-            std::filesystem::create_directories(path, failure);
+            MakeFolders(path);
         }
-        if (!std::filesystem::is_directory(path, failure)) {
+        if (!IsFolder(path)) {
             call.fields.error = ResultCode::FileNotFound;
             return;
         }
