@@ -392,6 +392,9 @@ class AreaOfDialogManager : public CXAreaManager {
             throw std::string("the author's");
         }
         CXAreaManager::DispatchEvent(event, rect, name, area);
+        if (event->what == 17 && throwsLast) {
+            throw 17;
+        }
         if (event->what == 0 && deletesFirst) {
             CXArea* place = before; // the framework's own keeps the area
             EventRecord last = {17, 0, 0, {0, 0}, 0};
@@ -401,6 +404,7 @@ class AreaOfDialogManager : public CXAreaManager {
     int living = 0;
     bool deletesFirst = false;
     bool throwsFirst = false;
+    bool throwsLast = false; ///< a number
 };
 
 TEST_P(DialogTest, HoldsAreasOfThePlugIn) {
@@ -417,8 +421,12 @@ TEST_P(DialogTest, HoldsAreasOfThePlugIn) {
         manager.deletesFirst = false;
         EXPECT_EQ(manager.living, 0);
         manager.throwsFirst = true;
-        EXPECT_THROW(FourDDialog::SetupPluginArea(dialog.dialog, "map", &manager, 0), std::string);
-        manager.throwsFirst = false;
+        for (const bool throwsLast : {false, true}) {
+            manager.throwsLast = throwsLast;
+            EXPECT_THROW(FourDDialog::SetupPluginArea(dialog.dialog, "map", &manager, 0),
+                         std::string); // the first of them
+        }
+        manager.throwsFirst = manager.throwsLast = false;
         EXPECT_EQ(manager.living, 0);
         EXPECT_EQ(ToolboxLivePointers(), 0);
         // A host that answers an error may keep the handler all the same.

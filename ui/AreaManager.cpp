@@ -324,8 +324,12 @@ CXArea* FourDDialog::SetupPluginArea(FourDDialog* dialog, const char* objectName
     try {
         manager->DispatchEvent(&event, &rect, name, &record->area);
     } catch (...) { // the host has yet to hear of it, and will never close it
+        event = {};
         event.what = AreaEvent::Delete;
-        manager->DispatchEvent(&event, &rect, name, &record->area);
+        try {
+            manager->DispatchEvent(&event, &rect, name, &record->area);
+        } catch (...) { // the author hears of what went wrong first
+        }
         throw;
     }
     if (scope.IsDoomed()) { // in its first event
