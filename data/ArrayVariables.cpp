@@ -1,4 +1,3 @@
-#include "data/blocks/Handles.h"
 #include "data/Variables.h"
 #include "platform/ResultCodes.h"
 
@@ -31,12 +30,9 @@ CArray* CFourDBaseArrayVar::ReadArray(ValueBlock& value, ArrayTest isExpected) {
 template <typename Change>
 void CFourDBaseArrayVar::ChangeArray(ArrayTest isExpected, Change change) {
     ValueBlock value{};
-    CArray* array = ReadArray(value, isExpected);
-    const bool hadStorage = array == nullptr || value.array.elements != nullptr;
-    const bool isRefused = array != nullptr && change(*array) == ResultCode::NoError &&
-                           SetValue(&value, 0) != ResultCode::NoError;
-    if (isRefused && !hadStorage) {
-        DisposeIfThere(value.array.elements);
+    CArray* const array = ReadArray(value, isExpected);
+    if (array != nullptr && change(*array) == ResultCode::NoError) {
+        SetValue(&value, 0); // refused, it leaves nothing over: an array never gets a first handle
     }
 }
 

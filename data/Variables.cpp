@@ -28,6 +28,18 @@ unsigned char KeepBareName(unsigned char* kept, const char* name) {
     return isInterprocess;
 }
 
+/// The handle of a text or a BLOB; null for anything else.
+Handle StorageOf(const ValueBlock& value) {
+    switch (value.type) {
+    case ValueType::Text:
+        return value.text.text;
+    case ValueType::Blob:
+        return value.blob.data;
+    default:
+        return nullptr;
+    }
+}
+
 OSErr ReadVariable(const unsigned char* name, unsigned char isInterprocess, ValueBlock* value) {
     return isInterprocess != 0 ? FourD::GetVariableIP(name, value)
                                : FourD::GetVariable(name, value);
@@ -124,10 +136,10 @@ short CFourDBaseVar::DefinedType() {
                                                    : short{ValueType::Undefined};
 }
 
-bool CFourDBaseVar::IsEmpty(const ValueBlock& value) {
-    return value.type == ValueType::Text
-               ? value.text.text == nullptr
-               : value.type == ValueType::Blob && value.blob.data == nullptr;
+void CFourDBaseVar::GiveBack(ValueBlock& value, const ValueBlock& before) {
+    if (SetValue(&value, 0) != ResultCode::NoError && StorageOf(before) == nullptr) {
+        DisposeIfThere(StorageOf(value));
+    }
 }
 
 bool CFourDBaseVar::Read(ValueBlock& value) {

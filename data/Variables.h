@@ -103,18 +103,19 @@ class CFourDBaseVar {
   protected:
     /// Reads the variable; false when that fails or it is of another type.
     bool Read(ValueBlock& value);
-    /// Whether a text or BLOB has no handle.
-    static bool IsEmpty(const ValueBlock& value);
+    /// Gives back a value that was changed in place. When the host refuses it, what was made for it
+    /// where there was nothing `before` is released.
+    void GiveBack(ValueBlock& value, const ValueBlock& before);
     /// Changes the value in place and gives it back, unless `change` fails.
     template <typename Change>
     void ChangeValue(Change change) {
         ValueBlock value{};
-        const bool isRead = Read(value);
-        const bool wasEmpty = IsEmpty(value);
-        const bool isRefused = isRead && change(value) == ResultCode::NoError &&
-                               SetValue(&value, 0) != ResultCode::NoError;
-        if (isRefused && wasEmpty) {
-            FreeValueBlock(&value); // what was made for it
+        if (!Read(value)) {
+            return;
+        }
+        const ValueBlock before = value;
+        if (change(value) == ResultCode::NoError) {
+            GiveBack(value, before);
         }
     }
     template <typename Number>

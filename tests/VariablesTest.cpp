@@ -40,16 +40,39 @@ class VariablesTest : public DualHostTest {
 
 INSTANTIATE_TEST_SUITE_P(Hosts, VariablesTest, ClassicAndEngine, HostName);
 
-TEST_P(VariablesTest, ANewTextThatTheHostRefusesIsReleased) {
-    Set("v", TextValue("some text"));
-    CFourDTextVar variable("v");
-    char text[] = "";
-    variable.SetTextValue(text); // without a handle now
+TEST_P(VariablesTest, NewStorageThatTheHostRefusesIsReleased) {
+    const struct {
+        TypedValue empty; ///< without a handle
+        void (*change)();
+        TypedValue changed;
+    } rows[] = {
+        {TextValue(""),
+         [] {
+             char text[] = "text";
+             CFourDTextVar("v").SetTextValue(text);
+         },
+         TextValue("text")},
+        {NullValue(ValueKind::Blob),
+         [] { CFourDBlobVar("v").SetBlobValue(OwnedHandle("bytes")); },
+         {.kind = ValueKind::Blob, .texts = {"bytes"}}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(Describe(row.changed));
+        Set("v", row.empty);
+        const long before = ToolboxLiveHandles();
+        host.FailNext("SetVariable", ResultCode::BadParameter);
+        row.change();
+        EXPECT_EQ(ToolboxLiveHandles(), before);
+        row.change();
+        EXPECT_EQ(ToolboxLiveHandles(), before + 1);
+        EXPECT_EQ(Value("v"), row.changed);
+    }
+    Set("v", LongArrayValue({1})); // in the handle that the host has
     const long before = ToolboxLiveHandles();
-    char longer[] = "longer";
     host.FailNext("SetVariable", ResultCode::BadParameter);
-    variable.SetTextValue(longer);
+    CFourDLongArrayVar("v").SetCurrentIndex(1);
     EXPECT_EQ(ToolboxLiveHandles(), before);
+    EXPECT_EQ(Value("v"), LongArrayValue({1}));
 }
 
 TEST_P(VariablesTest, DeclarationsAreBuiltFromTheHostsNames) {
