@@ -461,6 +461,18 @@ TEST_F(AreaTest, ABoundFieldIsLoadedWithEachRecord) {
     Delete();
 }
 
+TEST_F(AreaTest, AnAreasStructureIsDrawnWithTheNameThatItHas) {
+    GrafPort* const port = &host.windows.At(1).port;
+    PascalString title("Map");
+    for (unsigned char* const itsName : {title.bytes, static_cast<unsigned char*>(nullptr)}) {
+        ToolboxForgetPort(port);
+        EventRecord event = {26, 0, 0, {0, 0}, 0};
+        manager.DispatchEvent(&event, &rect, itsName, &slot);
+        EXPECT_EQ(event.message, 102);
+        EXPECT_EQ(ToolboxDrawnCount(port), itsName != nullptr ? 2 : 1); // erased before
+    }
+}
+
 TEST_F(AreaTest, AnAreaDeletedWithinItsEventsLivesUntilTheirEnd) {
     static AreaTest* self;
     self = this;

@@ -6,6 +6,7 @@
 #include "tests/Fixture.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -302,6 +303,14 @@ TEST_P(CommandsTest, PointersLeadToTheirTarget) {
     EXPECT_EQ(Call(target, {TypedValue{.kind = ValueKind::Pointer}}, ValueKind::Long),
               LongValue(-1));
     EXPECT_EQ(Call(target, {Tagged(LongValue(7))}, ValueKind::Long), LongValue(-1)); // no pointer
+    const CommandHandler unaligned = [](CXParam* params, CXResult* result) {
+        alignas(ValueBlock) char bytes[sizeof(ValueBlock) + 1];
+        char* const place = bytes + 1;
+        std::memcpy(place, params[0].GetVarRecPtr(), sizeof(ValueBlock));
+        const auto copy = std::bit_cast<CXParam>(place);
+        result->SetLong(*static_cast<const long*>(copy.GetPointerPtr()));
+    };
+    EXPECT_EQ(Call(unaligned, {PointerTo(LongValue(8))}, ValueKind::Long), LongValue(8));
     const CommandHandler nowhere = [](CXParam*, CXResult* result) {
         const CXParam none{};
         result->SetBoolean(none.GetPointerPtr() == nullptr ? 1 : 0);

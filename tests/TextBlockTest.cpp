@@ -117,6 +117,32 @@ TEST_P(TextBlockTest, ConstructorsCopyTheirSource) {
     first.SetLength(0);
 }
 
+TEST_P(TextBlockTest, ConstructorsMayFindNoMemory) {
+    PascalString counted("pascal");
+    const OwnedHandle handle("handle");
+    CTextBlock first("first");
+    const std::function<CTextBlock()> constructors[] = {
+        [&] { return CTextBlock(first); },         [&] { return CTextBlock(&first); },
+        [&] { return CTextBlock(counted.bytes); }, [&] { return CTextBlock("text"); },
+        [&] { return CTextBlock("counted", 5); },  [&] { return CTextBlock(handle.handle); }};
+    const long alive = ToolboxLiveHandles();
+    for (const auto& construct : constructors) {
+        ToolboxFailAllocation(1);
+        CTextBlock poor = construct();
+        EXPECT_EQ(ToolboxFailAllocation(0), 0);
+        EXPECT_EQ(ToolboxLiveHandles(), alive);
+        EXPECT_EQ(poor.GetChar(1), 0);
+        poor.SetChar(1, 'x');
+        char copy[] = "????????";
+        poor.CopyTo(copy);
+        EXPECT_STREQ(copy, "");
+        EXPECT_EQ(poor.SetTo("anew"), 0);
+        EXPECT_EQ(TextOf(poor), "anew");
+        poor.SetLength(0);
+    }
+    first.SetLength(0);
+}
+
 TEST_P(TextBlockTest, LongSourcesAreMeasuredIn16Bits) {
     text.SetTo("before");
     const std::string negative(40000, 'n'); // measures -25536
