@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
+#include <memory>
 #include <utility>
 
 // The plug-in object that the entry points serve.
@@ -80,6 +81,31 @@ FuzzPlug::FuzzPlug(std::vector<CommandEntry> commandTable)
 
 FuzzPlug::~FuzzPlug() {
     gFourDPlug = nullptr;
+}
+
+void FuzzPlug::Init(PackInitBlock* init) {
+    ReleaseRecords();
+    FourDPlug::Init(init);
+}
+
+void FuzzPlug::Deinit() {
+    ReleaseRecords();
+    FourDPlug::Deinit();
+}
+
+void FuzzPlug::ReleaseRecords() {
+    while (clients != nullptr && !_is_empty(clients)) {
+        delete static_cast<FourDClient*>(_remove_from_beginning(clients));
+    }
+    while (serverCalls != nullptr && !_is_empty(serverCalls)) {
+        const std::unique_ptr<ServerCall> call(
+            static_cast<ServerCall*>(_remove_from_beginning(serverCalls)));
+        for (const Handle handle : {call->parameters, call->result}) {
+            if (handle != nullptr) {
+                DisposeHandle(handle);
+            }
+        }
+    }
 }
 
 FuzzHost::FuzzHost(HostOptions options, std::vector<CommandEntry> commands)

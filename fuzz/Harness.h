@@ -79,14 +79,19 @@ OSErr AddResource(short file, OSType type, short id, const std::string& bytes);
 /// Two tables, the first with two records.
 const Database& SmallDatabase();
 
-/// A plug-in with these commands.
+/// A plug-in with these commands. It leaves no record of a client or a call behind, as the
+/// framework deliberately does when its lists go.
 class FuzzPlug : public FourDPlug {
   public:
     explicit FuzzPlug(std::vector<CommandEntry> commandTable = {});
     ~FuzzPlug() override;
+    void Init(PackInitBlock* init) override;
+    void Deinit() override;
     bool TrackClientsOnServer() override { return true; }
 
   private:
+    void ReleaseRecords();
+
     std::vector<CommandEntry> commands;
     PlugInfo plugInfo{};
 };

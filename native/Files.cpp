@@ -11,8 +11,7 @@
 // Files and folders in memory.
 
 namespace {
-constexpr std::size_t mostBytes =
-    64 * 1024 * 1024; // of a file; the disk is full then
+constexpr std::size_t mostBytes = 64 * 1024 * 1024; // of a file; the disk is full then
 constexpr const char* workFolder = "C:\\work";
 constexpr const char* tempFolder = "C:\\temp";
 
