@@ -14,8 +14,8 @@ endforeach()
 
 include(GoogleTest)
 
-# nimbo_add_test_runs(TARGET SOURCE... [EXCEPT TEST...]): one run for each source, so that one that hangs is ended and
-# named: starting the program anew for each test takes longer than most tests.
+# nimbo_add_test_runs(TARGET SOURCE... [EXCEPT TEST...]): one run for each source, so that one that
+# hangs is ended and named: starting the program anew for each test takes longer than most tests.
 function(nimbo_add_test_runs target)
     cmake_parse_arguments(PARSE_ARGV 1 args "" "" "EXCEPT")
     list(JOIN args_EXCEPT ":" except)
@@ -32,6 +32,5 @@ function(nimbo_add_test_runs target)
         add_test(NAME ${name} COMMAND ${target} --gtest_brief=1 --gtest_filter=${filter}-${except})
         set_tests_properties(${name} PROPERTIES FAIL_REGULAR_EXPRESSION " 0 tests from")
     endforeach()
-    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
-                          ${args_UNPARSED_ARGUMENTS})
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${args_UNPARSED_ARGUMENTS})
 endfunction()

@@ -29,7 +29,8 @@ target_include_directories(stb SYSTEM INTERFACE ${NIMBO_STB_DIR})
 set(NIMBO_FONT_OBJECT ${CMAKE_BINARY_DIR}/DejaVuSans${CMAKE_CXX_OUTPUT_EXTENSION})
 add_custom_command(
     OUTPUT ${NIMBO_FONT_OBJECT}
-    COMMAND ${CMAKE_LINKER} ${NIMBO_LINKER_EMULATION} -r -b binary -o ${NIMBO_FONT_OBJECT} DejaVuSans.ttf
+    COMMAND ${CMAKE_LINKER} ${NIMBO_LINKER_EMULATION} -r -b binary -o ${NIMBO_FONT_OBJECT}
+            DejaVuSans.ttf
     WORKING_DIRECTORY ${NIMBO_FONT_DIR}
     DEPENDS ${NIMBO_FONT_DIR}/DejaVuSans.ttf
     COMMENT "Putting the font into an object file"
