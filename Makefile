@@ -13,7 +13,7 @@ help:
 	@echo 'make coverage      run the tests and show which lines they reached'
 	@echo 'make format        format the sources'
 	@echo 'make format-check  check that the sources are formatted'
-	@echo 'make lint          check who includes whom, and the sources with clang-tidy'
+	@echo 'make lint          check who includes whom, what one compiler reads, and with clang-tidy'
 	@echo 'make clean         remove build/ (the fetched tools in .cache/ stay)'
 	@echo
 	@echo 'Whatever is missing is installed first, by scripts/setup.'
@@ -61,6 +61,7 @@ format-check:
 
 lint:
 	scripts/check-layers
+	scripts/check-compiler
 	scripts/setup build lint
 	scripts/lint
 

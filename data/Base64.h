@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/CallingConvention.h"
+#include "platform/Compiler.h"
 #include "platform/Types.h"
 
 // Base64 with the standard alphabet, "=" for padding and no line breaks. All lengths are bytes.

@@ -1,5 +1,7 @@
 #include "data/Base64Kernels.h"
 
+#include "platform/Compiler.h"
+
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -54,7 +56,7 @@ constexpr auto contributions = [] {
 void EncodeGroup(Byte* dst, const Byte* src) {
     std::uint32_t bits = 0;
     std::memcpy(&bits, src, 4);
-    bits = __builtin_bswap32(bits);
+    bits = SwapBytes(bits);
     std::memcpy(dst, &characterPairs[bits >> 20], 2);
     std::memcpy(dst + 2, &characterPairs[bits >> 8 & 0xFFF], 2);
 }
@@ -129,7 +131,7 @@ void Store(void* target, __m128i bytes) {
 }
 
 /// The 16 characters for the 12 bytes that `spread` picks.
-[[gnu::target("ssse3")]] __m128i Encode12(__m128i bytes, const Table& spread) {
+NIMBO_PROCESSOR("ssse3") __m128i Encode12(__m128i bytes, const Table& spread) {
     const __m128i words = _mm_shuffle_epi8(bytes, Load(&spread));
     // Multiplications shift each word its own way: values 0 and 2 down, 1 and 3 up.
     const __m128i even = _mm_mulhi_epu16(_mm_and_si128(words, _mm_set1_epi32(0x0FC0FC00)),
@@ -144,7 +146,7 @@ void Store(void* target, __m128i bytes) {
     return _mm_add_epi8(values, _mm_shuffle_epi8(Load(&toCharacter), entries));
 }
 
-[[gnu::target("ssse3")]] void EncodeSsse3(Byte* dst, const Byte* src, unsigned long len) {
+NIMBO_PROCESSOR("ssse3") void EncodeSsse3(Byte* dst, const Byte* src, unsigned long len) {
     // 24 bytes at a time: two loads of 16 that share 8 reach no further.
     for (; len >= 24; len -= 24, src += 24, dst += 32) {
         Store(dst, Encode12(Load(src), spreadFirst));
@@ -153,7 +155,7 @@ void Store(void* target, __m128i bytes) {
     EncodeScalar(dst, src, len);
 }
 
-[[gnu::target("ssse3")]] unsigned long DecodeSsse3(Byte* dst, const Byte* src, unsigned long len) {
+NIMBO_PROCESSOR("ssse3") unsigned long DecodeSsse3(Byte* dst, const Byte* src, unsigned long len) {
     unsigned long count = 0;
     for (; len >= 16; len -= 16, src += 16, dst += 12) {
         const __m128i characters = Load(src);
@@ -187,11 +189,11 @@ void Store(void* target, __m128i bytes) {
 // from then on. The compiler sees to that in some functions only.
 
 /// A table in both halves.
-[[gnu::target("avx2")]] __m256i Twice(const Table& table) {
+NIMBO_PROCESSOR("avx2") __m256i Twice(const Table& table) {
     return _mm256_broadcastsi128_si256(Load(&table));
 }
 
-[[gnu::target("avx2")]] void EncodeAvx2(Byte* dst, const Byte* src, unsigned long len) {
+NIMBO_PROCESSOR("avx2") void EncodeAvx2(Byte* dst, const Byte* src, unsigned long len) {
     const __m256i spread = _mm256_setr_m128i(Load(&spreadLast), Load(&spreadFirst));
     const Byte* const start = src;
     for (; len >= 24; len -= 24, src += 24, dst += 32) {
@@ -218,7 +220,7 @@ void Store(void* target, __m128i bytes) {
     }
 }
 
-[[gnu::target("avx2")]] unsigned long DecodeAvx2(Byte* dst, const Byte* src, unsigned long len) {
+NIMBO_PROCESSOR("avx2") unsigned long DecodeAvx2(Byte* dst, const Byte* src, unsigned long len) {
     unsigned long count = 0;
     for (; len >= 32; len -= 32, src += 32, dst += 24) {
         const __m256i characters = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src));
@@ -256,10 +258,8 @@ constexpr std::array<Base64Kernel, 3> kernels{{
 } // namespace
 
 std::span<const Base64Kernel> Base64Kernels() {
-    // Answers for the processor and for what the system saves of its registers.
-    __builtin_cpu_init();
-    if (!__builtin_cpu_supports("ssse3")) {
+    if (!ProcessorHasSsse3()) {
         return std::span(kernels).first(1);
     }
-    return std::span(kernels).first(__builtin_cpu_supports("avx2") ? 3 : 2);
+    return std::span(kernels).first(ProcessorHasAvx2() ? 3 : 2);
 }

@@ -1,6 +1,7 @@
 #include "data/Stream.h"
 
 #include "data/blocks/Handles.h"
+#include "platform/Compiler.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 
@@ -12,14 +13,6 @@
 #include <utility>
 
 namespace {
-
-long Swapped(long value) {
-    return static_cast<long>(__builtin_bswap32(static_cast<std::uint32_t>(value)));
-}
-
-short Swapped(short value) {
-    return static_cast<short>(__builtin_bswap16(static_cast<std::uint16_t>(value)));
-}
 
 static_assert(std::endian::native == std::endian::little);
 
@@ -35,7 +28,7 @@ void MoveBytes(const void* source, void* target, long count) {
 
 template <typename Number>
 OSErr WriteNumber(CStream& stream, Number value) {
-    Number stored = Swapped(value);
+    Number stored = SwapBytes(value);
     return stream.WriteData(&stored, sizeof stored);
 }
 
@@ -44,7 +37,7 @@ template <typename Number>
 OSErr ReadNumber(CStream& stream, Number* value) {
     Number stored = 0;
     const OSErr error = stream.ReadData(&stored, sizeof stored);
-    *value = error == ResultCode::NoError ? Swapped(stored) : Number{0};
+    *value = error == ResultCode::NoError ? SwapBytes(stored) : Number{0};
     return error;
 }
 

@@ -3,6 +3,7 @@
 #include "data/Array.h"
 #include "data/blocks/TextBlock.h"
 #include "host/Value.h"
+#include "platform/Compiler.h"
 #include "platform/ResultCodes.h"
 #include "platform/Types.h"
 
@@ -79,8 +80,7 @@ class CFourDVar {
 static_assert(sizeof(CFourDVar) == 36);
 
 // The layout has no virtual destructor: objects are not deleted through a base class.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+NIMBO_ALLOW_PLAIN_DESTRUCTORS
 
 /// Base of the typed variables.
 class CFourDBaseVar {
@@ -337,4 +337,4 @@ class CFourDText2DArrayVar : public OfFixedType<CFourDBase2DArrayVar, ValueType:
     void SetTextElementValue(long row, long column, char* source);
 };
 
-#pragma GCC diagnostic pop
+NIMBO_ALLOWED

@@ -2,6 +2,7 @@
 
 #include "host/boundary/Styles.h"
 #include "host/State.h"
+#include "platform/Compiler.h"
 
 class CArray;
 class FourDDialog;
@@ -206,11 +207,11 @@ class FourD {
     /// Alert box of the host; answers what the call returns. Formatted messages are cut to 255
     /// characters; the second reads its format from the plug-in's string list.
     static long AlertV6(unsigned char* message);
-    static long AlertV6(const char* format, ...) __attribute__((format(printf, 1, 2)));
+    NIMBO_PRINTF_FORMAT(1, 2) static long AlertV6(const char* format, ...);
     static long AlertV6(short listID, short index, ...);
     /// Box with OK and Cancel: true when the user pressed OK.
     static unsigned char Confirm(unsigned char* message);
-    static unsigned char Confirm(const char* format, ...) __attribute__((format(printf, 1, 2)));
+    NIMBO_PRINTF_FORMAT(1, 2) static unsigned char Confirm(const char* format, ...);
     /// Shows the host's about box; answers what the call returns.
     static long DoAbout();
     /// The host's verdict whether two Pascal strings are equal. `a` is cut to 141 characters.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/CallingConvention.h"
+#include "platform/Compiler.h"
 #include "platform/Types.h"
 
 // Host handles: made and kept by the host, and the ones that may be given to it. Never to be mixed

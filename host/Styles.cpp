@@ -3,6 +3,7 @@
 #include "data/blocks/Handles.h"
 #include "host/Call.h"
 #include "host/FourD.h"
+#include "platform/Compiler.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "shell/base/Strings.h"
@@ -23,15 +24,11 @@ constexpr Size SmallestStyleList = 380;
 constexpr unsigned long DefaultInterface = 2;
 constexpr long White = 0xFFFFFF;
 
-short Swapped(short word) {
-    return static_cast<short>(__builtin_bswap16(static_cast<unsigned short>(word)));
-}
-
 void SwapWords(FourDStyleX* style) {
-    style->id = Swapped(style->id);
-    style->reserved = Swapped(style->reserved);
+    style->id = SwapBytes(style->id);
+    style->reserved = SwapBytes(style->reserved);
     for (FourDPlatformStyle& platform : style->platforms) {
-        platform.size = Swapped(platform.size);
+        platform.size = SwapBytes(platform.size);
     }
 }
 
@@ -45,7 +42,7 @@ template <typename Style>
 std::span<const Style> RecordsOf(Handle list) {
     FourDStyleListHeader header;
     std::memcpy(&header, *list, sizeof header);
-    const short count = ComesBigEndian<Style>() ? Swapped(header.count) : header.count;
+    const short count = ComesBigEndian<Style>() ? SwapBytes(header.count) : header.count;
     const Size available = (GetHandleSize(list) - Size{sizeof header}) / Size{sizeof(Style)};
     return {reinterpret_cast<const Style*>(*list + sizeof header),
             static_cast<std::size_t>(std::clamp<Size>(count, 0, available))};
@@ -78,7 +75,7 @@ OSErr FindStyle(Handle list, Style* style, Wanted wanted) {
 
 template <typename Style>
 OSErr FindStyleByID(Handle list, short id, Style* style) {
-    const short stored = ComesBigEndian<Style>() ? Swapped(id) : id;
+    const short stored = ComesBigEndian<Style>() ? SwapBytes(id) : id;
     return FindStyle(list, style, [stored](const Style& record) { return record.id == stored; });
 }
 

@@ -1,6 +1,7 @@
 #include "shell/Entry.h"
 
 #include "host/FourD.h"
+#include "platform/Compiler.h"
 #include "shell/base/ExceptionBarrier.h"
 #include "shell/FourDPlug.h"
 
@@ -85,7 +86,7 @@ void FourDPlug::PlugMain(long selector, CXParam* params, CXResult* result, long*
 }
 
 /// All that is no command of the plug-in; apart, for the sake of a command's way in.
-[[gnu::noinline]] void FourDPlug::HandleOther(long selector, CXParam* params, CXResult* result) {
+NIMBO_NOINLINE void FourDPlug::HandleOther(long selector, CXParam* params, CXResult* result) {
     if (selector > 0) { // ignored, as the host's users know it; its author may want to know
         return TellDebugger({"command", selector}, "there is no command of this number");
     }
@@ -155,7 +156,7 @@ extern "C" {
 // The host passes (selector, params, data, result); the dispatcher takes the result before the
 // data. It is one with each entry point, so that a command's way in has one frame, that of the
 // stack's realignment.
-[[gnu::flatten]] HOST_ENTRY void FourDPack(long selector, void* params, void* data, void* result) {
+NIMBO_INLINE_ALL HOST_ENTRY void FourDPack(long selector, void* params, void* data, void* result) {
     if (selector == PlugSelector::Init && params != nullptr) [[unlikely]] {
         const auto* init = static_cast<const PackInitBlock*>(params);
         entryCallBack = reinterpret_cast<void*>(init->classicCallBack);
@@ -164,7 +165,7 @@ extern "C" {
                         static_cast<long*>(data));
 }
 
-[[gnu::flatten]] HOST_ENTRY void FourDPackex(long selector, void* params, void* data,
+NIMBO_INLINE_ALL HOST_ENTRY void FourDPackex(long selector, void* params, void* data,
                                              void* result) {
     FourDPlug::PlugMain(selector, static_cast<CXParam*>(params), static_cast<CXResult*>(result),
                         static_cast<long*>(data));

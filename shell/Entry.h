@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/boundary/PlugInfo.h"
-#include "platform/CallingConvention.h"
+#include "platform/Compiler.h"
 
 /// Module handles as recorded when the library was loaded: of the library, and of the host
 /// application's executable.

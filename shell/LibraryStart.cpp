@@ -1,4 +1,4 @@
-#include "platform/CallingConvention.h"
+#include "platform/Compiler.h"
 
 #include <cstdlib>
 

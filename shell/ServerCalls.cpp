@@ -4,6 +4,7 @@
 
 #include "data/blocks/Handles.h"
 #include "host/FourD.h"
+#include "platform/Compiler.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 #include "shell/FourDPlug.h"
@@ -68,7 +69,7 @@ OSErr FourDPlug::GetNextCallIDFromServer(unsigned long* id) {
         return ResultCode::BadServerAnswer;
     }
     std::memcpy(id, *answer.Get(), sizeof *id);
-    *id = __builtin_bswap32(*id);
+    *id = SwapBytes(*id);
     return ResultCode::NoError;
 }
 

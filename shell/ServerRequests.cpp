@@ -2,6 +2,7 @@
 
 #include "data/blocks/Handles.h"
 #include "host/FourD.h"
+#include "platform/Compiler.h"
 #include "platform/Toolbox.h"
 #include "shell/FourDPlug.h"
 
@@ -124,7 +125,7 @@ char* FourDPlug::HandOutCallID(ReadWriteBlock* block) {
         return nullptr;
     }
     callIDHandedOut = true;
-    const unsigned long bigEndian = __builtin_bswap32(static_cast<unsigned long>(lastCallID));
+    const unsigned long bigEndian = SwapBytes(static_cast<unsigned long>(lastCallID));
     std::memcpy(answer, &bigEndian, sizeof bigEndian);
     block->dataSize = sizeof bigEndian;
     return answer;

@@ -65,9 +65,7 @@ const PlugInfo* described;
 
 std::vector<std::string> ProblemsOf(const PlugInfo* info) {
     described = info;
-    const PlugInfoEntry describe = []() __attribute__((__stdcall__)) {
-        return described;
-    };
+    const PlugInfoEntry describe = []() NIMBO_STDCALL { return described; };
     return CommandTable::Read(describe).problems;
 }
 

@@ -1,6 +1,7 @@
 // The way of every call from the host: entry point, dispatcher, plug-in object, handler.
 
 #include "host/FourD.h"
+#include "platform/Compiler.h"
 #include "tests/Fixture.h"
 
 #include <cstdint>
@@ -135,17 +136,17 @@ TEST_P(PlugTest, HandlersRunOnAnAlignedStackAndMayThrow) {
     }
 }
 
-extern "C" __attribute__((naked)) void ChangesRegisters() {
+extern "C" NIMBO_NAKED void ChangesRegisters() {
     __asm__("movl $5, %ebx\n\tmovl $6, %edi\n\tmovl $7, %ebp\n\tret $16");
 }
-extern "C" __attribute__((naked)) void ChangesModes() {
+extern "C" NIMBO_NAKED void ChangesModes() {
     __asm__("std\n\tfld1\n\tpushl $0x0C7F\n\tfldcw (%esp)\n\tmovl $0x9F80, (%esp)\n\t"
             "ldmxcsr (%esp)\n\tpopl %eax\n\tret $16");
 }
-extern "C" __attribute__((naked)) void LeavesItsArguments() {
+extern "C" NIMBO_NAKED void LeavesItsArguments() {
     __asm__("ret");
 }
-extern "C" __attribute__((naked)) void TakesTooMuch() {
+extern "C" NIMBO_NAKED void TakesTooMuch() {
     __asm__("ret $20");
 }
 

@@ -390,8 +390,7 @@ std::vector<std::string> written;
 std::string identifierAnswer;
 long excess = 0; // what it says of its answers' size beyond the truth
 
-NIMBO_REALIGN __attribute__((__stdcall__)) void MadeUpServer(long selector, void* params, void*,
-                                                             void* result) {
+HOST_ENTRY void MadeUpServer(long selector, void* params, void*, void* result) {
     if (selector == -1) {
         static_cast<PackInitBlock*>(params)->acceptedVersion =
             static_cast<PackInitBlock*>(params)->hostVersion;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/boundary/AreaEvents.h"
-#include "platform/CallingConvention.h"
+#include "platform/Compiler.h"
 #include "platform/Types.h"
 
 #include <cstddef>

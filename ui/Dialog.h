@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/CallingConvention.h"
+#include "platform/Compiler.h"
 #include "platform/Types.h"
 #include "ui/FormResource.h"
 #include "ui/FourDDialog.h"
@@ -9,9 +9,9 @@
 
 /// Called by the host for each event of a modal dialog: the dialog, the event, the Pascal name of
 /// the object, and two bytes.
-using SXDialogFilter = void(__attribute__((__cdecl__)) *)(void* dialog, EventRecord* event,
-                                                          unsigned char* objectName,
-                                                          unsigned char a, unsigned char b);
+using SXDialogFilter = void(NIMBO_CDECL*)(void* dialog, EventRecord* event,
+                                          unsigned char* objectName, unsigned char a,
+                                          unsigned char b);
 
 /// A modal dialog, built by the host from a form in the plug-in's resources and run inside the
 /// calling process. Derive a class, override the hooks, then: construct, Open, EventLoop, destroy.

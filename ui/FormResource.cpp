@@ -3,6 +3,7 @@
 #include "data/blocks/Handles.h"
 #include "host/FourD.h"
 #include "host/Styles.h"
+#include "platform/Compiler.h"
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
 
@@ -31,17 +32,17 @@ constexpr long FlagAtomSize = 17;
 unsigned long LongAt(const char* bytes) {
     unsigned long value = 0;
     std::memcpy(&value, bytes, sizeof value);
-    return __builtin_bswap32(value);
+    return SwapBytes(value);
 }
 
 short ShortAt(const char* bytes) {
-    unsigned short value = 0;
+    short value = 0;
     std::memcpy(&value, bytes, sizeof value);
-    return static_cast<short>(__builtin_bswap16(value));
+    return SwapBytes(value);
 }
 
 void StoreShort(short value, char* bytes) {
-    const unsigned short swapped = __builtin_bswap16(static_cast<unsigned short>(value));
+    const short swapped = SwapBytes(value);
     std::memcpy(bytes, &swapped, sizeof swapped);
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/boundary/Values.h"
-#include "platform/CallingConvention.h"
+#include "platform/Compiler.h"
 #include "platform/Types.h"
 
 class CXArea;
@@ -76,8 +76,8 @@ class FourDDialog {
     static void GetStringVar(FourDDialog* dialog, const char* name, unsigned char* value);
     static void SetStringVar(FourDDialog* dialog, const char* name, const unsigned char* value);
     static void SetStringVar(FourDDialog* dialog, const char* name, short listID, short index);
-    static void SetStringVar(FourDDialog* dialog, const char* name, const char* format, ...)
-        __attribute__((format(printf, 3, 4)));
+    NIMBO_PRINTF_FORMAT(3, 4)
+    static void SetStringVar(FourDDialog* dialog, const char* name, const char* format, ...);
     /// A text as a new handle of its characters, which the caller disposes of. Hosts from 11.0 on
     /// answer a host string, which is converted and released, with an error too.
     static Handle GetTextVar(FourDDialog* dialog, const char* name);

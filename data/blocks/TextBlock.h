@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/boundary/Values.h"
+#include "platform/Compiler.h"
 
 #pragma pack(push, 2)
 
@@ -16,7 +17,7 @@
 /// Sources that are too long are cut to what fits and are no error. Errors are 16-bit codes: 0,
 /// -50 for a bad argument, -108 when memory is full. Positions count from 1. `Str255` sources are
 /// Pascal strings.
-class __attribute__((may_alias)) CTextBlock {
+class NIMBO_MAY_ALIAS CTextBlock {
   public:
     static constexpr short MaxLength = 32000;
 

@@ -2,13 +2,14 @@
 // host keeps something there across each call, and finds something else.
 
 #include "examples/broken/Plugin.h"
+#include "examples/broken/Processor.h"
 
 namespace {
 unsigned long Doubled(unsigned long number) {
     if (isBroken) {
-        __asm__ volatile("movl $5, %%ebx" : : "r"(number));
+        ChangeRegister(number);
     } else {
-        __asm__ volatile("movl $5, %%ebx" : : "r"(number) : "ebx");
+        ChangeRegisterOpenly(number);
     }
     return number * 2;
 }

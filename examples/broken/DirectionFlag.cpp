@@ -2,6 +2,8 @@
 // the host goes backwards as well, over whatever stands in front.
 
 #include "examples/broken/Plugin.h"
+#include "examples/broken/Processor.h"
+#include "platform/Compiler.h"
 
 #include <cstring>
 
@@ -14,10 +16,9 @@ void Indent(CXParam* parameters, CXResult*) {
     }
     const unsigned char* source = string + string[0];
     unsigned char* target = string + string[0] + 1;
-    unsigned count = string[0];
-    __asm__ volatile("std; rep movsb" : "+S"(source), "+D"(target), "+c"(count) : : "memory");
+    CopyDownwards(source, target, string[0]);
     if (!isBroken) {
-        __asm__ volatile("cld" ::: "memory");
+        ClearDirectionFlag();
     }
     string[1] = ' ';
     ++string[0];

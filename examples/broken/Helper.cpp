@@ -1,5 +1,7 @@
 // A library without a fault, which LibraryStays loads.
 
-extern "C" __declspec(dllexport) long Help() {
+#include "platform/Compiler.h"
+
+extern "C" NIMBO_EXPORT long Help() {
     return 1;
 }

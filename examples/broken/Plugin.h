@@ -6,7 +6,7 @@
 #include "host/boundary/Calls.h"
 #include "host/boundary/PlugInfo.h"
 #include "host/boundary/Selectors.h"
-#include "platform/CallingConvention.h"
+#include "platform/Compiler.h"
 
 #include <cstddef>
 
@@ -113,5 +113,5 @@ void PutString(unsigned char* string, const char* text);
 
 extern "C" {
 HOST_ENTRY void FourDPack(long selector, void* params, void* data, void** result);
-__attribute__((__stdcall__)) const PlugInfo* FourDPlugInfo();
+NIMBO_STDCALL const PlugInfo* FourDPlugInfo();
 }

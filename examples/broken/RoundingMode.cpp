@@ -2,21 +2,17 @@
 // wrong in their last digits.
 
 #include "examples/broken/Plugin.h"
+#include "examples/broken/Processor.h"
 
 namespace {
 void Cut(CXParam* parameters, CXResult* result) {
     const double number = parameters[0].As<double>();
     const bool isLong = number > -2147483648.0 && number < 2147483647.0;
-    unsigned short before = 0;
-    __asm__ volatile("fnstcw %0" : "=m"(before));
-    const unsigned short cuts = before | 0x0C00;
-    long whole = 0;
-    __asm__ volatile("fldcw %1; fldl %2; fistpl %0"
-                     : "=m"(whole)
-                     : "m"(cuts), "m"(number)
-                     : "memory");
+    const unsigned short before = FloatingControl();
+    SetFloatingControl(before | 0x0C00);
+    const long whole = Rounded(number);
     if (!isBroken) {
-        __asm__ volatile("fldcw %0" : : "m"(before));
+        SetFloatingControl(before);
     }
     result->SetLong(isLong ? whole : 0);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/boundary/Values.h"
-#include "platform/CallingConvention.h"
+#include "platform/Compiler.h"
 #include "platform/Types.h"
 
 // The records exchanged with the host. Their layout is the host's: little-endian, 2-byte
@@ -13,9 +13,9 @@ struct ParameterBlock;
 struct FDEngineBlock;
 
 /// The host's call-back for ParameterBlock: selector, record.
-using ClassicCallBack = long(__attribute__((__cdecl__)) *)(long selector, ParameterBlock* block);
+using ClassicCallBack = long(NIMBO_CDECL*)(long selector, ParameterBlock* block);
 /// The host's call-back for FDEngineBlock: selector, record.
-using EngineCallBack = long(__attribute__((__cdecl__)) *)(long selector, FDEngineBlock* block);
+using EngineCallBack = long(NIMBO_CDECL*)(long selector, FDEngineBlock* block);
 
 /// The host's initialisation record, handed over with the selectors -1 and -200.
 struct PackInitBlock {
@@ -94,10 +94,9 @@ static_assert(sizeof(ValueFields) == 22);
 static_assert(offsetof(ValueFields, real) == 0 && offsetof(ValueFields, date) == 10 &&
               offsetof(ValueFields, number) == 16 && offsetof(ValueFields, small) == 20);
 
-#pragma GCC diagnostic push
 // The records inherit their shared fields; the compiler lays bases out in order, and these
 // assertions hold it to that.
-#pragma GCC diagnostic ignored "-Winvalid-offsetof"
+NIMBO_ALLOW_OFFSETS_BEHIND_BASES
 
 static_assert(sizeof(ParameterBlock) == 452);
 static_assert(offsetof(ParameterBlock, table) == 0);
@@ -130,4 +129,4 @@ static_assert(offsetof(FDEngineBlock, table) == 1072);
 static_assert(offsetof(FDEngineBlock, value) == 1360);
 static_assert(offsetof(FDEngineBlock, valueText) == 1382);
 
-#pragma GCC diagnostic pop
+NIMBO_ALLOWED

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Compiler.h"
+
 // Debug trace: lines to the debugger's console or to a file, chosen by level and domain.
 //
 // A trace text passes through the formatted-print function twice: once with its arguments, and
@@ -31,11 +33,11 @@ void _DbgDeinit();
 
 // Format as printf does, at most 16,383 characters, and write: always; up to the settings' level;
 // for a domain that is on; for both.
-[[gnu::format(printf, 1, 2)]] void _DbgTraceV(const char* format, ...);
-[[gnu::format(printf, 2, 3)]] void _DbgTraceVL(long level, const char* format, ...);
-[[gnu::format(printf, 2, 3)]] void _DbgDomainTraceV(unsigned long domain, const char* format, ...);
-[[gnu::format(printf, 3, 4)]] void _DbgDomainTraceVL(unsigned long domain, long level,
-                                                     const char* format, ...);
+NIMBO_PRINTF_FORMAT(1, 2) void _DbgTraceV(const char* format, ...);
+NIMBO_PRINTF_FORMAT(2, 3) void _DbgTraceVL(long level, const char* format, ...);
+NIMBO_PRINTF_FORMAT(2, 3) void _DbgDomainTraceV(unsigned long domain, const char* format, ...);
+NIMBO_PRINTF_FORMAT(3, 4)
+void _DbgDomainTraceVL(unsigned long domain, long level, const char* format, ...);
 
 /// Writes a text, indented at the start of each line. The text is changed and restored meanwhile.
 void _DbgTraceOut(char* text);

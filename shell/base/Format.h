@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Compiler.h"
+
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
@@ -10,8 +12,7 @@
 
 /// Formats as printf does into `capacity` bytes (one at least) at `out`, cut to what has room with
 /// the terminator. Answers how many characters they are, or -1 when some were cut off.
-[[gnu::format(printf, 3, 4)]] int FormatText(char* out, std::size_t capacity, const char* format,
-                                             ...);
+NIMBO_PRINTF_FORMAT(3, 4) int FormatText(char* out, std::size_t capacity, const char* format, ...);
 /// The same for a function that takes the arguments itself.
 int FormatTextV(char* out, std::size_t capacity, const char* format, std::va_list arguments);
 /// Writes a text into a file as a format without arguments.

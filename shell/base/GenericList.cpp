@@ -1,5 +1,7 @@
 #include "shell/base/GenericList.h"
 
+#include "platform/Compiler.h"
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -19,7 +21,7 @@ void RequireObject(const void* object) {
 }
 
 /// One copy for all that add: plug-ins are to be small.
-[[gnu::noinline]] ListNode* InsertBefore(List list, ListNode* next, void* object) {
+NIMBO_NOINLINE ListNode* InsertBefore(List list, ListNode* next, void* object) {
     ListNode* const node = list->spare ? list->spare.release() : new ListNode;
     *node = {object, next->previous, next};
     next->previous->next = node;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Compiler.h"
 #include "platform/Types.h"
 
 #include <cstdarg>
@@ -27,7 +28,7 @@ OSType _CStringToOSType(const char* text);
 
 /// Formats as printf does and stores the first 255 characters as a Pascal string (256 bytes).
 /// Answers how many they are.
-[[gnu::format(printf, 2, 3)]] long _FormatPWithCStr(unsigned char* out, const char* format, ...);
+NIMBO_PRINTF_FORMAT(2, 3) long _FormatPWithCStr(unsigned char* out, const char* format, ...);
 /// The same for a function that takes the arguments itself.
 long _FormatPWithCStrV(unsigned char* out, const char* format, std::va_list arguments);
 /// The same with the format as a Pascal string.

@@ -1,4 +1,4 @@
-#include "platform/CallingConvention.h"
+#include "platform/Compiler.h"
 #include "testhost/app/Commands.h"
 #include "testhost/app/ExitCodes.h"
 #include "testhost/app/Validate.h"

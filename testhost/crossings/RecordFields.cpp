@@ -8,10 +8,9 @@
 #include <cstring>
 
 namespace {
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Winvalid-offsetof" // host/boundary/Calls.h asserts these offsets
+NIMBO_ALLOW_OFFSETS_BEHIND_BASES // host/boundary/Calls.h asserts them
 
-using Type = RecordFieldInfo::Type;
+    using Type = RecordFieldInfo::Type;
 
 constexpr RecordFieldInfo fieldTable[] = {
     {RecordField::UniName, "uniName", Type::Utf16, true, offsetof(EngineFields, uniName), 512},
@@ -49,7 +48,7 @@ constexpr RecordFieldInfo fieldTable[] = {
      offsetof(ParameterBlock, variable.flag), 1},
 };
 
-#pragma GCC diagnostic pop
+NIMBO_ALLOWED
 
 template <typename T>
 T Load(std::span<const unsigned char> bytes) {

@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <compare>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 
@@ -37,16 +38,22 @@ long WholeOf(const TypedValue& value) {
 
 // The result of arithmetic without fractions; nothing when it does not fit or may have one.
 bool CombineWhole(long left, Operator operation, long right, long& result) {
+    std::int64_t whole = left; // has room for the result of each
     switch (operation) {
     case Operator::Add:
-        return !__builtin_add_overflow(left, right, &result);
+        whole += right;
+        break;
     case Operator::Subtract:
-        return !__builtin_sub_overflow(left, right, &result);
+        whole -= right;
+        break;
     case Operator::Multiply:
-        return !__builtin_mul_overflow(left, right, &result);
+        whole *= right;
+        break;
     default:
         return false;
     }
+    result = static_cast<long>(whole);
+    return result == whole;
 }
 
 double CombineReal(double left, Operator operation, double right) {

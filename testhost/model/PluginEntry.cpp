@@ -1,5 +1,6 @@
 #include "testhost/model/PluginEntry.h"
 
+#include "platform/Compiler.h"
 #include "testhost/model/Host.h"
 #include "testhost/model/UnderWay.h"
 #include "testhost/toolbox/Control.h"
@@ -40,7 +41,7 @@ PluginFrame* innermostPluginFrame = nullptr;
 // with known values in the registers that a function keeps; only ebp is left in the chain of
 // frames, which debuggers follow. Takes down what became of them and puts everything back as it
 // was, wherever the function left its stack.
-extern "C" __attribute__((naked, __cdecl__)) void CallInnermostPluginFrame() {
+extern "C" NIMBO_NAKED NIMBO_CDECL void CallInnermostPluginFrame() {
     __asm__("pushl %ebp\n\t"
             "movl %esp, %ebp\n\t"
             "pushl %ebx\n\t"

@@ -1,13 +1,14 @@
 #pragma once
 
+#include "platform/Compiler.h"
+
 #include <span>
 #include <string>
 
 class Host;
 
 /// An entry point of a plug-in: selector, parameters, data, result. It removes its arguments.
-using PluginEntry = void(__attribute__((__stdcall__)) *)(long selector, void* params, void* data,
-                                                         void* result);
+using PluginEntry = void(NIMBO_STDCALL*)(long selector, void* params, void* data, void* result);
 
 /// Calls a function of a plug-in with four words, as the host does: as the current host, logged
 /// under `selector` and `what`, on a stack that is aligned to 4 bytes only. Reports, with `who` in
@@ -28,4 +29,4 @@ std::string Shortened(std::string call);
 struct PluginFrame;
 /// The call into a plug-in that the running task is in; null outside. The scheduler keeps it for
 /// each task. Code that finds it by name is in PluginEntry.cpp.
-extern PluginFrame* innermostPluginFrame __asm__("_innermostPluginFrame");
+extern PluginFrame* innermostPluginFrame NIMBO_SYMBOL("_innermostPluginFrame");

@@ -1,6 +1,6 @@
 #include "testhost/model/Scheduler.h"
 
-#include "platform/CallingConvention.h"
+#include "platform/Compiler.h"
 #include "testhost/model/Host.h"
 #include "testhost/model/PluginEntry.h"
 #include "testhost/model/UnderWay.h"
@@ -73,9 +73,9 @@ void Scheduler::Leave(Host& host) {
     std::erase(hosts, &host);
 }
 
-NIMBO_REALIGN __attribute__((__stdcall__)) void Scheduler::Body(void* task) {
+HOST_ENTRY void Scheduler::Body(void* task) {
     auto& self = *static_cast<Task*>(task);
-    self.stackTop = static_cast<char*>(__builtin_frame_address(0));
+    self.stackTop = CurrentFrame();
     self.scheduler->ended.reset();
     self.body();
     self.scheduler->EndRunning();
@@ -124,7 +124,7 @@ std::optional<long> Scheduler::StackLeft() const {
     if (!InOwnProcess()) {
         return std::nullopt;
     }
-    const auto used = running->stackTop - static_cast<char*>(__builtin_frame_address(0));
+    const auto used = running->stackTop - CurrentFrame();
     return std::max(0L, running->stackSize - static_cast<long>(used));
 }
 

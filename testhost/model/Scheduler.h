@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Compiler.h"
+
 #include <functional>
 #include <memory>
 #include <optional>
@@ -85,7 +87,7 @@ class Scheduler {
         const std::function<void()>* work;
     };
 
-    static __attribute__((__stdcall__)) void Body(void* task);
+    static NIMBO_STDCALL void Body(void* task);
     size_t RunningPlace() const;
     bool CanRun(const Task& task) const;
     bool IsIdle(const Task& task) const;

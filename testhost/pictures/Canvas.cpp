@@ -1,5 +1,7 @@
 #include "testhost/pictures/Canvas.h"
 
+#include "platform/Compiler.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -8,7 +10,7 @@
 #include <stdexcept>
 
 /// The font's file, which the linker puts in.
-extern const unsigned char fontFile[] __asm__("_binary_DejaVuSans_ttf_start");
+extern const unsigned char fontFile[] NIMBO_SYMBOL("_binary_DejaVuSans_ttf_start");
 
 namespace {
 constexpr int mostPixels = 2000;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/boundary/PlugInfo.h"
+#include "platform/Compiler.h"
 #include "testhost/plugins/Usage.h"
 
 #include <optional>
@@ -9,7 +10,7 @@
 #include <vector>
 
 /// A library's export FourDPlugInfo, which answers its static description.
-using PlugInfoEntry = const PlugInfo*(__attribute__((__stdcall__)) *)();
+using PlugInfoEntry = const PlugInfo*(NIMBO_STDCALL*)();
 
 /// A command as its plug-in describes it. Names and usages are in the ANSI code page.
 struct DescribedCommand {

@@ -1,6 +1,6 @@
 #include "testhost/plugins/DebugText.h"
 
-#include "platform/CallingConvention.h"
+#include "platform/Compiler.h"
 #include "testhost/model/Asides.h"
 #include "testhost/model/Host.h"
 

@@ -1,6 +1,6 @@
 #include "testhost/plugins/Faults.h"
 
-#include "platform/CallingConvention.h"
+#include "platform/Compiler.h"
 #include "testhost/model/Scheduler.h"
 #include "testhost/plugins/Surroundings.h"
 #include "testhost/values/Encodings.h"
@@ -85,8 +85,7 @@ bool IsFault(unsigned long code) {
     return (code & severities) == error || code == abortException;
 }
 
-NIMBO_REALIGN long __attribute__((__stdcall__))
-FaultRecorder::Record(EXCEPTION_POINTERS* pointers) {
+HOST_ENTRY long FaultRecorder::Record(EXCEPTION_POINTERS* pointers) {
     const EXCEPTION_RECORD& fault = *pointers->ExceptionRecord;
     if (current != nullptr && current->thread == GetCurrentThreadId() &&
         IsFault(fault.ExceptionCode) &&

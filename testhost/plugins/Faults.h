@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Compiler.h"
+
 #include <optional>
 #include <string>
 
@@ -38,7 +40,7 @@ class FaultRecorder {
     const std::optional<std::string>& Last() const { return last; }
 
   private:
-    static long __attribute__((__stdcall__)) Record(struct _EXCEPTION_POINTERS* pointers);
+    static NIMBO_STDCALL long Record(struct _EXCEPTION_POINTERS* pointers);
     static FaultRecorder* current;
 
     Where places;

@@ -1,5 +1,7 @@
 #include "testhost/services/DisplayFormats.h"
 
+#include "platform/Compiler.h"
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -23,7 +25,7 @@ std::string_view Section(std::string_view format, int index) {
 }
 
 /// What printf would print, however long.
-[[gnu::format(printf, 1, 2)]] std::string Print(const char* format, ...) {
+NIMBO_PRINTF_FORMAT(1, 2) std::string Print(const char* format, ...) {
     std::va_list arguments; // NOLINT(cppcoreguidelines-init-variables): va_start does
     va_start(arguments, format);
     std::va_list measured; // NOLINT(cppcoreguidelines-init-variables): va_copy does

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/CallingConvention.h"
+#include "platform/Compiler.h"
 #include "platform/Types.h"
 #include "testhost/toolbox/drawing/Drawn.h"
 

@@ -3,7 +3,7 @@
 
 #include "host/boundary/Calls.h"
 #include "host/boundary/Values.h"
-#include "platform/CallingConvention.h"
+#include "platform/Compiler.h"
 #include "platform/Toolbox.h"
 
 #include <cstdlib>
@@ -207,7 +207,7 @@ HOST_CALL void Pack(long selector, void* params) {
 }
 
 // The compiler would put the register back.
-__attribute__((naked, __stdcall__)) void FourDPack(long, void*, void*, void*) {
+NIMBO_NAKED NIMBO_STDCALL void FourDPack(long, void*, void*, void*) {
     __asm__("pushl 8(%esp)\n\t"
             ".cfi_adjust_cfa_offset 4\n\t" // exceptions find their way by this
             "pushl 8(%esp)\n\t"

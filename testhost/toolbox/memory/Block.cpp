@@ -1,5 +1,6 @@
 #include "testhost/toolbox/memory/Block.h"
 
+#include "platform/Compiler.h"
 #include "testhost/toolbox/memory/Problems.h"
 
 #include <algorithm>
@@ -24,7 +25,7 @@ constexpr std::size_t mostQuarantinedBlocks = 2000;
 void Fill(char* bytes, Size count, unsigned char value) {
     constexpr Size few = 64;
     if (count > few) {
-        __asm__("cld" : : : "cc"); // a plug-in may have left the flag set
+        ClearDirectionFlag(); // a plug-in may have left the flag set
         __stosb(reinterpret_cast<unsigned char*>(bytes), value, static_cast<std::size_t>(count));
         return;
     }

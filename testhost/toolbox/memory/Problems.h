@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Compiler.h"
+
 #include <string>
 #include <vector>
 
@@ -7,7 +9,7 @@
 class Problems {
   public:
     /// Records a sentence written as for printf.
-    __attribute__((format(__MINGW_PRINTF_FORMAT, 2, 3))) void Add(const char* format, ...);
+    NIMBO_PRINTF_FORMAT(2, 3) void Add(const char* format, ...);
     void Clear() { sentences.clear(); }
     long Count() const { return static_cast<long>(sentences.size()); }
     /// Null when there is no such problem.
