@@ -11,14 +11,15 @@
 /// A host array in place: it has the layout of the host's typed value, so that a value read from a
 /// variable is worked on as it is (Of) and written back.
 ///
-/// The storage holds the elements 0 to the count. A wrong index, or a type other than the one that
-/// an element call is for, is no error: reads leave the output zero, writes do nothing. The count
-/// comes from the host and is not trusted: nothing outside the storage is touched.
+/// The storage holds the elements 0 to the count (`index`; `row` and `column` in a two-dimensional
+/// array). A wrong index, or a type other than the one that an element call is for, is no error:
+/// reads leave the output zero, writes do nothing. The count comes from the host and is not
+/// trusted: nothing outside the storage is touched.
 class CArray {
   public:
     /// No array.
     CArray() = default;
-    /// A new array of this type, with element 0 only. String arrays get slots for 255 characters.
+    /// A new array of this `type`, with element 0 only. String arrays get slots for 255 characters.
     explicit CArray(long type);
     /// Disposes of the storage, but not of what its elements own: SetArraySize(0) does that, and
     /// leaves element 0.
@@ -26,13 +27,14 @@ class CArray {
     CArray(const CArray&) = delete;
     CArray& operator=(const CArray&) = delete;
 
-    /// A value read from the host seen as an array. The value keeps its storage.
+    /// A `value` read from the host seen as an array. The value keeps its storage.
     static CArray& Of(ValueBlock& value) { return reinterpret_cast<CArray&>(value); }
     /// The whole record, to be filled from or written back to the host.
     ValueBlock& Value() { return fValue; }
     /// Leaves the storage to its owner, the host: the record is zeroed, nothing is disposed of.
     void Forget();
 
+    /// @family The type that the value has (ValueType), and whether it is that of an array.
     short GetType() const { return fValue.type; }
     bool IsUndefined() const { return fValue.type == ValueType::Undefined; }
     bool IsArrayInteger() const { return fValue.type == ValueType::IntegerArray; }
@@ -47,8 +49,8 @@ class CArray {
     bool IsArrayUnicode() const { return fValue.type == ValueType::UnicodeTextArray; }
     bool IsArray() const { return IsArrayType(fValue.type); }
 
-    /// Type of the rows of a two-dimensional array, which is that of row 0, whatever the others say
-    /// about themselves; 0 for other arrays.
+    /// @family Type of the rows of a two-dimensional array, which is that of row 0, whatever the
+    /// others say about themselves; 0 for other arrays. And whether it is that one.
     short Get2DType() const;
     bool Is2DArrayInteger() const { return Get2DType() == ValueType::IntegerArray; }
     bool Is2DArrayLongint() const { return Get2DType() == ValueType::LongArray; }
@@ -71,39 +73,42 @@ class CArray {
     /// becomes 0 when it lies beyond the end. -50 for a negative size, or the platform's memory
     /// error, and then the count is as it was.
     long SetArraySize(long size) { return _SetArraySize(fValue.array, fValue.type, size); }
-    /// The selected element, kept in 16 bits.
+    /// @family The selected element, `index`, kept in 16 bits.
     long GetCurrentIndex() const { return fValue.array.currentIndex; }
     void SetCurrentIndex(long index) { fValue.array.currentIndex = static_cast<short>(index); }
 
-    /// Address of an element in the storage, valid until memory moves; null outside the array.
+    /// Address of element `index` in the storage, valid until memory moves; null outside the array.
     void* ComputeAddress(long index) const;
 
+    /// @family Reads an element into `value`.
     void At(long index, short& value) const { Read(value, index); }
     void At(long index, long& value) const { Read(value, index); }
     void At(long index, double& value) const { Read(value, index); }
-    void At(long index, unsigned char& value) const { Read(value, index); } ///< Boolean
+    void At(long index, unsigned char& value) const { Read(value, index); }
     void At(long index, DateBlock& value) const { Read(value, index); }
-    /// The element's own text record; lock the array while it is used. Null outside the array.
+    /// The element's own `text` record; lock the array while it is used. Null outside the array.
     void At(long index, CTextBlock** text) const { *text = Text(index); }
+    /// An element of a picture array into `picture`; the picture stays the array's.
     void At(long index, Picture*** picture) const { Read(*picture, index); }
-    /// A string array's element as a Pascal string.
+    /// A string array's element as a Pascal `string`, 256 bytes.
     void At(long index, unsigned char* string) const { ReadString(string, index); }
 
+    /// @family Writes `value` into an element.
     void AtPut(long index, short value) { Write(value, index); }
     void AtPut(long index, long value) { Write(value, index); }
     void AtPut(long index, const double& value) { Write(value, index); }
     void AtPut(long index, unsigned char value) { Write(value, index); }
     void AtPut(long index, const DateBlock& value) { Write(value, index); }
-    /// The array takes the picture; the former one is left to the caller.
+    /// The array takes the `picture`; the former one is left to the caller.
     void AtPut(long index, Picture** picture) { Write(picture, index); }
-    /// Into a string array, cut to its slots, or a Unicode array.
+    /// A Pascal `string` into a string array, cut to its slots, or a Unicode array.
     void AtPut(long index, const unsigned char* string);
-    /// Zero-terminated UTF-16 into a Unicode array.
+    /// Zero-terminated UTF-16 `text` into a Unicode array.
     void AtPut(long index, const unsigned short* text);
-    /// The Unicode array takes the host string, and the former one is released.
+    /// The Unicode array takes the host string, `text`, and the former one is released.
     void AtPut(long index, const FDStringBlock& text);
 
-    /// First element, from 1 on, of a long array that has this value; -1 when there is none.
+    /// First element, from 1 on, of a long array that has this `value`; -1 when there is none.
     long Find(long value) const;
 
     /// Elements 0 to the count in place, as far as the storage holds them, for loops over many:
@@ -123,19 +128,23 @@ class CArray {
         return ElementsOf(arrayTypeOf<Element>, row).template Span<Element>();
     }
 
-    // Lock state of the storage. Nothing happens where there is none, nor to what is no array.
+    /// @family Locks the storage, unlocks it, tells whether it is locked. Nothing happens where
+    /// there is none, nor to what is no array.
     void Lock() { SetLocked(Storage(), true); }
     void Unlock() { SetLocked(Storage(), false); }
     bool IsLocked() const { return IsThereAndLocked(Storage()); }
 
-    // Rows of a two-dimensional array, from 0 to the count. Nothing happens for any other.
+    /// @family Locks a row's storage, unlocks it, tells whether it is locked; number of elements of
+    /// a `row` of a two-dimensional array, from 0 to the count. Nothing happens for any other.
     void LockRow(long row) { SetLocked(RowStorage(row), true); }
     void UnlockRow(long row) { SetLocked(RowStorage(row), false); }
     bool IsRowLocked(long row) const { return IsThereAndLocked(RowStorage(row)); }
     long GetRowSize(long row) const;
-    /// Results as with SetArraySize; 0, and no change, where there is no such row, or rows of rows.
+    /// Makes room for `size` elements in a row. Results as with SetArraySize; 0, and no change,
+    /// where there is no such row, or rows of rows.
     long SetRowSize(long row, long size);
 
+    /// @family Reads an element of a row into `value`, `text` or `string`, as At does.
     void At(long row, long column, short& value) const { Read(value, column, row); }
     void At(long row, long column, long& value) const { Read(value, column, row); }
     void At(long row, long column, double& value) const { Read(value, column, row); }
@@ -143,12 +152,13 @@ class CArray {
     void At(long row, long column, DateBlock& value) const { Read(value, column, row); }
     void At(long row, long column, unsigned char& value) const { Read(value, column, row); }
     void At(long row, long column, unsigned char* string) const { ReadString(string, column, row); }
+    /// Writes `value` into an element of a row.
     void AtPut(long row, long column, long value) { Write(value, column, row); }
     void AtPut(long row, long column, double value) { Write(value, column, row); }
 
     /// The same size change on a bare array block; `type` tells what it holds.
     static long _SetArraySize(ArrayBlock& block, short type, long size);
-    /// Bytes of an element of such an array.
+    /// Bytes of an element of an array of this `type`; `storage` tells that of strings.
     static long _GetElementSize(short type, Handle storage);
 
   private:
@@ -202,6 +212,7 @@ static_assert(sizeof(CArray) == sizeof(ValueBlock));
 /// leaves a value alone that is no array.
 class SArrayLocker {
   public:
+    /// Locks `array`, which outlives this.
     explicit SArrayLocker(CArray* array);
     ~SArrayLocker();
     SArrayLocker(const SArrayLocker&) = delete;
@@ -216,6 +227,7 @@ class SArrayLocker {
 /// LockRow(0), and UnlockRow(0) in the end unless IsRowLocked(0) was true before.
 class SArrayRowLocker {
   public:
+    /// Locks a `row` of `array`, which outlives this.
     SArrayRowLocker(CArray* array, long row);
     ~SArrayRowLocker();
     SArrayRowLocker(const SArrayRowLocker&) = delete;

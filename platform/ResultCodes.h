@@ -2,7 +2,7 @@
 
 #include "platform/Types.h"
 
-// Toolbox-style result codes: signed 16-bit, 0 is success.
+/// Toolbox-style result codes: signed 16-bit, 0 is success.
 namespace ResultCode {
 inline constexpr OSErr NoError = 0;
 inline constexpr OSErr DiskFull = -34;

@@ -4,24 +4,30 @@
 
 // The toolbox's records, as they cross the boundary: 2-byte packing, little-endian.
 
+/// Result code; 0 is success, see ResultCode.
 using OSErr = short;
+/// Code of four characters, the first one highest.
 using OSType = unsigned long;
+/// Address of a block that does not move.
 using Ptr = char*;
 /// Relocatable block: address of the master pointer, which holds the address of the bytes.
 using Handle = char**;
+/// Number of bytes.
 using Size = long;
-/// Pascal strings: a length byte, then up to 255 (31, 63) characters, no terminator.
+/// @family Pascal strings: a length byte, then up to 255 (31, 63) characters, no terminator.
 using Str255 = unsigned char[256];
 using Str63 = unsigned char[64];
 using Str31 = unsigned char[32];
 
 #pragma pack(push, 2)
 
+/// Place in pixels: down and to the right.
 struct Point {
     short v;
     short h;
 };
 
+/// Rectangle in pixels; `bottom` and `right` lie outside of it.
 struct Rect {
     short top;
     short left;
@@ -29,6 +35,7 @@ struct Rect {
     short right;
 };
 
+/// Colour; components are 0 to 65535.
 struct RGBColor {
     unsigned short red;
     unsigned short green;
@@ -134,6 +141,7 @@ inline constexpr unsigned char Locked = 0x01;
 inline constexpr unsigned char Folder = 0x10;
 } // namespace FileAttribute
 
+/// Set of pixels; what follows the record describes it unless it is a rectangle.
 struct Region {
     short rgnSize; ///< bytes; 10 for a rectangle
     Rect rgnBBox;
@@ -182,6 +190,7 @@ struct TERec {
 /// Relocatable text-edit record, disposed of with TEDispose.
 using TEHandle = TERec**;
 
+/// What a picture's bytes begin with; a `Picture**` is a handle of them.
 struct Picture {
     short picSize;
     Rect picFrame;

@@ -13,7 +13,7 @@ class CTextBlock;
 /// or checked: use the accessor that matches the declared type of the parameter.
 class CXParam {
   public:
-    // The parameter's storage, to be read or changed in place.
+    /// @family The parameter's storage, to be read or changed in place.
     short* GetShortPtr() const { return Storage<short>(); }
     long* GetLongPtr() const { return Storage<long>(); }
     unsigned char* GetBooleanPtr() const { return Storage<unsigned char>(); }
@@ -36,7 +36,7 @@ class CXParam {
     /// whether the database is compiled.
     void* GetPointerPtr() const;
 
-    // Values, copied out.
+    /// @family The parameter's value, copied out; a record into `out`.
     short GetShort() const { return Read<short>(); }
     long GetLong() const { return Read<long>(); }
     unsigned char GetBoolean() const { return Read<unsigned char>(); }
@@ -48,16 +48,16 @@ class CXParam {
     void GetRect(Rect& out) const { std::memcpy(&out, storage, sizeof out); }
     void GetDate4D(DateBlock& out) const { std::memcpy(&out, storage, sizeof out); }
     void GetVarRec(ValueBlock& out) const { std::memcpy(&out, storage, sizeof out); }
-    /// Copies the length byte and that many characters.
+    /// Copies the length byte and that many characters into `out`, 256 bytes.
     void GetString(unsigned char* out) const;
 
-    // Values, stored into the parameter.
+    /// @family Stores a `value`, or a `date`, into the parameter.
     void SetShort(short value) { Write(value); }
     void SetLong(long value) { Write(value); }
     void SetBoolean(unsigned char value) { Write(value); }
     void SetNativeReal(double value) { Write(value); }
     void SetDate4D(const DateBlock* date) { std::memcpy(storage, date, sizeof *date); }
-    /// Copies the length byte and that many characters.
+    /// Copies the length byte and that many characters of `string`, a Pascal string.
     void SetString(const unsigned char* string);
 
   private:
@@ -88,19 +88,21 @@ static_assert(sizeof(CXParam) == 4);
 /// has put the address of storage of the right type there, and the value is copied to it.
 class CXResult {
   public:
+    /// @family Stores a `value`.
     void SetShort(short value) { cell = value; }
     void SetLong(long value) { cell = value; }
-    /// Stores 1 for any non-zero argument.
+    /// Stores 1 for any `value` but 0.
     void SetBoolean(unsigned char value) { cell = value != 0 ? 1 : 0; }
-    /// The host takes the picture over.
+    /// The host takes the `picture` over.
     void SetPicHandle(Picture** picture) { cell = reinterpret_cast<long>(picture); }
 
+    /// @family Copies a `real`, or a `date`, into the host's storage for the result.
     void SetExtended(const REAL_U* real) { std::memcpy(Target(), real, sizeof *real); }
     void SetDate4D(const DateBlock* date) { std::memcpy(Target(), date, sizeof *date); }
-    /// Copies the length byte and that many characters.
+    /// Copies the length byte and that many characters of `string`, a Pascal string.
     void SetString(const unsigned char* string);
 
-    /// The host's storage for the result.
+    /// @family The host's storage for the result.
     unsigned char* GetStringPtr() const { return static_cast<unsigned char*>(Target()); }
     CTextBlock* GetCTextBlockPtr() const { return static_cast<CTextBlock*>(Target()); }
 

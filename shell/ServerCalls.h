@@ -56,12 +56,13 @@ inline constexpr short NextCallID = -1;     ///< read: the next call identifier,
 inline constexpr short Identification = -2; ///< write: owner, machine and user, Pascal strings
 } // namespace ServerMessage
 
-/// Reads from, writes to the server's copy of the plug-in. What is read is a new handle that the
-/// caller owns. Answer the host's result code.
+/// @family Reads from, writes to the server's copy of the plug-in, as FourD::ReadOnServer does: a
+/// call's `id`, the number of what is called, `kind`, and `data`, which stays the caller's. What is
+/// read, `answer`, is a new handle that the caller owns. Answer the host's result code.
 OSErr FourDReadOnServer(unsigned long id, short kind, char*** answer);
 OSErr FourDWriteOnServer(unsigned long id, short kind, char** data);
 
 /// Tells the server who this client is. A failure is not reported: the server then knows no names.
 void IdentifyToServer();
-/// Fills in what such a message says of a client, as far as its `size` bytes reach.
+/// Fills in what such a `message` says of a `client`, as far as its `size` bytes reach.
 void IdentifyClient(FourDClient& client, const char* message, long size);

@@ -63,6 +63,7 @@ inline constexpr unsigned long Consumed = 301;
 /// Makes a port current while it lives, and then the former one again.
 class PortSetter {
   public:
+    /// Makes `port` current.
     explicit PortSetter(GrafPort* port);
     ~PortSetter();
     PortSetter(const PortSetter&) = delete;
@@ -86,89 +87,114 @@ class CXArea {
 
     virtual ~CXArea();
 
-    /// Takes the parameters over and looks for the field that the area is bound to: X on a form of
-    /// table T to the field X_ of T.
+    /// Takes the parameters, `params`, over and looks for the field that the area is bound to: X on
+    /// a form of table T to the field X_ of T.
     virtual void InitArea(AreaParams* params);
-    /// With the first event: port, window and dialog, rectangle, and whether this is a window of
-    /// its own that only shows the area.
+    /// With the first event: `port`, window and dialog, rectangle (`rect`), and whether this is a
+    /// window of its own that only shows the area.
     virtual void InitAreaPort(GrafPort* port, Rect* rect);
     /// Before the area is deleted.
     virtual void CloseArea();
     /// Loads the bound field when the table's current record is another one, or a new one (-3).
     virtual void HandleDataFromField();
-    /// Has the bound field written.
+    /// Has the bound field written: UnloadDataToField, when there is one.
     virtual void HandleDataToField();
+    /// @family For derived ones: loads the bound field of the current record, which
+    /// HandleDataFromField asks for; writes it.
     virtual void LoadDataFromField();
     virtual void UnloadDataToField();
+    /// @family The bound table and field; 0 when there is none.
     virtual long GetTable();
     virtual long GetField();
     /// The record last loaded; -1 at first.
     virtual long GetRecordNum();
+    /// The host has nothing else to do.
     virtual void DoIdle();
-    /// The pointer is over the area: shows the arrow.
+    /// The pointer is over the area, at `where`: shows the arrow.
     virtual void DoCursor(Point* where);
-    // False says that the event was not handled.
+    /// @family A click, a key, a turn of the wheel. False says that the `event` was not handled. A
+    /// turn of the wheel comes as `where` the pointer is, `delta`, as the host counts it, and the
+    /// `modifiers` of the keyboard.
     virtual bool DoMouseDown(EventRecord* event);
     virtual bool DoKeyEvent(EventRecord* event);
     virtual bool DoScrollWheelEvent(Point where, long delta, unsigned short modifiers);
+    /// @family The form shows the area's page, or another one.
     virtual void DoSwitchPageIn();
     virtual void DoSwitchPageOut();
+    /// @family The area is selected, or no longer.
     virtual void DoSelect();
     virtual void DoDeSelect();
-    /// Takes the rectangle over.
+    /// Takes the rectangle, `rect`, over.
     virtual void DoScroll(Rect* rect);
     /// Derived ones draw and call this one, which notes that nothing is invalid any more.
     virtual void DoDraw();
-    /// Has the area, or a part of it (null: all), drawn again with one pixel around, when it is on
-    /// its page.
+    /// @family Has the area, or a part of it, `rect` (null: all), drawn again with one pixel
+    /// around, when it is on its page.
     virtual void DoInvalidate();
     virtual void DoInvalAreaRect(Rect* rect);
+    /// @family A command of the Edit menu.
     virtual void DoUndo();
     virtual void DoCut();
     virtual void DoCopy();
     virtual void DoPaste();
     virtual void DoClear();
     virtual void DoSelectAll();
+    /// @family The area may add menus of its own; takes them away; the user chose an `item` of a
+    /// `menu`; the host's `menus` are about to be shown.
     virtual void InstallMenus();
     virtual void DeInstallMenus();
     virtual void DoMenuCommand(short menu, short item);
     virtual void DoSetupMenus(MenuInfo** menus);
-    virtual bool CanBeSelected();      ///< false
-    virtual bool CanDeSelect();        ///< true
-    virtual bool PrintVariableFrame(); ///< false
-    virtual long GetPrintSize();       ///< 0
+    /// Whether the area can be selected; false.
+    virtual bool CanBeSelected();
+    /// Whether it lets the selection go; true.
+    virtual bool CanDeSelect();
+    /// Whether the area is printed in a variable frame; false.
+    virtual bool PrintVariableFrame();
+    /// What the host is answered about the size of the print; 0.
+    virtual long GetPrintSize();
+    /// Prints the part of the area that goes into `rect`.
     virtual void PrintBand(Rect* rect);
     /// In place of DoDraw while the area is printed.
     virtual void DoPrint();
-    /// As the form's object says; never in a window of its own.
+    /// @family As the form's object says; never in a window of its own.
     virtual bool IsDraggable();
     virtual bool IsDroppable();
-    virtual bool CanAcceptDrag(PA_DragAndDropInfo* drag); ///< false
+    /// @family Whether what is dragged may be dropped here (false); what is answered while it is
+    /// over the area, at `where` in `rect` (0 in `*answer`); it was dropped. `drag` is the host's.
+    virtual bool CanAcceptDrag(PA_DragAndDropInfo* drag);
     virtual void DoDragOver(PA_DragAndDropInfo* drag, Point where, Rect* rect, long* answer);
     virtual void DoDrop(PA_DragAndDropInfo* drag);
-    /// Whether a mouse-down is close enough, in place and time, to the one before.
+    /// Whether a mouse-down, `event`, is close enough, in place and time, to the one
+    /// before.
     virtual bool IsDoubleClick(EventRecord* event);
+    /// Keeps `rect` as the area's rectangle.
     virtual void SetupAreaRect(Rect* rect);
-    /// Answers whether the area can be selected.
+    /// Answers in `event` whether the area can be selected.
     virtual void TestArea(EventRecord* event);
 
-    /// Handles an event of the host, other than those that its manager does, and stores the answer
-    /// in it.
+    /// Handles an `event` of the host, which gives the area's `rect` along, other than
+    /// those that its manager does, and stores the answer in it.
     void HandleEvent(EventRecord* event, Rect* rect);
+    /// The area's rectangle, in `rect`.
     void GetAreaRect(Rect* rect) const { *rect = areaRect; }
-    /// Pascal string; 256 bytes.
+    /// The `name` of the form's object as a Pascal string; 256 bytes.
     void GetAreaName(unsigned char* name) const;
     /// The process that owns the area.
     long GetAreaProcess() const { return params.process; }
+    /// Whether the area fills a window of its own.
     bool InExternalWindow() const { return params.externalWindow != 0; }
+    /// Whether that window only shows the area; decided with the first event.
     bool InStandaloneWindow() const { return standalone; }
+    /// @family Whether the area is in an input, or a list form.
     bool InInputForm() const { return params.formKind == 1 || params.formKind == 2; }
     bool InListForm() const { return params.formKind == 0; }
+    /// Always false.
     static bool IsCompositingMode() { return false; }
-    /// The host's colour number.
+    /// @family The host's number of the background `color`, see FourD::GetRGBColor.
     long GetBackColor() const { return params.background; }
     void SetBackColor(long color) { params.background = color; }
-    /// Moves an area of a plug-in's dialog to another page; ignored elsewhere.
+    /// Moves an area of a plug-in's dialog to another `page`; ignored elsewhere.
     void _SetAreaPage(long page);
 
   protected:
@@ -240,7 +266,8 @@ class CXArea {
     bool doomed = false; ///< deleted within one of its hooks
 };
 
-/// The field of `table` that an area of this name (Pascal) is bound to: its names (Str31), number
-/// and type. 0, 65535 and an empty field name when there is none.
+/// The field of `table` that an area of this name (`areaName`, Pascal) is bound to: `tableName` and
+/// `fieldName` (Str31), `fieldNumber` and `fieldType`. 0, 65535 and an empty field name when there
+/// is none.
 void CheckDatabaseFieldForArea(short table, const unsigned char* areaName, unsigned char* tableName,
                                unsigned char* fieldName, long* fieldNumber, long* fieldType);

@@ -17,11 +17,12 @@ using SXDialogFilter = void(NIMBO_CDECL*)(void* dialog, EventRecord* event,
 /// calling process. Derive a class, override the hooks, then: construct, Open, EventLoop, destroy.
 class SXDialog {
   public:
-    /// Makes the host's dialog context and reads the form resource of this name (at most 255
-    /// characters). With a style set above 0 the form's fonts are those of the set (see
-    /// ui/FormResource.h), which is released again.
+    /// Makes the host's dialog context and reads the form resource `formName` (at most 255
+    /// characters). The host gets `windowType` and `windowOptions` as they are. With a `styleSet`
+    /// above 0 the form's fonts are those of the set (see ui/FormResource.h), which is released
+    /// again.
     SXDialog(const char* formName, short windowType, long windowOptions, short styleSet);
-    /// Window type 1, window options 5.
+    /// The same form and `styleSet` with window type 1, window options 5: a `formName` as above.
     SXDialog(const char* formName, short styleSet);
     SXDialog(const SXDialog&) = delete;
     SXDialog& operator=(const SXDialog&) = delete;
@@ -34,19 +35,20 @@ class SXDialog {
     virtual void Close();
 
     // Hooks; they do nothing here.
-    /// After each turn of the loop: the name of the object that the user acted on. May set `*done`
-    /// and `*cancelled`.
+    /// After each turn of the loop: `objectName` is that of the object that the user acted on. May
+    /// set `*done` and `*cancelled`.
     virtual void HandleItemHit(char* objectName, unsigned char* done, unsigned char* cancelled);
-    /// For each event that the host shows the dialog's filter.
+    /// For each `event` that the host shows the dialog's filter, in the object `objectName`; `a`
+    /// and `b` are the host's.
     virtual void EventFilter(EventRecord* event, char* objectName, unsigned char a,
                              unsigned char b);
-    /// Before the host's dialog is made, after it was, and when it ends by validation.
+    /// @family Before the host's dialog is made, after it was, and when it ends by validation.
     virtual void PreLoadData();
     virtual void PostLoadData();
     virtual void UnloadData();
 
     /// Makes the host's dialog; false when the host refuses the form. `rect` may be null; a null
-    /// title stands for the form's name. The second takes a Pascal string.
+    /// title stands for the form's name. The second takes a Pascal string. `flag` is sent along.
     bool Open(Rect* rect, const char* title, unsigned char flag);
     bool Open(Rect* rect, const unsigned char* title, unsigned char flag);
     bool Open(Rect* rect, std::nullptr_t, unsigned char flag) {
@@ -59,20 +61,21 @@ class SXDialog {
     /// The process that owns the dialog's window; 0 without one.
     long GetProcess() const;
 
-    /// Calls `callback` for the form's atoms, see ScanFormAtoms.
+    /// Calls `callback` for the form's atoms with `data`, see ScanFormAtoms.
     void ScanFO4DAtoms(FO4DAtomProc callback, void* data);
-    /// For scans; `dialog` is an SXDialog. The second looks the style set up for each atom. Both
-    /// answer 0.
+    /// @family For scans, with an atom's `type`, `data` and `length`; `dialog` is an SXDialog. The
+    /// second looks the style set up for each atom. Both answer 0.
     static long ReadFLAGAtom(unsigned long type, char* data, long length, void* dialog);
     static long PatchFONTAtoms(unsigned long type, char* data, long length, void* dialog);
     /// Patches the form's fonts, with one look at the style set; nothing without a form or a set.
     void PatchFO4DFONTAtoms();
 
-    /// Hands an event to the EventFilter of the dialog's object.
+    /// Hands an `event` in the object `objectName` to the EventFilter of the `dialog`, with the
+    /// host's `a` and `b`.
     static HOST_CALL void DefaultDialogFilter(void* dialog, EventRecord* event,
                                               unsigned char* objectName, unsigned char a,
                                               unsigned char b);
-    /// The object of a host's dialog, which is its user data; null for null.
+    /// The object of a host's `dialog`, which is its user data; null for null.
     static SXDialog* GetSXDialogFromContext(void* dialog);
 
   protected:

@@ -9,7 +9,7 @@
 // host; the two are never to be mixed.
 
 extern "C" {
-/// Non-zero when the handle's lock bit is set.
+/// Non-zero when the lock bit of `handle` is set.
 HOST_CALL int IsHandleLocked(Handle handle);
 /// Resizes `*handle` to `size` bytes, or makes it when it is null. Answers MemError(); after a
 /// failed allocation `*handle` is still null.
@@ -19,7 +19,7 @@ HOST_CALL OSErr ResizeOrNewHandle(Handle* handle, unsigned long size);
 HOST_CALL OSErr CopyHandle(Handle source, Handle* copy);
 }
 
-// A platform handle that may be null: disposes of it, and its bytes, 0 for null.
+/// @family A platform `handle` that may be null: disposes of it, and its bytes, 0 for null.
 void DisposeIfThere(Handle handle);
 Size SizeIfThere(Handle handle);
 
@@ -27,6 +27,7 @@ Size SizeIfThere(Handle handle);
 /// handle came with, whatever happened in between. Null is allowed.
 class SHandleLocker {
   public:
+    /// Locks `handle`, which stays the caller's.
     explicit SHandleLocker(char** handle);
     ~SHandleLocker();
     SHandleLocker(const SHandleLocker&) = delete;
@@ -41,16 +42,19 @@ class SHandleLocker {
 class TemporaryHandle {
   public:
     TemporaryHandle() = default;
+    /// Takes over `owned`, which may be null.
     explicit TemporaryHandle(Handle owned) : handle(owned) {}
-    /// A copy of some bytes; null when memory is full.
+    /// A copy of `size` bytes; null when memory is full.
     TemporaryHandle(const void* bytes, long size);
     ~TemporaryHandle();
     TemporaryHandle(const TemporaryHandle&) = delete;
     TemporaryHandle& operator=(const TemporaryHandle&) = delete;
 
+    /// The handle, which goes with the scope; null when there is none.
     Handle Get() const { return handle; }
     /// Where a call stores the handle that then goes with the scope.
     Handle* Address() { return &handle; }
+    /// The handle, which is the caller's from now on.
     Handle GiveAway() { return std::exchange(handle, nullptr); }
 
   private:
@@ -60,6 +64,7 @@ class TemporaryHandle {
 /// Makes a resource file current while it lives, and then the former one again.
 class SResFileSetter {
   public:
+    /// Makes the file of the reference number `resFile` current.
     explicit SResFileSetter(short resFile);
     ~SResFileSetter();
     SResFileSetter(const SResFileSetter&) = delete;

@@ -22,30 +22,36 @@ class NIMBO_MAY_ALIAS CTextBlock {
     static constexpr short MaxLength = 32000;
 
     CTextBlock() = default;
+    /// @family A copy of another text (`other`), of a Pascal string, or of a zero-terminated
+    /// `text`.
     CTextBlock(CTextBlock& other) : CTextBlock(&other) {}
     explicit CTextBlock(CTextBlock* other);
     explicit CTextBlock(const unsigned char (&string)[256]);
     explicit CTextBlock(const char* text);
-    /// A negative length gives an empty text.
+    /// `length` `bytes`; a negative number of them gives an empty text.
     CTextBlock(const char* bytes, short length);
-    /// The whole contents of a handle, its size taken as 16-bit.
+    /// The whole contents of a `handle`, its size taken as 16-bit.
     explicit CTextBlock(char** handle);
     CTextBlock& operator=(const CTextBlock&) = delete; // SetTo tells of errors
 
-    /// Resizes the text; bytes that are new have no particular value. A negative length changes
-    /// nothing. On -108 the length already is the new one, so look before touching the bytes.
+    /// Resizes the text to `length` bytes; those that are new have no particular value. A negative
+    /// length changes nothing. On -108 the length already is the new one, so look before touching
+    /// the bytes.
     long SetLength(short length);
+    /// Bytes in the text.
     short GetLength() const { return fSize; }
     /// The handle; null when the text is empty. It stays the text's.
     Handle GetHandle() const { return fHandle; }
 
-    /// The byte at a position; 0 outside the text.
+    /// The byte at a `position`; 0 outside the text.
     char GetChar(short position) const;
-    /// Does nothing outside the text.
+    /// Stores `byte` at a `position`; does nothing outside the text.
     void SetChar(short position, char byte);
 
-    // Replaces the whole text. A zero-terminated source is measured in 16 bits: one of 32768
-    // bytes and more may measure negative, and then changes nothing.
+    /// @family Replaces the whole text by another (`other`), a Pascal string (`string`), a
+    /// zero-terminated one (`text`), `length` `bytes`, or the contents of a `handle`. A
+    /// zero-terminated source is measured in 16 bits: one of 32768 bytes and more may measure
+    /// negative, and then changes nothing.
     long SetTo(CTextBlock& other) { return SetTo(&other); }
     long SetTo(CTextBlock* other);
     long SetTo(const unsigned char* string);
@@ -53,7 +59,9 @@ class NIMBO_MAY_ALIAS CTextBlock {
     long SetTo(const char* bytes, short length);
     long SetTo(char** handle);
 
-    // Adds at the end, as much as fits; a zero-terminated source as above.
+    /// @family Adds at the end, as much as fits: another text (`other`), a Pascal string
+    /// (`string`), a zero-terminated one (`text`) as above, `length` `bytes`, or the contents of a
+    /// `handle`.
     long Append(CTextBlock& other) { return Append(&other); }
     long Append(CTextBlock* other);
     long Append(const unsigned char (&string)[256]);
@@ -72,7 +80,8 @@ class NIMBO_MAY_ALIAS CTextBlock {
     /// The bytes alone.
     void CopyTo(void* bytes) const;
 
-    // Replaces every occurrence of a Pascal string, left to right. Answers how many, or an error.
+    /// @family Replaces every occurrence of `search`, a Pascal string, left to right, by a
+    /// `replacement` or `length` `bytes`. Answers how many, or an error.
     long Replace(unsigned char* search, CTextBlock& replacement) {
         return Replace(search, replacement.fHandle);
     }

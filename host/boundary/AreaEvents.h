@@ -6,6 +6,7 @@
 
 /// Codes of the host's area events, in EventRecord::what.
 namespace AreaEvent {
+/// A code of an event.
 enum Code : unsigned short {
     Idle = 0,
     MouseDown = 1,

@@ -2,8 +2,8 @@
 
 #include "host/boundary/Calls.h"
 
-/// The host's type codes of fields: those of its typed values, and one for 16-bit integers, which
-/// typed values do not have.
+/// The host's type codes of fields: those of its typed values, and one for 16-bit integers,
+/// which typed values do not have.
 namespace FieldType {
 enum : short {
     Real = ValueType::Real,
@@ -44,7 +44,7 @@ enum class FieldCarrier {
     Bytes,     ///< `handle`: a platform handle, null when the value is empty; bytes in param2
 };
 
-/// How values of each field type travel in the calls GetFieldData and SetFieldData; their type
+/// How values of each `fieldType` travel in the calls GetFieldData and SetFieldData; their type
 /// itself is in param1. The one who asked owns a handle that the host answers; a handle that is
 /// sent stays the sender's.
 constexpr FieldCarrier CarrierOf(short fieldType) {

@@ -10,10 +10,10 @@ struct SelectorPair {
     short engine;
 };
 
-// Every call into the host, and the only place where a selector's number is written. A pair is
-// chosen by host version; a classic-only selector goes through the classic call-back on every
-// host. The engine number is usually the negated classic one; the exceptions stand as the host
-// has them. The stand-in host names calls in its log from the same table.
+/// Every call into the host, and the only place where a selector's number is written. A
+/// pair is chosen by host version; a classic-only selector goes through the classic call-back on
+/// every host. The engine number is usually the negated classic one; the exceptions stand as the
+/// host has them. The stand-in host names calls in its log from the same table.
 inline constexpr SelectorPair SelectorTable[] = {
     // Tables, records and fields
     {"NewRecord", 1, 0},
@@ -241,7 +241,7 @@ inline constexpr SelectorPair SelectorTable[] = {
     {"ResTimestamp", -348, 0},
 };
 
-/// The named selector; a name that is not in the table does not compile.
+/// The selector of this `name`; one that is not in the table does not compile.
 consteval SelectorPair Select(std::string_view name) {
     for (const SelectorPair& pair : SelectorTable) {
         if (pair.name == name) {
@@ -261,9 +261,11 @@ consteval SelectorPair Select(std::string_view name) {
 template <short SelectorPair::*Number>
 struct SelectorOf {
     short number;
+    /// Of a `row` of the table; does not compile where the service has no such call.
     consteval SelectorOf(SelectorPair row)
         : number(row.*Number != 0 ? row.*Number : throw "the host has no such call") {}
 };
+/// @family The number of a service's classic call, of its engine call.
 using ClassicSelector = SelectorOf<&SelectorPair::classic>;
 using EngineSelector = SelectorOf<&SelectorPair::engine>;
 
@@ -271,11 +273,13 @@ using EngineSelector = SelectorOf<&SelectorPair::engine>;
 struct Selector {
     short classic;
     short engine;
+    /// Of a `row` of the table, which has a classic call.
     consteval Selector(SelectorPair row)
         : classic(ClassicSelector(row).number), engine(row.engine) {}
 };
 
-/// The selector that carries `number` in a classic (or engine) call; null when there is none.
+/// The selector that carries `number` in a classic call (in one with the `engine` record); null
+/// when there is none.
 constexpr const SelectorPair* FindSelector(long number, bool engine) {
     for (const SelectorPair& pair : SelectorTable) {
         if (number != 0 && (engine ? pair.engine : pair.classic) == number) {

@@ -68,11 +68,13 @@ struct PointerRecord {
     long field;    ///< table number in the upper half, field number (0: the table) in the lower
 };
 
+/// What a pointer leads to.
 namespace PointerKind {
 inline constexpr short Variable = 0;
 inline constexpr short Field = 1;
 } // namespace PointerKind
 
+/// Type codes of the host's typed values.
 namespace ValueType {
 enum : unsigned char {
     Real = 1,

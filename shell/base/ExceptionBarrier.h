@@ -9,11 +9,12 @@ struct HostEntry {
     const char* name = nullptr; ///< of the command or object, zero-terminated; null: none
 };
 
-/// Says on the debugger's console, in one line, what went wrong in an entry of this library, and
-/// where: "[plug-in problem] Tour.dll, command 3 (Count words): what".
+/// Says on the debugger's console, in one line, `what` went wrong in an `entry` of this library,
+/// and where: "[plug-in problem] Tour.dll, command 3 (Count words): what".
 void TellDebugger(const HostEntry& entry, const char* what) noexcept;
 
-/// The same of what is being caught: apart, as every call from the host has a barrier.
+/// The same of what is being caught in an `entry`: apart, as every call from the host has a
+/// barrier.
 void TellOfException(const HostEntry& entry) noexcept;
 
 /// Runs `body` and keeps everything it throws on this side: nothing thrown may cross into the
@@ -29,7 +30,7 @@ inline void KeepExceptionsInside(const Describe& describe, const Body& body) noe
     }
 }
 
-/// The same, where the entry is known beforehand.
+/// The same with a `body`, where the `entry` is known beforehand.
 template <typename Body>
 void KeepExceptionsInside(const HostEntry& entry, const Body& body) noexcept {
     KeepExceptionsInside([&] { return entry; }, body);

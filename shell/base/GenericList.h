@@ -3,13 +3,14 @@
 #include <memory>
 
 // A doubly linked list of untyped object pointers with a current position, kept sorted if its
-// creator supplies a comparison. The list owns its nodes, never the objects: nothing frees an
-// object.
+// creator supplies a comparison. The `list` owns its nodes, never an `object`: nothing frees one. A
+// `test`, an `action` gets the caller's `argument` with each.
 
-/// Tests an object of a list against the caller's argument. It may remove the object it was given,
-/// and no other, and must then answer false.
+/// Tests an `object` of a list against the caller's `argument`. It may remove the object it was
+/// given, and no other, and must then answer false.
 using ListTest = bool (*)(void* object, void* argument);
-/// Acts on an object of a list. It may remove the object it was given, and no other.
+/// Acts on an `object` of a list, with the caller's `argument`. It may remove the object it was
+/// given, and no other.
 using ListAction = void (*)(void* object, void* argument);
 /// Order of a sorted list: whether `added` must go after `existing`. It must not change the list.
 using ListOrder = bool (*)(void* existing, void* added);
@@ -31,6 +32,7 @@ struct GenericList {
     long count = 0;
     std::unique_ptr<ListNode> spare; ///< the last one removed, for the next one
 
+    /// An empty list, sorted by `order` unless that is null.
     explicit GenericList(ListOrder order) : compare(order) {}
     GenericList(const GenericList&) = delete;
     GenericList& operator=(const GenericList&) = delete;
@@ -48,8 +50,9 @@ void _initialize_list(List* list);
 void _initialize_sorted_list(List* list, ListOrder compare);
 /// Frees the list, not its objects, and clears the reference; a null reference is left alone.
 void _destroy_list(List* list);
-/// Frees the list that a std::unique_ptr holds.
+/// Frees the `list` that a std::unique_ptr holds.
 struct ListDestroyer {
+    /// Frees `list`.
     void operator()(List list) const { _destroy_list(&list); }
 };
 /// A new list with the same order and objects, its position before the first; owned by the caller.

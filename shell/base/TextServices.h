@@ -8,7 +8,7 @@
 // Small text services: four-character codes, formatting, case, byte sizes, line endings, bits.
 
 // --- Four-character codes -------------------------------------------------------------------
-// The characters are the code's bytes, most significant first.
+// The characters are the bytes of the `code`, most significant first; they go into `out`.
 
 /// As a Pascal string of 4 characters; the code 0 as an empty one.
 void _OSTypeToString(OSType code, unsigned char* out);
@@ -16,25 +16,26 @@ void _OSTypeToString(OSType code, unsigned char* out);
 void _OSTypeToCString(OSType code, char* out);
 /// 4 characters and a terminator, for the code 0 too. Answers 0, or -50 when `out` is null.
 OSErr _OSType2CStr(OSType code, char* out);
-/// For people: what is not printable stands as \x and two digits, so up to 16 characters.
+/// For people: what is not printable stands as `\x` and two digits, so up to 16 characters.
 void _OSTypeToDisplayString(OSType code, unsigned char* out);
 /// The same with a terminator.
 void _OSTypeToDisplayCString(OSType code, char* out);
-/// The code of the first 4 characters; 0 when there are fewer.
+/// @family The code of the first 4 characters of `text`; 0 when there are fewer.
 OSType _StringToOSType(const unsigned char* text);
 OSType _CStringToOSType(const char* text);
 
 // --- Formatting -----------------------------------------------------------------------------
 
-/// Formats as printf does and stores the first 255 characters as a Pascal string (256 bytes).
-/// Answers how many they are.
+/// Formats as printf does with `format` and stores the first 255 characters in `out` as a Pascal
+/// string (256 bytes). Answers how many they are.
 NIMBO_PRINTF_FORMAT(2, 3) long _FormatPWithCStr(unsigned char* out, const char* format, ...);
-/// The same for a function that takes the arguments itself.
+/// The same `format` and `out` for a function that takes the `arguments` itself.
 long _FormatPWithCStrV(unsigned char* out, const char* format, std::va_list arguments);
-/// The same with the format as a Pascal string.
+/// The same with the `format` as a Pascal string, into `out`.
 long _FormatPWithPStr(unsigned char* out, const unsigned char* format, ...);
 
-// Upper and lower case in place, byte by byte as the C library has it. Null is ignored.
+/// @family Upper and lower case of `text` in place, byte by byte as the C library has it. Null is
+/// ignored.
 void _UpperCStr(char* text);
 void _LowerCStr(char* text);
 void _UpperPStr(unsigned char* text);
@@ -47,6 +48,7 @@ void _TrimDoubleString(char* text);
 
 // --- Line endings ---------------------------------------------------------------------------
 
+/// Kinds of line endings; a set of them is their sum.
 namespace LineEnding {
 enum : long { CR = 1, CRLF = 2, LF = 4 };
 }
@@ -59,8 +61,9 @@ long _GetHandleLineEndings(Handle text, long* count);
 long _SetHandleLineEndings(Handle text, long kind);
 
 // --- Bits -----------------------------------------------------------------------------------
-// In an array of 32-bit words; bit 0 is the highest bit of the first word.
+// In an array of 32-bit words, `bits`; bit `number` 0 is the highest bit of the first word.
 
+/// @family Whether the bit is set; sets it, clears it, changes it.
 bool _LongBitTst(const unsigned long* bits, unsigned long number);
 void _LongBitSet(unsigned long* bits, unsigned long number);
 void _LongBitClear(unsigned long* bits, unsigned long number);

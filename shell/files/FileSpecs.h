@@ -6,9 +6,9 @@
 class CTextBlock;
 struct FInfo;
 
-// File specifications and their native paths. Names in a specification are in the host's Macintosh
-// character set, native paths in the system's ANSI code page; a folder's path ends with a
-// backslash.
+// File specifications (`spec`, `out`) and their native paths. Names in a specification are in the
+// host's Macintosh character set, native paths in the system's ANSI code page; a folder's path ends
+// with a backslash.
 //
 // Result codes are 16-bit: 0; -43 does not exist, with the specification filled all the same; -50
 // bad argument (null, empty, a path of 256 characters and more); -35 no such volume; -120 not a
@@ -25,18 +25,18 @@ bool IsEmptyFileSpec(const FSSpec& spec);
 /// Specification of a native path of `length` characters, which may be relative and need not
 /// exist. For one that exists it is made from the short (8.3) form.
 OSErr NativePathToFileSpec(const char* path, long length, FSSpec* spec);
-/// Long native path of a specification whose item need not exist. `length` says how many
-/// characters `out` holds and receives how many the path has; when it is null, or holds less than
-/// 1, the whole path is copied. `out` may be null; no terminator is written. So a null `out` and a
-/// length of 0 ask for the length. A missing item has the result of asking for its folder, mostly
-/// 0; when that is no folder either, `length` is left alone.
+/// Long native path of a specification whose item need not exist. `length` says how many characters
+/// `out` holds and receives how many the path has; when it is null, or holds less than 1, the whole
+/// path is copied. `out` may be null; no terminator is written. So a null `out` and a length of 0
+/// ask for the length. A missing item has the result of asking for its folder, mostly 0; when that
+/// is no folder either, `length` is left alone.
 OSErr FileSpecToNativePath(const FSSpec* spec, char* out, long* length);
 /// The same path as a whole; empty where FileSpecToNativePath leaves `length` alone.
 OSErr ReadNativePath(const FSSpec* spec, NativePath* path);
-/// The same as FileSpecToNativePath.
+/// The same as FileSpecToNativePath, `out` and `length` too.
 OSErr XFileSpecToNativePath(const FSSpec* spec, char* out, long* length);
 
-/// The same conversions with the path in a text block, in the host's character set.
+/// @family The same conversions with the path in a text block, `text`, in the host's character set.
 OSErr CTextBlockToFileSpec(CTextBlock* text, FSSpec* spec);
 OSErr FileSpecToCTextBlock(const FSSpec* spec, CTextBlock* text);
 OSErr XFileSpecToCTextBlock(const FSSpec* spec, CTextBlock* text);
@@ -45,14 +45,14 @@ OSErr XFileSpecToCTextBlock(const FSSpec* spec, CTextBlock* text);
 
 /// The name as it stands: up to 63 characters, so 64 bytes.
 void GetFileSpecName(const FSSpec* spec, unsigned char* name);
-/// The same with a terminator.
+/// The same `name` with a terminator.
 void GetFileSpecNameC(const FSSpec* spec, char* name);
 
-/// Stores 1 for a folder, else 0. Answers the catalogue's result code.
+/// Stores 1 in `isFolder` for a folder, else 0. Answers the catalogue's result code.
 OSErr IsFolder(const FSSpec* spec, unsigned char* isFolder);
 /// Whether it is a folder. Here the name is in the ANSI code page.
 bool IsFolderSpec(const FSSpec* spec);
-/// Finder information; a folder gets the type 'fold' and nothing else.
+/// Finder information in `info`; a folder gets the type 'fold' and nothing else.
 OSErr GetFileSpecInfo(FSSpec* spec, FInfo* info);
 
 /// Turns a folder's specification into the one of its inside: the folder as parent, no name. On
@@ -72,18 +72,20 @@ OSErr MakeFSSpecInFolder(const FSSpec* folder, const unsigned char* name, FSSpec
 // stood. So a path with characters beyond ASCII by which nothing is found is tried in the other set
 // as well, and with only its folders in that.
 
-/// FSMakeFSSpec of a path (Pascal string) in either character set.
+/// FSMakeFSSpec of a `path` (Pascal string) in either character set, with the numbers of a `volume`
+/// and `directory` as it takes them.
 OSErr MakeSpecOfPath(short volume, long directory, const unsigned char* path, FSSpec* spec);
 /// The same by volume, directory and name or path, made once more from its own full path, which
 /// stops at 255 characters.
 OSErr ASI_FSMakeFSSpec(short volume, long directory, const unsigned char* name, FSSpec* spec);
 /// Path with a terminator; `path` holds LongestPath + 1 bytes.
 OSErr ASI_FSSpecToPath(const FSSpec* spec, char* path);
-/// Specification of a full path; -35 when it is longer than 255 characters.
+/// Specification of a full `path` of `length` characters; -35 when it is longer than 255.
 OSErr P_FSpLocationFromFullPath(short length, const void* path, FSSpec* spec);
-/// Path into a platform handle, resized, or made when null, which is the caller's. 0 in `length` on
-/// an error.
+/// `path` into a platform handle, resized, or made when null, which is the caller's. 0 in `length`
+/// on an error.
 OSErr P_FSpGetFullPath(const FSSpec* spec, short* length, Handle* path);
-/// The same with text blocks: -35 for an empty or null text; an error leaves the text empty.
+/// @family The same with text blocks: -35 for an empty or null `text`; an error leaves the text
+/// empty.
 OSErr CTextBlockToFSSpec(CTextBlock* text, FSSpec* spec);
 OSErr FSSpecToCTextBlock(const FSSpec* spec, CTextBlock* text);

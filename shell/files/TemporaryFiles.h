@@ -9,14 +9,14 @@
 
 /// The system's temporary folder. When the system names none: 0, and `spec` is left as it was.
 OSErr GetTempFolderSpec(FSSpec* spec);
-/// A free name in a folder: base.extension, then base.1.extension and so on, the number in
+/// A free name in a folder, `out`: base.extension, then base.1.extension and so on, the number in
 /// hexadecimal; without an extension base, then base.1. Success is -43, there being no such file
 /// yet (with an empty specification there is no such folder); -50 when 100,001 names are taken or
 /// the name would have more than 255 characters. Base and extension are in the host's character
 /// set. Nothing is created.
 OSErr GetTempFileSpecInFolder(FSSpec* out, const FSSpec* folder, const char* base,
                               const char* extension);
-/// The same in the system's temporary folder.
+/// The same in the system's temporary folder, `out` of `base` and `extension`.
 OSErr GetTempFileSpec(FSSpec* out, const char* base, const char* extension);
 
 // --- Safe output ----------------------------------------------------------------------------
