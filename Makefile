@@ -1,6 +1,6 @@
 # Thin fronts over scripts/ and the CMake presets, which can as well be called directly.
 
-.PHONY: help demo test build sanitize fuzz bench coverage format format-check lint clean
+.PHONY: help demo test build sanitize fuzz bench coverage docs format format-check lint clean
 .NOTPARALLEL:
 
 help:
@@ -11,9 +11,11 @@ help:
 	@echo 'make fuzz          feed what reads input from outside with random bytes, SECONDS=60 each'
 	@echo 'make bench         build and run the benchmarks'
 	@echo 'make coverage      run the tests and show which lines they reached'
+	@echo 'make docs          make the reference and the guides, build/docs/html/index.html'
 	@echo 'make format        format the sources'
 	@echo 'make format-check  check that the sources are formatted'
-	@echo 'make lint          check who includes whom, what one compiler reads, and with clang-tidy'
+	@echo 'make lint          check who includes whom, what only one compiler reads, the comments of'
+	@echo '                   public declarations, and the sources with clang-tidy'
 	@echo 'make clean         remove build/ (the fetched tools in .cache/ stay)'
 	@echo
 	@echo 'Whatever is missing is installed first, by scripts/setup.'
@@ -51,6 +53,10 @@ coverage:
 	scripts/setup build wine coverage
 	scripts/coverage
 
+docs:
+	scripts/setup docs
+	scripts/docs
+
 format:
 	scripts/setup lint
 	scripts/format
@@ -62,7 +68,8 @@ format-check:
 lint:
 	scripts/check-layers
 	scripts/check-compiler
-	scripts/setup build lint
+	scripts/setup build lint docs
+	scripts/docs --check
 	scripts/lint
 
 clean:
