@@ -17,12 +17,15 @@
 // The conventions are written with underscores: <windows.h> makes a macro of plain `cdecl`, and the
 // same declaration would then be another type after it. They stand before the name of a function,
 // or of a pointer to one.
-#define NIMBO_CDECL __attribute__((__cdecl__))
-#define NIMBO_STDCALL __attribute__((__stdcall__)) // the called function removes its arguments
 
-// The host and the toolbox keep the stack aligned to 4 bytes only, while these compilers' code
-// expects 16. Every function that the host calls realigns it on entry, so that nothing further
-// in has to think about it.
+/// The calling function removes the arguments.
+#define NIMBO_CDECL __attribute__((__cdecl__))
+/// The called function removes the arguments.
+#define NIMBO_STDCALL __attribute__((__stdcall__))
+
+/// The host and the toolbox keep the stack aligned to 4 bytes only, while these compilers' code
+/// expects 16. Every function that the host calls realigns it on entry, so that nothing further
+/// in has to think about it.
 #define NIMBO_REALIGN __attribute__((force_align_arg_pointer))
 
 /// Function called by the host through a pointer we hand it (cdecl), and the host's own
@@ -45,6 +48,7 @@
 /// number `first`; `this` counts.
 #define NIMBO_PRINTF_FORMAT(text, first) __attribute__((format(printf, text, first)))
 
+/// Before a function of which each call is one.
 #define NIMBO_NOINLINE [[gnu::noinline]]
 /// Before a function into which all that it calls is put.
 #define NIMBO_INLINE_ALL [[gnu::flatten]]
@@ -75,7 +79,7 @@ constexpr Number SwapBytes(Number number) {
     }
 }
 
-/// Whether the processor has these instructions, and the system saves the registers they need.
+/// @family Whether the processor has these instructions, and the system saves the registers they need.
 inline bool ProcessorHasSsse3() {
     __builtin_cpu_init();
     return __builtin_cpu_supports("ssse3");
