@@ -143,7 +143,7 @@ Account Play(const Script& script, bool quiet) {
         const EntryPoints entries{FourDPack, FourDPackex, FourDPlugInfo};
         Session session(host, entries);
         std::ostringstream out;
-        Player player(session, out, quiet);
+        Player player(session, {out, quiet});
         player.libraryFolder = L"C:\\work\\";
         player.stage.reload = [&](long) { return entries; };
         player.stage.onFinding = [](const std::string& place, const std::string& sentence) {

@@ -188,7 +188,7 @@ TEST(DatabaseTest, ScriptsLoadADatabaseAndStateWhatIsInIt) {
         const Script script = ParseScript(lines, folder + "script");
         EXPECT_THAT(script.errors, ElementsAre());
         std::ostringstream out;
-        Player(session, out, false).Play(script);
+        Player(session, {out, false}).Play(script);
         return out.str();
     };
     EXPECT_THAT(play("database \"rows.txt\"\n"

@@ -282,7 +282,7 @@ label "more" "More" 0 0 80 20
     Host host({.pluginResFile = pluginFile});
     Session session(host, EntryPoints{FourDPack, FourDPackex});
     std::ostringstream out;
-    Player player(session, out, false);
+    Player player(session, {out, false});
     EXPECT_FALSE(player.Play(script));
     ToolboxRemoveResFile(pluginFile);
     const std::string output = out.str();

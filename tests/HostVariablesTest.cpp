@@ -415,7 +415,7 @@ TEST_P(HostVariablesTest, ScriptsSetAndExpectThem) {
                                       "script");
     ASSERT_THAT(script.errors, IsEmpty());
     std::ostringstream out;
-    EXPECT_EQ(Player(session, out, true).Play(script), host.HasEngine()) << out.str();
+    EXPECT_EQ(Player(session, {out, true}).Play(script), host.HasEngine()) << out.str();
     if (!host.HasEngine()) {
         EXPECT_THAT(out.str(), HasSubstr("a host before 11.0 has no Unicode texts"));
     }

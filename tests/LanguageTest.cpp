@@ -211,7 +211,7 @@ TEST(LanguageScriptTest, ASessionNamesCommandsDefinesMethodsAndAnswersBoxes) {
     Session session(host, EntryPoints{FourDPack, FourDPackex});
     const TestPlug plug({{"execute", "", Execute}});
     std::ostringstream out;
-    Player player(session, out, false);
+    Player player(session, {out, false});
     const Script script = ParseScript("set command 41 \"MELDUNG\"\n"
                                       "set user \"Ann\"\n"
                                       "method \"Greet\" \"MELDUNG(\\\"Hello \\\"+Current user)\"\n"

@@ -123,7 +123,7 @@ TEST_F(PicturesOfWindowsTest, AScriptSavesTheFrontmostVisibleWindow) {
     EXPECT_THAT(ParseScript("picture \"../front\"", "script").errors, testing::SizeIs(1));
     std::ostringstream out;
     const auto play = [&](const std::filesystem::path& folder) {
-        Player player(session, out, false);
+        Player player(session, {out, false});
         player.stage.pictures = folder;
         return player.Play(script);
     };

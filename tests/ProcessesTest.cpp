@@ -397,7 +397,7 @@ TEST_P(NotesTest, ScriptsLetProcessesRunAndSendThemEvents) {
                                       "script");
     EXPECT_THAT(script.errors, ElementsAre());
     std::ostringstream out;
-    Player player(session, out, true);
+    Player player(session, {out, true});
     const Ticks begun = Now();
     EXPECT_FALSE(player.Play(script));
     EXPECT_THAT(out.str(), HasSubstr("FAILED script:3: process " + std::to_string(process)));

@@ -182,7 +182,18 @@ const std::filesystem::path toolboxFile = [] {
 struct Played {
     bool good;
     std::string output;
+    std::string whole; ///< as its file has it
 };
+
+// How many lines of a text begin like this.
+long Lines(const std::string& text, const std::string& begin) {
+    std::istringstream lines(text);
+    long count = 0;
+    for (std::string line; std::getline(lines, line);) {
+        count += line.starts_with(begin) ? 1 : 0;
+    }
+    return count;
+}
 
 Played Play(const std::string& text,
             const std::filesystem::path& libraryFolder = toolboxFile.parent_path() / "",
@@ -192,10 +203,12 @@ Played Play(const std::string& text,
     Host host;
     Session session(host, {FakePlugin, nullptr, describe});
     std::ostringstream out;
-    Player player(session, out, false);
+    Player player(session, {out, false});
+    std::ostringstream whole;
+    player.stage.transcript.file = &whole;
     player.libraryFolder = libraryFolder;
     bool good = player.Play(script);
-    return {good, out.str()};
+    return {good, out.str(), whole.str()};
 }
 
 TEST(TesthostScriptTest, EveryWrongLineIsToldAtOnceWithItsNumber) {
@@ -595,8 +608,10 @@ TEST(TesthostScriptTest, OfARunawayCommandMostIsCounted) {
                          "expect problems 20000\n");
     EXPECT_TRUE(played.good) << played.output;
     EXPECT_LT(played.output.size(), 20000U);
-    EXPECT_THAT(played.output, HasSubstr("\n  ← ... and 19960 more calls: 19960 ProcessInfo\n"));
-    EXPECT_THAT(played.output, HasSubstr("PROBLEM script:3: ... and 19990 more like it: selector"));
+    EXPECT_THAT(played.output, HasSubstr("\n  ← … 19988 more calls like it\n"));
+    EXPECT_THAT(played.output, HasSubstr("PROBLEM script:3: … 19990 more like it: selector"));
+    EXPECT_EQ(Lines(played.whole, "  ← ProcessInfo"), 20000);
+    EXPECT_EQ(Lines(played.whole, "PROBLEM script:3: selector"), 20000);
     const Played empty = Play("# nothing\n");
     EXPECT_FALSE(empty.good);
     EXPECT_THAT(empty.output, HasSubstr("nothing was played"));

@@ -1,6 +1,7 @@
 #include "testhost/app/Commands.h"
 
 #include "testhost/plugins/Library.h"
+#include "testhost/session/Transcript.h"
 #include "testhost/values/Encodings.h"
 
 #include <algorithm>
@@ -27,10 +28,10 @@ int ListCommands(const std::filesystem::path& plugin, std::ostream& out) {
             continue;
         }
         out << std::left << std::setw(static_cast<int>(widest)) << Quoted(command.name)
-            << std::right << "  " << command.ShownUsage() << "\n";
+            << std::right << "  " << Visible(command.ShownUsage()) << "\n";
     }
     for (const std::string& problem : table.problems) {
-        out << "PROBLEM " << problem << "\n";
+        out << "PROBLEM " << Visible(problem) << "\n";
     }
     return table.problems.empty() ? 0 : 1;
 }

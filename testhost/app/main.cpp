@@ -10,6 +10,8 @@
 #include "testhost/session/DatabaseFile.h"
 #include "testhost/session/PlayScript.h"
 #include "testhost/session/TextFile.h"
+#include "testhost/session/Transcript.h"
+#include "testhost/session/Words.h"
 #include "testhost/statements/Table.h"
 #include "testhost/validate/Checks.h"
 #include "testhost/values/Encodings.h"
@@ -46,10 +48,12 @@ constexpr const char* exitCodes =
 // What the command line says; files in UTF-8, as all of it.
 struct Options {
     std::string plugin;
-    std::string script;    ///< "-": the standard input
-    std::string resources; ///< empty: those beside the plug-in
-    std::string database;  ///< empty: none
-    std::string pictures;  ///< folder; empty: none are made
+    std::string script;     ///< "-": the standard input
+    std::string resources;  ///< empty: those beside the plug-in
+    std::string database;   ///< empty: none
+    std::string pictures;   ///< folder; empty: none are made
+    std::string transcript; ///< file for the whole of it; empty: none
+    std::string color = "auto";
     HostOptions host;
     bool strict = false;
     bool quiet = false;
@@ -96,6 +100,14 @@ void AddRunOptions(CLI::App& run, Options& options) {
         ->type_name("FILE");
     run.add_flag("--strict", options.strict, "unlocked handles move with every memory call");
     run.add_flag("--quiet", options.quiet, "prints failed expectations and problems only");
+    run.add_option("--transcript", options.transcript,
+                   "gets the whole transcript; what is printed folds what\nrepeats itself")
+        ->type_name("FILE");
+    run.add_option("--color", options.color,
+                   "whether what is printed has colours; auto, when not\ngiven: on a terminal, "
+                   "unless NO_COLOR is set")
+        ->check(CLI::IsMember({"auto", "always", "never"}).description(""))
+        ->type_name("auto|always|never");
     run.add_option("--timeout", options.timeout,
                    "seconds that a statement may take (30 when not given);\n0: as long as it likes")
         ->check(CLI::Range(0UL, longestTimeout).description(""))
@@ -116,12 +128,15 @@ Script ReadScript(const std::string& name) {
     return ParseScript(ReadText(FromUtf8(name), "the script " + name), name);
 }
 
-const Progress* playing = nullptr; // for the report about a crash within this process
+// For the report about a crash within this process.
+const Progress* playing = nullptr;
+TranscriptSettings playedTranscript;
 
 [[noreturn]] void ReportCrash(const std::string& what) {
-    std::cout << "CRASHED "
-              << (playing != nullptr ? Progress::Read(playing->place) : "before the script") << ": "
-              << what << std::endl;
+    const std::string_view place =
+        playing != nullptr ? Progress::Read(playing->place) : "before the script";
+    TellEnd(playedTranscript, playing != nullptr ? playing->callsNotPrinted : 0,
+            "CRASHED " + std::string(place) + ": " + what);
     TerminateProcess(GetCurrentProcess(), somethingFailed);
     std::abort();
 }
@@ -145,6 +160,62 @@ void MakePictureFolder(const std::filesystem::path& folder) {
     }
 }
 
+bool HasVariable(const wchar_t* name) {
+    const wchar_t* const value = _wgetenv(name);
+    return value != nullptr && *value != L'\0';
+}
+
+// Switches a console's escape sequences on. Wine's says that it knows them, and prints them;
+// scripts/run-exe goes round it, and says that there is a terminal.
+bool TakesColors() {
+    if (GetProcAddress(GetModuleHandleW(L"ntdll"), "wine_get_version") != nullptr) {
+        return HasVariable(L"NIMBO_TERMINAL");
+    }
+    HANDLE const screen = GetStdHandle(STD_OUTPUT_HANDLE);
+    DWORD mode = 0;
+    return GetConsoleMode(screen, &mode) != 0 &&
+           SetConsoleMode(screen, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
+bool HasColors(const std::string& when) {
+    const bool isTerminal = TakesColors();
+    return when == "always" || (when == "auto" && isTerminal && !HasVariable(L"NO_COLOR"));
+}
+
+TranscriptSettings TranscriptOf(const Options& options) {
+    return {.file = FromUtf8(options.transcript),
+            .quiet = options.quiet,
+            .hasColors = HasColors(options.color)};
+}
+
+// The transcript must not take the place of a file that it is about.
+void KeepFromTranscript(const std::filesystem::path& transcript,
+                        const std::filesystem::path& input) {
+    std::error_code error;
+    if (std::filesystem::equivalent(transcript, input, error)) {
+        throw ScriptError("the transcript would overwrite " + Shown(input));
+    }
+}
+
+void KeepInputsFromTranscript(const Options& options, const Script& script) {
+    const std::filesystem::path transcript = FromUtf8(options.transcript);
+    const std::filesystem::path plugin = FromUtf8(options.plugin);
+    const std::filesystem::path scriptFile = FromUtf8(options.script);
+    for (const std::filesystem::path& input :
+         {scriptFile, plugin, std::filesystem::path(plugin).replace_extension(".rsrc"),
+          std::filesystem::path(FromUtf8(options.resources)),
+          std::filesystem::path(FromUtf8(options.database))}) {
+        KeepFromTranscript(transcript, input);
+    }
+    for (const Statement& statement : script.statements) {
+        Words words(statement.text, [](std::string_view) { return std::wstring(); });
+        if (words.TakeIf("database")) {
+            KeepFromTranscript(transcript,
+                               scriptFile.parent_path() / words.TakeWideString("the file's path"));
+        }
+    }
+}
+
 // Plays the session in this process, and keeps `progress` up to date.
 int Play(const Options& options, Progress& progress) {
     const Script script = ReadScript(options.script);
@@ -162,12 +233,13 @@ int Play(const Options& options, Progress& progress) {
     }
     const std::filesystem::path pictures = FromUtf8(options.pictures);
     MakePictureFolder(pictures);
+    KeepInputsFromTranscript(options, script);
     const PlaySettings settings{.plugin = FromUtf8(options.plugin),
                                 .resources = FromUtf8(options.resources),
                                 .pictures = pictures,
                                 .host = options.host,
                                 .strict = options.strict,
-                                .quiet = options.quiet};
+                                .transcript = TranscriptOf(options)};
     return PlayScript(script, std::move(database.database), settings, std::cout, progress)
                ? allHeld
                : somethingFailed;
@@ -176,6 +248,7 @@ int Play(const Options& options, Progress& progress) {
 int PlayInProcess(const Options& options) {
     Progress progress;
     playing = &progress;
+    playedTranscript = TranscriptOf(options);
     SetUnhandledExceptionFilter(OnUnhandledException);
     return Play(options, progress);
 }
@@ -193,7 +266,8 @@ int Run(const Options& options) {
     return PlayIsolated({.plugin = FromUtf8(options.plugin),
                          .readsInput = options.script == "-",
                          .timeout = options.timeout,
-                         .keepsGoing = options.keepGoing});
+                         .keepsGoing = options.keepGoing,
+                         .transcript = TranscriptOf(options)});
 }
 
 int ShowCommands(const Options& options) {

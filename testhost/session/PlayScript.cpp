@@ -7,6 +7,8 @@
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
 
+#include <algorithm>
+#include <fstream>
 #include <optional>
 #include <streambuf>
 #include <utility>
@@ -88,6 +90,22 @@ class TimedOutput : public std::streambuf {
 
 bool PlayScript(const Script& script, Database database, const PlaySettings& settings,
                 std::ostream& out, Progress& progress) {
+    std::ofstream file;
+    unsigned long long fileBytes = 0; // of a session that is gone on with
+    if (!settings.transcript.file.empty()) {
+        file = OpenTranscript(settings.transcript.file, progress.resumeFrom > 0);
+        fileBytes = static_cast<unsigned long long>(std::max<long long>(file.tellp(), 0));
+    }
+    TimedOutput timedFile(*file.rdbuf(), progress);
+    std::ostream whole(&timedFile);
+    TimedOutput timed(*out.rdbuf(), progress);
+    std::ostream screen(&timed);
+    Transcript transcript(screen, settings.transcript.quiet);
+    transcript.hasColors = settings.transcript.hasColors;
+    if (file.is_open()) {
+        transcript.file = &whole;
+        transcript.fileBytes = fileBytes;
+    }
     ToolboxSetStrict(settings.strict ? 1 : 0);
     progress.statements = script.statements.size();
     progress.Enter(Progress::Phase::Loading);
@@ -105,7 +123,8 @@ bool PlayScript(const Script& script, Database database, const PlaySettings& set
         }
         progress.account.crashes += crashed ? 1 : 0;
         progress.account.notPlayed += script.statements.size() - progress.resumeFrom;
-        out << sentence << "\n" << progress.account.Describe() << std::endl;
+        transcript.Say(LineKind::Wrong, sentence);
+        transcript.Say(LineKind::Wrong, progress.account.Describe());
         return false;
     }
     const PluginResources resources(settings);
@@ -115,9 +134,7 @@ bool PlayScript(const Script& script, Database database, const PlaySettings& set
     host.ScratchPath(); // made here, where it may fail, rather than amid the plug-in's calls
     host.database = std::move(database);
     Session session(host, library->Entries());
-    TimedOutput timed(*out.rdbuf(), progress);
-    std::ostream transcript(&timed);
-    Player player(session, transcript, settings.quiet, &progress);
+    Player player(session, std::move(transcript), &progress);
     player.libraryFolder = library->Folder();
     player.stage.plugin = settings.plugin;
     if (hostOptions.pluginResFile != 0) {
@@ -139,5 +156,10 @@ bool PlayScript(const Script& script, Database database, const PlaySettings& set
         host.Report(fault);
     }
     host.HearAsides();
-    return player.Finish();
+    if (player.stage.transcript.IsWritten()) {
+        return player.Finish();
+    }
+    player.stage.transcript.Say(LineKind::Wrong, NotWritten(settings.transcript.file));
+    player.Finish();
+    return false;
 }

@@ -4,6 +4,7 @@
 #include "testhost/model/Options.h"
 #include "testhost/session/Progress.h"
 #include "testhost/session/Script.h"
+#include "testhost/session/Transcript.h"
 
 #include <filesystem>
 #include <functional>
@@ -19,7 +20,7 @@ struct PlaySettings {
     std::filesystem::path pictures = {}; ///< a folder that exists; empty: none are made
     HostOptions host = {};
     bool strict = false;
-    bool quiet = false;
+    TranscriptSettings transcript = {};
     /// Runs for each problem, failed expectation and crash while the plug-in is loaded, see
     /// Stage::onFinding; may be empty.
     std::function<void(const std::string& place, const std::string& sentence)> onFinding = {};
@@ -28,8 +29,8 @@ struct PlaySettings {
 };
 
 /// Loads the plug-in, plays the script in a host of its own, unloads the plug-in and prints the
-/// account. Answers whether all was well. Throws ScriptError when the resource file is wrong, and
-/// PluginLoadError when the plug-in cannot be loaded for another reason than a crash, unless it
-/// once could.
+/// account. Answers whether all was well. Throws ScriptError when the resource file is wrong or the
+/// transcript cannot be written, and PluginLoadError when the plug-in cannot be loaded for another
+/// reason than a crash, unless it once could.
 bool PlayScript(const Script& script, Database database, const PlaySettings& settings,
                 std::ostream& out, Progress& progress);

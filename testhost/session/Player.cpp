@@ -26,8 +26,8 @@ size_t Total(const Stage& stage, Count count) {
 }
 } // namespace
 
-Player::Player(Session& playedSession, std::ostream& output, bool quietly, Progress* progress)
-    : ownStage(new Stage{.out = output, .quiet = quietly}),
+Player::Player(Session& playedSession, Transcript transcript, Progress* progress)
+    : ownStage(new Stage{.transcript = std::move(transcript)}),
       stage(*ownStage),
       session(playedSession),
       host(playedSession.host) {
@@ -36,6 +36,7 @@ Player::Player(Session& playedSession, std::ostream& output, bool quietly, Progr
         stage.progress = progress;
         stage.before = progress->account;
     }
+    stage.transcript.callsNotShown = &stage.progress->callsNotPrinted;
     EntryUnderWay::onChanged = [now = stage.progress](const EntryUnderWay* entry) {
         Progress::Copy(now->underWay, entry != nullptr ? entry->name : "");
     };
@@ -92,27 +93,60 @@ void Player::Watch() {
     };
 }
 
+// Of many calls that are alike most need not even be described.
 void Player::Print(const LoggedCall& call) {
-    if (stage.quiet) {
+    using Sink = Transcript::Sink;
+    Transcript& transcript = stage.transcript;
+    const bool isShown = transcript.Wants(Sink::Screen) && Shows(call);
+    const bool isKept = transcript.Wants(Sink::File);
+    if (!isShown && !isKept) {
         return;
     }
+    const bool isEntry = call.IsIntoPlugin();
+    const std::string text =
+        heading + Indent(call.depth) + (isEntry ? "→ " : "← ") + call.Describe();
+    for (const Sink sink : {Sink::Screen, Sink::File}) {
+        if (sink == Sink::Screen ? !isShown : !isKept) {
+            continue;
+        }
+        long& last = lastProcess[static_cast<size_t>(sink)];
+        if (!isEntry && call.process != last) {
+            transcript.Line(sink, LineKind::Plain,
+                            heading + "  (process " + std::to_string(call.process) + ")");
+        }
+        last = call.process;
+        transcript.Line(sink, isEntry ? LineKind::Entry : LineKind::Call, text);
+    }
+}
+
+bool Player::Shows(const LoggedCall& call) {
     if (call.IsIntoPlugin()) {
+        stage.transcript.Break();
         entries[{call.process, call.depth}] = {};
-    } else if (PlayedEntry& entry = entries[{call.process, call.depth - 1}];
-               ++entry.calls > mostCallsPrinted) {
-        ++entry.unprinted[call.name];
-        ++stage.progress->callsNotPrinted;
-        return;
+        return true;
     }
-    if (!call.IsIntoPlugin() && call.process != lastProcess) {
-        stage.transcript.Line(heading + "  (process " + std::to_string(call.process) + ")");
+    if (stage.transcript.Folds(
+            {.heading = &heading,
+             .depth = call.depth,
+             .process = call.process,
+             .isCall = true,
+             .isEngine = call.IsEngine(),
+             .selector = call.selector,
+             .error = call.Answered().error,
+             .text = call.remark.empty() ? 0 : std::hash<std::string>()(call.remark)})) {
+        return false;
     }
-    lastProcess = call.process;
-    stage.transcript.Line(heading + Indent(call.depth) + (call.IsIntoPlugin() ? "→ " : "← ") +
-                          call.Describe());
+    PlayedEntry& entry = entries[{call.process, call.depth - 1}];
+    if (++entry.calls <= mostCallsPrinted) {
+        return true;
+    }
+    ++entry.unprinted[call.name];
+    ++stage.progress->callsNotPrinted;
+    return false;
 }
 
 void Player::PrintRest(long process, int depth) {
+    stage.transcript.Break();
     const PlayedEntry entry = std::exchange(entries[{process, depth}], {});
     entries.erase({process, depth});
     if (entry.unprinted.empty()) {
@@ -127,23 +161,31 @@ void Player::PrintRest(long process, int depth) {
         list += (place == 0 ? "" : ", ") + std::to_string(names[place].second) + " " +
                 names[place].first;
     }
-    stage.transcript.Line(heading + Indent(depth + 1) + "← ... and " +
-                          std::to_string(entry.calls - mostCallsPrinted) + " more calls: " + list +
-                          (names.size() > mostNamesPrinted ? ", ..." : ""));
+    stage.transcript.Line(
+        Transcript::Sink::Screen, LineKind::Rest,
+        heading + Indent(depth + 1) + "← … " + std::to_string(entry.calls - mostCallsPrinted) +
+            " more calls: " + list + (names.size() > mostNamesPrinted ? ", …" : ""));
 }
 
 void Player::Note(const std::string& text) {
-    if (!stage.quiet) {
-        stage.out << heading << "  " << text << std::endl;
-    }
+    stage.transcript.Note(heading + "  " + text);
 }
 
-void Player::NoteEvent(const std::string& text) {
-    stage.transcript.Line(heading + "  " + text);
+void Player::NoteEvent(const std::string& text, std::string_view kind) {
+    const Likeness likeness{.heading = &heading,
+                            .depth = 1 + static_cast<int>(text.find_first_not_of(' ') / 2),
+                            .process = 0,
+                            .isCall = false,
+                            .text = std::hash<std::string_view>()(kind.empty() ? text : kind)};
+    const std::string line = heading + "  " + text;
+    if (stage.transcript.Wants(Transcript::Sink::Screen) && !stage.transcript.Folds(likeness)) {
+        stage.transcript.Line(Transcript::Sink::Screen, LineKind::Plain, line);
+    }
+    stage.transcript.Line(Transcript::Sink::File, LineKind::Plain, line);
 }
 
 void Player::Echo(const std::string& text) {
-    stage.out << text << std::endl;
+    stage.transcript.Say(LineKind::Plain, text);
 }
 
 void Player::Expect(bool expectationHeld, const std::string& expected, const std::string& got) {
@@ -160,7 +202,7 @@ void Player::Fail(const std::string& reason) {
     }
     ++stage.progress->account.failed;
     TellFinding(heading + reason);
-    stage.out << "FAILED " << stage.place << ": " << heading << reason << std::endl;
+    stage.transcript.Say(LineKind::Wrong, "FAILED " + stage.place + ": " + heading + reason);
 }
 
 void Player::TellFinding(const std::string& sentence) const {
@@ -252,7 +294,6 @@ void Player::PlayStatement(const Script& script, size_t number) {
         stage.onPlayed(*stage.current);
     }
     stage.transcript.EndStatement(stage.place);
-    stage.out << std::flush; // a crash shows all that was printed before
 }
 
 // After a crash: sets the host up once more, without a word, as it was before the next `start`, and
@@ -267,16 +308,14 @@ size_t Player::SetUpAgain(const Script& script) {
     if (next == script.statements.size()) {
         return next;
     }
-    const bool quiet = std::exchange(stage.quiet, true);
-    stage.isSettingUp = true;
+    stage.isSettingUp = stage.transcript.isSilent = true;
     for (size_t number = 0; number < next; ++number) {
         if (script.statements[number].setsUp) {
             PlayStatement(script, number);
         }
         stage.current->session.wasStarted |= script.statements[number].starts;
     }
-    stage.isSettingUp = false;
-    stage.quiet = quiet;
+    stage.isSettingUp = stage.transcript.isSilent = false;
     for (Player* player : stage.players) {
         player->AcceptProblems(); // they were told the first time
     }
@@ -324,6 +363,7 @@ void Player::LetFurtherHostsGo() {
             stage.before.problems += player->OpenProblems();
         }
     }
+    stage.transcript.Break(); // what it has to say yet may be headed with a name of theirs
     stage.current = this;
     stage.players = {this};
     stage.further.clear();
@@ -333,7 +373,8 @@ bool Player::Finish() {
     stage.transcript.EndStatement(stage.place);
     Progress& progress = *stage.progress;
     progress.hasAccount = true;
-    stage.out << progress.account.Describe() << std::endl;
-    progress.toldAccount = stage.out.good();
-    return progress.account.IsGood();
+    const bool isGood = progress.account.IsGood();
+    progress.toldAccount = stage.transcript.Say(isGood ? LineKind::Good : LineKind::Wrong,
+                                                progress.account.Describe());
+    return isGood;
 }

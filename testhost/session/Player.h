@@ -7,6 +7,7 @@
 #include "testhost/session/Script.h"
 #include "testhost/session/Transcript.h"
 
+#include <array>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -14,6 +15,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -30,8 +32,7 @@ struct CommandOutcome {
 
 /// What the players of one script, one for each host, have in common.
 struct Stage {
-    std::ostream& out;
-    bool quiet;
+    Transcript transcript;
     std::string place = {};            ///< where the script stands: "name:line"
     std::wstring scriptFolder = {};    ///< of the script, as its name was given, with the separator
     std::filesystem::path plugin = {}; ///< the plug-in's DLL, and
@@ -49,8 +50,7 @@ struct Stage {
     /// Runs for each problem and each failed expectation, with its place; may be empty.
     std::function<void(const std::string& place, const std::string& sentence)> onFinding = {};
     std::function<void(Player&)> onPlayed = {}; ///< runs after each statement; may be empty
-    Transcript transcript = {out, quiet};
-    Player* current = nullptr; ///< whom the statements concern
+    Player* current = nullptr;                  ///< whom the statements concern
     /// Unloads the plug-in's library, loads it again so often, and answers its entry points then;
     /// empty where it is no library. What stays of it is for TakeUnloadFaults.
     std::function<EntryPoints(long rounds)> reload = {};
@@ -62,10 +62,8 @@ struct Stage {
 /// and every problem, and counts the expectations that held and failed.
 class Player {
   public:
-    /// A quiet player prints expectations that failed, problems and what `echo` says. How far it
-    /// is stands in `progress`, if any, where it goes on.
-    Player(Session& playedSession, std::ostream& output, bool quietly,
-           Progress* progress = nullptr);
+    /// How far it is stands in `progress`, if any, where it goes on.
+    Player(Session& playedSession, Transcript transcript, Progress* progress = nullptr);
     /// A further host of the same script; what is printed of it is headed with its name.
     Player(Session& playedSession, Stage& sharedStage, std::string hostName);
     ~Player();
@@ -87,8 +85,9 @@ class Player {
     void FailNotStarted() { Fail("the plug-in is not started"); }
     /// A line of the transcript, beneath the crossing it belongs to.
     void Note(const std::string& text);
-    /// The same for what the plug-in may make happen again and again.
-    void NoteEvent(const std::string& text);
+    /// The same for what the plug-in may make happen again and again: on the screen what is of one
+    /// kind folds. A kind that is empty has only what is the same.
+    void NoteEvent(const std::string& text, std::string_view kind = {});
     void Echo(const std::string& text);
 
     /// Problems that were reported and are not yet accounted for by `expect problems`.
@@ -123,6 +122,8 @@ class Player {
     };
 
     void Print(const LoggedCall& call);
+    /// Whether the screen shows it; counts it when not.
+    bool Shows(const LoggedCall& call);
     void PlayStatement(const Script& script, size_t number);
     size_t SetUpAgain(const Script& script);
     void KeepAccount();
@@ -137,5 +138,5 @@ class Player {
     std::string heading; ///< of each line; empty for the script's own host
     size_t acceptedProblems = 0;
     std::map<std::pair<long, int>, PlayedEntry> entries; ///< under way, by process and depth
-    long lastProcess = 1; ///< in which the last crossing that was printed happened
+    std::array<long, 2> lastProcess = {1, 1}; ///< of the last crossing that each sink has got
 };

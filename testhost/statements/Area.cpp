@@ -211,7 +211,7 @@ void Record(Player& player, PlayedArea& area, const GrafPort* window,
                 ", time " + std::to_string(static_cast<long>(answer.when)) + ", modifiers " +
                 std::to_string(answer.modifiers));
     for (const std::string& line : area.drawn) {
-        player.NoteEvent("  " + line);
+        player.NoteEvent("  " + line, line.substr(0, line.find(' ')));
     }
 }
 

@@ -216,8 +216,9 @@ Outcome Workbench::PlayNow(const Case& played) {
     const auto locate = [&](const std::string& place) {
         return Locate(place, played, order.setUp);
     };
-    PlaySettings settings{
-        .plugin = FromUtf8(order.plugin), .resources = FromUtf8(order.resources), .quiet = true};
+    PlaySettings settings{.plugin = FromUtf8(order.plugin),
+                          .resources = FromUtf8(order.resources),
+                          .transcript = {.quiet = true}};
     settings.onFinding = [&](const std::string& place, const std::string& sentence) {
         outcome.problems.push_back({.statement = locate(place).statement, .sentence = sentence});
     };

@@ -58,28 +58,26 @@ std::string Where(const Progress& progress) {
     return underWay.empty() ? where : where + ", " + underWay;
 }
 
-void Report(const ChildEnd& end, const Progress& progress) {
-    if (progress.callsNotPrinted > 0) {
-        std::cout << "  ← ... and " << progress.callsNotPrinted << " more calls\n";
-    }
-    std::cout << end.Describe(Where(progress)) << "\n";
+void Report(const ChildEnd& end, const Progress& progress, const TranscriptSettings& transcript) {
+    std::string text = end.Describe(Where(progress));
     for (const std::string& call : end.calls) {
-        std::cout << "  in " << call << "\n";
+        text += "\n  in " + call;
     }
-    std::cout << std::flush;
+    TellEnd(transcript, progress.callsNotPrinted, text);
 }
 
 // When a child has played to the end: whether people know what came of it. A plug-in may close what
 // the transcript goes to.
-int TellOf(const Progress& progress) {
+int TellOf(const Progress& progress, TranscriptSettings transcript) {
     if (!progress.hasAccount || progress.toldAccount) {
         return progress.exitCode;
     }
-    std::cout << "CRASHED: the transcript could not be printed to its end\n"
-              << progress.account.Describe() << std::endl;
+    transcript.file.clear(); // it has the account
+    TellEnd(transcript, 0,
+            "CRASHED: the transcript could not be printed to its end\n" +
+                progress.account.Describe());
     return somethingFailed;
 }
-
 } // namespace
 
 int PlayIsolated(const IsolatedSession& session) {
@@ -94,6 +92,7 @@ int PlayIsolated(const IsolatedSession& session) {
                      .temporaryFolder = FromAnsi(folder),
                      .plugin = session.plugin,
                      .timeout = session.timeout * 1000};
+    TranscriptSettings transcript = session.transcript;
     size_t resumeFrom = 0; // kept here, too: what is shared lies within reach of the plug-in
     while (true) {
         start.input = input != nullptr ? input->Open() : nullptr;
@@ -102,9 +101,12 @@ int PlayIsolated(const IsolatedSession& session) {
             CloseHandle(start.input);
         }
         if (end.kind == ChildEnd::Kind::Finished) {
-            return TellOf(*progress);
+            return TellOf(*progress, transcript);
         }
-        Report(end, *progress);
+        if (progress->phase == Progress::Phase::Preparing && resumeFrom == 0) {
+            transcript.file.clear(); // nothing was written yet: what is there is an earlier one
+        }
+        Report(end, *progress, transcript);
         progress->account.crashes += end.kind != ChildEnd::Kind::Interrupted ? 1 : 0;
         const bool played = progress->phase >= Progress::Phase::Playing;
         const size_t next = std::min(std::max(played ? progress->statement + 1 : 0, resumeFrom),
@@ -114,7 +116,7 @@ int PlayIsolated(const IsolatedSession& session) {
                             progress->phase == Progress::Phase::Playing && next > resumeFrom;
         if (!goesOn) {
             progress->account.notPlayed += progress->statements - next;
-            std::cout << progress->account.Describe() << std::endl;
+            TellEnd(transcript, 0, progress->account.Describe());
             return somethingFailed;
         }
         progress->resumeFrom = resumeFrom = next;
