@@ -23,7 +23,7 @@ help:
 demo:
 	scripts/setup
 	cmake --preset release >/dev/null
-	cmake --build --preset demo
+	scripts/build-quietly demo
 	scripts/demo
 
 test: build
