@@ -4,7 +4,7 @@
 .NOTPARALLEL:
 
 help:
-	@echo 'make demo          build what it plays, and play the example sessions'
+	@echo 'make demo          build what it plays, and tell what the example sessions show'
 	@echo 'make test          build everything and run the tests'
 	@echo 'make build         build everything into build/release/'
 	@echo 'make sanitize      run the tests in a program for Linux, under sanitizers'
@@ -21,10 +21,10 @@ help:
 	@echo 'Whatever is missing is installed first, by scripts/setup.'
 
 demo:
-	scripts/setup
-	cmake --preset release >/dev/null
-	scripts/build-quietly demo
-	scripts/demo
+	@scripts/setup
+	@cmake --preset release >/dev/null
+	@scripts/build-quietly demo
+	@scripts/demo
 
 test: build
 	ctest --preset release

@@ -92,7 +92,7 @@ TEST(TranscriptTest, TheFileHasWhatAQuietScreenHasNot) {
     transcript.Problem("a:1", "wrong");
     transcript.Say(LineKind::Wrong, "FAILED");
     EXPECT_THAT(file.str(), testing::StartsWith("last\n… here"));
-    EXPECT_THAT(file.str(), testing::EndsWith(" failed\nFAILED\n"));
+    EXPECT_THAT(file.str(), testing::EndsWith(" account\nFAILED\n"));
     EXPECT_TRUE(transcript.IsWritten());
     file.setstate(std::ios::badbit); // as when the disk is full
     EXPECT_FALSE(transcript.IsWritten());
@@ -106,13 +106,13 @@ TEST(TranscriptTest, OnlyTheScreenHasColors) {
     transcript.file = &file;
     transcript.Line(LineKind::Entry, "→ start (-1)");
     transcript.Line(LineKind::Call, "  ← Name (1, classic)  param1 = 1");
-    transcript.Note("é\ttext");
+    transcript.Note("é\tÂ\xC2 text");
     transcript.Problem("a:1", "\x1B[32m\xC2\x9B\r\x7Fgood");
     EXPECT_EQ(screen.str(), "\x1B[36m→ start (-1)\x1B[0m\n"
                             "  ← Name (1, classic)\x1B[2m  param1 = 1\x1B[0m\n"
-                            "é\ttext\n"
+                            "é\tÂ\xC2 text\n"
                             "\x1B[31mPROBLEM a:1: \\x1B[32m\\x9B\\x0D\\x7Fgood\x1B[0m\n");
-    EXPECT_EQ(file.str(), "→ start (-1)\n  ← Name (1, classic)  param1 = 1\né\ttext\n"
+    EXPECT_EQ(file.str(), "→ start (-1)\n  ← Name (1, classic)  param1 = 1\né\tÂ\xC2 text\n"
                           "PROBLEM a:1: \\x1B[32m\\x9B\\x0D\\x7Fgood\n");
 }
 

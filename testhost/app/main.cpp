@@ -198,6 +198,9 @@ void KeepFromTranscript(const std::filesystem::path& transcript,
 }
 
 void KeepInputsFromTranscript(const Options& options, const Script& script) {
+    if (options.transcript.empty()) {
+        return;
+    }
     const std::filesystem::path transcript = FromUtf8(options.transcript);
     const std::filesystem::path plugin = FromUtf8(options.plugin);
     const std::filesystem::path scriptFile = FromUtf8(options.script);

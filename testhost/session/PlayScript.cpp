@@ -86,26 +86,43 @@ class TimedOutput : public std::streambuf {
     std::streambuf& target;
     Progress& progress;
 };
+// The screen, and the transcript's file if there is to be one.
+class Outputs {
+  public:
+    Outputs(const TranscriptSettings& itsSettings, std::ostream& out, Progress& progress)
+        : settings(itsSettings),
+          goesOn(progress.resumeFrom > 0),
+          timedFile(*file.rdbuf(), progress),
+          timedScreen(*out.rdbuf(), progress) {}
+
+    /// Throws ScriptError when the file cannot be written.
+    Transcript Open() {
+        Transcript transcript(screen, settings.quiet);
+        transcript.hasColors = settings.hasColors;
+        if (!settings.file.empty()) {
+            file = OpenTranscript(settings.file, goesOn);
+            transcript.file = &whole;
+            transcript.fileBytes =
+                static_cast<unsigned long long>(std::max<long long>(file.tellp(), 0));
+        }
+        return transcript;
+    }
+
+  private:
+    const TranscriptSettings& settings;
+    const bool goesOn; ///< behind what the processes before this one have written
+    std::ofstream file;
+    TimedOutput timedFile;
+    TimedOutput timedScreen;
+    std::ostream whole{&timedFile};
+    std::ostream screen{&timedScreen};
+};
 } // namespace
 
 bool PlayScript(const Script& script, Database database, const PlaySettings& settings,
                 std::ostream& out, Progress& progress) {
-    std::ofstream file;
-    unsigned long long fileBytes = 0; // of a session that is gone on with
-    if (!settings.transcript.file.empty()) {
-        file = OpenTranscript(settings.transcript.file, progress.resumeFrom > 0);
-        fileBytes = static_cast<unsigned long long>(std::max<long long>(file.tellp(), 0));
-    }
-    TimedOutput timedFile(*file.rdbuf(), progress);
-    std::ostream whole(&timedFile);
-    TimedOutput timed(*out.rdbuf(), progress);
-    std::ostream screen(&timed);
-    Transcript transcript(screen, settings.transcript.quiet);
-    transcript.hasColors = settings.transcript.hasColors;
-    if (file.is_open()) {
-        transcript.file = &whole;
-        transcript.fileBytes = fileBytes;
-    }
+    Outputs outputs(settings.transcript, out, progress);
+    Transcript transcript = outputs.Open();
     ToolboxSetStrict(settings.strict ? 1 : 0);
     progress.statements = script.statements.size();
     progress.Enter(Progress::Phase::Loading);

@@ -172,8 +172,9 @@ void Player::Note(const std::string& text) {
 }
 
 void Player::NoteEvent(const std::string& text, std::string_view kind) {
+    const size_t blanks = std::min(text.find_first_not_of(' '), text.size());
     const Likeness likeness{.heading = &heading,
-                            .depth = 1 + static_cast<int>(text.find_first_not_of(' ') / 2),
+                            .depth = 1 + static_cast<int>(blanks / 2),
                             .process = 0,
                             .isCall = false,
                             .text = std::hash<std::string_view>()(kind.empty() ? text : kind)};

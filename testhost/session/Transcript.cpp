@@ -35,9 +35,9 @@ std::string Visible(std::string_view text) {
     visible.reserve(text.size());
     for (size_t place = 0; place < text.size(); ++place) {
         const auto byte = static_cast<unsigned char>(text[place]);
-        // In UTF-8 the second set of control characters is 0xC2 and one of these.
+        // In UTF-8 the second set of control characters is 0xC2 and one of 0x80 to 0x9F.
         const bool isPair = byte == 0xC2 && place + 1 < text.size() &&
-                            static_cast<unsigned char>(text[place + 1]) < 0xA0;
+                            (static_cast<unsigned char>(text[place + 1]) & 0xE0) == 0x80;
         if (!IsControl(byte) && !isPair) {
             visible += text[place];
             continue;
@@ -99,7 +99,8 @@ void Transcript::ToFile(const std::string& text) {
     fileBytes += line.size();
     *file << line;
     if (hadRoom && !HasRoom()) {
-        *file << "… here this transcript has 64 MB: of what follows it has only what failed\n";
+        *file << "… here it has 64 MB: what follows is only failures, problems, echo, show "
+                 "and the account\n";
     }
     *file << std::flush;
 }
