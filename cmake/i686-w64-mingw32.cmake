@@ -27,4 +27,7 @@ foreach(kind EXE SHARED MODULE)
     set(CMAKE_${kind}_LINKER_FLAGS_RELEASE_INIT "-s")
 endforeach()
 
+# find_package(Nimbo) finds what this file is a part of.
+set(Nimbo_DIR ${CMAKE_CURRENT_LIST_DIR})
+
 set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../scripts/run-exe)

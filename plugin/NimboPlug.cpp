@@ -1,5 +1,7 @@
 #include "plugin/NimboPlug.h"
 
+#include "PluginVersion.h"
+
 namespace {
 
 constexpr OSType Creator = 0x4E6D626F; // 'Nmbo'
@@ -8,9 +10,9 @@ PlugInfo plugInfo = {
     .reserved = 0,
     .recordVersion = 1,
     .recordSize = sizeof(PlugInfo),
-    .productName = "Nimbo",
+    .productName = PluginName,
     .creator = Creator,
-    .version = 0x01108000, // 1.1 final
+    .version = PluginVersion,
     .resourceID = 0,
     .resourceFile = 0,
     .spare = 0,

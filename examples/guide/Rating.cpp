@@ -1,5 +1,6 @@
 #include "host/FourD.h"
 #include "platform/Toolbox.h"
+#include "PluginVersion.h"
 #include "shell/FourDPlug.h"
 #include "ui/AreaManager.h"
 #include "ui/Dialog.h"
@@ -100,9 +101,9 @@ PlugInfo plugInfo = {
     .reserved = 0,
     .recordVersion = 1,
     .recordSize = sizeof(PlugInfo),
-    .productName = "Rating",
+    .productName = PluginName,
     .creator = 0x52617465, // 'Rate'
-    .version = 0x01008000, // 1.0 final
+    .version = PluginVersion,
     .resourceID = 0,
     .resourceFile = 0,
     .spare = 0,

@@ -1,5 +1,6 @@
 #include "examples/tour/Tour.h"
 
+#include "PluginVersion.h"
 #include "shell/base/DebugTrace.h"
 
 #include <iterator>
@@ -82,9 +83,9 @@ PlugInfo plugInfo = {
     .reserved = 0,
     .recordVersion = 1,
     .recordSize = sizeof(PlugInfo),
-    .productName = "Tour",
+    .productName = PluginName,
     .creator = Creator,
-    .version = 0x01008000, // 1.0 final
+    .version = PluginVersion,
     .resourceID = 0,
     .resourceFile = 0,
     .spare = 0,
