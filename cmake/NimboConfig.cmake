@@ -16,9 +16,12 @@ endif()
 include(${CMAKE_CURRENT_LIST_DIR}/Plugin.cmake)
 include(${CMAKE_CURRENT_LIST_DIR}/Testhost.cmake)
 
+# The linker sorts imports by the paths of their libraries: from within the build, whose paths are
+# relative, this one gives the same plug-in wherever the package lies.
+file(COPY ${Nimbo_root}/lib/libtoolbox_import.a DESTINATION ${CMAKE_BINARY_DIR}/nimbo)
 add_library(Nimbo::toolbox_import STATIC IMPORTED GLOBAL)
 set_target_properties(
-    Nimbo::toolbox_import PROPERTIES IMPORTED_LOCATION ${Nimbo_root}/lib/libtoolbox_import.a
+    Nimbo::toolbox_import PROPERTIES IMPORTED_LOCATION ${CMAKE_BINARY_DIR}/nimbo/libtoolbox_import.a
                                      INTERFACE_INCLUDE_DIRECTORIES ${Nimbo_root}/include)
 add_library(Nimbo::framework STATIC IMPORTED GLOBAL)
 set_target_properties(
