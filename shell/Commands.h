@@ -104,6 +104,7 @@ class CXResult {
 
     /// @family The host's storage for the result.
     unsigned char* GetStringPtr() const { return static_cast<unsigned char*>(Target()); }
+    TextBlock* GetTextBlockPtr() const { return static_cast<TextBlock*>(Target()); }
     CTextBlock* GetCTextBlockPtr() const { return static_cast<CTextBlock*>(Target()); }
 
   private:

@@ -15,8 +15,7 @@ void FormatValue(CXParam* params, CXResult* result) {
 }
 
 void ValueToText(CXParam* params, CXResult* result) {
-    auto* const text = reinterpret_cast<TextBlock*>(result->GetCTextBlockPtr());
-    Value2Text(params[0].GetVarRecPtr(), text, params[1].GetStringPtr());
+    Value2Text(params[0].GetVarRecPtr(), result->GetTextBlockPtr(), params[1].GetStringPtr());
 }
 
 void ValueToLong(CXParam* params, CXResult* result) {

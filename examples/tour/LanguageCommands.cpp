@@ -115,7 +115,7 @@ void Evaluate(CXParam* params, CXResult* result) {
     OwnedValue value;
     value.block.type = ValueType::Undefined; // whatever comes
     if (FourD::ExecTokenizedFunc(tokens.Get(), &value.block) == ResultCode::NoError) {
-        Value2Text(&value.block, reinterpret_cast<TextBlock*>(result->GetCTextBlockPtr()), nullptr);
+        Value2Text(&value.block, result->GetTextBlockPtr(), nullptr);
     }
 }
 
