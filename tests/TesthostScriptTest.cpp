@@ -457,6 +457,8 @@ TEST(TesthostScriptTest, WhatFailsIsSaidAndPlayGoesOn) {
         {R"(expect file "${scratch}none")", "none: a file, got nothing there"},
         {R"(expect file "${prefs}" "")", R"(a file with "", got a folder)"},
         {R"(expect file "${structure}Demo.4DB" "x")", R"(a file with "x", got a file with "")"},
+        {R"(expect file "${data}" holding "x")", R"(a file holding "x", got a folder)"},
+        {R"(expect file "${structure}Demo.4DB" holding "x")", R"(holding "x", got a file with "")"},
         {R"(expect folder "${structure}Demo.4DB")", "a folder, got a file"},
         {R"(expect no file "${data}")", "nothing there, got a folder"},
         {"stop\nprocess start \"P\"", "not started"},
@@ -648,6 +650,7 @@ TEST(TesthostScriptTest, FilesOfASession) {
         expect param 1 string "${scratch}made.txt"
         expect file "${scratch}made.txt"
         expect file "${scratch}made.txt" "made"
+        expect file "${scratch}made.txt" holding "ad"
         expect no file "${scratch}other.txt"
         expect file "${structure}Demo.4DB" ""
         expect folder "${prefs}"
@@ -658,7 +661,7 @@ TEST(TesthostScriptTest, FilesOfASession) {
         echo "\x24{scratch}, $, $x and ${library}"
     )");
     EXPECT_TRUE(played.good) << played.output;
-    EXPECT_THAT(played.output, HasSubstr("9 expectations held"));
+    EXPECT_THAT(played.output, HasSubstr("10 expectations held"));
     EXPECT_THAT(played.output, HasSubstr("\n${scratch}, $, $x and " +
                                          Shown(toolboxFile.parent_path() / "") + "\n"));
 }

@@ -28,10 +28,23 @@ std::string DescribeFile(const std::filesystem::path& path, size_t most) {
     return "a file with " + Quoted(file->bytes) +
            (file->more > 0 ? " and " + std::to_string(file->more) + " more bytes" : "");
 }
+
+// Text somewhere in a file, of a long one in its first MB.
+Action ExpectHolding(const std::wstring& path, const std::string& text) {
+    return [path, text](Player& player) {
+        const std::optional<FileStart> file = ReadStart(path, mostShown);
+        const bool held = file && file->bytes.find(text) != std::string::npos;
+        player.Expect(held, Shown(path) + ": a file holding " + Quoted(text),
+                      DescribeFile(path, mostInMessage));
+    };
+}
 } // namespace
 
 Action ParseExpectFile(Words& words) {
     std::wstring path = words.TakeWideString("the file's path");
+    if (words.TakeIf("holding")) {
+        return ExpectHolding(path, words.TakeString("what it holds"));
+    }
     std::optional<std::string> contents;
     if (words.IsString()) {
         contents = words.TakeString("its contents");
