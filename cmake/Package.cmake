@@ -21,10 +21,10 @@ write_basic_package_version_file(
     ${CMAKE_CURRENT_BINARY_DIR}/NimboConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/NimboConfigVersion.cmake DESTINATION cmake)
 install(FILES plugin/Plugin.def DESTINATION plugin)
-install(PROGRAMS scripts/run-exe scripts/setup scripts/wine-stop DESTINATION scripts)
+install(PROGRAMS scripts/new-plugin scripts/run-exe scripts/setup scripts/testhost scripts/wine-stop
+        DESTINATION scripts)
 install(FILES scripts/wine-env DESTINATION scripts)
-install(PROGRAMS scripts/new-plugin DESTINATION scripts OPTIONAL)
-install(DIRECTORY scripts/starter DESTINATION scripts USE_SOURCE_PERMISSIONS OPTIONAL)
+install(DIRECTORY scripts/starter DESTINATION scripts PATTERN build EXCLUDE)
 install(DIRECTORY docs DESTINATION .)
 install(DIRECTORY examples/guide DESTINATION examples PATTERN build EXCLUDE)
 install(PROGRAMS $<TARGET_FILE:Nimbo> DESTINATION . COMPONENT plugin EXCLUDE_FROM_ALL)
