@@ -13,7 +13,9 @@ file(MAKE_DIRECTORY ${CMAKE_SYSROOT}/lib/gcc/${triplet})
 file(CREATE_LINK ${gcc_folder} ${CMAKE_SYSROOT}/lib/gcc/${triplet}/${gcc_version} SYMBOLIC)
 file(CREATE_LINK /usr/${triplet} ${CMAKE_SYSROOT}/${triplet} SYMBOLIC)
 
-# Those of that compiler, not llvm's: one linker and one format of libraries for both.
+# Those of that compiler, not llvm's: one linker and one format of libraries for both. That linker
+# tells of duplicate sections of different sizes, the names of types, which the library's compiler
+# fills up to whole words: they are the same.
 foreach(tool AR DLLTOOL NM OBJCOPY OBJDUMP RANLIB STRIP)
     string(TOLOWER ${tool} program)
     set(CMAKE_${tool} ${triplet}-${program})
@@ -22,9 +24,12 @@ set(CMAKE_LINKER ${triplet}-ld)
 
 foreach(language C CXX)
     set(CMAKE_${language}_COMPILER_TARGET ${triplet})
-    # The library keeps what belongs to a thread where the other compiler does.
+    # The library keeps what belongs to a thread in the other compiler's way.
     string(APPEND CMAKE_${language}_FLAGS_INIT " -femulated-tls")
 endforeach()
+# The other compiler defines these for the library's sake.
+string(APPEND CMAKE_CXX_FLAGS_INIT
+       " -D__GXX_TYPEINFO_EQUALITY_INLINE=0 -D__GXX_MERGED_TYPEINFO_NAMES=0")
 set(CMAKE_C_COMPILER clang)
 set(CMAKE_CXX_COMPILER clang++)
 # libgcc asks for it; the linker takes nothing from it that nobody asks for.

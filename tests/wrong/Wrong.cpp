@@ -206,21 +206,24 @@ HOST_CALL void Pack(long selector, void* params) {
     }
 }
 
-// The compiler would put the register back.
-NIMBO_NAKED NIMBO_STDCALL void FourDPack(long, void*, void*, void*) {
-    __asm__("pushl 8(%esp)\n\t"
-            ".cfi_adjust_cfa_offset 4\n\t" // exceptions find their way by this
-            "pushl 8(%esp)\n\t"
-            ".cfi_adjust_cfa_offset 4\n\t"
-            "call _Pack\n\t"
-            "addl $8, %esp\n\t"
-            ".cfi_adjust_cfa_offset -8\n\t"
-            "cmpl $0, _changesRegister\n\t"
-            "je 1f\n\t"
-            "movl $5, %ebx\n"
-            "1:\n\t"
-            "ret $16");
-}
+// FourDPack. The compiler would put the register back.
+__asm__(".text\n"
+        ".globl _FourDPack@16\n"
+        "_FourDPack@16:\n\t"
+        ".cfi_startproc\n\t" // exceptions find their way by this
+        "pushl 8(%esp)\n\t"
+        ".cfi_adjust_cfa_offset 4\n\t"
+        "pushl 8(%esp)\n\t"
+        ".cfi_adjust_cfa_offset 4\n\t"
+        "call _Pack\n\t"
+        "addl $8, %esp\n\t"
+        ".cfi_adjust_cfa_offset -8\n\t"
+        "cmpl $0, _changesRegister\n\t"
+        "je 1f\n\t"
+        "movl $5, %ebx\n"
+        "1:\n\t"
+        "ret $16\n\t"
+        ".cfi_endproc");
 
 HOST_ENTRY BOOL DllMain(HINSTANCE, DWORD reason, LPVOID) {
     if (reason == DLL_PROCESS_ATTACH) {
