@@ -25,7 +25,8 @@ install(PROGRAMS scripts/new-plugin scripts/run-exe scripts/setup scripts/testho
         DESTINATION scripts)
 install(FILES scripts/wine-env DESTINATION scripts)
 install(DIRECTORY scripts/starter DESTINATION scripts PATTERN build EXCLUDE)
-install(DIRECTORY docs DESTINATION .)
+install(FILES README.md CHANGELOG.md DESTINATION .)
+install(DIRECTORY docs DESTINATION . PATTERN reference EXCLUDE)
 install(DIRECTORY examples/guide DESTINATION examples PATTERN build EXCLUDE)
 install(PROGRAMS $<TARGET_FILE:Nimbo> DESTINATION . COMPONENT plugin EXCLUDE_FROM_ALL)
 
