@@ -3,7 +3,7 @@
 # character; what would break a line becomes a space.
 function(nimbo_add_version_information target)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "VERSION;PRODUCT;DESCRIPTION;COMPANY;COPYRIGHT" "")
-    if(NOT arg_DESCRIPTION)
+    if("${arg_DESCRIPTION}" STREQUAL "")
         set(arg_DESCRIPTION "${arg_PRODUCT}")
     endif()
     get_target_property(type ${target} TYPE)
