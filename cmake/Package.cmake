@@ -25,9 +25,10 @@ install(PROGRAMS scripts/new-plugin scripts/run-exe scripts/setup scripts/testho
         DESTINATION scripts)
 install(FILES scripts/wine-env DESTINATION scripts)
 install(DIRECTORY scripts/starter DESTINATION scripts PATTERN build EXCLUDE)
-install(FILES README.md CHANGELOG.md DESTINATION .)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION .)
+install(FILES fuzz/README.md DESTINATION fuzz)
 install(DIRECTORY docs DESTINATION . PATTERN reference EXCLUDE)
-install(DIRECTORY examples/guide DESTINATION examples PATTERN build EXCLUDE)
+install(DIRECTORY examples DESTINATION . PATTERN build EXCLUDE)
 install(PROGRAMS $<TARGET_FILE:Nimbo> DESTINATION . COMPONENT plugin EXCLUDE_FROM_ALL)
 
 set(CPACK_GENERATOR ZIP)
