@@ -17,7 +17,7 @@ void ChainByHand::Handle(long command, CXParam* params, CXResult* result) {
     }
 }
 
-void __attribute__((__stdcall__)) CallByHand(long selector, void* params, void*, void* result) {
+void NIMBO_STDCALL CallByHand(long selector, void* params, void*, void* result) {
     switch (selector) {
     case -1:
     case -2:

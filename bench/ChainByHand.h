@@ -19,4 +19,4 @@ class ChainByHand {
 
 extern ChainByHand* gChainByHand;
 
-void __attribute__((__stdcall__)) CallByHand(long selector, void* params, void* data, void* result);
+void NIMBO_STDCALL CallByHand(long selector, void* params, void* data, void* result);

@@ -48,7 +48,7 @@ class BenchChain : public ChainByHand {
 
 BenchChain benchChain;
 
-using Entry = void(__attribute__((__stdcall__)) *)(long, void*, void*, void*);
+using Entry = void(NIMBO_STDCALL*)(long, void*, void*, void*);
 
 void CallCommand(benchmark::State& state, Entry entry) {
     CXResult result;

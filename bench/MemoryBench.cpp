@@ -50,8 +50,7 @@ class LongsToVector {
     bool Run() const {
         std::vector<long> numbers;
         for (long number = 0; number < count; ++number) {
-            numbers.push_back(
-                static_cast<long>(__builtin_bswap32(static_cast<std::uint32_t>(number))));
+            numbers.push_back(static_cast<long>(SwapBytes(static_cast<std::uint32_t>(number))));
             benchmark::DoNotOptimize(numbers.data());
         }
         return numbers.size() == static_cast<std::size_t>(count);
@@ -117,7 +116,7 @@ class LongsByLoop : public StoredLongs {
             }
             std::memcpy(&stored, *bytes + position, sizeof stored);
             position += static_cast<long>(sizeof stored);
-            long number = static_cast<long>(__builtin_bswap32(stored));
+            long number = static_cast<long>(SwapBytes(stored));
             benchmark::DoNotOptimize(number);
             sum += static_cast<unsigned long>(number);
         }

@@ -116,7 +116,7 @@ void Client::RequireRequests(short kind, const std::string& parameters) const {
             Require(request.id == 0 && request.kind == ServerMessage::NextCallID,
                     "the identifier is asked for in another way");
             std::memcpy(&id, request.bytes.data(), std::min(request.bytes.size(), sizeof id));
-            id = __builtin_bswap32(id);
+            id = SwapBytes(id);
             continue;
         }
         Require((request.id | functionBit) == (id | functionBit) && request.kind == kind,

@@ -120,13 +120,13 @@ class HostileHost {
     }
 
   private:
-    static long __attribute__((__cdecl__)) Classic(long selector, ParameterBlock* block) {
+    static long NIMBO_CDECL Classic(long selector, ParameterBlock* block) {
         const SelectorPair* service = FindSelector(selector, false);
         Require(service != nullptr, "no service has this number");
         Call call{service->name, *block, nullptr, block->valueText};
         return current->Answer(call);
     }
-    static long __attribute__((__cdecl__)) Engine(long selector, FDEngineBlock* block) {
+    static long NIMBO_CDECL Engine(long selector, FDEngineBlock* block) {
         const SelectorPair* service = FindSelector(selector, true);
         Require(service != nullptr, "no service has this number");
         Require(current->version >= 0x1100, "a host of this version has no engine calls");

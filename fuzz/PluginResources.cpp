@@ -39,7 +39,7 @@ std::string AnyList(Input& input, unsigned most, const std::string& header,
 }
 
 short Swapped(short word) {
-    return static_cast<short>(__builtin_bswap16(static_cast<unsigned short>(word)));
+    return static_cast<short>(SwapBytes(static_cast<unsigned short>(word)));
 }
 
 template <typename Style>
@@ -201,12 +201,12 @@ struct Atom {
 unsigned long LongAt(const std::string& bytes, std::size_t at) {
     unsigned long value = 0;
     Read(bytes, at, &value);
-    return __builtin_bswap32(value);
+    return SwapBytes(value);
 }
 
 std::string Number(unsigned long value) {
     std::string bytes;
-    Append(bytes, __builtin_bswap32(value));
+    Append(bytes, SwapBytes(value));
     return bytes;
 }
 

@@ -185,7 +185,7 @@ void Server::ReadCallID() {
     Require(answer != nullptr && block.dataSize == 4, "there is no identifier");
     unsigned long id = 0;
     std::memcpy(&id, answer, sizeof id);
-    Require(__builtin_bswap32(id) == static_cast<unsigned long>(next), "not the next identifier");
+    Require(SwapBytes(id) == static_cast<unsigned long>(next), "not the next identifier");
     Require(handedOut.emplace(answer, id).second, "two identifiers in one place");
 }
 

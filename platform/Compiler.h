@@ -9,7 +9,8 @@
 // - the functions at its end.
 // Packed records are told by `#pragma pack`, which all understand. Assembler stands here, in
 // testhost/model/PluginEntry.cpp and testhost/toolbox/Guards.cpp.in, which are written in it, and
-// in examples/broken/Processor.h. scripts/check-compiler holds the sources to this.
+// in examples/broken/Processor.h; what the compiler makes of functions' names is read back in
+// testhost/plugins/PortableExecutable.cpp. scripts/check-compiler holds the sources to this.
 
 #include <concepts>
 #include <cstdint>
@@ -23,9 +24,9 @@
 /// The called function removes the arguments.
 #define NIMBO_STDCALL __attribute__((__stdcall__))
 
-/// The host and the toolbox keep the stack aligned to 4 bytes only, while these compilers' code
-/// expects 16. Every function that the host calls realigns it on entry, so that nothing further
-/// in has to think about it.
+/// The host and the toolbox keep the stack aligned to 4 bytes only, while GCC's code expects 16.
+/// Every function that the host calls realigns it on entry, so that nothing further in has to think
+/// about it. Clang's code expects 4, and realigns the stack where it needs more.
 #define NIMBO_REALIGN __attribute__((force_align_arg_pointer))
 
 /// Function called by the host through a pointer we hand it (cdecl), and the host's own
@@ -79,7 +80,8 @@ constexpr Number SwapBytes(Number number) {
     }
 }
 
-/// @family Whether the processor has these instructions, and the system saves the registers they need.
+/// @family Whether the processor has these instructions, and the system saves the registers they
+/// need.
 inline bool ProcessorHasSsse3() {
     __builtin_cpu_init();
     return __builtin_cpu_supports("ssse3");
