@@ -68,8 +68,8 @@ class CArray {
     long GetElementSize() const { return _GetElementSize(fValue.type, fValue.array.elements); }
     /// Number of elements, without element 0; 0 for no array.
     long GetArraySize() const { return IsArray() ? fValue.array.count : 0; }
-    /// Makes room for `size` elements. New ones are empty; what removed ones own is released, but
-    /// for a row that claims another type than row 0: only its storage is. The current index
+    /// Makes `size` the number of elements. New ones are empty; what removed ones own is released,
+    /// but for a row that claims another type than row 0: only its storage is. The current index
     /// becomes 0 when it lies beyond the end. -50 for a negative size, or the platform's memory
     /// error, and then the count is as it was.
     long SetArraySize(long size) { return _SetArraySize(fValue.array, fValue.type, size); }
@@ -80,7 +80,7 @@ class CArray {
     /// Address of element `index` in the storage, valid until memory moves; null outside the array.
     void* ComputeAddress(long index) const;
 
-    /// @family Reads an element into `value`.
+    /// @family Reads element `index` into `value`; an `unsigned char` is a Boolean.
     void At(long index, short& value) const { Read(value, index); }
     void At(long index, long& value) const { Read(value, index); }
     void At(long index, double& value) const { Read(value, index); }
@@ -140,8 +140,8 @@ class CArray {
     void UnlockRow(long row) { SetLocked(RowStorage(row), false); }
     bool IsRowLocked(long row) const { return IsThereAndLocked(RowStorage(row)); }
     long GetRowSize(long row) const;
-    /// Makes room for `size` elements in a row. Results as with SetArraySize; 0, and no change,
-    /// where there is no such row, or rows of rows.
+    /// Makes `size` the number of elements in a `row`. Results as with SetArraySize; 0, and no
+    /// change, where there is no such row, or rows of rows.
     long SetRowSize(long row, long size);
 
     /// @family Reads an element of a row into `value`, `text` or `string`, as At does.

@@ -59,9 +59,9 @@ class FourDDialog {
     /// @family Shows a `page`; answers which one is shown.
     static void GotoPage(FourDDialog* dialog, long page);
     static long CurrentPage(FourDDialog* dialog);
-    /// @family Name of the last object, `name`, 256 bytes; goes to a variable. Classic on every
-    /// host.
+    /// The `name` of the last object, 256 bytes. Classic on every host.
     static void GetLastObject(FourDDialog* dialog, char* name);
+    /// Goes to the variable `name`. Classic on every host.
     static void GotoVariable(FourDDialog* dialog, const char* name);
 
     // --- Variables --------------------------------------------------------------------------
