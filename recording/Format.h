@@ -29,14 +29,14 @@ enum class Chunk : std::uint8_t {
 
 /// Which function is called.
 enum class Way : std::uint8_t {
-    Classic = 0,         ///< of the host: the classic call-back
-    Engine = 1,          ///< the engine call-back
-    Pack = 2,            ///< of the plug-in: FourDPack
-    PackEx = 3,          ///< FourDPackex
-    Process = 4,         ///< the function of a process that the plug-in started
-    MainThread = 5,      ///< the function of ExecuteOnMainThread
-    DialogFilter = 6,    ///< a dialog's filter
-    AreaHandler = 7,     ///< the handler of an area in a dialog
+    Classic = 0,      ///< of the host: the classic call-back
+    Engine = 1,       ///< the engine call-back
+    Pack = 2,         ///< of the plug-in: FourDPack
+    PackEx = 3,       ///< FourDPackex
+    Process = 4,      ///< the function of a process that the plug-in started
+    MainThread = 5,   ///< the function of ExecuteOnMainThread
+    DialogFilter = 6, ///< a dialog's filter
+    AreaHandler = 7,  ///< the handler of an area in a dialog
 };
 
 /// What an address leads to.
@@ -58,18 +58,19 @@ enum class Form : std::uint8_t {
     Event = 4,        ///< EventRecord
     AreaEvent = 5,    ///< the same, its message as areas have it
     Rect = 6,
-    Value = 7,        ///< ValueBlock
-    AreaInit = 8,     ///< AreaInitBlock
-    Init = 9,         ///< PackInitBlock
-    Request = 10,     ///< ReadWriteBlock
-    TextEdit = 11,    ///< TERec
-    Window = 12,      ///< GrafPort
-    Elements = 13,    ///< of an array; `detail`: the array's type code
-    Parameters = 14,  ///< the array of a command's parameters
-    Parameter = 15,   ///< a parameter's storage; `detail`: its ValueKind
-    Result = 16,      ///< a command's result cell; `detail`: the ValueKind
-    Word = 17,        ///< 4 bytes that are themselves an address or a token
-    Target = 18,      ///< what a pointer leads to; `detail`: the ValueKind
+    Value = 7,       ///< ValueBlock
+    AreaInit = 8,    ///< AreaInitBlock
+    Init = 9,        ///< PackInitBlock
+    Request = 10,    ///< ReadWriteBlock
+    TextEdit = 11,   ///< TERec
+    Window = 12,     ///< GrafPort
+    Elements = 13,   ///< of an array; `detail`: the array's type code
+    Parameters = 14, ///< the array of a command's parameters
+    Parameter = 15,  ///< a parameter's storage; `detail`: its ValueKind
+    Result = 16,     ///< a command's result cell; `detail`: the ValueKind
+    Word = 17,       ///< 4 bytes that are themselves an address or a token
+    Target = 18,     ///< what a pointer leads to; `detail`: the ValueKind
+    CString = 19,    ///< zero-terminated
 };
 
 #pragma pack(push, 1)
@@ -101,24 +102,25 @@ struct CrossingHead {
     std::uint32_t rootSize;  ///< bytes
 };
 
-/// What an address in the root, or in another item, leads to.
+/// What an address in the root, or in another item, leads to. A word that leads to bytes and is
+/// known by itself, too, has two items.
 struct ItemHead {
     std::uint16_t parent; ///< 0: the root; n: the n-th item of the crossing, from 1
     Target target;
     Form form;
-    std::uint32_t offset;  ///< of the address in the parent
+    std::uint32_t offset; ///< of the address in the parent
     std::uint32_t address;
-    std::uint32_t size;    ///< bytes that are there
-    std::uint32_t stored;  ///< how many of them follow
-    std::uint8_t detail;   ///< see Form
-    std::uint8_t isSlot;   ///< 1: they are yet to be filled, and mean nothing so far
+    std::uint32_t size;   ///< bytes that are there
+    std::uint32_t stored; ///< how many of them follow
+    std::uint8_t detail;  ///< see Form
+    std::uint8_t isSlot;  ///< 1: they are yet to be filled, and mean nothing so far
 };
 
 #pragma pack(pop)
 
 static_assert(sizeof(ChunkHead) == 8 && sizeof(CommandHead) == 8);
-static_assert(sizeof(CrossingHead) == 44 && offsetof(CrossingHead, microseconds) == 8 &&
-              offsetof(CrossingHead, thread) == 16 && offsetof(CrossingHead, rootSize) == 40);
+static_assert(sizeof(CrossingHead) == 40 && offsetof(CrossingHead, microseconds) == 8 &&
+              offsetof(CrossingHead, thread) == 16 && offsetof(CrossingHead, rootSize) == 36);
 static_assert(sizeof(ItemHead) == 22 && offsetof(ItemHead, offset) == 4 &&
               offsetof(ItemHead, detail) == 20);
 

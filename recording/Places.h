@@ -20,11 +20,12 @@ struct Surroundings {
 
 /// An address that stands somewhere.
 struct Place {
-    unsigned parent = 0; ///< item that it stands in, as whoever visits numbers them; 0: the root
+    unsigned parent = 0;    ///< item that it stands in, as whoever visits numbers them; 0: the root
     std::size_t offset = 0; ///< of the address in it
     Target target = Target::Memory;
     Form form = Form::Bytes;
-    std::size_t size = 0; ///< bytes of memory; 0 where the visitor has to find out
+    std::size_t size = 0; ///< bytes of memory; 0 where the visitor has to find out: of a handle, a
+                          ///< text (see TextSize), and none at all of Form::None
     std::uint8_t detail = 0;
     bool isSlot = false; ///< what is there is yet to be filled
 };
@@ -65,7 +66,11 @@ void VisitPlaces(const Crossing& crossing, const Surroundings& surroundings, Vis
 void Learn(const Crossing& crossing, std::span<const unsigned char> init,
            Surroundings& surroundings);
 
-/// Zeroes what does not count of bytes that were read in this form: what stands behind a string's
-/// end, behind what a value's type needs.
-void BlankUnused(Form form, std::span<unsigned char> bytes);
+/// How many of the bytes that can be read belong to a text of this form, with what ends it; all of
+/// them for other forms.
+std::size_t TextSize(Form form, std::span<const unsigned char> readable);
+
+/// Zeroes what does not count of bytes in this form: what stands behind a string's end, behind what
+/// a value's type needs.
+void BlankUnused(Form form, std::uint8_t detail, std::span<unsigned char> bytes);
 } // namespace Recording

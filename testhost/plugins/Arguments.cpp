@@ -12,11 +12,6 @@ namespace {
 constexpr unsigned char guardByte = 0xC7;
 constexpr unsigned char voidByte = 0xDD;
 constexpr unsigned long untouchedCell = 0x454E4F4E; // in a cell that is to hold no result
-
-bool ResultNeedsStorage(ValueKind kind) {
-    return kind == ValueKind::Extended || kind == ValueKind::Date || kind == ValueKind::String ||
-           kind == ValueKind::Text;
-}
 } // namespace
 
 LentBytes::LentBytes(size_t itsSize) : size(itsSize), bytes(size + 2 * guardSize, guardByte) {
@@ -90,33 +85,6 @@ Arguments::Arguments(const std::vector<TypedValue>& values, bool compiled) {
     }
 }
 
-bool Arguments::Accepts(ValueKind kind) {
-    switch (kind) {
-    case ValueKind::None:
-    case ValueKind::Time:
-    case ValueKind::Blob:
-    case ValueKind::Undefined:
-    case ValueKind::UnicodeText:
-    case ValueKind::UnicodeTextArray:
-        return false;
-    default:
-        return true;
-    }
-}
-
-bool ResultCell::Accepts(ValueKind kind) {
-    switch (kind) {
-    case ValueKind::None:
-    case ValueKind::Short:
-    case ValueKind::Long:
-    case ValueKind::Boolean:
-    case ValueKind::Picture:
-        return true;
-    default:
-        return ResultNeedsStorage(kind);
-    }
-}
-
 ResultCell::ResultCell(ValueKind resultKind)
     : kind(resultKind), bytes(std::make_shared<LentBytes>(sizeof(unsigned long))) {
     if (!Accepts(kind)) {
@@ -124,7 +92,7 @@ ResultCell::ResultCell(ValueKind resultKind)
                                     std::string(KindName(kind)));
     }
     *Cell() = kind == ValueKind::None ? untouchedCell : 0;
-    if (ResultNeedsStorage(kind)) {
+    if (NeedsStorage(kind)) {
         storage = std::make_unique<TypedStorage>(EmptyValue(kind), false);
         storageAddress = reinterpret_cast<unsigned long>(storage->Address());
         *Cell() = storageAddress;

@@ -109,6 +109,8 @@ class ResultCell {
 
     /// Whether a command can have a result of this kind.
     static bool Accepts(ValueKind kind);
+    /// Whether its cell holds an address of storage instead of the result itself.
+    static bool NeedsStorage(ValueKind kind);
 
     unsigned long* Cell() { return reinterpret_cast<unsigned long*>(bytes->Begin()); }
     /// For keeping them longer than this: the cell, and its storage when it has one.

@@ -19,8 +19,9 @@ struct CrossingContents {
     std::vector<unsigned char> root;
     std::vector<RecordedItem> items; ///< a parent stands before what it leads to
 
-    /// The item whose address stands there (parent 0: the root); null when there is none.
-    const RecordedItem* Find(unsigned parent, size_t offset) const;
+    /// The item whose address stands there (parent 0: the root) and leads to this; null when there
+    /// is none.
+    const RecordedItem* Find(unsigned parent, size_t offset, Recording::Target target) const;
 };
 
 /// Copies out of this process what a crossing hands over. What cannot be read is not in it.

@@ -31,7 +31,7 @@ struct RecordedEvent {
 /// A command as the plug-in described it when it was recorded.
 struct RecordedCommand {
     long number = 0;
-    std::string name;      ///< ANSI, as the usage
+    std::string name; ///< ANSI, as the usage
     std::string usageText;
     std::optional<Usage> usage; ///< nothing: none, or a wrong one
 };
@@ -40,10 +40,10 @@ struct RecordedCommand {
 struct RecordingFile {
     std::map<std::string, std::string> head; ///< the text's lines "Name: value"
     std::map<long, RecordedCommand> commands;
-    std::vector<RecordedEvent> events; ///< in the order in which they happened
+    std::vector<RecordedEvent> events;                 ///< in the order in which they happened
     std::vector<std::pair<size_t, std::string>> notes; ///< before which event, and the text
-    bool hasEnd = false;           ///< the recorder wrote its last chunk
-    std::string complaint;         ///< what is wrong with what follows the last whole event; or empty
+    bool hasEnd = false;                               ///< the recorder wrote its last chunk
+    std::string complaint; ///< what is wrong with what follows the last whole event; or empty
 
     const Usage* UsageOf(const RecordedEvent& event) const;
     /// The crossing of an event, as VisitPlaces wants it; for an end with what was sent.

@@ -192,36 +192,6 @@ TypedValue FetchDate(const DateBlock& date) {
     return DateValue(date.year, date.month, date.day);
 }
 
-size_t ScalarSize(ValueKind kind) {
-    switch (kind) {
-    case ValueKind::Short:
-        return sizeof(short);
-    case ValueKind::Long:
-        return sizeof(long);
-    case ValueKind::Boolean:
-        return 1;
-    case ValueKind::Real:
-        return sizeof(double);
-    case ValueKind::Extended:
-        return sizeof(REAL_U);
-    case ValueKind::String:
-        return sizeof(Str255);
-    case ValueKind::Text:
-        return sizeof(TextBlock);
-    case ValueKind::Date:
-        return sizeof(DateBlock);
-    case ValueKind::Rect:
-        return sizeof(Rect);
-    case ValueKind::Event:
-        return sizeof(EventRecord);
-    case ValueKind::Picture:
-    case ValueKind::HandleBytes:
-        return sizeof(Handle);
-    default:
-        return 0;
-    }
-}
-
 void StoreScalar(const TypedValue& value, unsigned char* target) {
     switch (value.kind) {
     case ValueKind::Short:
