@@ -53,6 +53,5 @@ struct Difference {
 /// what addresses lead to, and whether words that mean something to one side only are those that
 /// stand for each other; new ones are learnt.
 std::vector<Difference> FindDifferences(const Recording::Crossing& crossing,
-                                        const Recording::Surroundings& surroundings,
                                         const CrossingContents& recorded,
                                         const CrossingContents& here, AddressBook& book);

@@ -33,5 +33,9 @@ class Stock {
 
   private:
     class Builder;
-    std::map<std::uint32_t, std::vector<unsigned char>> blocks; ///< by the recording's address
+    std::span<unsigned char> Block(std::uint32_t recorded, Recording::Form form, size_t size);
+
+    /// By the recording's address and the form: what stood on a stack gives way to other things.
+    std::map<std::pair<std::uint32_t, std::uint8_t>, std::vector<unsigned char>> blocks;
+    std::vector<std::vector<unsigned char>> outgrown;
 };

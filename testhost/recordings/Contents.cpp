@@ -1,0 +1,464 @@
+#include "testhost/recordings/Contents.h"
+
+#include "host/boundary/Calls.h"
+#include "testhost/crossings/Log.h"
+#include "testhost/crossings/RecordFields.h"
+#include "testhost/toolbox/Control.h"
+#include "testhost/values/ReadableBytes.h"
+#include "testhost/values/Scalars.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+namespace {
+using namespace Recording;
+
+constexpr size_t wordSize = sizeof(std::uint32_t);
+constexpr size_t mostText = 64 * 1024; // bytes of a text whose end is looked for
+
+std::uint32_t LoadWord(const std::vector<unsigned char>& bytes, size_t offset) {
+    std::uint32_t word = 0;
+    std::memcpy(&word, &bytes[offset], sizeof word);
+    return word;
+}
+
+bool HasBytes(Target target) {
+    return target == Target::Memory || target == Target::Handle || target == Target::HostHandle;
+}
+
+// Copies what it is shown.
+class Taker final : public Visitor {
+  public:
+    explicit Taker(CrossingContents& itsContents) : contents(itsContents) {}
+
+    Found Visit(const Place& place, std::uint32_t address) override {
+        if (contents.items.size() >= MostItems) {
+            return {};
+        }
+        RecordedItem item;
+        item.head = {.parent = static_cast<std::uint16_t>(place.parent),
+                     .target = place.target,
+                     .form = place.form,
+                     .offset = static_cast<std::uint32_t>(place.offset),
+                     .address = address,
+                     .size = 0,
+                     .stored = 0,
+                     .detail = place.detail,
+                     .isSlot = static_cast<std::uint8_t>(place.isSlot ? 1 : 0)};
+        item.bytes = Bytes(place, address);
+        item.head.size = item.head.stored = static_cast<std::uint32_t>(item.bytes.size());
+        contents.items.push_back(std::move(item));
+        return {static_cast<unsigned>(contents.items.size()), contents.items.back().bytes};
+    }
+
+  private:
+    static std::vector<unsigned char> Bytes(const Place& place, std::uint32_t address) {
+        if (!HasBytes(place.target) || place.form == Form::None) {
+            return {};
+        }
+        if (place.target != Target::Memory) {
+            const std::string bytes = LiveContents(reinterpret_cast<Handle>(address));
+            return {bytes.begin(), bytes.end()};
+        }
+        const auto* memory = reinterpret_cast<const unsigned char*>(address);
+        if (place.size == 0 && place.isSlot) {
+            return {};
+        }
+        const size_t readable = ReadableBytes(memory, place.size != 0 ? place.size : mostText);
+        return {memory,
+                memory + TextSize(place.size != 0 ? Form::Bytes : place.form, {memory, readable})};
+    }
+
+    CrossingContents& contents;
+};
+
+// A byte as a person reads it.
+std::string Hexadecimal(unsigned char byte) {
+    char text[8];
+    std::snprintf(text, sizeof text, "%02x", byte);
+    return text;
+}
+
+std::string Shortened(std::string_view text) {
+    constexpr size_t longest = 60;
+    const bool isLong = text.size() > longest;
+    return Quoted(text.substr(0, longest)) + (isLong ? "..." : "");
+}
+
+std::string AsText(const std::vector<unsigned char>& bytes, size_t from) {
+    from = std::min(from, bytes.size());
+    return Shortened({reinterpret_cast<const char*>(bytes.data()) + from, bytes.size() - from});
+}
+
+std::string Units(const std::vector<unsigned char>& bytes) {
+    std::vector<unsigned short> units(bytes.size() / 2);
+    std::memcpy(units.data(), bytes.data(), units.size() * 2);
+    return Shortened(AnsiText(units));
+}
+
+bool IsPrintable(const std::vector<unsigned char>& bytes) {
+    return std::ranges::all_of(
+        bytes, [](unsigned char byte) { return byte >= ' ' || byte == '\r' || byte == '\t'; });
+}
+
+// What an item holds; of what is no text the bytes from the first that differs on.
+std::string ItemText(const RecordedItem& item, size_t differs) {
+    const auto kind = static_cast<ValueKind>(item.head.detail);
+    const bool isStorage = item.head.form == Form::Parameter || item.head.form == Form::Target;
+    if (isStorage && kind != ValueKind::Text && kind != ValueKind::Picture &&
+        kind != ValueKind::HandleBytes && item.bytes.size() == ScalarSize(kind)) {
+        return Describe(FetchScalar(kind, item.bytes.data()));
+    }
+    switch (item.head.form) {
+    case Form::PascalString:
+        return AsText(item.bytes, 1);
+    case Form::CString:
+        return AsText(item.bytes, 0);
+    case Form::Units:
+        return Units(item.bytes);
+    case Form::Event:
+    case Form::AreaEvent:
+        return item.bytes.size() == sizeof(EventRecord)
+                   ? Describe(FetchScalar(ValueKind::Event, item.bytes.data()))
+                   : "no event";
+    case Form::Rect:
+        return item.bytes.size() == sizeof(Rect)
+                   ? Describe(FetchScalar(ValueKind::Rect, item.bytes.data()))
+                   : "no rectangle";
+    default:
+        break;
+    }
+    if (IsPrintable(item.bytes)) {
+        return AsText(item.bytes, 0);
+    }
+    constexpr size_t mostBytes = 8;
+    std::string text = std::to_string(item.bytes.size()) + " bytes";
+    for (size_t place = differs; place < std::min(differs + mostBytes, item.bytes.size());
+         ++place) {
+        text += (place == differs ? ", from byte " + std::to_string(differs) + " on " : " ") +
+                Hexadecimal(item.bytes[place]);
+    }
+    return text;
+}
+
+// Compares the two contents of a crossing.
+class Comparison {
+  public:
+    Comparison(const Crossing& itsCrossing, const CrossingContents& itsRecorded,
+               const CrossingContents& whatIsHere, AddressBook& itsBook)
+        : crossing(itsCrossing), recorded(itsRecorded), here(whatIsHere), book(itsBook) {}
+
+    std::vector<Difference> Run() {
+        // A parent stands before what it leads to: so its partner is known.
+        partners.assign(recorded.items.size() + 1, noPartner);
+        partners[0] = 0;
+        for (size_t number = 1; number <= recorded.items.size(); ++number) {
+            FindPartner(number);
+        }
+        CompareRoots();
+        for (size_t number = 1; number <= recorded.items.size(); ++number) {
+            if (partners[number] != noPartner) {
+                CompareItems(number);
+            }
+        }
+        for (const RecordedItem& item : here.items) {
+            TellWithoutPartner(item);
+        }
+        return std::move(differences);
+    }
+
+  private:
+    static constexpr size_t noPartner = SIZE_MAX;
+
+    bool IsCall() const { return crossing.way == Way::Classic || crossing.way == Way::Engine; }
+    bool IsEngine() const { return crossing.way == Way::Engine; }
+
+    static const std::vector<unsigned char>& BytesOf(const CrossingContents& contents,
+                                                     size_t number) {
+        return number == 0 ? contents.root : contents.items[number - 1].bytes;
+    }
+
+    void FindPartner(size_t number) {
+        const ItemHead& head = recorded.items[number - 1].head;
+        const size_t parent = partners[head.parent];
+        if (parent == noPartner) {
+            return;
+        }
+        const RecordedItem* partner =
+            here.Find(static_cast<unsigned>(parent), head.offset, head.target);
+        if (partner != nullptr) {
+            partners[number] = static_cast<size_t>(partner - here.items.data()) + 1;
+            return;
+        }
+        const std::vector<unsigned char>& bytes = BytesOf(here, parent);
+        const bool isNull =
+            head.offset + wordSize > bytes.size() || LoadWord(bytes, head.offset) == 0;
+        if (isNull && (head.target != Target::Thing || !HasBytesBeside(head))) {
+            Tell(NameOf(recorded, number), "not null", "null");
+        }
+    }
+
+    // Whether the same word leads to bytes, whose absence is told already.
+    bool HasBytesBeside(const ItemHead& head) const {
+        return recorded.Find(head.parent, head.offset, Target::Memory) != nullptr;
+    }
+
+    // What leads somewhere here, and is null in the recording.
+    void TellWithoutPartner(const RecordedItem& item) {
+        if (item.head.parent != 0 || item.head.offset + wordSize > recorded.root.size() ||
+            LoadWord(recorded.root, item.head.offset) != 0 ||
+            (item.head.target == Target::Thing &&
+             here.Find(0, item.head.offset, Target::Memory) != nullptr)) {
+            return;
+        }
+        Tell(NameOf(here, static_cast<size_t>(&item - here.items.data()) + 1), "null", "not null");
+    }
+
+    // --- Names
+    // -------------------------------------------------------------------------------------
+
+    // The field of a call's record, or the argument of an entry, at this offset of the root.
+    std::string RootName(size_t offset) const {
+        if (IsCall()) {
+            for (const RecordFieldInfo& field : RecordFields()) {
+                const size_t start = field.Offset(IsEngine());
+                if (offset >= start && offset < start + field.Size(IsEngine())) {
+                    return std::string(field.name);
+                }
+            }
+            return "offset " + std::to_string(offset);
+        }
+        constexpr const char* packWords[] = {"the selector", "the parameters", "the data",
+                                             "the result"};
+        constexpr const char* areaWords[] = {"the area's place", "the name", "the rectangle",
+                                             "the event"};
+        constexpr const char* filterWords[] = {"the dialog", "the event", "the name", "enabled",
+                                               "editable"};
+        const size_t word = offset / wordSize;
+        if (crossing.way == Way::DialogFilter) {
+            return word < std::size(filterWords) ? filterWords[word] : "an argument";
+        }
+        if (crossing.way == Way::MainThread) {
+            return "the argument";
+        }
+        const auto& words = crossing.way == Way::AreaHandler ? areaWords : packWords;
+        return word < std::size(words) ? words[word] : "an argument";
+    }
+
+    std::string NameOf(const CrossingContents& contents, size_t number) const {
+        const ItemHead& head = contents.items[number - 1].head;
+        if (head.parent == 0) {
+            const std::string name = RootName(head.offset);
+            return HasBytes(head.target) && IsCall() ? "what " + name + " leads to" : name;
+        }
+        const ItemHead& parent = contents.items[head.parent - 1u].head;
+        if (parent.form == Form::Parameters) {
+            return "parameter " + std::to_string(head.offset / wordSize + 1);
+        }
+        const std::string name = NameOf(contents, head.parent);
+        if (parent.form == Form::Elements) {
+            return "an element (at byte " + std::to_string(head.offset) + ") of " + name;
+        }
+        return parent.form == Form::Result || parent.form == Form::Word ? name
+                                                                        : "what " + name + " holds";
+    }
+
+    void Tell(std::string field, std::string inRecording, std::string inHere) {
+        differences.push_back({std::move(field), std::move(inRecording), std::move(inHere)});
+    }
+
+    // --- Bytes
+    // -------------------------------------------------------------------------------------
+
+    // Copies in which all that is an address, or a word, is 0: it is compared by itself.
+    static std::vector<unsigned char> WithoutWords(const CrossingContents& contents,
+                                                   const CrossingContents& other, size_t number,
+                                                   size_t otherNumber) {
+        std::vector<unsigned char> bytes = BytesOf(contents, number);
+        const auto blank = [&](const CrossingContents& from, size_t parent) {
+            for (const RecordedItem& item : from.items) {
+                if (item.head.parent == parent && item.head.offset + wordSize <= bytes.size()) {
+                    std::memset(&bytes[item.head.offset], 0, wordSize);
+                }
+            }
+        };
+        blank(contents, number);
+        blank(other, otherNumber);
+        return bytes;
+    }
+
+    void CompareRoots() {
+        std::vector<unsigned char> one = WithoutWords(recorded, here, 0, 0);
+        std::vector<unsigned char> other = WithoutWords(here, recorded, 0, 0);
+        if (one.size() != other.size()) {
+            return Tell("the record", std::to_string(one.size()) + " bytes",
+                        std::to_string(other.size()) + " bytes");
+        }
+        if (IsCall()) {
+            return CompareFields(one, other);
+        }
+        for (size_t offset = 0; offset + wordSize <= one.size(); offset += wordSize) {
+            if (LoadWord(one, offset) != LoadWord(other, offset)) {
+                Tell(RootName(offset), std::to_string(static_cast<int>(LoadWord(one, offset))),
+                     std::to_string(static_cast<int>(LoadWord(other, offset))));
+            }
+        }
+    }
+
+    void CompareFields(std::vector<unsigned char>& one, std::vector<unsigned char>& other) {
+        LoggedCall call;
+        call.kind = IsEngine() ? LoggedCall::Kind::Engine : LoggedCall::Kind::Classic;
+        const SelectorPair* selector = FindSelector(crossing.selector, IsEngine());
+        call.name = selector != nullptr ? selector->name : "unknown selector";
+        std::vector<bool> known(one.size());
+        for (const RecordFieldInfo& field : RecordFields()) {
+            const size_t offset = field.Offset(IsEngine());
+            const size_t size = field.Size(IsEngine());
+            if (size == 0 || field.bit == RecordField::VariableFlag) {
+                continue;
+            }
+            const std::span<unsigned char> left(&one[offset], size);
+            const std::span<unsigned char> right(&other[offset], size);
+            std::fill_n(known.begin() + static_cast<std::ptrdiff_t>(offset), size, true);
+            if (!std::ranges::equal(left, right) && !IsSameText(call, field, left, right)) {
+                Tell(std::string(field.name), call.FieldText(field, one),
+                     call.FieldText(field, other));
+            }
+        }
+        for (size_t offset = 0; offset < one.size(); ++offset) {
+            if (!known[offset] && one[offset] != other[offset]) {
+                return Tell("offset " + std::to_string(offset), Hexadecimal(one[offset]),
+                            Hexadecimal(other[offset]));
+            }
+        }
+    }
+
+    // Behind a text's end anything may stand; of a value's text the flag of a variable counts, too.
+    static bool IsSameText(const LoggedCall& call, const RecordFieldInfo& field,
+                           std::span<const unsigned char> left,
+                           std::span<const unsigned char> right) {
+        const bool isZeroTerminated =
+            field.type == RecordFieldInfo::Type::Utf16 ||
+            (field.bit == RecordField::Name && call.kind == LoggedCall::Kind::Classic &&
+             call.name.find("Dialog") != std::string::npos);
+        if (field.type != RecordFieldInfo::Type::PascalString && !isZeroTerminated) {
+            return false;
+        }
+        const Form form = field.type == RecordFieldInfo::Type::Utf16 ? Form::Units
+                          : isZeroTerminated                         ? Form::CString
+                                                                     : Form::PascalString;
+        const size_t size = TextSize(form, left);
+        if (size != TextSize(form, right) ||
+            !std::ranges::equal(left.first(size), right.first(size))) {
+            return false;
+        }
+        constexpr size_t flag = offsetof(VariableFields, flag);
+        return field.bit != RecordField::ValueText || size > flag || left[flag] == right[flag];
+    }
+
+    void CompareItems(size_t number) {
+        const RecordedItem& one = recorded.items[number - 1];
+        const RecordedItem& other = here.items[partners[number] - 1];
+        CompareWords(number, one.head, other.head);
+        const bool sizeIsUnknown = one.head.target == Target::HostHandle && one.head.size == 0;
+        if (!HasBytes(one.head.target) || one.head.isSlot != 0 || sizeIsUnknown) {
+            return;
+        }
+        std::vector<unsigned char> left = WithoutWords(recorded, here, number, partners[number]);
+        std::vector<unsigned char> right = WithoutWords(here, recorded, partners[number], number);
+        BlankUnused(one.head.form, one.head.detail, left);
+        BlankUnused(other.head.form, other.head.detail, right);
+        if (one.head.form == Form::PascalString) { // may be stored as far as it goes, or whole
+            left.resize(std::max(left.size(), right.size()));
+            right.resize(left.size());
+        } else if (one.head.size != other.head.size) {
+            return Tell(NameOf(recorded, number), ItemText(one, 0), ItemText(other, 0));
+        }
+        right.resize(std::min(left.size(), right.size())); // the recording may have a part only
+        const auto differs = std::ranges::mismatch(left, right);
+        if (differs.in2 != right.end()) {
+            const auto place = static_cast<size_t>(differs.in2 - right.begin());
+            Tell(NameOf(recorded, number), ItemText(one, place), ItemText(other, place));
+        }
+    }
+
+    // --- Words ---------------------------------------------------------------------------------
+
+    // Of the words in an answer, the host has chosen those here, else the plug-in has. Whoever has
+    // chosen may give an address that was in use before to something else.
+    void CompareWords(size_t number, const ItemHead& one, const ItemHead& other) {
+        if (one.target == Target::Memory) {
+            return;
+        }
+        if (one.target == Target::Thing && IsCall()) {
+            const auto known = book.Here(one.address);
+            const bool isChosenHere = crossing.isOver;
+            const bool differs = !known         ? !isChosenHere && one.address != other.address
+                                 : isChosenHere ? one.parent == 0 && *known != other.address &&
+                                                      book.Recorded(other.address).has_value()
+                                                : *known != other.address;
+            if (differs) {
+                Tell(NameOf(recorded, number), Address(one.address),
+                     Address(book.Recorded(other.address).value_or(other.address)));
+                return;
+            }
+        }
+        book.Learn(one.address, other.address);
+    }
+
+    static std::string Address(std::uint32_t address) {
+        char text[16];
+        std::snprintf(text, sizeof text, "0x%08lX", static_cast<unsigned long>(address));
+        return text;
+    }
+
+    const Crossing& crossing;
+    const CrossingContents& recorded;
+    const CrossingContents& here;
+    AddressBook& book;
+    std::vector<size_t> partners; ///< by the recording's items, from 1; 0: the root
+    std::vector<Difference> differences;
+};
+} // namespace
+
+const RecordedItem* CrossingContents::Find(unsigned parent, size_t offset, Target target) const {
+    const auto found = std::ranges::find_if(items, [=](const RecordedItem& item) {
+        return item.head.parent == parent && item.head.offset == offset &&
+               item.head.target == target;
+    });
+    return found != items.end() ? &*found : nullptr;
+}
+
+CrossingContents TakeContents(const Crossing& crossing, const Surroundings& surroundings) {
+    CrossingContents contents;
+    contents.root.assign(crossing.root.begin(), crossing.root.end());
+    contents.items.reserve(MostItems); // their bytes are looked at while more are added
+    Taker taker(contents);
+    VisitPlaces(crossing, surroundings, taker);
+    contents.items.shrink_to_fit();
+    return contents;
+}
+
+void AddressBook::Learn(std::uint32_t recorded, std::uint32_t here) {
+    if (recorded != 0 && here != 0) {
+        toHere[recorded] = here;
+        toRecorded[here] = recorded;
+    }
+}
+
+std::optional<std::uint32_t> AddressBook::Here(std::uint32_t recorded) const {
+    const auto found = toHere.find(recorded);
+    return found != toHere.end() ? std::optional(found->second) : std::nullopt;
+}
+
+std::optional<std::uint32_t> AddressBook::Recorded(std::uint32_t here) const {
+    const auto found = toRecorded.find(here);
+    return found != toRecorded.end() ? std::optional(found->second) : std::nullopt;
+}
+
+std::vector<Difference> FindDifferences(const Crossing& crossing, const CrossingContents& recorded,
+                                        const CrossingContents& here, AddressBook& book) {
+    return Comparison(crossing, recorded, here, book).Run();
+}

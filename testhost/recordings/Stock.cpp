@@ -1,0 +1,212 @@
+#include "testhost/recordings/Stock.h"
+
+#include "platform/Toolbox.h"
+#include "testhost/toolbox/Control.h"
+#include "testhost/values/ReadableBytes.h"
+#include "testhost/values/Scalars.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+using namespace Recording;
+
+namespace {
+constexpr size_t wordSize = sizeof(std::uint32_t);
+constexpr size_t roomBehind = 64; // zeros behind what is lent
+constexpr size_t wholePascalString =
+    256; // what a host lends where the recording has its characters
+constexpr size_t mostMissing = 1024 * 1024; // zeros in place of bytes that were not stored
+
+std::uint32_t WordOf(const void* address) {
+    return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(address));
+}
+} // namespace
+
+// Walks through the recorded contents, and puts what is here in place of each address.
+class Stock::Builder final : public Visitor {
+  public:
+    Builder(Stock& itsStock, const Crossing& itsCrossing, const CrossingContents& itsRecorded,
+            const Former* itsFormer, std::uint32_t itsCodeStandIn)
+        : stock(itsStock),
+          crossing(itsCrossing),
+          recorded(itsRecorded),
+          former(itsFormer),
+          codeStandIn(itsCodeStandIn),
+          root(itsRecorded.root) {
+        places.push_back(root);
+    }
+
+    std::vector<unsigned char> Run(const Surroundings& surroundings) {
+        VisitPlaces(crossing, surroundings, *this);
+        for (const Filled& handle : handles) { // once all that they lead to is in its place
+            Fill(handle);
+        }
+        return std::move(root);
+    }
+
+    Found Visit(const Place& place, std::uint32_t address) override {
+        const RecordedItem* item = recorded.Find(parents[place.parent], place.offset, place.target);
+        const std::uint32_t here = Here(place, address, item);
+        std::memcpy(&places[place.parent][place.offset], &here, wordSize);
+        if (made.empty()) {
+            return {};
+        }
+        if (item == nullptr) {
+            made = {};
+            return {};
+        }
+        // What was recorded is looked through; what is found in it is put in its place here.
+        places.push_back(std::exchange(made, {}));
+        parents.push_back(static_cast<unsigned>(item - recorded.items.data()) + 1);
+        return {static_cast<unsigned>(places.size() - 1), item->bytes};
+    }
+
+  private:
+    struct Filled {
+        Handle handle;
+        size_t bytes; ///< in `contents`
+    };
+
+    std::uint32_t Here(const Place& place, std::uint32_t address, const RecordedItem* item) {
+        switch (place.target) {
+        case Target::Memory:
+            return place.form == Form::None ? 0 : Memory(place, address, item);
+        case Target::Handle:
+        case Target::HostHandle:
+            return HandleHere(place, address, item);
+        case Target::Code:
+            return stock.book.Here(address).value_or(codeStandIn);
+        case Target::Thing:
+        case Target::Token:
+            return WordHere(place, address);
+        }
+        return 0;
+    }
+
+    // A word that nobody has met is itself, but if it led to memory, which is here now.
+    std::uint32_t WordHere(const Place& place, std::uint32_t address) {
+        if (const auto known = stock.book.Here(address)) {
+            return *known;
+        }
+        if (recorded.Find(parents[place.parent], place.offset, Target::Memory) != nullptr) {
+            std::uint32_t built = 0;
+            std::memcpy(&built, &places[place.parent][place.offset], sizeof built);
+            return built;
+        }
+        return address;
+    }
+
+    // The address of the plug-in's memory that came with the call, in which the answer belongs;
+    // null when it did not.
+    unsigned char* FormerMemory(const Place& place, std::uint32_t address, size_t size) const {
+        if (former == nullptr || place.parent != 0) {
+            return nullptr;
+        }
+        const RecordedItem* then = former->recorded.Find(0, place.offset, Target::Memory);
+        const RecordedItem* now = former->here.Find(0, place.offset, Target::Memory);
+        if (then == nullptr || now == nullptr || then->head.address != address) {
+            return nullptr;
+        }
+        auto* memory = reinterpret_cast<unsigned char*>(std::uintptr_t{now->head.address});
+        return ReadableBytes(memory, size) == size ? memory : nullptr;
+    }
+
+    std::uint32_t Memory(const Place& place, std::uint32_t address, const RecordedItem* item) {
+        if (item == nullptr && !place.isSlot) {
+            return 0;
+        }
+        const std::vector<unsigned char> none;
+        const std::vector<unsigned char>& bytes = item != nullptr ? item->bytes : none;
+        if (unsigned char* theirs = FormerMemory(place, address, bytes.size())) {
+            std::ranges::copy(bytes, theirs);
+            made = {theirs, bytes.size()};
+            return WordOf(theirs);
+        }
+        const size_t least = place.form == Form::PascalString ? wholePascalString : place.size;
+        made = stock.Block(address, place.form, SizeWith(bytes.size(), least));
+        std::ranges::copy(bytes, made.begin());
+        return WordOf(made.data());
+    }
+
+    // So many bytes are there, and so many were.
+    static size_t SizeWith(size_t stored, size_t whole) {
+        return std::max(stored, std::min(whole, mostMissing));
+    }
+
+    std::uint32_t HandleHere(const Place& place, std::uint32_t address, const RecordedItem* item) {
+        const bool isHosts = place.target == Target::HostHandle;
+        const auto known = stock.book.Here(address);
+        auto handle = reinterpret_cast<Handle>(std::uintptr_t{known.value_or(0)});
+        const short owner = ToolboxHandleOwner(handle);
+        const size_t size = item != nullptr ? SizeWith(item->bytes.size(), item->head.size) : 0;
+        if (owner == HandleOwner::None) {
+            handle = isHosts ? ToolboxNewHostHandle(static_cast<Size>(size))
+                             : NewHandle(static_cast<Size>(size));
+            if (handle == nullptr) {
+                return 0;
+            }
+            stock.book.Learn(address, WordOf(handle));
+        }
+        if (item == nullptr || (isHosts && item->head.size == 0)) { // nobody knows what is in it
+            return WordOf(handle);
+        }
+        copies.push_back(std::make_unique<std::vector<unsigned char>>(item->bytes));
+        copies.back()->resize(size);
+        handles.push_back({handle, copies.size() - 1});
+        made = *copies.back();
+        return WordOf(handle);
+    }
+
+    void Fill(const Filled& filled) {
+        const std::vector<unsigned char>& bytes = *copies[filled.bytes];
+        const auto size = static_cast<Size>(bytes.size());
+        const bool isHosts = ToolboxHandleOwner(filled.handle) == HandleOwner::Host;
+        const auto sizeNow = [&] {
+            return isHosts ? ToolboxHostHandleSize(filled.handle) : GetHandleSize(filled.handle);
+        };
+        if (sizeNow() != size) {
+            if (isHosts) {
+                ToolboxSetHostHandleSize(filled.handle, size);
+            } else {
+                SetHandleSize(filled.handle, size);
+            }
+        }
+        if (size > 0 && sizeNow() == size) {
+            std::memcpy(*filled.handle, bytes.data(), bytes.size());
+        }
+    }
+
+    Stock& stock;
+    const Crossing& crossing;
+    const CrossingContents& recorded;
+    const Former* former;
+    const std::uint32_t codeStandIn;
+    std::vector<unsigned char> root;
+    std::vector<std::span<unsigned char>> places; ///< by number; 0: the root
+    std::vector<unsigned> parents{0};             ///< the recording's number of each
+    std::span<unsigned char> made;                ///< what the last address leads to here
+    std::vector<std::unique_ptr<std::vector<unsigned char>>> copies;
+    std::vector<Filled> handles;
+};
+
+Stock::Stock() = default;
+Stock::~Stock() = default;
+
+// Zeroed, and with room behind it. One that has become too small stays: someone may have it.
+std::span<unsigned char> Stock::Block(std::uint32_t recorded, Form form, size_t size) {
+    std::vector<unsigned char>& block = blocks[{recorded, static_cast<std::uint8_t>(form)}];
+    if (block.size() < size + roomBehind) {
+        outgrown.push_back(std::exchange(block, std::vector<unsigned char>(size + roomBehind)));
+    }
+    std::ranges::fill(block, static_cast<unsigned char>(0));
+    return std::span(block).first(size);
+}
+
+std::vector<unsigned char> Stock::Rebuild(const Crossing& crossing,
+                                          const Surroundings& surroundings,
+                                          const CrossingContents& recorded, const Former* former,
+                                          std::uint32_t codeStandIn) {
+    Builder builder(*this, crossing, recorded, former, codeStandIn);
+    return builder.Run(surroundings);
+}
