@@ -1,0 +1,118 @@
+#include "recorder/EventWriter.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include <windows.h>
+
+using namespace Recording;
+
+ChunkBuffer::ChunkBuffer()
+    : bytes(static_cast<unsigned char*>(
+          VirtualAlloc(nullptr, capacity, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE))) {}
+
+ChunkBuffer::~ChunkBuffer() {
+    VirtualFree(bytes, 0, MEM_RELEASE);
+}
+
+unsigned char* ChunkBuffer::Append(const void* source, std::size_t size) {
+    unsigned char* const target = bytes + used;
+    if (size > 0) {
+        std::memcpy(target, source, size);
+        used += size;
+    }
+    return target;
+}
+
+namespace {
+const void* Pointer(std::uint32_t address) {
+    return reinterpret_cast<const void*>(std::uintptr_t{address});
+}
+} // namespace
+
+void EventWriter::Put(Event event, Surroundings& surroundings) {
+    Crossing& crossing = event.crossing;
+    const std::size_t rootSize =
+        memory.From(reinterpret_cast<std::uintptr_t>(crossing.root.data()),
+                    std::min<std::size_t>(crossing.root.size(), MostRootBytes));
+    buffer.Clear();
+    items = 0;
+    const ChunkHead placeOfHead{};
+    buffer.Append(&placeOfHead, sizeof placeOfHead);
+    const CrossingHead head{
+        .number = event.number,
+        .selector = crossing.selector,
+        .microseconds = event.microseconds,
+        .thread = GetCurrentThreadId(),
+        .stackBase = StackBase(),
+        .stack = reinterpret_cast<std::uintptr_t>(event.stack),
+        .returned = event.returned,
+        .function = reinterpret_cast<std::uintptr_t>(event.function),
+        .rootSize = static_cast<std::uint32_t>(rootSize),
+    };
+    buffer.Append(&head, sizeof head);
+    crossing.root = {buffer.Append(crossing.root.data(), rootSize), rootSize};
+    VisitPlaces(crossing, surroundings, *this);
+    Learn(crossing, init, surroundings);
+
+    const ChunkHead chunk{static_cast<std::uint32_t>(buffer.Used().size() - sizeof chunk),
+                          event.chunk, crossing.way, items};
+    std::memcpy(buffer.At(0), &chunk, sizeof chunk);
+}
+
+// How many bytes are there, from `begin` on; 0 where nobody knows.
+std::size_t EventWriter::SizeThere(const Place& place, std::uint32_t address, std::uint32_t begin) {
+    switch (place.target) {
+    case Target::Handle:
+        return PlatformHandleSize(address).value_or(0);
+    case Target::HostHandle:
+        return hostHandles.Of(address).value_or(0);
+    case Target::Memory:
+        if (place.size == 0 && place.form != Form::None) { // a text, which itself says
+            const auto* const text = static_cast<const unsigned char*>(Pointer(begin));
+            return TextSize(place.form, {text, memory.From(begin, itemLimit)});
+        }
+        return place.size;
+    default:
+        return 0;
+    }
+}
+
+// What cannot be read at all is left out.
+Visitor::Found EventWriter::Visit(const Place& place, std::uint32_t address) {
+    ItemHead head{.parent = static_cast<std::uint16_t>(place.parent),
+                  .target = place.target,
+                  .form = place.form,
+                  .offset = static_cast<std::uint32_t>(place.offset),
+                  .address = address,
+                  .size = 0,
+                  .stored = 0,
+                  .detail = place.detail,
+                  .isSlot = static_cast<std::uint8_t>(place.isSlot ? 1 : 0)};
+    if (items == MostItems || buffer.Left() < sizeof head) {
+        return {};
+    }
+    std::uint32_t begin = address;
+    if (place.target == Target::Handle || place.target == Target::HostHandle) {
+        if (memory.From(address, sizeof begin) < sizeof begin) {
+            return {};
+        }
+        std::memcpy(&begin, Pointer(address), sizeof begin); // null: it was disposed of
+    }
+    head.size = begin != 0 ? SizeThere(place, address, begin) : 0;
+    if (!place.isSlot) {
+        const std::size_t most =
+            std::min<std::size_t>({head.size, itemLimit, buffer.Left() - sizeof head});
+        head.stored = memory.From(begin, most);
+        if (head.stored == 0 && most > 0) {
+            return {};
+        }
+    }
+    buffer.Append(&head, sizeof head);
+    const std::span<const unsigned char> bytes{buffer.Append(Pointer(begin), head.stored),
+                                               head.stored};
+    if (place.form == Form::Init) {
+        init = bytes;
+    }
+    return {++items, bytes};
+}
