@@ -78,7 +78,7 @@ std::size_t EventWriter::SizeThere(const Place& place, std::uint32_t address, st
     }
 }
 
-// What cannot be read at all is left out.
+// What cannot be read has no bytes.
 Visitor::Found EventWriter::Visit(const Place& place, std::uint32_t address) {
     ItemHead head{.parent = static_cast<std::uint16_t>(place.parent),
                   .target = place.target,
@@ -94,19 +94,15 @@ Visitor::Found EventWriter::Visit(const Place& place, std::uint32_t address) {
     }
     std::uint32_t begin = address;
     if (place.target == Target::Handle || place.target == Target::HostHandle) {
-        if (memory.From(address, sizeof begin) < sizeof begin) {
-            return {};
-        }
-        std::memcpy(&begin, Pointer(address), sizeof begin); // null: it was disposed of
+        begin = 0; // and it stays so when the handle was disposed of
+        std::memcpy(&begin, Pointer(address), memory.From(address, sizeof begin));
     }
     head.size = begin != 0 ? SizeThere(place, address, begin) : 0;
     if (!place.isSlot) {
         const std::size_t most =
             std::min<std::size_t>({head.size, itemLimit, buffer.Left() - sizeof head});
         head.stored = memory.From(begin, most);
-        if (head.stored == 0 && most > 0) {
-            return {};
-        }
+        head.size = head.stored != 0 ? head.size : 0;
     }
     buffer.Append(&head, sizeof head);
     const std::span<const unsigned char> bytes{buffer.Append(Pointer(begin), head.stored),

@@ -1,6 +1,7 @@
 #include "platform/Compiler.h"
 #include "testhost/app/Commands.h"
 #include "testhost/app/ExitCodes.h"
+#include "testhost/app/Record.h"
 #include "testhost/app/Validate.h"
 #include "testhost/plugins/DebugText.h"
 #include "testhost/plugins/Faults.h"
@@ -60,6 +61,7 @@ struct Options {
     bool inProcess = false;
     bool keepGoing = false;
     unsigned long timeout = 30; ///< seconds
+    std::string recording;      ///< of record; else empty
     std::string resourceText;
     std::string out;
 };
@@ -112,13 +114,16 @@ void AddRunOptions(CLI::App& run, Options& options) {
                    "seconds that a statement may take (30 when not given);\n0: as long as it likes")
         ->check(CLI::Range(0UL, longestTimeout).description(""))
         ->type_name("SECONDS");
-    CLI::Option* keepGoing = run.add_flag(
+    run.add_flag(
         "--keep-going", options.keepGoing,
         "after a crash or a time-out starts the plug-in afresh,\nand plays on from the next start");
+}
+
+void AddInProcess(CLI::App& run, Options& options) {
     run.add_flag("--in-process", options.inProcess,
                  "plays in testhost's own process, for a debugger:\nnothing limits the time, and a "
                  "crash ends it all")
-        ->excludes(keepGoing);
+        ->excludes("--keep-going");
 }
 
 Script ReadScript(const std::string& name) {
@@ -188,33 +193,52 @@ TranscriptSettings TranscriptOf(const Options& options) {
             .hasColors = HasColors(options.color)};
 }
 
-// The transcript must not take the place of a file that it is about.
-void KeepFromTranscript(const std::filesystem::path& transcript,
-                        const std::filesystem::path& input) {
-    std::error_code error;
-    if (std::filesystem::equivalent(transcript, input, error)) {
-        throw ScriptError("the transcript would overwrite " + Shown(input));
+// What is written must not take the place of a file that it is about.
+class Outputs {
+  public:
+    explicit Outputs(const Options& options)
+        : outputs{{"transcript", FromUtf8(options.transcript)},
+                  {"recording", FromUtf8(options.recording)}} {
+        std::error_code error;
+        const auto& [transcript, recording] = outputs;
+        if (!transcript.file.empty() &&
+            std::filesystem::weakly_canonical(transcript.file, error) ==
+                std::filesystem::weakly_canonical(recording.file, error)) {
+            throw ScriptError("transcript and recording would be the same file");
+        }
     }
-}
 
-void KeepInputsFromTranscript(const Options& options, const Script& script) {
-    if (options.transcript.empty()) {
-        return;
+    void KeepFrom(const std::filesystem::path& input) const {
+        for (const auto& [name, file] : outputs) {
+            std::error_code error;
+            if (!file.empty() && std::filesystem::equivalent(file, input, error)) {
+                throw ScriptError(std::string("the ") + name + " would overwrite " + Shown(input));
+            }
+        }
     }
-    const std::filesystem::path transcript = FromUtf8(options.transcript);
+
+  private:
+    struct Output {
+        const char* name;
+        std::filesystem::path file; ///< empty: there is none
+    };
+    Output outputs[2];
+};
+
+void KeepInputs(const Options& options, const Script& script) {
+    const Outputs outputs(options);
     const std::filesystem::path plugin = FromUtf8(options.plugin);
     const std::filesystem::path scriptFile = FromUtf8(options.script);
     for (const std::filesystem::path& input :
          {scriptFile, plugin, std::filesystem::path(plugin).replace_extension(".rsrc"),
           std::filesystem::path(FromUtf8(options.resources)),
           std::filesystem::path(FromUtf8(options.database))}) {
-        KeepFromTranscript(transcript, input);
+        outputs.KeepFrom(input);
     }
     for (const Statement& statement : script.statements) {
         Words words(statement.text, [](std::string_view) { return std::wstring(); });
         if (words.TakeIf("database")) {
-            KeepFromTranscript(transcript,
-                               scriptFile.parent_path() / words.TakeWideString("the file's path"));
+            outputs.KeepFrom(scriptFile.parent_path() / words.TakeWideString("the file's path"));
         }
     }
 }
@@ -236,10 +260,12 @@ int Play(const Options& options, Progress& progress) {
     }
     const std::filesystem::path pictures = FromUtf8(options.pictures);
     MakePictureFolder(pictures);
-    KeepInputsFromTranscript(options, script);
+    KeepInputs(options, script);
     const PlaySettings settings{.plugin = FromUtf8(options.plugin),
                                 .resources = FromUtf8(options.resources),
                                 .pictures = pictures,
+                                .recorder = options.recording.empty() ? RecorderInPlace()
+                                                                      : RecorderToPlayWith(),
                                 .host = options.host,
                                 .strict = options.strict,
                                 .transcript = TranscriptOf(options)};
@@ -266,11 +292,16 @@ int Run(const Options& options) {
     if (options.inProcess) {
         return PlayInProcess(options);
     }
-    return PlayIsolated({.plugin = FromUtf8(options.plugin),
-                         .readsInput = options.script == "-",
-                         .timeout = options.timeout,
-                         .keepsGoing = options.keepGoing,
-                         .transcript = TranscriptOf(options)});
+    const auto play = [&] {
+        return PlayIsolated({.plugin = FromUtf8(options.plugin),
+                             .readsInput = options.script == "-",
+                             .timeout = options.timeout,
+                             .keepsGoing = options.keepGoing,
+                             .transcript = TranscriptOf(options)});
+    };
+    return options.recording.empty()
+               ? play()
+               : Record(FromUtf8(options.plugin), FromUtf8(options.recording), play, std::cout);
 }
 
 int ShowCommands(const Options& options) {
@@ -337,6 +368,12 @@ int Command(int argc, wchar_t** argv) {
         "run", "Loads the plug-in as the host application does, plays the script against it\n"
                "and prints every crossing between the two");
     AddRunOptions(run, options);
+    AddInProcess(run, options);
+    CLI::App& record = *app.add_subcommand(
+        "record", "The same with Recorder.dll between host and plug-in: what both said to each\n"
+                  "other is then in a file");
+    AddRunOptions(record, options);
+    record.add_option("-o", options.recording, "the recording")->required()->type_name("RECORDING");
     CLI::App& resources = *app.add_subcommand("resources", "Compiles a text into a resource file");
     resources.add_option("IN.txt", options.resourceText, "the text")->required()->type_name("");
     resources.add_option("-o", options.out, "the resource file")->required()->type_name("OUT");
@@ -367,7 +404,7 @@ int Command(int argc, wchar_t** argv) {
             PrintResourceHelp(std::cout);
             return allHeld;
         }
-        if (run.parsed()) {
+        if (run.parsed() || record.parsed()) {
             return Run(options);
         }
         if (validate.parsed()) {

@@ -119,6 +119,9 @@ void CheckFile(const std::filesystem::path& file, const std::filesystem::path& a
     if (!missing.empty()) {
         Fail(asGiven, "the library imports what is not there:" + missing);
     }
+    if (std::ranges::find(executable.exports, "FourDPack") == executable.exports.end()) {
+        Fail(asGiven, "the library does not export FourDPack, the entry point of a plug-in.");
+    }
     checked[file] = written;
 }
 
@@ -139,8 +142,9 @@ std::vector<std::string> NewThreads() {
 }
 } // namespace
 
-PluginLibrary::PluginLibrary(const std::filesystem::path& path)
-    : file(std::filesystem::absolute(path)) {
+PluginLibrary::PluginLibrary(const std::filesystem::path& path,
+                             const std::filesystem::path& standIn)
+    : file(std::filesystem::absolute(path)), loadedFile(standIn.empty() ? file : standIn) {
     CheckFile(file, path);
     BeforePlugins();
     folder = file.parent_path().make_preferred() / "";
@@ -148,14 +152,10 @@ PluginLibrary::PluginLibrary(const std::filesystem::path& path)
 }
 
 void PluginLibrary::Load() {
-    HMODULE loaded = LoadModule(file);
+    HMODULE loaded = LoadModule(loadedFile);
     entries = {FindEntry<PluginEntry>(loaded, "FourDPack"),
                FindEntry<PluginEntry>(loaded, "FourDPackex"),
                FindEntry<PlugInfoEntry>(loaded, "FourDPlugInfo")};
-    if (entries.pack == nullptr) {
-        FreeLibrary(loaded);
-        Fail(file, "the library does not export FourDPack, the entry point of a plug-in.");
-    }
     module = loaded;
 }
 

@@ -23,7 +23,9 @@ class PluginLibrary {
     /// Loads the DLL at `path`. Throws PluginLoadError when the file is missing, is no 32-bit x86
     /// DLL, imports something that is not there, or has no FourDPack; PluginLoadCrash when it
     /// crashed.
-    explicit PluginLibrary(const std::filesystem::path& path);
+    /// `standIn` is another library that is loaded in its place, and loads it itself; empty: none.
+    explicit PluginLibrary(const std::filesystem::path& path,
+                           const std::filesystem::path& standIn = {});
     ~PluginLibrary() { Unload(); }
     PluginLibrary(const PluginLibrary&) = delete;
     PluginLibrary& operator=(const PluginLibrary&) = delete;
@@ -47,7 +49,8 @@ class PluginLibrary {
   private:
     void Load();
 
-    std::filesystem::path file; ///< its whole path
+    std::filesystem::path file;       ///< its whole path
+    std::filesystem::path loadedFile; ///< itself, or what stands in its place
     void* module = nullptr;
     EntryPoints entries;
     std::filesystem::path folder;

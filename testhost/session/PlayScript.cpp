@@ -128,7 +128,7 @@ bool PlayScript(const Script& script, Database database, const PlaySettings& set
     progress.Enter(Progress::Phase::Loading);
     std::optional<PluginLibrary> library;
     try {
-        library.emplace(settings.plugin);
+        library.emplace(settings.plugin, settings.recorder.For(settings.plugin));
     } catch (const PluginLoadError& error) {
         const bool crashed = dynamic_cast<const PluginLoadCrash*>(&error) != nullptr;
         if (!crashed && progress.resumeFrom == 0) {
@@ -154,6 +154,7 @@ bool PlayScript(const Script& script, Database database, const PlaySettings& set
     Player player(session, std::move(transcript), &progress);
     player.libraryFolder = library->Folder();
     player.stage.plugin = settings.plugin;
+    player.stage.recorder = settings.recorder;
     if (hostOptions.pluginResFile != 0) {
         player.stage.resources = resources.File();
     }

@@ -2,6 +2,7 @@
 
 #include "testhost/database/Tables.h"
 #include "testhost/model/Options.h"
+#include "testhost/plugins/RecorderInPlace.h"
 #include "testhost/session/Progress.h"
 #include "testhost/session/Script.h"
 #include "testhost/session/Transcript.h"
@@ -18,6 +19,7 @@ struct PlaySettings {
     std::filesystem::path resources =
         {};                              ///< empty: PLUGIN.rsrc beside the plug-in, if there is one
     std::filesystem::path pictures = {}; ///< a folder that exists; empty: none are made
+    RecorderInPlace recorder = {};       ///< in the plug-in's place; empty: it has its place itself
     HostOptions host = {};
     bool strict = false;
     TranscriptSettings transcript = {};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "testhost/model/Network.h"
+#include "testhost/plugins/RecorderInPlace.h"
 #include "testhost/plugins/Session.h"
 #include "testhost/session/Area.h"
 #include "testhost/session/Progress.h"
@@ -38,6 +39,7 @@ struct Stage {
     std::filesystem::path plugin = {}; ///< the plug-in's DLL, and
     std::filesystem::path resources =
         {};                              ///< its resource file: further hosts have copies; or empty
+    RecorderInPlace recorder = {};       ///< in the place of the plug-in, and of each copy
     std::filesystem::path pictures = {}; ///< folder for pictures of windows; empty: none are made
     Progress ownProgress = {};
     Progress* progress = &ownProgress;  ///< kept up to date with every crossing

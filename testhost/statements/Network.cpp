@@ -12,7 +12,7 @@ namespace {
 struct FurtherHost {
     FurtherHost(Stage& stage, std::string name, const std::filesystem::path& dll,
                 HostOptions options)
-        : library(dll),
+        : library(dll, stage.recorder.For(dll)),
           host(std::move(options)),
           session(host, library.Entries()),
           player(session, stage, std::move(name)) {
