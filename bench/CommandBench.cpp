@@ -13,7 +13,7 @@ void NoOperation(CXParam*, CXResult*) {
     benchmark::ClobberMemory();
 }
 
-CommandEntry commandTable[] = {{"No operation", "()", NoOperation}};
+CommandEntry commandTable[] = {{"No operation", "(text) -> long", NoOperation}};
 
 PlugInfo plugInfo = {
     .reserved = 0,

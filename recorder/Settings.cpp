@@ -3,7 +3,6 @@
 #include "recording/Format.h"
 
 #include <algorithm>
-#include <filesystem>
 
 #include <windows.h>
 
@@ -24,16 +23,27 @@ std::uint32_t ReadNumber(const std::wstring& file, const wchar_t* key, std::uint
         GetPrivateProfileIntW(section, key, static_cast<int>(usual), file.c_str()));
     return number <= 0 ? usual : std::min(static_cast<std::uint32_t>(number), most);
 }
+
+// A path that is no whole one begins in the folder, which ends with a backslash.
+std::wstring In(const std::wstring& folder, const std::wstring& path) {
+    const bool isWhole = path.starts_with(L'\\') || path.find(L':') == 1;
+    return isWhole ? path : folder + path;
+}
 } // namespace
 
 Settings ReadSettings(const std::wstring& recorderFile) {
-    const std::filesystem::path recorder = recorderFile;
-    const std::filesystem::path folder = recorder.parent_path();
-    const std::wstring name = recorder.stem().wstring();
-    const std::wstring file = folder / (name + L".recorder.ini");
+    const std::size_t afterFolder = recorderFile.find_last_of(L"\\/") + 1;
+    const std::wstring own = recorderFile.substr(0, afterFolder);
+    const std::wstring name =
+        recorderFile.substr(afterFolder, recorderFile.rfind(L'.') - afterFolder);
+    const std::wstring file = own + name + L".recorder.ini";
     const std::wstring plugin = ReadText(file, L"plugin");
-    return {.plugin = folder / (plugin.empty() ? name + L".recorded.dll" : plugin),
-            .folder = folder / ReadText(file, L"folder") / L"",
+    std::wstring folder = In(own, ReadText(file, L"folder"));
+    if (!folder.ends_with(L'\\')) {
+        folder += L'\\';
+    }
+    return {.plugin = In(own, plugin.empty() ? name + L".recorded.dll" : plugin),
+            .folder = folder,
             .name = name,
             .itemLimit = ReadNumber(file, L"item", Recording::ItemLimit, mostItemBytes),
             .sizeLimit = std::uint64_t{ReadNumber(file, L"file", 200, 2000)} * megabyte};

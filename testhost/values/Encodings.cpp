@@ -1,7 +1,5 @@
 #include "testhost/values/Encodings.h"
 
-#include <stdexcept>
-
 #include <windows.h>
 
 namespace {
@@ -52,20 +50,6 @@ std::wstring FromEither(std::string_view text) {
 
 std::string Utf8(std::wstring_view text) {
     return Narrow(text, CP_UTF8);
-}
-
-std::string Shown(const std::filesystem::path& path) {
-    return Utf8(path.wstring());
-}
-
-std::string Ansi(std::wstring_view path) {
-    std::string text = NearestAnsi(path);
-    if (FromAnsi(text) != path) {
-        throw std::runtime_error(Shown(path) + " cannot be written in the code page " +
-                                 std::to_string(GetACP()) +
-                                 ", in which hosts and plug-ins tell each other paths");
-    }
-    return text;
 }
 
 std::string NearestAnsi(std::wstring_view text) {

@@ -3,19 +3,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <iterator>
 
 namespace {
-// In the order of ValueKind.
-constexpr std::string_view kindNames[] = {
-    "none",         "short",         "long",          "boolean",     "real",
-    "extended",     "string",        "text",          "date",        "rect",
-    "event",        "picture",       "handle",        "time",        "blob",
-    "undefined",    "array long",    "array text",    "value",       "pointer",
-    "unicode",      "array real",    "array integer", "array date",  "array picture",
-    "array string", "array boolean", "array unicode", "array array",
-};
-static_assert(std::size(kindNames) == static_cast<size_t>(ValueKind::ArrayOfArrays) + 1);
 constexpr std::string_view arrayWord = "array ";
 
 std::string RealText(double number) {
@@ -203,35 +192,6 @@ std::vector<TypedValue> Elements(const TypedValue& array) {
     return array.inner;
 }
 
-ValueKind ElementKind(ValueKind arrayKind) {
-    switch (arrayKind) {
-    case ValueKind::RealArray:
-        return ValueKind::Real;
-    case ValueKind::IntegerArray:
-        return ValueKind::Short;
-    case ValueKind::LongArray:
-        return ValueKind::Long;
-    case ValueKind::DateArray:
-        return ValueKind::Date;
-    case ValueKind::TextArray:
-        return ValueKind::Text;
-    case ValueKind::PictureArray:
-        return ValueKind::Picture;
-    case ValueKind::StringArray:
-        return ValueKind::String;
-    case ValueKind::BooleanArray:
-        return ValueKind::Boolean;
-    case ValueKind::UnicodeTextArray:
-        return ValueKind::UnicodeText;
-    default:
-        return ValueKind::None;
-    }
-}
-
-bool IsArray(ValueKind kind) {
-    return kind == ValueKind::ArrayOfArrays || ElementKind(kind) != ValueKind::None;
-}
-
 TypedValue EmptyValue(ValueKind kind) {
     switch (kind) {
     case ValueKind::Short:
@@ -261,56 +221,10 @@ TypedValue PointerTo(TypedValue target) {
     return {.kind = ValueKind::Pointer, .inner = {std::move(target)}};
 }
 
-std::string_view KindName(ValueKind kind) {
-    return kindNames[static_cast<size_t>(kind)];
-}
-
-bool FindKind(std::string_view name, ValueKind& kind) {
-    for (size_t place = 0; place < std::size(kindNames); ++place) {
-        if (kindNames[place] == name) {
-            kind = static_cast<ValueKind>(place);
-            return true;
-        }
-    }
-    return false;
-}
-
 std::string Describe(const TypedValue& value) {
     return std::string(KindName(value.kind)) + ContentsText(value);
 }
 
 std::ostream& operator<<(std::ostream& out, const TypedValue& value) {
     return out << Describe(value);
-}
-
-std::string Quoted(std::string_view text) {
-    std::string quoted = "\"";
-    for (char character : text) {
-        switch (character) {
-        case '"':
-        case '\\':
-            quoted += '\\';
-            quoted += character;
-            break;
-        case '\n':
-            quoted += "\\n";
-            break;
-        case '\r':
-            quoted += "\\r";
-            break;
-        case '\t':
-            quoted += "\\t";
-            break;
-        default:
-            if (character >= ' ' && character <= '~') {
-                quoted += character;
-            } else {
-                char escape[8];
-                std::snprintf(escape, sizeof escape, "\\x%02X",
-                              static_cast<unsigned>(static_cast<unsigned char>(character)));
-                quoted += escape;
-            }
-        }
-    }
-    return quoted + "\"";
 }
