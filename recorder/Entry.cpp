@@ -100,6 +100,7 @@ void Enter(Way way, PluginEntryPoint entry, long selector, void* params, void* d
         const HandedCallBacks handed(IsInit(selector) ? static_cast<PackInitBlock*>(params)
                                                       : nullptr);
         entry(selector, params, data, result);
+        ClearDirectionFlag(); // what a plug-in gets wrong there ends here
     }
     crossing.End();
 }

@@ -32,6 +32,7 @@ struct Thunk {
                                    root.size() * sizeof(std::uint32_t)},
                                   CurrentFrame(), target);
         reinterpret_cast<FunctionOf<words...>>(const_cast<void*>(target))(word...);
+        ClearDirectionFlag();
         crossing.End();
     }
 };

@@ -104,6 +104,12 @@ Function FindEntry(HMODULE module, const char* name) {
     return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
 
+EntryPoints EntriesOf(HMODULE module) {
+    return {FindEntry<PluginEntry>(module, "FourDPack"),
+            FindEntry<PluginEntry>(module, "FourDPackex"),
+            FindEntry<PlugInfoEntry>(module, "FourDPlugInfo")};
+}
+
 // Throws when the file cannot be loaded as a plug-in. One that could is not looked at again as long
 // as it is the same.
 void CheckFile(const std::filesystem::path& file, const std::filesystem::path& asGiven) {
@@ -118,9 +124,6 @@ void CheckFile(const std::filesystem::path& file, const std::filesystem::path& a
     const std::string missing = MissingImports(file.parent_path(), executable);
     if (!missing.empty()) {
         Fail(asGiven, "the library imports what is not there:" + missing);
-    }
-    if (std::ranges::find(executable.exports, "FourDPack") == executable.exports.end()) {
-        Fail(asGiven, "the library does not export FourDPack, the entry point of a plug-in.");
     }
     checked[file] = written;
 }
@@ -142,9 +145,8 @@ std::vector<std::string> NewThreads() {
 }
 } // namespace
 
-PluginLibrary::PluginLibrary(const std::filesystem::path& path,
-                             const std::filesystem::path& standIn)
-    : file(std::filesystem::absolute(path)), loadedFile(standIn.empty() ? file : standIn) {
+PluginLibrary::PluginLibrary(const std::filesystem::path& path, std::filesystem::path itsStandIn)
+    : file(std::filesystem::absolute(path)), standInFile(std::move(itsStandIn)) {
     CheckFile(file, path);
     BeforePlugins();
     folder = file.parent_path().make_preferred() / "";
@@ -152,11 +154,18 @@ PluginLibrary::PluginLibrary(const std::filesystem::path& path,
 }
 
 void PluginLibrary::Load() {
-    HMODULE loaded = LoadModule(loadedFile);
-    entries = {FindEntry<PluginEntry>(loaded, "FourDPack"),
-               FindEntry<PluginEntry>(loaded, "FourDPackex"),
-               FindEntry<PlugInfoEntry>(loaded, "FourDPlugInfo")};
+    HMODULE loaded = LoadModule(file);
+    entries = EntriesOf(loaded);
+    if (entries.pack == nullptr) {
+        FreeLibrary(loaded);
+        Fail(file, "the library does not export FourDPack, the entry point of a plug-in.");
+    }
     module = loaded;
+    if (!standInFile.empty()) {
+        HMODULE const other = LoadModule(standInFile);
+        standIn = other;
+        entries = EntriesOf(other);
+    }
 }
 
 void PluginLibrary::Reload(long rounds) {
@@ -181,6 +190,7 @@ void PluginLibrary::Unload(bool isAlone) {
         return;
     }
     HMODULE leaving = static_cast<HMODULE>(std::exchange(module, nullptr));
+    HMODULE standing = static_cast<HMODULE>(std::exchange(standIn, nullptr));
     entries = {};
     const std::vector<std::string> threads = NewThreads();
     std::ranges::for_each(threads, KeepUnloadFault);
@@ -188,6 +198,9 @@ void PluginLibrary::Unload(bool isAlone) {
         return;
     }
     const FaultRecorder recorder(FaultRecorder::Where::OutsideOfWindows);
+    if (standing != nullptr) {
+        FreeLibrary(standing);
+    }
     FreeLibrary(leaving);
     if (recorder.Last()) {
         KeepUnloadFault("The library crashed when it was unloaded, at " + *recorder.Last() + ".");

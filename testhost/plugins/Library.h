@@ -23,9 +23,9 @@ class PluginLibrary {
     /// Loads the DLL at `path`. Throws PluginLoadError when the file is missing, is no 32-bit x86
     /// DLL, imports something that is not there, or has no FourDPack; PluginLoadCrash when it
     /// crashed.
-    /// `standIn` is another library that is loaded in its place, and loads it itself; empty: none.
-    explicit PluginLibrary(const std::filesystem::path& path,
-                           const std::filesystem::path& standIn = {});
+    /// `standIn` is a library that the host is to call in its place, and that loads it, too; empty:
+    /// none.
+    explicit PluginLibrary(const std::filesystem::path& path, std::filesystem::path standIn = {});
     ~PluginLibrary() { Unload(); }
     PluginLibrary(const PluginLibrary&) = delete;
     PluginLibrary& operator=(const PluginLibrary&) = delete;
@@ -49,9 +49,10 @@ class PluginLibrary {
   private:
     void Load();
 
-    std::filesystem::path file;       ///< its whole path
-    std::filesystem::path loadedFile; ///< itself, or what stands in its place
+    std::filesystem::path file; ///< its whole path
+    std::filesystem::path standInFile;
     void* module = nullptr;
+    void* standIn = nullptr;
     EntryPoints entries;
     std::filesystem::path folder;
 };
