@@ -113,7 +113,7 @@ struct ItemHead {
     std::uint32_t size;   ///< bytes that are there
     std::uint32_t stored; ///< how many of them follow
     std::uint8_t detail;  ///< see Form
-    std::uint8_t isSlot;  ///< 1: they are yet to be filled, and mean nothing so far
+    std::uint8_t isSlot;  ///< 1: they are yet to be filled; of a value the type counts
 };
 
 #pragma pack(pop)

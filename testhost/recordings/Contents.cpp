@@ -363,8 +363,11 @@ class Comparison {
         const RecordedItem& other = here.items[partners[number] - 1];
         CompareWords(number, one.head, other.head);
         const bool sizeIsUnknown = one.head.target == Target::HostHandle && one.head.size == 0;
-        if (!HasBytes(one.head.target) || one.head.isSlot != 0 || sizeIsUnknown) {
+        if (!HasBytes(one.head.target) || sizeIsUnknown) {
             return;
+        }
+        if (one.head.isSlot != 0) {
+            return CompareSlots(number, one, other);
         }
         std::vector<unsigned char> left = WithoutWords(recorded, here, number, partners[number]);
         std::vector<unsigned char> right = WithoutWords(here, recorded, partners[number], number);
@@ -381,6 +384,15 @@ class Comparison {
         if (differs.in2 != right.end()) {
             const auto place = static_cast<size_t>(differs.in2 - right.begin());
             Tell(NameOf(recorded, number), ItemText(one, place), ItemText(other, place));
+        }
+    }
+
+    // Of what is yet to be filled the type that a value is to have counts.
+    void CompareSlots(size_t number, const RecordedItem& one, const RecordedItem& other) {
+        if (one.head.form == Form::Value && !one.bytes.empty() && !other.bytes.empty() &&
+            one.bytes[0] != other.bytes[0]) {
+            Tell(NameOf(recorded, number), "the type " + std::to_string(one.bytes[0]),
+                 "the type " + std::to_string(other.bytes[0]));
         }
     }
 

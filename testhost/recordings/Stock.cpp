@@ -125,7 +125,9 @@ class Stock::Builder final : public Visitor {
         }
         const size_t least = place.form == Form::PascalString ? wholePascalString : place.size;
         made = stock.Block(address, place.form, SizeWith(bytes.size(), least));
-        std::ranges::copy(bytes, made.begin());
+        // Of what is yet to be filled only the type counts that a value is to have.
+        std::copy_n(bytes.begin(), place.isSlot ? std::min<size_t>(bytes.size(), 1) : bytes.size(),
+                    made.begin());
         return WordOf(made.data());
     }
 
