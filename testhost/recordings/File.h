@@ -5,7 +5,10 @@
 #include <filesystem>
 #include <iosfwd>
 #include <map>
+#include <stdexcept>
 #include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 /// Why a file cannot be used as a recording, as a sentence.
@@ -44,6 +47,13 @@ struct RecordingFile {
     std::vector<std::pair<size_t, std::string>> notes; ///< before which event, and the text
     bool hasEnd = false;                               ///< the recorder wrote its last chunk
     std::string complaint; ///< what is wrong with what follows the last whole event; or empty
+
+    /// Of a crossing.
+    struct Events {
+        size_t begin = 0;
+        size_t end = 0; ///< 0: it never ended
+    };
+    std::unordered_map<std::uint32_t, Events> crossings; ///< by their numbers
 
     const Usage* UsageOf(const RecordedEvent& event) const;
     /// The crossing of an event, as VisitPlaces wants it; for an end with what was sent.
