@@ -95,6 +95,10 @@ class OwnWork {
     DWORD lastError;
 };
 
+void TellNoMemory() { // with none
+    OutputDebugStringA("Recorder: there is not enough memory to go on recording.\r\n");
+}
+
 /// Does something for the recording. Where there is no memory for it, the recording ends.
 template <typename Act>
 void WithRecording(Act act) {
@@ -106,7 +110,7 @@ void WithRecording(Act act) {
         act(*recording);
     } catch (...) {
         recording->file.Close();
-        TellDebugger("there is no memory for the recording, it ends.");
+        TellNoMemory();
     }
 }
 
@@ -118,6 +122,9 @@ Function Find(HMODULE module, const char* name) {
 RecordedPlugin LoadPlugin(const std::wstring& path) {
     HMODULE const module = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     const DWORD error = GetLastError();
+    if (module == ownModule) {
+        FreeLibrary(module);
+    }
     if (module == nullptr || module == ownModule) {
         TellDebugger("the plug-in " + Utf8(path) + " could not be loaded (error " +
                      std::to_string(error) + "), its commands do nothing.");
@@ -157,7 +164,7 @@ const RecordedPlugin& ThePlugin() {
         try {
             plugin = LoadPlugin(ReadSettings(PathOf(ownModule)).plugin);
         } catch (...) {
-            TellDebugger("there is no memory to load the plug-in.");
+            TellNoMemory();
         }
     }
     return plugin;
@@ -171,7 +178,7 @@ void BeginRecording() {
     try {
         recording = new RunningRecording(ReadSettings(PathOf(ownModule)), ownModule, plugin);
     } catch (...) {
-        TellDebugger("there is no memory for a recording, nothing is recorded.");
+        TellNoMemory();
     }
 }
 

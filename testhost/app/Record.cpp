@@ -66,11 +66,10 @@ bool PutInPlace(const std::vector<std::filesystem::path>& made, const std::files
         place.replace_filename(recording.stem().wstring() + host +
                                (count > 1 ? L" " + std::to_wstring(count) : L"") +
                                recording.extension().wstring());
-        std::error_code error;
-        std::filesystem::copy_file(each, place, std::filesystem::copy_options::overwrite_existing,
-                                   error);
-        areThere = areThere && !error;
-        out << (error ? "The recording could not be written: " : "Recorded: ") << Shown(place)
+        const bool isThere = MoveFileExW(each.c_str(), place.c_str(),
+                                         MOVEFILE_REPLACE_EXISTING | MOVEFILE_COPY_ALLOWED) != 0;
+        areThere = areThere && isThere;
+        out << (isThere ? "Recorded: " : "The recording could not be written: ") << Shown(place)
             << "\n";
     }
     return areThere;

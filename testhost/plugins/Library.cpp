@@ -164,7 +164,9 @@ void PluginLibrary::Load() {
     if (!standInFile.empty()) {
         HMODULE const other = LoadModule(standInFile);
         standIn = other;
-        entries = EntriesOf(other);
+        const EntryPoints its = EntriesOf(other); // of which the plug-in may have fewer
+        entries = {its.pack, entries.packEx != nullptr ? its.packEx : nullptr,
+                   entries.describe != nullptr ? its.describe : nullptr};
     }
 }
 
