@@ -9,7 +9,7 @@ endforeach()
 install(TARGETS framework ARCHIVE DESTINATION lib)
 get_target_property(toolbox_library toolbox_import INTERFACE_LINK_LIBRARIES)
 install(FILES ${toolbox_library} DESTINATION lib)
-foreach(binary testhost toolbox Nimbo)
+foreach(binary testhost toolbox Nimbo Recorder)
     install(PROGRAMS $<TARGET_FILE:${binary}> DESTINATION bin)
 endforeach()
 install(FILES cmake/NimboConfig.cmake cmake/Plugin.cmake cmake/PluginVersion.h.in

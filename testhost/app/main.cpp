@@ -199,11 +199,11 @@ class Outputs {
     explicit Outputs(const Options& options)
         : outputs{{"transcript", FromUtf8(options.transcript)},
                   {"recording", FromUtf8(options.recording)}} {
-        std::error_code error;
-        const auto& [transcript, recording] = outputs;
-        if (!transcript.file.empty() &&
-            std::filesystem::weakly_canonical(transcript.file, error) ==
-                std::filesystem::weakly_canonical(recording.file, error)) {
+        const auto whole = [](const Output& output) {
+            std::error_code error; // of none at all
+            return std::filesystem::absolute(output.file, error).lexically_normal();
+        };
+        if (!outputs[0].file.empty() && whole(outputs[0]) == whole(outputs[1])) {
             throw ScriptError("transcript and recording would be the same file");
         }
     }
