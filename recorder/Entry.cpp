@@ -52,23 +52,20 @@ HOST_CALL long RecordEngine(long selector, FDEngineBlock* record) {
 // have no second one, and their record may end before it.
 class HandedCallBacks {
   public:
-    explicit HandedCallBacks(PackInitBlock* itsRecord) : record(itsRecord) {
-        if (record == nullptr) {
-            return;
+    explicit HandedCallBacks(PackInitBlock* itsRecord)
+        : record(itsRecord), hasEngine(itsRecord != nullptr && IsEngineHost(*itsRecord)) {
+        if (record != nullptr && record->classicCallBack != nullptr) {
+            hostClassic = std::exchange(record->classicCallBack, RecordClassic);
         }
-        hostClassic = std::exchange(record->classicCallBack, RecordClassic);
-        if (HasEngine() && record->engineCallBack != nullptr) {
+        if (hasEngine && record->engineCallBack != nullptr) {
             hostEngine = std::exchange(record->engineCallBack, RecordEngine);
         }
     }
     ~HandedCallBacks() {
-        if (record == nullptr) {
-            return;
-        }
-        if (record->classicCallBack == RecordClassic) {
+        if (record != nullptr && record->classicCallBack == RecordClassic) {
             record->classicCallBack = hostClassic;
         }
-        if (HasEngine() && record->engineCallBack == RecordEngine) {
+        if (hasEngine && record->engineCallBack == RecordEngine) {
             record->engineCallBack = hostEngine;
         }
     }
@@ -76,12 +73,13 @@ class HandedCallBacks {
     HandedCallBacks& operator=(const HandedCallBacks&) = delete;
 
   private:
-    bool HasEngine() const {
+    static bool IsEngineHost(const PackInitBlock& init) {
         constexpr unsigned long firstVersion = 0x1100;
-        return (record->hostVersion & 0xFFFF) >= firstVersion;
+        return (init.hostVersion & 0xFFFF) >= firstVersion;
     }
 
     PackInitBlock* record;
+    bool hasEngine;
 };
 
 bool IsInit(long selector) {

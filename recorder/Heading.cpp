@@ -75,8 +75,11 @@ std::string VersionOf(HMODULE module) {
 } // namespace
 
 std::wstring PathOf(void* module) {
-    wchar_t path[1024];
-    return {path, GetModuleFileNameW(static_cast<HMODULE>(module), path, std::size(path))};
+    wchar_t path[1024] = L"";
+    GetModuleFileNameW(static_cast<HMODULE>(module), path, std::size(path) - 1);
+    wchar_t whole[1024]; // it may have been loaded by its short name
+    const DWORD length = GetLongPathNameW(path, whole, std::size(whole));
+    return length > 0 && length < std::size(whole) ? whole : path;
 }
 
 bool CreateRecording(const Settings& settings, OutputFile& file) {
