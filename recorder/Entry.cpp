@@ -90,13 +90,13 @@ void Enter(Way way, PluginEntryPoint entry, long selector, void* params, void* d
     if (entry == nullptr) {
         return;
     }
-    BeginRecording();
+    const bool isRecorded = BeginRecording();
     const void* const root[] = {reinterpret_cast<void*>(selector), params, data, result};
     RecordedCrossing crossing(
         way, selector, {reinterpret_cast<const unsigned char*>(root), sizeof root}, CurrentFrame());
     {
-        const HandedCallBacks handed(IsInit(selector) ? static_cast<PackInitBlock*>(params)
-                                                      : nullptr);
+        const HandedCallBacks handed(
+            isRecorded && IsInit(selector) ? static_cast<PackInitBlock*>(params) : nullptr);
         entry(selector, params, data, result);
         ClearDirectionFlag(); // what a plug-in gets wrong there ends here
     }

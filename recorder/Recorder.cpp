@@ -170,16 +170,16 @@ const RecordedPlugin& ThePlugin() {
     return plugin;
 }
 
-void BeginRecording() {
+bool BeginRecording() {
     const OwnWork work;
-    if (std::exchange(begun, true)) {
-        return;
+    if (!std::exchange(begun, true)) {
+        try {
+            recording = new RunningRecording(ReadSettings(PathOf(ownModule)), ownModule, plugin);
+        } catch (...) {
+            TellNoMemory();
+        }
     }
-    try {
-        recording = new RunningRecording(ReadSettings(PathOf(ownModule)), ownModule, plugin);
-    } catch (...) {
-        TellNoMemory();
-    }
+    return recording != nullptr && recording->file.IsOpen();
 }
 
 RecordedCrossing::RecordedCrossing(Way way, long selector, std::span<const unsigned char> root,

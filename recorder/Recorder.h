@@ -33,8 +33,8 @@ void DetachRecorder(bool processEnds);
 
 /// Loads the plug-in when it is first asked for.
 const RecordedPlugin& ThePlugin();
-/// Begins the recording with the first crossing.
-void BeginRecording();
+/// Begins the recording with the first crossing. Answers whether there is one.
+bool BeginRecording();
 
 /// A crossing that is recorded while it goes on: its beginning where this is made, its end where
 /// End is called. One that is never ended was left: its process was killed, or something was

@@ -3,6 +3,7 @@
 #include "recorder/Recorder.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <utility>
 
@@ -14,7 +15,7 @@ namespace {
 constexpr std::size_t thunksOfWay = 64;
 
 template <Way way>
-std::array<const void*, thunksOfWay> targets;
+std::array<std::atomic<const void*>, thunksOfWay> targets;
 
 template <std::size_t>
 using Word = std::uint32_t;
@@ -42,9 +43,8 @@ const void* Take(const void* function, std::index_sequence<words...>,
                  std::index_sequence<places...>) {
     static constexpr FunctionOf<words...> thunks[] = {Thunk<way, places, words...>::Run...};
     for (std::size_t place = 0; place < thunksOfWay; ++place) {
-        const void*& target = targets<way>[place];
-        if (target == nullptr || target == function) {
-            target = function;
+        const void* target = nullptr;
+        if (targets<way>[place].compare_exchange_strong(target, function) || target == function) {
             return reinterpret_cast<const void*>(thunks[place]);
         }
     }
