@@ -99,7 +99,7 @@ Visitor::Found EventWriter::Visit(const Place& place, std::uint32_t address) {
     }
     head.size = begin != 0 ? SizeThere(place, address, begin) : 0;
     if (!place.isSlot) {
-        const std::size_t most =
+        const auto most =
             std::min<std::size_t>({head.size, itemLimit, buffer.Left() - sizeof head});
         head.stored = memory.From(begin, most);
         head.size = head.stored != 0 ? head.size : 0;

@@ -15,8 +15,8 @@ namespace {
 /// A recording that is under way.
 class RunningRecording {
   public:
-    RunningRecording(const Settings& itsSettings, void* recorder, const RecordedPlugin& plugin)
-        : settings(itsSettings) {
+    RunningRecording(Settings itsSettings, void* recorder, const RecordedPlugin& plugin)
+        : settings(std::move(itsSettings)) {
         if (!buffer.IsThere() || !CreateRecording(settings, file)) {
             TellDebugger("no file can be made for a recording of " + Utf8(settings.name) +
                          ", nothing is recorded.");

@@ -25,7 +25,7 @@ std::filesystem::path RecorderInPlace::For(const std::filesystem::path& plugin) 
         return {};
     }
     const std::wstring name = prefix + plugin.stem().wstring();
-    const std::filesystem::path copy = folder / (name + L".dll");
+    std::filesystem::path copy = folder / (name + L".dll");
     const std::wstring whole = std::filesystem::absolute(plugin).make_preferred().wstring();
     if (CopyFileW(recorder.c_str(), copy.c_str(), FALSE) == 0 ||
         !WriteWide(folder / (name + L".recorder.ini"),
