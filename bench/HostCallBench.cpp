@@ -1,22 +1,13 @@
 // FourD::CurrentProcess beside the same call with a record filled by hand, on a host of either
 // kind. The host answers at once, so what is measured is our side of the call.
 
+#include "bench/AnsweringHost.h"
 #include "host/FourD.h"
 
 #include <benchmark/benchmark.h>
 #include <cstring>
 
 namespace {
-
-HOST_CALL long AnswerClassic(long, ParameterBlock* block) {
-    block->param1 = 7;
-    return 0;
-}
-
-HOST_CALL long AnswerEngine(long, FDEngineBlock* block) {
-    block->param1 = 7;
-    return 0;
-}
 
 void BeHost(unsigned long version) {
     gHost = {};

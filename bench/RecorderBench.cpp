@@ -2,6 +2,7 @@
 // this program is the plug-in, which the recorder loads, and the host. A crossing is two events in
 // the recording.
 
+#include "bench/AnsweringHost.h"
 #include "host/FourD.h"
 #include "platform/Toolbox.h"
 #include "testhost/model/ScratchFolder.h"
@@ -16,16 +17,6 @@
 namespace {
 
 using Entry = void(NIMBO_STDCALL*)(long, void*, void*, void*);
-
-HOST_CALL long AnswerClassic(long, ParameterBlock* block) {
-    block->param1 = 7;
-    return 0;
-}
-
-HOST_CALL long AnswerEngine(long, FDEngineBlock* block) {
-    block->param1 = 7;
-    return 0;
-}
 
 Entry PackOf(HMODULE library) {
     return reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(library, "FourDPack")));
