@@ -98,9 +98,10 @@ Visitor::Found EventWriter::Visit(const Place& place, std::uint32_t address) {
         std::memcpy(&begin, Pointer(address), memory.From(address, sizeof begin));
     }
     head.size = begin != 0 ? SizeThere(place, address, begin) : 0;
-    if (!place.isSlot) {
+    if (!place.isSlot || place.form == Form::Value) { // whose type says what is wanted
+        const std::size_t wanted = place.isSlot ? 1 : head.size;
         const auto most =
-            std::min<std::size_t>({head.size, itemLimit, buffer.Left() - sizeof head});
+            std::min<std::size_t>({head.size, wanted, itemLimit, buffer.Left() - sizeof head});
         head.stored = memory.From(begin, most);
         head.size = head.stored != 0 ? head.size : 0;
     }
