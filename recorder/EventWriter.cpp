@@ -68,7 +68,7 @@ std::size_t EventWriter::SizeThere(const Place& place, std::uint32_t address, st
     case Target::HostHandle:
         return hostHandles.Of(address).value_or(0);
     case Target::Memory:
-        if (place.size == 0 && place.form != Form::None) { // a text, which itself says
+        if (place.size == 0 && place.form != Form::None && !place.isSlot) { // a text itself says
             const auto* const text = static_cast<const unsigned char*>(Pointer(begin));
             return TextSize(place.form, {text, memory.From(begin, itemLimit)});
         }

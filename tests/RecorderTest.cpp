@@ -1,4 +1,5 @@
 #include "host/boundary/Calls.h"
+#include "host/FourD.h"
 #include "testhost/model/ScratchFolder.h"
 #include "testhost/plugins/Library.h"
 #include "testhost/plugins/RecorderInPlace.h"
@@ -6,11 +7,13 @@
 #include "testhost/services/Dispatch.h"
 #include "testhost/values/Encodings.h"
 
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <windows.h>
@@ -213,6 +216,46 @@ TEST_F(RecorderTest, EndsTheFileAtItsLimits) {
     Configure("file=-5\r\nitem=much\r\n");
     EXPECT_EQ(Play(0x1130), std::vector<std::string>());
     EXPECT_EQ(Recorded().head.at("Item limit"), "65536");
+}
+
+// Functions that the host is handed.
+int functionsRun = 0;
+template <size_t>
+HOST_CALL void Counted(void* argument) {
+    functionsRun += *static_cast<int*>(argument);
+}
+template <size_t... numbers>
+std::array<void (*)(void*), sizeof...(numbers)> Functions(std::index_sequence<numbers...>) {
+    return {Counted<numbers>...};
+}
+
+void HandOverFunctions(CXParam*, CXResult* result) {
+    int one = 1;
+    long restored = 0;
+    for (auto* const function : Functions(std::make_index_sequence<66>())) {
+        FDEngineBlock block{};
+        block.mainThreadProc = function;
+        block.mainThreadArg = &one;
+        gHost.engineCallBack(Select("ExecuteOnMainThread").engine, &block);
+        restored += block.mainThreadProc == function ? 1 : 0;
+    }
+    result->SetLong(restored);
+}
+
+TEST_F(RecorderTest, FollowsFunctionsAsFarAsItHasRoom) {
+    TestPlug plug({{"Hand over", "() -> long", HandOverFunctions}}); // in this program
+    const RecorderInPlace place{Beside(L"Recorder.dll"), folder};
+    const PluginLibrary library(place.For(Beside(L"tests.exe")));
+    Host host({.version = 0x1210});
+    Session session(host, library.Entries());
+    session.Start();
+    EXPECT_EQ(session.Call(1, std::vector<TypedValue>(), ValueKind::Long), LongValue(66));
+    EXPECT_EQ(functionsRun, 66);
+    session.Stop();
+    EXPECT_EQ(host.problems, std::vector<std::string>());
+    const RecordingFile recording = Recorded();
+    EXPECT_EQ(std::ranges::count(recording.events, Way::MainThread, &RecordedEvent::way), 2 * 64);
+    EXPECT_EQ(recording.notes.size(), 2U);
 }
 
 // Plays a session with the plug-in of the tests that goes wrong, and answers what was recorded.
