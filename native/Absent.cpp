@@ -8,7 +8,7 @@
 
 // What concerns plug-ins in libraries, and other threads: here a plug-in is a part of the program.
 
-PluginLibrary::PluginLibrary(const std::filesystem::path&) {
+PluginLibrary::PluginLibrary(const std::filesystem::path&, std::filesystem::path) {
     throw PluginLoadError("plug-ins in libraries are not for this system");
 }
 

@@ -6,8 +6,6 @@
 #include <stdexcept>
 #include <string>
 
-#include <windows.h>
-
 namespace {
 // A byte-order mark in front tells the system that these are no characters of its code page.
 bool WriteWide(const std::filesystem::path& path, const std::wstring& text) {
@@ -27,7 +25,9 @@ std::filesystem::path RecorderInPlace::For(const std::filesystem::path& plugin) 
     const std::wstring name = prefix + plugin.stem().wstring();
     std::filesystem::path copy = folder / (name + L".dll");
     const std::wstring whole = std::filesystem::absolute(plugin).make_preferred().wstring();
-    if (CopyFileW(recorder.c_str(), copy.c_str(), FALSE) == 0 ||
+    std::error_code error;
+    std::filesystem::remove(copy, error); // of a process before this one
+    if (!std::filesystem::copy_file(recorder, copy, error) ||
         !WriteWide(folder / (name + L".recorder.ini"),
                    L"[recorder]\r\nplugin=" + whole + L"\r\n")) {
         throw std::runtime_error("testhost: the recorder cannot be copied to " + Shown(copy));
