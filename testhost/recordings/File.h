@@ -20,7 +20,7 @@ class RecordingError : public std::runtime_error {
 struct RecordedEvent {
     Recording::Chunk chunk = Recording::Chunk::EntryBegins;
     Recording::Way way = Recording::Way::Pack;
-    Recording::CrossingHead head{};
+    alignas(std::uint64_t) Recording::CrossingHead head{}; ///< packed: references lead into it
     CrossingContents contents;
 
     bool Begins() const {
