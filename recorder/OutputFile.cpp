@@ -11,7 +11,7 @@ constexpr std::uint64_t leftFree = 64ULL * 1024 * 1024; // on the disk, for ever
 constexpr std::uint64_t lookEvery = 4ULL * 1024 * 1024;
 constexpr std::size_t roomForEnd = 256;
 
-std::string EndChunk(Recording::Chunk chunk, const std::string& text) {
+std::string TextChunk(Recording::Chunk chunk, const std::string& text) {
     const Recording::ChunkHead head{static_cast<std::uint32_t>(text.size()), chunk, {}, 0};
     std::string bytes(sizeof head, '\0');
     std::memcpy(bytes.data(), &head, sizeof head);
@@ -66,7 +66,7 @@ void OutputFile::Write(const void* bytes, std::size_t size) {
 }
 
 void OutputFile::WriteText(Recording::Chunk chunk, const std::string& text) {
-    const std::string bytes = EndChunk(chunk, text);
+    const std::string bytes = TextChunk(chunk, text);
     if (chunk != Recording::Chunk::End) {
         return Write(bytes.data(), bytes.size());
     }
