@@ -1,5 +1,6 @@
 #include "platform/Compiler.h"
 #include "testhost/app/Commands.h"
+#include "testhost/app/Compare.h"
 #include "testhost/app/ExitCodes.h"
 #include "testhost/app/Record.h"
 #include "testhost/app/Validate.h"
@@ -385,6 +386,11 @@ int Command(int argc, wchar_t** argv) {
     CLI::App& commands = *app.add_subcommand(
         "commands", "Lists what the plug-in says of its commands: number, name and usage");
     commands.add_option("PLUGIN.dll", options.plugin, "the plug-in")->required()->type_name("");
+    CompareOptions comparison;
+    CLI::App& compare = *app.add_subcommand(
+        "compare", "Asks the stand-in host the calls of a recording, and lists where it answers\n"
+                   "otherwise than the host that was recorded");
+    AddCompareOptions(compare, comparison);
     std::string order;
     CLI::App& perform = *app.add_subcommand("perform", "A check of validate")->group("");
     perform.add_option("ORDER", order)->required();
@@ -415,6 +421,9 @@ int Command(int argc, wchar_t** argv) {
         }
         if (resources.parsed()) {
             return Compile(options);
+        }
+        if (compare.parsed()) {
+            return RunCompare(comparison);
         }
         if (perform.parsed()) {
             return PerformCheck(order);

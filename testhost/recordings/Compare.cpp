@@ -1,0 +1,573 @@
+#include "testhost/recordings/Compare.h"
+
+#include "platform/ResultCodes.h"
+#include "platform/Toolbox.h"
+#include "testhost/recordings/Adoption.h"
+#include "testhost/recordings/Facts.h"
+#include "testhost/recordings/HostSetUp.h"
+#include "testhost/recordings/Stacks.h"
+#include "testhost/toolbox/Control.h"
+#include "testhost/values/Encodings.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <optional>
+#include <set>
+
+using namespace Recording;
+
+namespace {
+constexpr long processStarts = -3;
+constexpr long processEnds = -4;
+constexpr long mainProcess = 1;
+constexpr long mostProcesses = 10000;
+
+// Stands for every function of the plug-in. All of those that the stand-in may call leave their
+// arguments to the caller, and answer nothing.
+void NIMBO_CDECL DoNothing() {}
+
+std::uint32_t WordAt(const CrossingContents& contents, size_t offset) {
+    std::uint32_t word = 0;
+    if (offset + sizeof word <= contents.root.size()) {
+        std::memcpy(&word, &contents.root[offset], sizeof word);
+    }
+    return word;
+}
+
+bool TellsOfProcess(const RecordedEvent& event) {
+    return event.way == Way::Pack &&
+           (event.head.selector == processStarts || event.head.selector == processEnds);
+}
+
+long ProcessIn(const RecordedEvent& event) {
+    return static_cast<long>(WordAt(event.contents, sizeof(std::uint32_t)));
+}
+
+const SelectorPair* SelectorOf(const RecordedEvent& event) {
+    return FindSelector(event.head.selector, event.way == Way::Engine);
+}
+
+// Opens the plug-in's resources, and makes them current, for as long as this lives.
+class OpenResources {
+  public:
+    OpenResources(const RecordingFile& recording, const std::filesystem::path& named)
+        : former(CurResFile()) {
+        const std::filesystem::path path = named.empty() ? BesidePlugin(recording) : named;
+        if (path.empty()) {
+            return;
+        }
+        if (ToolboxOpenResFile(path.wstring().c_str(), &file) != ResultCode::NoError) {
+            file = 0;
+            if (!named.empty()) {
+                throw RecordingError("the resource file " + Shown(named) +
+                                     " is missing or cannot be read");
+            }
+        }
+        if (file != 0) {
+            UseResFile(file);
+        }
+    }
+    ~OpenResources() {
+        if (file != 0) {
+            UseResFile(former);
+            ToolboxCloseResFile(file);
+        }
+    }
+    OpenResources(const OpenResources&) = delete;
+    OpenResources& operator=(const OpenResources&) = delete;
+
+  private:
+    static std::filesystem::path BesidePlugin(const RecordingFile& recording) {
+        const auto line = recording.head.find("Plug-in");
+        return line == recording.head.end()
+                   ? std::filesystem::path()
+                   : std::filesystem::path(FromUtf8(line->second)).replace_extension(".rsrc");
+    }
+
+    short former;
+    short file = 0;
+};
+
+// In which process code of the plug-in runs. The numbers are the recorded host's: it tells one when
+// the plug-in asks for it, and when a process starts or ends; each counts for the whole entry.
+class ProcessNumbers {
+  public:
+    explicit ProcessNumbers(const RecordingFile& recording) : file(recording) {
+        StackWalk walk;
+        for (size_t place = 0; place < file.events.size(); ++place) {
+            const RecordedEvent& event = file.events[place];
+            if (event.chunk == Chunk::CallEnds) {
+                NoteAnswer(event, walk);
+            }
+            walk.Take(event, place);
+        }
+    }
+
+    // On a stack with these crossings under way.
+    long On(std::uint32_t stackBase, const std::vector<StackWalk::Open>& open) {
+        long& last = ofStacks.try_emplace(stackBase, mainProcess).first->second;
+        if (const std::optional<size_t> entry = EntryOf(open)) {
+            const RecordedEvent& event = file.events[*entry];
+            if (const auto told = ofEntries.find(*entry); told != ofEntries.end()) {
+                last = told->second;
+            } else if (event.way == Way::MainThread) {
+                return mainProcess;
+            } else if (TellsOfProcess(event)) {
+                last = ProcessIn(event);
+            }
+        }
+        return last;
+    }
+
+  private:
+    void NoteAnswer(const RecordedEvent& event, StackWalk& walk) {
+        const SelectorPair* const selector = SelectorOf(event);
+        if (selector == nullptr || selector->name != "CurrentProcess") {
+            return;
+        }
+        const CallRecord answer(event.way, event.contents.root);
+        if (const std::optional<size_t> entry = EntryOf(walk.On(event));
+            entry && answer.Fields().error == ResultCode::NoError) {
+            ofEntries.try_emplace(*entry, answer.Fields().param1);
+        }
+    }
+
+    // The innermost entry that decides about the process: by its own number, on the main thread, or
+    // as the outermost one of the stack.
+    std::optional<size_t> EntryOf(const std::vector<StackWalk::Open>& open) const {
+        for (auto crossing = open.rbegin(); crossing != open.rend(); ++crossing) {
+            const RecordedEvent& event = file.events[crossing->event];
+            if (event.way == Way::MainThread || TellsOfProcess(event)) {
+                return crossing->event;
+            }
+        }
+        return open.empty() ? std::nullopt : std::optional(open.front().event);
+    }
+
+    const RecordingFile& file;
+    std::map<size_t, long> ofEntries;       ///< by the event that begins them
+    std::map<std::uint32_t, long> ofStacks; ///< the last one that was known
+};
+
+// Goes through the recording.
+class Walk {
+  public:
+    Walk(const RecordingFile& recording, Host& standIn, const CompareSettings& compareSettings,
+         ComparisonAccount& itsAccount)
+        : file(recording),
+          host(standIn),
+          settings(compareSettings),
+          account(itsAccount),
+          processes(recording) {}
+
+    void Run() {
+        host.onProblem = [this](const std::string& problem) { ++account.problems[problem]; };
+        for (size_t place = 0; place < file.events.size(); ++place) {
+            Take(file.events[place], place);
+        }
+    }
+
+  private:
+    static constexpr size_t forGood = SIZE_MAX;
+
+    void Take(const RecordedEvent& event, size_t place) {
+        if (event.head.stackBase != lastStack || event.IsIntoPlugin()) {
+            ++epoch; // what was known may be otherwise
+        }
+        lastStack = event.head.stackBase;
+        if (!event.Begins()) {
+            End(event);
+        }
+        stacks.Take(event, place);
+        if (event.Begins()) {
+            Begin(event);
+        }
+        LearnFrom(event);
+    }
+
+    void LearnFrom(const RecordedEvent& event) {
+        const RecordedItem* const init =
+            event.contents.Find(0, sizeof(std::uint32_t), Target::Memory);
+        Learn(file.CrossingOf(event),
+              init != nullptr ? std::span<const unsigned char>(init->bytes)
+                              : std::span<const unsigned char>(),
+              surroundings);
+    }
+
+    void Begin(const RecordedEvent& event) {
+        if (!event.IsIntoPlugin()) {
+            if (!IsServedAtItsEnd(event)) {
+                Ask(event);
+            }
+            return;
+        }
+        if (event.way == Way::Pack && event.head.selector == processStarts) {
+            StartProcess(ProcessIn(event));
+        }
+    }
+
+    void End(const RecordedEvent& event) {
+        const RecordedEvent& begin = file.events[file.crossings.at(event.head.number).begin];
+        if (!event.IsIntoPlugin()) {
+            if (IsServedAtItsEnd(begin)) {
+                Ask(begin);
+            }
+            return;
+        }
+        if (event.way == Way::Pack && event.head.selector == processEnds) {
+            host.EndProcess(ProcessIn(begin));
+        }
+    }
+
+    bool IsServedAtItsEnd(const RecordedEvent& begin) const {
+        const SelectorPair* const selector = SelectorOf(begin);
+        return selector != nullptr && selector->name == "DialogClose" && EndOf(begin) != nullptr;
+    }
+
+    // Those before it that nobody has spoken of have ended.
+    void StartProcess(long number) {
+        if (number < 1 || number > mostProcesses) {
+            return;
+        }
+        while (static_cast<long>(host.processes.size()) < number) {
+            host.AddProcess({.name = {}, .state = ProcessState::Ended});
+        }
+        host.FindProcess(number)->state = ProcessState::Executing;
+    }
+
+    const RecordedEvent* EndOf(const RecordedEvent& begin) const {
+        const size_t end = file.crossings.at(begin.head.number).end;
+        return end != 0 ? &file.events[end] : nullptr;
+    }
+
+    // --- One call --------------------------------------------------------------------------------
+
+    void Ask(const RecordedEvent& begin) {
+        const SelectorPair* const selector = SelectorOf(begin);
+        const std::string_view service = selector != nullptr ? selector->name : "an unknown call";
+        const RecordedEvent* const end = EndOf(begin);
+        account.calls += end != nullptr ? 1 : 0;
+        account.unanswered += end == nullptr ? 1 : 0;
+        if (begin.way == Way::Engine && !host.HasEngine()) {
+            return NotJudged("engine calls of a host that has none", service);
+        }
+        const Host::Scope scope(host);
+        const Host::InProcess inside(host, processes.On(begin.head.stackBase, stacks.On(begin)));
+        AskedCall call{host,
+                       stock,
+                       surroundings,
+                       file,
+                       begin,
+                       end,
+                       CallRecord(begin.way, {}),
+                       CallRecord(begin.way, begin.contents.root),
+                       CallRecord(begin.way, end != nullptr ? end->contents.root
+                                                            : std::vector<unsigned char>())};
+        Rebuild(call);
+        const Fact* const fact = FindFact(service);
+        bool adopted = Prepare(call, fact, service);
+        Serve(call, service);
+        if (end != nullptr) {
+            Judge(call, fact, service, adopted);
+        }
+        if (MayChangeFacts(service)) {
+            ++epoch;
+        }
+        const Settlement settled = SettledBy(service, call);
+        if (settled.lasts == Settlement::Lasts::NoMore) {
+            known.erase(settled.subject);
+        } else if (!settled.subject.empty()) {
+            known[settled.subject] = settled.lasts == Settlement::Lasts::ForGood ? forGood : epoch;
+        }
+    }
+
+    void Rebuild(AskedCall& call) {
+        const auto nothing = reinterpret_cast<std::uintptr_t>(&DoNothing);
+        const std::vector<unsigned char> root =
+            stock.Rebuild(file.CrossingOf(call.begin), surroundings, call.begin.contents, nullptr,
+                          static_cast<std::uint32_t>(nothing));
+        call.asked = CallRecord(call.begin.way, root);
+    }
+
+    // Teaches what has to be known before the call is served. Answers whether anything was.
+    bool Prepare(AskedCall& call, const Fact* fact, std::string_view service) {
+        const short error = call.answer.Fields().error;
+        if (call.end != nullptr && IsFailureOfMachine(error) && service != "CheckFreeStack") {
+            host.FailNext(service, error);
+            Adopted("failures of the machine", service, call.begin);
+            return true;
+        }
+        if (fact == nullptr || fact->before == nullptr || !fact->before(call)) {
+            return false;
+        }
+        if (call.end != nullptr) {
+            Adopted(fact->what, service, call.begin);
+        }
+        Rebuild(call);
+        return true;
+    }
+
+    void Serve(AskedCall& call, std::string_view service) {
+        if (service == "ConvertCharacters") {
+            MakeRoom(call);
+        }
+        const std::span<const unsigned char> bytes = call.asked.Bytes();
+        askedBytes.assign(bytes.begin(), bytes.end());
+        host.scheduler->BeginEntry();
+        returned = call.asked.Send(call.begin.head.selector);
+        if (service == "NewProcess") { // it is only known: its calls are in the recording
+            host.scheduler->Drop(host, call.asked.Fields().param1);
+        }
+    }
+
+    // A converted text is as long as it was.
+    void MakeRoom(AskedCall& call) {
+        CallFields& fields = call.asked.Fields();
+        const auto* const text = reinterpret_cast<const char*>(fields.param3);
+        if (text != nullptr && fields.param4 != 0) {
+            room.assign(std::strlen(text) + 1, '\0');
+            fields.param4 = reinterpret_cast<long>(room.data());
+        }
+    }
+
+    Crossing CrossingHere(const AskedCall& call) const {
+        return {.way = call.begin.way,
+                .selector = call.begin.head.selector,
+                .isOver = true,
+                .root = call.asked.Bytes(),
+                .usage = nullptr,
+                .sent = askedBytes};
+    }
+
+    std::vector<Difference> Differences(const AskedCall& call, const CrossingContents& here) {
+        std::vector<Difference> differences =
+            FindDifferences(file.CrossingOf(*call.end), call.end->contents, here, stock.book);
+        if (returned != call.end->head.returned) {
+            differences.push_back({"what the call-back returned",
+                                   std::to_string(call.end->head.returned),
+                                   std::to_string(returned)});
+        }
+        return differences;
+    }
+
+    CrossingContents Answer(const AskedCall& call, std::string_view service) const {
+        CrossingContents here = TakeContents(CrossingHere(call), surroundings);
+        AdoptUntouched(call.begin.contents, call.end->contents, askedBytes, here);
+        AdoptRubbish(service, call.begin.way, call.end->contents, here);
+        return here;
+    }
+
+    void Judge(AskedCall& call, const Fact* fact, std::string_view service, bool adopted) {
+        const std::string subject =
+            fact != nullptr && fact->subject != nullptr ? fact->subject(call) : std::string();
+        CrossingContents here = Answer(call, service);
+        std::vector<Difference> differences = Differences(call, here);
+        const bool isNews = subject.empty() || !IsKnown(subject);
+        if (!differences.empty() && fact != nullptr && isNews) {
+            if (fact->after != nullptr && fact->after(call)) {
+                Rebuild(call);
+                Serve(call, service);
+                here = Answer(call, service);
+                differences = Differences(call, here);
+                adopted = true;
+                Adopted(fact->what, service, call.begin);
+            }
+            if (!differences.empty() && CannotBeJudged(call, *fact, service, here)) {
+                return;
+            }
+        } else if (differences.empty() && fact != nullptr && fact->isSetUp &&
+                   setUpBy.insert(std::string(service) + QuestionOf(call.sent)).second) {
+            adopted = true;
+            Adopted(fact->what, service, call.begin);
+        }
+        if (!subject.empty() && fact->after != nullptr && isNews) {
+            known[subject] = epoch;
+        }
+        Count(call, service, differences, adopted);
+    }
+
+    // Whether the answers differ only in what the stand-in cannot be taught.
+    bool CannotBeJudged(AskedCall& call, const Fact& fact, std::string_view service,
+                        const CrossingContents& here) {
+        constexpr short unknownName = -9902;
+        const bool isWhole = fact.unjudged == wholeAnswer;
+        // Names of the language that the stand-in does not have.
+        const bool isUnknown = MayChangeFacts(service) &&
+                               call.asked.Fields().error == unknownName &&
+                               call.answer.Fields().error == ResultCode::NoError;
+        if (isWhole || isUnknown) {
+            NotJudged(isWhole ? fact.what : "names that the stand-in does not have", service);
+            return true;
+        }
+        if (fact.unjudged == RecordField::None) {
+            return false;
+        }
+        CrossingContents adopted = here;
+        if (!AdoptFields(fact.unjudged, call.begin.way, call.end->contents, stock.book, adopted) ||
+            !Differences(call, adopted).empty()) {
+            return false;
+        }
+        if ((fact.unjudged & RecordField::HostString) != 0) {
+            call.TakeOverString();
+        }
+        NotJudged(fact.what, service);
+        return true;
+    }
+
+    bool IsKnown(const std::string& subject) const {
+        const auto found = known.find(subject);
+        return found != known.end() && (found->second == epoch || found->second == forGood);
+    }
+
+    static std::string QuestionOf(const CallRecord& sent) {
+        const std::span<const unsigned char> bytes = sent.Bytes();
+        return {bytes.begin(), bytes.end()};
+    }
+
+    // --- The account
+    // -------------------------------------------------------------------------------
+
+    void Adopted(std::string_view what, std::string_view service, const RecordedEvent& begin) {
+        ++account.adoptions[std::string(what)][std::string(service)];
+        if (settings.onAdoption) {
+            settings.onAdoption("adopted " + std::string(what) + ": " + std::string(service) +
+                                ", " + PlaceOf(begin));
+        }
+    }
+
+    void NotJudged(std::string_view what, std::string_view service) {
+        ++account.notJudged[std::string(what)][std::string(service)];
+        ++account.unjudged;
+    }
+
+    void Count(const AskedCall& call, std::string_view service,
+               const std::vector<Difference>& differences, bool adopted) {
+        if (differences.empty()) {
+            ++account.alike;
+            account.adopted += adopted ? 1 : 0;
+            return;
+        }
+        ++account.different;
+        const std::string name = std::string(service) + " (" +
+                                 std::to_string(call.begin.head.selector) +
+                                 (call.begin.way == Way::Engine ? ", engine)" : ")");
+        for (const Difference& each : differences) {
+            const auto same = std::ranges::find_if(account.differences, [&](const auto& folded) {
+                return folded.service == name && folded.field == each.field;
+            });
+            if (same != account.differences.end()) {
+                ++same->count;
+                continue;
+            }
+            account.differences.push_back({.service = name,
+                                           .field = each.field,
+                                           .recorded = each.recorded,
+                                           .here = each.here,
+                                           .place = PlaceOf(call.begin),
+                                           .count = 1});
+        }
+    }
+
+    // "crossing 12 (0.003 s), within command 7 "Chart", process 1".
+    std::string PlaceOf(const RecordedEvent& begin) {
+        char seconds[32];
+        std::snprintf(seconds, sizeof seconds, "%.6f",
+                      static_cast<double>(begin.head.microseconds) / 1e6);
+        std::string place =
+            "crossing " + std::to_string(begin.head.number) + " (" + seconds + " s)";
+        for (const StackWalk::Open& open : stacks.On(begin)) {
+            const RecordedEvent& entry = file.events[open.event];
+            if (entry.IsIntoPlugin()) {
+                place += ", within " + NameOf(entry);
+            }
+        }
+        return place + ", process " + std::to_string(host.currentProcess);
+    }
+
+    std::string NameOf(const RecordedEvent& entry) const {
+        switch (entry.way) {
+        case Way::Process:
+            return "a process's function";
+        case Way::MainThread:
+            return "a function on the main thread";
+        case Way::DialogFilter:
+            return "a dialog's filter";
+        case Way::AreaHandler:
+            return "an area's handler";
+        default:
+            break;
+        }
+        const long number = entry.head.selector;
+        const auto command = file.commands.find(number);
+        return (number > 0 ? "command " : "selector ") + std::to_string(number) +
+               (command != file.commands.end() ? " " + Quoted(command->second.name) : "");
+    }
+
+    const RecordingFile& file;
+    Host& host;
+    const CompareSettings& settings;
+    ComparisonAccount& account;
+    ProcessNumbers processes;
+    StackWalk stacks;
+    Surroundings surroundings;
+    Stock stock;
+    std::vector<unsigned char> askedBytes; ///< of the call that is being served, before that
+    std::vector<char> room; ///< for a text that it answers
+    long returned = 0;
+    std::map<std::string, size_t> known; ///< subjects, and when they were last told
+    size_t epoch = 0;
+    std::set<std::string> setUpBy; ///< services, with what they were asked
+    std::uint32_t lastStack = 0;
+};
+} // namespace
+
+ComparisonAccount Compare(const RecordingFile& file, const CompareSettings& settings) {
+    HostSetUp setUp = SetUpOf(file);
+    ComparisonAccount account;
+    account.host = Describe(setUp);
+    ToolboxSetThread();
+    const OpenResources resources(file, settings.resources);
+    Host host(setUp.options);
+    host.database = std::move(setUp.database);
+    Walk(file, host, settings, account).Run();
+    host.onProblem = {};
+    return account;
+}
+
+namespace {
+void PrintCounts(const ComparisonAccount::Counts& counts, const char* what, std::ostream& out) {
+    for (const auto& [reason, services] : counts) {
+        out << what << reason << ":";
+        const char* separator = " ";
+        for (const auto& [service, count] : services) {
+            out << separator << service << " " << count;
+            separator = ", ";
+        }
+        out << "\n";
+    }
+}
+} // namespace
+
+void Print(const ComparisonAccount& account, std::ostream& out) {
+    out << "Compared with the stand-in as " << account.host << "\n";
+    for (const FoldedDifference& each : account.differences) {
+        out << "DIFFERENCE " << each.service << ", " << each.field << ": recorded " << each.recorded
+            << ", the stand-in " << each.here << "\n  "
+            << (each.count > 1 ? std::to_string(each.count) + " times, first in " : "in ")
+            << each.place << "\n";
+    }
+    for (const auto& [problem, count] : account.problems) {
+        out << "PROBLEM of the plug-in, not of the stand-in: " << problem
+            << (count > 1 ? " (" + std::to_string(count) + " times)" : "") << "\n";
+    }
+    PrintCounts(account.adoptions, "adopted ", out);
+    PrintCounts(account.notJudged, "not judged ", out);
+    out << account.calls << " answers compared: " << account.alike << " alike, of which "
+        << account.adopted << " in what was adopted; " << account.unjudged << " not judged, "
+        << account.different << " different";
+    if (account.unanswered != 0) {
+        out << "; " << account.unanswered << " calls never answered";
+    }
+    out << "\n";
+}
