@@ -513,7 +513,7 @@ class Walk {
     Surroundings surroundings;
     Stock stock;
     std::vector<unsigned char> askedBytes; ///< of the call that is being served, before that
-    std::vector<char> room; ///< for a text that it answers
+    std::vector<char> room;                ///< for a text that it answers
     long returned = 0;
     std::map<std::string, size_t> known; ///< subjects, and when they were last told
     size_t epoch = 0;
