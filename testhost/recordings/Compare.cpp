@@ -120,6 +120,9 @@ class ProcessNumbers {
         return last;
     }
 
+    // Whether it is from the answer of this crossing that a number is known.
+    bool AreToldBy(std::uint32_t crossing) const { return telling.contains(crossing); }
+
   private:
     void NoteAnswer(const RecordedEvent& event, StackWalk& walk) {
         const SelectorPair* const selector = SelectorOf(event);
@@ -128,8 +131,9 @@ class ProcessNumbers {
         }
         const CallRecord answer(event.way, event.contents.root);
         if (const std::optional<size_t> entry = EntryOf(walk.On(event));
-            entry && answer.Fields().error == ResultCode::NoError) {
-            ofEntries.try_emplace(*entry, answer.Fields().param1);
+            entry && answer.Fields().error == ResultCode::NoError &&
+            ofEntries.try_emplace(*entry, answer.Fields().param1).second) {
+            telling.insert(event.head.number);
         }
     }
 
@@ -147,6 +151,7 @@ class ProcessNumbers {
 
     const RecordingFile& file;
     std::map<size_t, long> ofEntries;       ///< by the event that begins them
+    std::set<std::uint32_t> telling;        ///< crossings
     std::map<std::uint32_t, long> ofStacks; ///< the last one that was known
 };
 
@@ -376,15 +381,24 @@ class Walk {
             if (!differences.empty() && CannotBeJudged(call, *fact, service, here)) {
                 return;
             }
-        } else if (differences.empty() && fact != nullptr && fact->isSetUp &&
-                   setUpBy.insert(std::string(service) + QuestionOf(call.sent)).second) {
+        } else if (differences.empty() && WasTaughtBefore(call, fact, service)) {
             adopted = true;
-            Adopted(fact->what, service, call.begin);
         }
         if (!subject.empty() && fact->after != nullptr && isNews) {
             known[subject] = epoch;
         }
         Count(call, service, differences, adopted);
+    }
+
+    // Whether the stand-in has this answer from the recording: it was set up by it.
+    bool WasTaughtBefore(const AskedCall& call, const Fact* fact, std::string_view service) {
+        const bool tellsProcess = processes.AreToldBy(call.begin.head.number);
+        const bool isSetUp = fact != nullptr && fact->isSetUp &&
+                             setUpBy.insert(std::string(service) + QuestionOf(call.sent)).second;
+        if (tellsProcess || isSetUp) {
+            Adopted(tellsProcess ? "numbers of processes" : fact->what, service, call.begin);
+        }
+        return tellsProcess || isSetUp;
     }
 
     // Whether the answers differ only in what the stand-in cannot be taught.

@@ -83,7 +83,6 @@ constexpr Fact facts[] = {
     {"EditPicture", "what the user did", nullptr, EditedPicture},
 
     // Processes and windows
-    {"CurrentProcess", "numbers of processes", nullptr, nullptr, nullptr, Param1},
     {"NewProcess", "numbers of processes", nullptr, ProcessNumber, nullptr, Param1},
     {"ProcessInfo", "other processes", ProcessSubject, nullptr, Teaching::ProcessState},
     {"ProcessCounts", "other processes", nullptr, nullptr, nullptr, Param1 | Param2},

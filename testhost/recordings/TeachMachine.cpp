@@ -38,6 +38,22 @@ HostWindow* TheWindow(const AskedCall& call) {
 std::uint32_t Word(const void* address) {
     return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(address));
 }
+
+// A window that stands here for one of the recording from now on: the frontmost that nobody has
+// spoken of yet, or a further one.
+HostWindow& MeetWindow(AskedCall& call, std::uint32_t recorded) {
+    WindowList& windows = call.host.windows;
+    HostWindow* met = nullptr;
+    for (size_t place = 0; place < windows.Count() && met == nullptr; ++place) {
+        HostWindow& window = windows.At(place);
+        met = call.stock.book.Recorded(Word(&window.port)) ? nullptr : &window;
+    }
+    if (met == nullptr) {
+        met = &windows.AddInFront(call.Process(), WindowKind::Regular);
+    }
+    call.stock.book.Learn(recorded, Word(&met->port));
+    return *met;
+}
 } // namespace
 
 namespace Teaching {
@@ -152,8 +168,7 @@ bool Window(AskedCall& call) {
         call.answer.Fields().error == ResultCode::BadParameter) {
         return false;
     }
-    const HostWindow& window = call.host.windows.AddInFront(call.Process(), WindowKind::Regular);
-    call.stock.book.Learn(recorded, Word(&window.port));
+    MeetWindow(call, recorded);
     return true;
 }
 
@@ -193,8 +208,7 @@ bool Focus(AskedCall& call) {
     const auto here = call.stock.book.Here(recorded);
     HostWindow* window = here ? call.host.windows.Find(reinterpret_cast<void*>(*here)) : nullptr;
     if (window == nullptr) {
-        window = &call.host.windows.AddInFront(call.Process(), WindowKind::Regular);
-        call.stock.book.Learn(recorded, Word(&window->port));
+        window = &MeetWindow(call, recorded);
     }
     call.host.focusedWindow = &window->port;
     return true;
