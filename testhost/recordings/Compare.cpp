@@ -5,6 +5,7 @@
 #include "testhost/recordings/Adoption.h"
 #include "testhost/recordings/Facts.h"
 #include "testhost/recordings/HostSetUp.h"
+#include "testhost/recordings/ProcessNumbers.h"
 #include "testhost/recordings/Stacks.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
@@ -18,35 +19,11 @@
 using namespace Recording;
 
 namespace {
-constexpr long processStarts = -3;
-constexpr long processEnds = -4;
-constexpr long mainProcess = 1;
 constexpr long mostProcesses = 10000;
 
 // Stands for every function of the plug-in. All of those that the stand-in may call leave their
 // arguments to the caller, and answer nothing.
 void NIMBO_CDECL DoNothing() {}
-
-std::uint32_t WordAt(const CrossingContents& contents, size_t offset) {
-    std::uint32_t word = 0;
-    if (offset + sizeof word <= contents.root.size()) {
-        std::memcpy(&word, &contents.root[offset], sizeof word);
-    }
-    return word;
-}
-
-bool TellsOfProcess(const RecordedEvent& event) {
-    return event.way == Way::Pack &&
-           (event.head.selector == processStarts || event.head.selector == processEnds);
-}
-
-long ProcessIn(const RecordedEvent& event) {
-    return static_cast<long>(WordAt(event.contents, sizeof(std::uint32_t)));
-}
-
-const SelectorPair* SelectorOf(const RecordedEvent& event) {
-    return FindSelector(event.head.selector, event.way == Way::Engine);
-}
 
 // Opens the plug-in's resources, and makes them current, for as long as this lives.
 class OpenResources {
@@ -87,72 +64,6 @@ class OpenResources {
 
     short former;
     short file = 0;
-};
-
-// In which process code of the plug-in runs. The numbers are the recorded host's: it tells one when
-// the plug-in asks for it, and when a process starts or ends; each counts for the whole entry.
-class ProcessNumbers {
-  public:
-    explicit ProcessNumbers(const RecordingFile& recording) : file(recording) {
-        StackWalk walk;
-        for (size_t place = 0; place < file.events.size(); ++place) {
-            const RecordedEvent& event = file.events[place];
-            if (event.chunk == Chunk::CallEnds) {
-                NoteAnswer(event, walk);
-            }
-            walk.Take(event, place);
-        }
-    }
-
-    // On a stack with these crossings under way.
-    long On(std::uint32_t stackBase, const std::vector<StackWalk::Open>& open) {
-        long& last = ofStacks.try_emplace(stackBase, mainProcess).first->second;
-        if (const std::optional<size_t> entry = EntryOf(open)) {
-            const RecordedEvent& event = file.events[*entry];
-            if (const auto told = ofEntries.find(*entry); told != ofEntries.end()) {
-                last = told->second;
-            } else if (event.way == Way::MainThread) {
-                return mainProcess;
-            } else if (TellsOfProcess(event)) {
-                last = ProcessIn(event);
-            }
-        }
-        return last;
-    }
-
-    // Whether it is from the answer of this crossing that a number is known.
-    bool AreToldBy(std::uint32_t crossing) const { return telling.contains(crossing); }
-
-  private:
-    void NoteAnswer(const RecordedEvent& event, StackWalk& walk) {
-        const SelectorPair* const selector = SelectorOf(event);
-        if (selector == nullptr || selector->name != "CurrentProcess") {
-            return;
-        }
-        const CallRecord answer(event.way, event.contents.root);
-        if (const std::optional<size_t> entry = EntryOf(walk.On(event));
-            entry && answer.Fields().error == ResultCode::NoError &&
-            ofEntries.try_emplace(*entry, answer.Fields().param1).second) {
-            telling.insert(event.head.number);
-        }
-    }
-
-    // The innermost entry that decides about the process: by its own number, on the main thread, or
-    // as the outermost one of the stack.
-    std::optional<size_t> EntryOf(const std::vector<StackWalk::Open>& open) const {
-        for (auto crossing = open.rbegin(); crossing != open.rend(); ++crossing) {
-            const RecordedEvent& event = file.events[crossing->event];
-            if (event.way == Way::MainThread || TellsOfProcess(event)) {
-                return crossing->event;
-            }
-        }
-        return open.empty() ? std::nullopt : std::optional(open.front().event);
-    }
-
-    const RecordingFile& file;
-    std::map<size_t, long> ofEntries;       ///< by the event that begins them
-    std::set<std::uint32_t> telling;        ///< crossings
-    std::map<std::uint32_t, long> ofStacks; ///< the last one that was known
 };
 
 // Goes through the recording.
@@ -207,8 +118,8 @@ class Walk {
             }
             return;
         }
-        if (event.way == Way::Pack && event.head.selector == processStarts) {
-            StartProcess(ProcessIn(event));
+        if (const auto number = ProcessThatStarts(event)) {
+            StartProcess(*number);
         }
     }
 
@@ -220,13 +131,13 @@ class Walk {
             }
             return;
         }
-        if (event.way == Way::Pack && event.head.selector == processEnds) {
-            host.EndProcess(ProcessIn(begin));
+        if (const auto number = ProcessThatEnds(begin)) {
+            host.EndProcess(*number);
         }
     }
 
     bool IsServedAtItsEnd(const RecordedEvent& begin) const {
-        const SelectorPair* const selector = SelectorOf(begin);
+        const SelectorPair* const selector = ServiceOf(begin);
         return selector != nullptr && selector->name == "DialogClose" && EndOf(begin) != nullptr;
     }
 
@@ -249,7 +160,7 @@ class Walk {
     // --- One call --------------------------------------------------------------------------------
 
     void Ask(const RecordedEvent& begin) {
-        const SelectorPair* const selector = SelectorOf(begin);
+        const SelectorPair* const selector = ServiceOf(begin);
         const std::string_view service = selector != nullptr ? selector->name : "an unknown call";
         const RecordedEvent* const end = EndOf(begin);
         account.calls += end != nullptr ? 1 : 0;
@@ -547,41 +458,4 @@ ComparisonAccount Compare(const RecordingFile& file, const CompareSettings& sett
     Walk(file, host, settings, account).Run();
     host.onProblem = {};
     return account;
-}
-
-namespace {
-void PrintCounts(const ComparisonAccount::Counts& counts, const char* what, std::ostream& out) {
-    for (const auto& [reason, services] : counts) {
-        out << what << reason << ":";
-        const char* separator = " ";
-        for (const auto& [service, count] : services) {
-            out << separator << service << " " << count;
-            separator = ", ";
-        }
-        out << "\n";
-    }
-}
-} // namespace
-
-void Print(const ComparisonAccount& account, std::ostream& out) {
-    out << "Compared with the stand-in as " << account.host << "\n";
-    for (const FoldedDifference& each : account.differences) {
-        out << "DIFFERENCE " << each.service << ", " << each.field << ": recorded " << each.recorded
-            << ", the stand-in " << each.here << "\n  "
-            << (each.count > 1 ? std::to_string(each.count) + " times, first in " : "in ")
-            << each.place << "\n";
-    }
-    for (const auto& [problem, count] : account.problems) {
-        out << "PROBLEM of the plug-in, not of the stand-in: " << problem
-            << (count > 1 ? " (" + std::to_string(count) + " times)" : "") << "\n";
-    }
-    PrintCounts(account.adoptions, "adopted ", out);
-    PrintCounts(account.notJudged, "not judged ", out);
-    out << account.calls << " answers compared: " << account.alike << " alike, of which "
-        << account.adopted << " in what was adopted; " << account.unjudged << " not judged, "
-        << account.different << " different";
-    if (account.unanswered != 0) {
-        out << "; " << account.unanswered << " calls never answered";
-    }
-    out << "\n";
 }

@@ -219,12 +219,12 @@ constexpr std::string_view changing[] = {
 } // namespace
 
 const Fact* FindFact(std::string_view service) {
-    const auto found = std::ranges::find(facts, service, &Fact::service);
+    const auto* const found = std::ranges::find(facts, service, &Fact::service);
     return found == std::end(facts) ? nullptr : &*found;
 }
 
 Settlement SettledBy(std::string_view service, const AskedCall& call) {
-    const auto found = std::ranges::find(settled, service, &Settled::service);
+    const auto* const found = std::ranges::find(settled, service, &Settled::service);
     if (found == std::end(settled) || call.answer.Fields().error != ResultCode::NoError) {
         return {};
     }

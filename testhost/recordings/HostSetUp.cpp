@@ -1,7 +1,7 @@
 #include "testhost/recordings/HostSetUp.h"
 
 #include "platform/ResultCodes.h"
-#include "testhost/values/Scalars.h"
+#include "testhost/recordings/ProcessNumbers.h"
 
 #include <algorithm>
 #include <array>
@@ -154,9 +154,7 @@ AnswersBySource(const RecordingFile& file) {
     std::array<std::vector<const RecordedEvent*>, std::size(sources)> answers;
     for (const RecordedEvent& event : file.events) {
         const SelectorPair* const selector =
-            event.chunk == Chunk::CallEnds
-                ? FindSelector(event.head.selector, event.way == Way::Engine)
-                : nullptr;
+            event.chunk == Chunk::CallEnds ? ServiceOf(event) : nullptr;
         const auto source = selector != nullptr
                                 ? std::ranges::find(sources, selector->name, &Source::service)
                                 : std::end(sources);
