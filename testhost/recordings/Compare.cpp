@@ -55,11 +55,17 @@ class OpenResources {
     OpenResources& operator=(const OpenResources&) = delete;
 
   private:
+    // Empty without one. A recording may come from anybody: nothing but a file on a drive is
+    // looked for on its word, no other machine is asked.
     static std::filesystem::path BesidePlugin(const RecordingFile& recording) {
+        constexpr size_t driveAndColon = 2;
         const auto line = recording.head.find("Plug-in");
-        return line == recording.head.end()
-                   ? std::filesystem::path()
-                   : std::filesystem::path(FromUtf8(line->second)).replace_extension(".rsrc");
+        if (line == recording.head.end()) {
+            return {};
+        }
+        std::filesystem::path path = FromUtf8(line->second);
+        return path.root_name().native().size() == driveAndColon ? path.replace_extension(".rsrc")
+                                                                 : std::filesystem::path();
     }
 
     short former;
@@ -78,7 +84,12 @@ class Walk {
           processes(recording) {}
 
     void Run() {
-        host.onProblem = [this](const std::string& problem) { ++account.problems[problem]; };
+        host.onProblem = [this](const std::string& problem) {
+            constexpr size_t mostKept = 1000;
+            if (account.problems.size() < mostKept || account.problems.contains(problem)) {
+                ++account.problems[problem];
+            }
+        };
         for (size_t place = 0; place < file.events.size(); ++place) {
             Take(file.events[place], place);
         }

@@ -10,7 +10,7 @@
 
 namespace {
 constexpr size_t inHandle = offsetof(CallFields, handle);
-constexpr long mostRecords = 100000; // that are made up because a recording speaks of them
+constexpr size_t mostValues = 1000000; // of records made up because a recording speaks of them
 
 // --- Variables ----------------------------------------------------------------------------------
 
@@ -47,10 +47,21 @@ RecordValues EmptyRecord(const DatabaseTable& table) {
     return values;
 }
 
+size_t ValuesIn(const Database& database) {
+    size_t values = 0;
+    for (short number = 1; number <= database.TableCount(); ++number) {
+        const DatabaseTable& table = *database.Table(number);
+        values += table.records.size() * (table.fields.size() + 1);
+    }
+    return values;
+}
+
 // Makes empty records up until the table has had so many.
 bool HaveRecords(Database& database, short number, long count) {
     const DatabaseTable* table = database.Table(number);
-    if (table == nullptr || count > mostRecords) {
+    if (table == nullptr ||
+        static_cast<size_t>(std::max(count, 0L)) >
+            (mostValues - std::min(ValuesIn(database), mostValues)) / (table->fields.size() + 1)) {
         return false;
     }
     while (static_cast<long>(table->records.size()) < count) {
