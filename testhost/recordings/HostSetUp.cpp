@@ -155,8 +155,8 @@ AnswersBySource(const RecordingFile& file) {
     for (const RecordedEvent& event : file.events) {
         const SelectorPair* const selector =
             event.chunk == Chunk::CallEnds ? ServiceOf(event) : nullptr;
-        const auto source = selector != nullptr
-                                ? std::ranges::find(sources, selector->name, &Source::service)
+        const auto* const source =
+            selector != nullptr ? std::ranges::find(sources, selector->name, &Source::service)
                                 : std::end(sources);
         if (source != std::end(sources) &&
             CallRecord(event.way, event.contents.root).Fields().error == ResultCode::NoError) {

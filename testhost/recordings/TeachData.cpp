@@ -59,9 +59,12 @@ size_t ValuesIn(const Database& database) {
 // Makes empty records up until the table has had so many.
 bool HaveRecords(Database& database, short number, long count) {
     const DatabaseTable* table = database.Table(number);
-    if (table == nullptr ||
-        static_cast<size_t>(std::max(count, 0L)) >
-            (mostValues - std::min(ValuesIn(database), mostValues)) / (table->fields.size() + 1)) {
+    if (table == nullptr) {
+        return false;
+    }
+    const long missing = std::max(count - static_cast<long>(table->records.size()), 0L);
+    if (static_cast<size_t>(missing) >
+        (mostValues - std::min(ValuesIn(database), mostValues)) / (table->fields.size() + 1)) {
         return false;
     }
     while (static_cast<long>(table->records.size()) < count) {
