@@ -34,7 +34,8 @@ const RecordedItem* ItemAt(const AskedCall& call, size_t offset) {
 CallRecord::CallRecord(Recording::Way way, std::span<const unsigned char> bytes)
     : isEngine(way == Recording::Way::Engine) {
     void* const record = isEngine ? static_cast<void*>(&engine) : &classic;
-    std::memcpy(record, bytes.data(), std::min(bytes.size(), Bytes().size()));
+    std::copy_n(bytes.begin(), std::min(bytes.size(), Bytes().size()),
+                static_cast<unsigned char*>(record));
 }
 
 std::span<const unsigned char> CallRecord::Bytes() const {

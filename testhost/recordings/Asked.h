@@ -39,8 +39,8 @@ class CallRecord {
 
   private:
     bool isEngine;
-    ParameterBlock classic{};
-    FDEngineBlock engine{};
+    alignas(4) ParameterBlock classic{}; // as plug-ins have them
+    alignas(4) FDEngineBlock engine{};
 };
 
 /// A call of the recording while the stand-in host is asked it.

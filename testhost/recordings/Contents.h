@@ -10,7 +10,7 @@
 
 /// Something that an address leads to: its bytes, as many as were stored.
 struct RecordedItem {
-    Recording::ItemHead head{};
+    alignas(4) Recording::ItemHead head{}; // packed, but its numbers may be referred to
     std::vector<unsigned char> bytes;
 };
 

@@ -54,14 +54,14 @@ void TakeProgramInfo(Sketch& sketch, const CallRecord&, const CallRecord& answer
 }
 
 void TakeTableCount(Sketch& sketch, const CallRecord&, const CallRecord& answer) {
-    sketch.tableCount =
-        static_cast<short>(std::clamp<long>(answer.Fields().param1, sketch.tableCount, mostTables));
+    sketch.tableCount = static_cast<short>(
+        std::clamp<long>(long{answer.Fields().param1}, sketch.tableCount, mostTables));
 }
 
 void TakeFieldCount(Sketch& sketch, const CallRecord& sent, const CallRecord& answer) {
     if (TableSketch* const table = sketch.Table(sent.Fields().table)) {
         table->fieldCount = static_cast<short>(
-            std::clamp<long>(answer.Fields().param1, table->fieldCount, mostFields));
+            std::clamp<long>(long{answer.Fields().param1}, table->fieldCount, mostFields));
     }
 }
 

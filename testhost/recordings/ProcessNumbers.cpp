@@ -76,7 +76,7 @@ void ProcessNumbers::NoteAnswer(const RecordedEvent& event,
     const CallRecord answer(event.way, event.contents.root);
     if (const std::optional<size_t> entry = EntryOf(open);
         entry && answer.Fields().error == ResultCode::NoError &&
-        ofEntries.try_emplace(*entry, answer.Fields().param1).second) {
+        ofEntries.try_emplace(*entry, long{answer.Fields().param1}).second) {
         telling.insert(event.head.number);
     }
 }

@@ -222,7 +222,7 @@ bool Confirmation(AskedCall& call) {
     if (call.end == nullptr || call.answer.Fields().error != ResultCode::NoError) {
         return false;
     }
-    call.host.boxes.confirmAnswers.push_back(call.answer.Fields().param2);
+    call.host.boxes.confirmAnswers.push_back(long{call.answer.Fields().param2});
     return true;
 }
 
