@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <set>
 
 // Variables; tables, their records and the selections of processes.
 
@@ -81,8 +82,9 @@ bool SelectRecords(AskedCall& call, long count) {
     if (count < 0 || (!had && !HaveRecords(database, TableOf(call), count))) {
         return false;
     }
+    const std::set<long> selected(numbers.begin(), numbers.end());
     for (long number = 0; static_cast<long>(numbers.size()) < count; ++number) {
-        if (std::ranges::find(numbers, number) == numbers.end()) {
+        if (!selected.contains(number)) {
             numbers.push_back(number);
         }
     }
