@@ -163,7 +163,7 @@ class CompareTest : public testing::TestWithParam<unsigned short> {};
 INSTANTIATE_TEST_SUITE_P(Hosts, CompareTest, testing::Values<unsigned short>(0x0680, 0x1210),
                          HostName);
 
-// Adds a call about texts as the user sees them, which no fact decides.
+// A call whose answer no fact decides: texts as the user compares them.
 bool SameToUser() {
     return FourD::StringsEqual(PascalString("Abc"), PascalString("ABC")) != 0;
 }

@@ -10,7 +10,7 @@
 
 /// Something that an address leads to: its bytes, as many as were stored.
 struct RecordedItem {
-    alignas(4) Recording::ItemHead head{}; // packed, but its numbers may be referred to
+    alignas(std::uint32_t) Recording::ItemHead head{}; ///< packed: references lead into it
     std::vector<unsigned char> bytes;
 };
 
