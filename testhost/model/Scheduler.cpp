@@ -263,6 +263,19 @@ void Scheduler::EndRunning() {
     std::abort(); // nobody switches to an ended task
 }
 
+bool Scheduler::HandOver(const Host& host, long process) {
+    const auto found = std::ranges::find_if(tasks, [&](const auto& task) {
+        return process == 0 ? !task->body : task->Is(host, process);
+    });
+    if (found == tasks.end()) {
+        return false;
+    }
+    if (found->get() != running) {
+        SwitchTo(**found);
+    }
+    return true;
+}
+
 void Scheduler::RunOnMain(const std::function<void()>& work) {
     if (!InOwnProcess()) {
         return work();

@@ -55,6 +55,10 @@ class Scheduler {
     void GiveWay(Host& host);
     /// Ends the running process, which has a stack of its own.
     [[noreturn]] void EndRunning();
+    /// This process goes on where it stands, whatever it waits for, and the running task stands
+    /// still until it is its turn in the same way; 0 is the main task. For whoever knows the order
+    /// of turns. False when there is no such process with a stack of its own.
+    bool HandOver(const Host& host, long process);
     /// Runs `work` on the main task's stack, on top of whatever stands there.
     void RunOnMain(const std::function<void()>& work);
 

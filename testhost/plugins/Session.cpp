@@ -211,16 +211,20 @@ void Session::Enter(long selector, void* params, void* data, void* result, std::
     if (entries.pack == nullptr) {
         throw std::runtime_error("the plug-in's library is not loaded");
     }
-    bool extended = (selector == -200 || selector == -220) && entries.packEx != nullptr;
+    const bool extended = (selector == -200 || selector == -220) && entries.packEx != nullptr;
     void* const words[4] = {Word(selector), params, data, result};
+    EnterBy(extended ? entries.packEx : entries.pack, words, std::move(what));
+}
+
+void Session::EnterBy(PluginEntry entry, void* const words[4], std::string what) {
     const bool outermost = host.log.depth == 0 && !host.scheduler->InOwnProcess();
     if (outermost) {
         host.scheduler->BeginEntry();
     }
+    const auto selector = reinterpret_cast<long>(words[0]);
     const std::string who = what.starts_with("command") ? "Command " + std::to_string(selector)
                                                         : "The entry point (" + what + ")";
-    const long left = CallPlugin(host, extended ? entries.packEx : entries.pack, words, selector,
-                                 std::move(what), who);
+    const long left = CallPlugin(host, entry, words, selector, std::move(what), who);
     if (outermost) {
         host.EndKilledProcess();
     }

@@ -50,6 +50,8 @@ class Session final : public HostedPlugin {
                     ValueKind result = ValueKind::None);
 
     void Enter(long selector, void* params, void* data, void* result, std::string what) override;
+    /// The same with whichever entry point.
+    void EnterBy(PluginEntry entry, void* const words[4], std::string what);
 
     /// To be called when the plug-in has been stopped for good and nothing else that was made
     /// since the session began is still needed: frees the host's variables, reports toolbox blocks,

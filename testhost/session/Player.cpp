@@ -11,13 +11,6 @@
 #include <utility>
 
 namespace {
-constexpr size_t mostCallsPrinted = 40; // of an entry into the plug-in
-constexpr size_t mostNamesPrinted = 5;  // of the others
-
-std::string Indent(int depth) {
-    return std::string(static_cast<size_t>(depth) * 2, ' ');
-}
-
 // The total of what `count` says of each host.
 template <typename Count>
 size_t Total(const Stage& stage, Count count) {
@@ -68,12 +61,13 @@ Player::~Player() {
 
 void Player::Watch() {
     stage.players.push_back(this);
+    printer.emplace(stage.transcript, stage.progress->callsNotPrinted, heading);
     host.scriptPlace = &stage.place;
     host.log.onAdded = [this](const LoggedCall& call) {
         KeepAccount();
-        Print(call);
+        printer->Print(call);
     };
-    host.log.onEntryEnded = [this](long process, int depth) { PrintRest(process, depth); };
+    host.log.onEntryEnded = [this](long process, int depth) { printer->EndEntry(process, depth); };
     host.boxes.onShown = [this](const HostBox& box) {
         NoteEvent(std::string(box.kind == HostBox::Kind::Alert ? "alert" : "confirm") + ": " +
                   Quoted(box.text));
@@ -91,80 +85,6 @@ void Player::Watch() {
         TellFinding(heading + problem);
         stage.transcript.Problem(stage.place, heading + problem);
     };
-}
-
-// Of many calls that are alike most need not even be described.
-void Player::Print(const LoggedCall& call) {
-    using Sink = Transcript::Sink;
-    Transcript& transcript = stage.transcript;
-    const bool isShown = transcript.Wants(Sink::Screen) && Shows(call);
-    const bool isKept = transcript.Wants(Sink::File);
-    if (!isShown && !isKept) {
-        return;
-    }
-    const bool isEntry = call.IsIntoPlugin();
-    const std::string text =
-        heading + Indent(call.depth) + (isEntry ? "→ " : "← ") + call.Describe();
-    for (const Sink sink : {Sink::Screen, Sink::File}) {
-        if (sink == Sink::Screen ? !isShown : !isKept) {
-            continue;
-        }
-        long& last = lastProcess[static_cast<size_t>(sink)];
-        if (!isEntry && call.process != last) {
-            transcript.Line(sink, LineKind::Plain,
-                            heading + "  (process " + std::to_string(call.process) + ")");
-        }
-        last = call.process;
-        transcript.Line(sink, isEntry ? LineKind::Entry : LineKind::Call, text);
-    }
-}
-
-bool Player::Shows(const LoggedCall& call) {
-    if (call.IsIntoPlugin()) {
-        stage.transcript.Break();
-        entries[{call.process, call.depth}] = {};
-        return true;
-    }
-    if (stage.transcript.Folds(
-            {.heading = &heading,
-             .depth = call.depth,
-             .process = call.process,
-             .isCall = true,
-             .isEngine = call.IsEngine(),
-             .selector = call.selector,
-             .error = call.Answered().error,
-             .text = call.remark.empty() ? 0 : std::hash<std::string>()(call.remark)})) {
-        return false;
-    }
-    PlayedEntry& entry = entries[{call.process, call.depth - 1}];
-    if (++entry.calls <= mostCallsPrinted) {
-        return true;
-    }
-    ++entry.unprinted[call.name];
-    ++stage.progress->callsNotPrinted;
-    return false;
-}
-
-void Player::PrintRest(long process, int depth) {
-    stage.transcript.Break();
-    const PlayedEntry entry = std::exchange(entries[{process, depth}], {});
-    entries.erase({process, depth});
-    if (entry.unprinted.empty()) {
-        return;
-    }
-    stage.progress->callsNotPrinted -= entry.calls - mostCallsPrinted;
-    std::vector<std::pair<std::string, size_t>> names(entry.unprinted.begin(),
-                                                      entry.unprinted.end());
-    std::ranges::stable_sort(names, std::greater(), &std::pair<std::string, size_t>::second);
-    std::string list;
-    for (size_t place = 0; place < std::min(names.size(), mostNamesPrinted); ++place) {
-        list += (place == 0 ? "" : ", ") + std::to_string(names[place].second) + " " +
-                names[place].first;
-    }
-    stage.transcript.Line(
-        Transcript::Sink::Screen, LineKind::Rest,
-        heading + Indent(depth + 1) + "← … " + std::to_string(entry.calls - mostCallsPrinted) +
-            " more calls: " + list + (names.size() > mostNamesPrinted ? ", …" : ""));
 }
 
 void Player::Note(const std::string& text) {

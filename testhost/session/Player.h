@@ -4,6 +4,7 @@
 #include "testhost/plugins/RecorderInPlace.h"
 #include "testhost/plugins/Session.h"
 #include "testhost/session/Area.h"
+#include "testhost/session/CrossingPrinter.h"
 #include "testhost/session/Progress.h"
 #include "testhost/session/Script.h"
 #include "testhost/session/Transcript.h"
@@ -117,21 +118,10 @@ class Player {
 
   private:
     void Watch();
-    /// What was printed of the calls that an entry into the plug-in makes, and what was not.
-    struct PlayedEntry {
-        size_t calls = 0;
-        std::map<std::string, size_t> unprinted; ///< by name
-    };
-
-    void Print(const LoggedCall& call);
-    /// Whether the screen shows it; counts it when not.
-    bool Shows(const LoggedCall& call);
     void PlayStatement(const Script& script, size_t number);
     size_t SetUpAgain(const Script& script);
     void KeepAccount();
     void TellFinding(const std::string& sentence) const;
-    /// Says what was not printed of an entry that is over.
-    void PrintRest(long process, int depth);
     void Stop();
     void StopAll();
     void LetFurtherHostsGo();
@@ -139,6 +129,5 @@ class Player {
 
     std::string heading; ///< of each line; empty for the script's own host
     size_t acceptedProblems = 0;
-    std::map<std::pair<long, int>, PlayedEntry> entries; ///< under way, by process and depth
-    std::array<long, 2> lastProcess = {1, 1}; ///< of the last crossing that each sink has got
+    std::optional<CrossingPrinter> printer;
 };

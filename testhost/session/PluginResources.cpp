@@ -1,0 +1,32 @@
+#include "testhost/session/PluginResources.h"
+
+#include "platform/ResultCodes.h"
+#include "testhost/session/Words.h"
+#include "testhost/toolbox/Control.h"
+#include "testhost/values/Encodings.h"
+
+#include <string>
+
+PluginResources::PluginResources(const std::filesystem::path& plugin,
+                                 const std::filesystem::path& resources)
+    : file(resources.empty() ? std::filesystem::path(plugin).replace_extension(".rsrc")
+                             : resources) {
+    const OSErr error = ToolboxOpenResFile(file.wstring().c_str(), &refNum);
+    if (error == ResultCode::FileNotFound && resources.empty()) {
+        refNum = 0;
+    } else if (error == ResultCode::FileNotFound || error == ResultCode::InputOutput) {
+        throw ScriptError("the resource file " + Shown(file) + " is missing or cannot be read");
+    } else if (error != ResultCode::NoError) {
+        throw ScriptError(Shown(file) + " is no resource file: " +
+                          (error == ResultCode::EndOfData
+                               ? "it is too short"
+                               : "its map does not agree with itself or the file") +
+                          " (" + std::to_string(error) + ")");
+    }
+}
+
+PluginResources::~PluginResources() {
+    if (refNum != 0) {
+        ToolboxCloseResFile(refNum);
+    }
+}
