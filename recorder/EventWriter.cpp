@@ -52,12 +52,26 @@ void EventWriter::Put(Event event, Surroundings& surroundings) {
     };
     buffer.Append(&head, sizeof head);
     crossing.root = {buffer.Append(crossing.root.data(), rootSize), rootSize};
+    LearnHost(crossing, surroundings);
     VisitPlaces(crossing, surroundings, *this);
     Learn(crossing, init, surroundings);
 
     const ChunkHead chunk{static_cast<std::uint32_t>(buffer.Used().size() - sizeof chunk),
                           event.chunk, crossing.way, items};
     std::memcpy(buffer.At(0), &chunk, sizeof chunk);
+}
+
+// How long an init record is depends on the host's version, which stands in it first.
+void EventWriter::LearnHost(const Crossing& crossing, Surroundings& surroundings) {
+    const bool isInit = (crossing.way == Way::Pack || crossing.way == Way::PackEx) &&
+                        (crossing.selector == -1 || crossing.selector == -200);
+    std::uint32_t record = 0;
+    constexpr std::size_t paramsWord = 4;
+    if (isInit && crossing.root.size() >= paramsWord + sizeof record) {
+        std::memcpy(&record, &crossing.root[paramsWord], sizeof record);
+        const auto* const version = static_cast<const unsigned char*>(Pointer(record));
+        Learn(crossing, {version, memory.From(record, sizeof(std::uint32_t))}, surroundings);
+    }
 }
 
 // How many bytes are there, from `begin` on; 0 where nobody knows.

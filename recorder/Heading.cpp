@@ -72,6 +72,14 @@ std::string VersionOf(HMODULE module) {
                   LOWORD(info.dwFileVersionLS));
     return text;
 }
+// Where the process keeps temporary files, in the long form.
+std::wstring TemporaryPath() {
+    wchar_t given[MAX_PATH + 1] = L"";
+    GetTempPathW(std::size(given), given);
+    wchar_t whole[MAX_PATH + 1] = L"";
+    const DWORD length = GetLongPathNameW(given, whole, std::size(whole));
+    return length > 0 && length < std::size(whole) ? whole : given;
+}
 } // namespace
 
 std::wstring PathOf(void* module) {
@@ -100,6 +108,7 @@ void WriteHeading(const Settings& settings, void* recorder, void* plugin, Output
         add("Plug-in version", VersionOf(static_cast<HMODULE>(plugin)));
     }
     add("Host", Utf8(PathOf(nullptr)));
+    add("Temporary folder", Utf8(TemporaryPath()));
     add("Begun", TimeText(Now(), ':'));
     add("Item limit", std::to_string(settings.itemLimit));
     add("Recorder", VersionOf(static_cast<HMODULE>(recorder)));

@@ -1,11 +1,14 @@
 #include "recorder/Recorder.h"
 
+#include "host/boundary/Selectors.h"
 #include "recorder/Heading.h"
 #include "recorder/Settings.h"
 #include "testhost/values/Encodings.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include <windows.h>
 
@@ -45,14 +48,50 @@ class RunningRecording {
             event.crossing.usage =
                 command != nullptr && command->usage ? &*command->usage : nullptr;
         }
-        EventWriter(buffer, hostHandles, settings.itemLimit).Put(event, surroundings);
+        if (event.chunk == Chunk::EntryBegins || event.chunk == Chunk::CallEnds) {
+            WriteGlobals(event);
+        }
+        Put(event);
         file.Write(buffer.Used().data(), buffer.Used().size());
+        if (event.chunk == Chunk::CallEnds && IsGlobals(event.crossing)) {
+            globalsRecord.assign(event.crossing.root.begin(), event.crossing.root.end());
+        }
     }
 
     OutputFile file;
     HandleSizes hostHandles;
 
   private:
+    void Put(const Event& event) {
+        EventWriter(buffer, hostHandles, settings.itemLimit).Put(event, surroundings);
+    }
+
+    static bool IsGlobals(const Crossing& crossing) {
+        return crossing.way == Way::Classic && crossing.selector == Select("MacGlobals").classic;
+    }
+
+    // Plug-ins look at the host's windows through its globals without a call. What they see has to
+    // be known whenever they are about to run.
+    void WriteGlobals(const Event& next) {
+        if (globalsRecord.empty()) {
+            return;
+        }
+        Event event = next;
+        event.chunk = Chunk::Changed;
+        event.number = 0;
+        event.crossing = {.way = Way::Classic,
+                          .selector = Select("MacGlobals").classic,
+                          .isOver = true,
+                          .root = globalsRecord};
+        Put(event);
+        const std::span<const unsigned char> now =
+            buffer.Used().subspan(sizeof(ChunkHead) + sizeof(CrossingHead));
+        if (!std::ranges::equal(now, globals)) {
+            globals.assign(now.begin(), now.end());
+            file.Write(buffer.Used().data(), buffer.Used().size());
+        }
+    }
+
     static bool Begins(Chunk chunk) {
         return chunk == Chunk::EntryBegins || chunk == Chunk::CallBegins;
     }
@@ -69,6 +108,8 @@ class RunningRecording {
     CommandTable commands;
     Surroundings surroundings;
     std::uint32_t crossings = 0;
+    std::vector<unsigned char> globalsRecord; ///< with which the host told of them; or empty
+    std::vector<unsigned char> globals;       ///< what it led to last
     LARGE_INTEGER began{};
     LARGE_INTEGER ticksOfSecond{};
 };

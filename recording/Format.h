@@ -25,6 +25,7 @@ enum class Chunk : std::uint8_t {
     CallEnds = 5,    ///< and is back
     Note = 6,        ///< a text in UTF-8: something that the recorder has to say
     End = 7,         ///< the same, and it is the last chunk
+    Changed = 8, ///< as CallEnds, with number 0: what an earlier call answered leads to this now
 };
 
 /// Which function is called.
@@ -71,6 +72,7 @@ enum class Form : std::uint8_t {
     Word = 17,       ///< 4 bytes that are themselves an address or a token
     Target = 18,     ///< what a pointer leads to; `detail`: the ValueKind
     CString = 19,    ///< zero-terminated
+    Globals = 20,    ///< 32 words; the twelfth leads to the word that leads to the front window
 };
 
 #pragma pack(push, 1)

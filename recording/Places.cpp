@@ -76,7 +76,7 @@ constexpr CallPlace callPlaces[] = {
 
     // Environment
     {"PrefsFolderPath", Slot, AnyRecord, InParam3, Mem, Form::Bytes},
-    {"MacGlobals", Answered, AnyRecord, InHandle, Mem, Form::Bytes, 128},
+    {"MacGlobals", Answered, AnyRecord, InHandle, Mem, Form::Globals, 128},
     {"SystemColors", Answered, AnyRecord, InHandle, Mem, Form::Bytes, 24},
     {"ConvertCharacters", Sent, AnyRecord, InParam3, Mem, Form::CString},
     {"ConvertCharacters", Slot, AnyRecord, InParam4, Mem, Form::CString},
@@ -278,6 +278,13 @@ constexpr int mostWindows = 32;
 
 constexpr unsigned short engineVersion = 0x1100;
 
+constexpr size_t pointerBlockSize = offsetof(ValueBlock, pointer) + sizeof(Handle);
+
+// Whether this looks like a pointer as compiled databases hand it over.
+bool IsPointerBlock(Bytes bytes) {
+    return bytes.size() >= pointerBlockSize && bytes[0] == ValueType::Pointer && bytes[1] == 0;
+}
+
 class Walk {
   public:
     Walk(const Crossing& itsCrossing, const Surroundings& itsSurroundings, Visitor& itsVisitor)
@@ -406,6 +413,8 @@ class Walk {
             return;
         case Form::Window:
             return Window(there);
+        case Form::Globals:
+            return Globals(there);
         case Form::Parameters:
             return Parameters(there);
         case Form::Parameter:
@@ -586,6 +595,17 @@ class Walk {
         return See({.offset = paramsWord, .form = Form::Request, .size = requestSize});
     }
 
+    // Plug-ins find the foremost window there, and go on from it.
+    void Globals(const Parent& globals) {
+        constexpr size_t windowList = 11 * wordSize;
+        const Parent list =
+            See(globals, {.offset = windowList, .form = Form::Word, .size = wordSize});
+        if (!list.bytes.empty()) {
+            See(list, {.offset = 0, .form = Form::Window, .size = sizeof(GrafPort)});
+            See(list, {.offset = 0, .target = Target::Thing});
+        }
+    }
+
     // The result cell holds the address of the data: what came with a write, and what a read
     // answers, by which the plug-in knows it when it is cleaned up.
     void ServerMessage() {
@@ -635,8 +655,19 @@ class Walk {
                 Token(array, offset);
             } else {
                 targetKind = parameter.target;
-                See(array, PlaceOf(parameter, offset));
+                SeePointer(parameter, See(array, PlaceOf(parameter, offset)));
             }
+        }
+    }
+
+    // Before the host has said that it is compiled only the value itself tells that it is a block.
+    void SeePointer(const Usage::Parameter& parameter, const Parent& storage) {
+        if (parameter.kind == ValueKind::Pointer && !surroundings.compiled &&
+            IsPointerBlock(storage.bytes)) {
+            See(storage, {.offset = offsetof(ValueBlock, pointer),
+                          .target = Target::Handle,
+                          .form = Form::Target,
+                          .detail = static_cast<std::uint8_t>(parameter.target)});
         }
     }
 
@@ -650,10 +681,11 @@ class Walk {
         if (kind == ValueKind::None) { // what it leads to is its plug-in's affair
             return {.offset = offset, .form = Form::Bytes, .size = sizeof(ValueBlock)};
         }
+        const size_t least = form == Form::Target ? pointerBlockSize : 0;
         const size_t size = ScalarSize(kind);
         return {.offset = offset,
                 .form = form,
-                .size = size != 0 ? size : sizeof(ValueBlock),
+                .size = size != 0 ? std::max(size, least) : sizeof(ValueBlock),
                 .detail = static_cast<std::uint8_t>(kind)};
     }
 
@@ -802,5 +834,7 @@ void Recording::BlankUnused(Form form, std::uint8_t detail, std::span<unsigned c
     } else if (form == Form::Value ||
                (isStorage && kind != ValueKind::None && ScalarSize(kind) == 0)) {
         Blank(bytes, ValueSize(bytes));
+    } else if (form == Form::Target && kind != ValueKind::None && !IsPointerBlock(bytes)) {
+        Blank(bytes, ScalarSize(kind));
     }
 }

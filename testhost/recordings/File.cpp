@@ -1,7 +1,5 @@
 #include "testhost/recordings/File.h"
 
-#include "host/boundary/Calls.h"
-
 #include <algorithm>
 #include <cstring>
 #include <fstream>
@@ -102,7 +100,7 @@ RecordedItem TakeItem(Parts& parts, const CrossingContents& contents) {
     if (parentSize < sizeof head.address || head.offset > parentSize - sizeof head.address) {
         throw ChunkError("has an item whose address stands outside of what leads to it");
     }
-    if (head.target < Target::Memory || head.target > Target::Token || head.form > Form::CString ||
+    if (head.target < Target::Memory || head.target > Target::Token || head.form > Form::Globals ||
         head.isSlot > 1) {
         throw ChunkError("has an item of an unknown kind");
     }
@@ -180,7 +178,8 @@ class Reader {
             if (line.ends_with('\r')) {
                 line.remove_suffix(1);
             }
-            if (const size_t colon = line.find(": "); colon != std::string_view::npos) {
+            const size_t colon = line.find(": ");
+            if (colon != std::string_view::npos && line.find_first_of(".,") > colon) { // no prose
                 file.head.emplace(line.substr(0, colon), line.substr(colon + 2));
             }
         }
@@ -211,6 +210,7 @@ class Reader {
         case Chunk::EntryEnds:
         case Chunk::CallBegins:
         case Chunk::CallEnds:
+        case Chunk::Changed:
             return TakeEvent(head, parts);
         case Chunk::Note:
         case Chunk::End:
@@ -264,6 +264,10 @@ class Reader {
             event.contents.items.push_back(TakeItem(parts, event.contents));
         }
         ExpectNoMore(parts);
+        if (event.chunk == Chunk::Changed) {
+            file.changes.emplace_back(file.events.size(), std::move(event));
+            return;
+        }
         Number(event);
         file.events.push_back(std::move(event));
     }
@@ -303,6 +307,14 @@ class Reader {
     size_t chunks = 0;
 };
 } // namespace
+
+const CallFields& FieldsOf(const RecordedEvent& event) {
+    const unsigned char* root = event.contents.root.data();
+    if (event.way == Way::Engine) {
+        return *reinterpret_cast<const FDEngineBlock*>(root);
+    }
+    return *reinterpret_cast<const ParameterBlock*>(root);
+}
 
 const Usage* RecordingFile::UsageOf(const RecordedEvent& event) const {
     if (event.way != Way::Pack && event.way != Way::PackEx) {

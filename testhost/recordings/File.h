@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/boundary/Calls.h"
 #include "testhost/recordings/Contents.h"
 
 #include <filesystem>
@@ -31,6 +32,9 @@ struct RecordedEvent {
     }
 };
 
+/// The record of a call into the host.
+const CallFields& FieldsOf(const RecordedEvent& event);
+
 /// A command as the plug-in described it when it was recorded.
 struct RecordedCommand {
     long number = 0;
@@ -45,7 +49,9 @@ struct RecordingFile {
     std::map<long, RecordedCommand> commands;
     std::vector<RecordedEvent> events;                 ///< in the order in which they happened
     std::vector<std::pair<size_t, std::string>> notes; ///< before which event, and the text
-    bool hasEnd = false;                               ///< the recorder wrote its last chunk
+    /// Before which event what an earlier call had answered leads to something else, and to what.
+    std::vector<std::pair<size_t, RecordedEvent>> changes;
+    bool hasEnd = false;   ///< the recorder wrote its last chunk
     std::string complaint; ///< what is wrong with what follows the last whole event; or empty
 
     /// Of a crossing.

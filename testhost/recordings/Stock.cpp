@@ -84,17 +84,22 @@ class Stock::Builder final : public Visitor {
         return 0;
     }
 
-    // A word that nobody has met is itself, but if it led to memory, which is here now.
+    // A word that nobody has met is itself. One that leads to memory is where that is here; but
+    // what a plug-in sends the host has chosen, and knows it by the word that it has here.
     std::uint32_t WordHere(const Place& place, std::uint32_t address) {
-        if (const auto known = stock.book.Here(address)) {
-            return *known;
+        const bool isSent =
+            !crossing.isOver && (crossing.way == Way::Classic || crossing.way == Way::Engine);
+        const auto known = stock.book.Here(address);
+        if ((known && isSent) ||
+            recorded.Find(parents[place.parent], place.offset, Target::Memory) == nullptr) {
+            return known.value_or(address);
         }
-        if (recorded.Find(parents[place.parent], place.offset, Target::Memory) != nullptr) {
-            std::uint32_t built = 0;
-            std::memcpy(&built, &places[place.parent][place.offset], sizeof built);
-            return built;
+        std::uint32_t built = 0;
+        std::memcpy(&built, &places[place.parent][place.offset], sizeof built);
+        if (!isSent) {
+            stock.book.Learn(address, built);
         }
-        return address;
+        return built;
     }
 
     // The address of the plug-in's memory that came with the call, in which the answer belongs;
