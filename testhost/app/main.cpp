@@ -3,6 +3,7 @@
 #include "testhost/app/Compare.h"
 #include "testhost/app/ExitCodes.h"
 #include "testhost/app/Record.h"
+#include "testhost/app/Recordings.h"
 #include "testhost/app/Validate.h"
 #include "testhost/plugins/DebugText.h"
 #include "testhost/plugins/Faults.h"
@@ -62,10 +63,38 @@ struct Options {
     bool inProcess = false;
     bool keepGoing = false;
     unsigned long timeout = 30; ///< seconds
-    std::string recording;      ///< of record; else empty
+    std::string recording;      ///< of record, show and replay; else empty
+    bool goesOn = false;        ///< after a difference
     std::string resourceText;
     std::string out;
 };
+
+void AddTranscriptOptions(CLI::App& run, Options& options) {
+    run.add_option("--transcript", options.transcript,
+                   "gets the whole transcript; what is printed folds what\nrepeats itself")
+        ->type_name("FILE");
+    run.add_option("--color", options.color,
+                   "whether what is printed has colours; auto, when not\ngiven: on a terminal, "
+                   "unless NO_COLOR is set")
+        ->check(CLI::IsMember({"auto", "always", "never"}).description(""))
+        ->type_name("auto|always|never");
+}
+
+// What everything has that plays a plug-in.
+void AddPlayOptions(CLI::App& run, Options& options) {
+    run.add_option(
+           "--resources", options.resources,
+           "the plug-in's resource file; when not given,\nPLUGIN.rsrc beside the plug-in, if "
+           "there is one")
+        ->type_name("FILE");
+    run.add_flag("--strict", options.strict, "unlocked handles move with every memory call");
+    run.add_flag("--quiet", options.quiet, "prints failed expectations and problems only");
+    AddTranscriptOptions(run, options);
+    run.add_option("--timeout", options.timeout,
+                   "seconds that a statement may take (30 when not given);\n0: as long as it likes")
+        ->check(CLI::Range(0UL, longestTimeout).description(""))
+        ->type_name("SECONDS");
+}
 
 void AddRunOptions(CLI::App& run, Options& options) {
     run.add_option("PLUGIN.dll", options.plugin, "the plug-in")->required()->type_name("");
@@ -96,35 +125,24 @@ void AddRunOptions(CLI::App& run, Options& options) {
     run.add_option("--pictures", options.pictures,
                    "where the script's pictures of windows go, as PNG files")
         ->type_name("DIR");
-    run.add_option(
-           "--resources", options.resources,
-           "the plug-in's resource file; when not given,\nPLUGIN.rsrc beside the plug-in, if "
-           "there is one")
-        ->type_name("FILE");
-    run.add_flag("--strict", options.strict, "unlocked handles move with every memory call");
-    run.add_flag("--quiet", options.quiet, "prints failed expectations and problems only");
-    run.add_option("--transcript", options.transcript,
-                   "gets the whole transcript; what is printed folds what\nrepeats itself")
-        ->type_name("FILE");
-    run.add_option("--color", options.color,
-                   "whether what is printed has colours; auto, when not\ngiven: on a terminal, "
-                   "unless NO_COLOR is set")
-        ->check(CLI::IsMember({"auto", "always", "never"}).description(""))
-        ->type_name("auto|always|never");
-    run.add_option("--timeout", options.timeout,
-                   "seconds that a statement may take (30 when not given);\n0: as long as it likes")
-        ->check(CLI::Range(0UL, longestTimeout).description(""))
-        ->type_name("SECONDS");
+    AddPlayOptions(run, options);
     run.add_flag(
         "--keep-going", options.keepGoing,
         "after a crash or a time-out starts the plug-in afresh,\nand plays on from the next start");
 }
 
-void AddInProcess(CLI::App& run, Options& options) {
-    run.add_flag("--in-process", options.inProcess,
-                 "plays in testhost's own process, for a debugger:\nnothing limits the time, and a "
-                 "crash ends it all")
-        ->excludes("--keep-going");
+CLI::Option* AddInProcess(CLI::App& run, Options& options) {
+    return run.add_flag("--in-process", options.inProcess,
+                        "plays in testhost's own process, for a debugger:\nnothing limits the "
+                        "time, and a crash ends it all");
+}
+
+void AddReplayOptions(CLI::App& replay, Options& options) {
+    replay.add_option("RECORDING", options.recording, "what is played")->required()->type_name("");
+    replay.add_option("PLUGIN.dll", options.plugin, "the plug-in")->required()->type_name("");
+    AddPlayOptions(replay, options);
+    replay.add_flag("--continue", options.goesOn, "goes on after a difference, as far as it can");
+    AddInProcess(replay, options);
 }
 
 Script ReadScript(const std::string& name) {
@@ -275,34 +293,58 @@ int Play(const Options& options, Progress& progress) {
                : somethingFailed;
 }
 
-int PlayInProcess(const Options& options) {
-    Progress progress;
-    playing = &progress;
-    playedTranscript = TranscriptOf(options);
-    SetUnhandledExceptionFilter(OnUnhandledException);
-    return Play(options, progress);
-}
-
 Progress* watched = nullptr; // where another process sees how far this one is
 
-int Run(const Options& options) {
-    watched = SharedWithWatcher();
+// Has `play` run where the options say: in a process of its own, unless this is it.
+int PlayWatched(const Options& options, int (*play)(const Options&, Progress&)) {
     if (watched != nullptr) {
-        return Play(options, *watched);
+        return play(options, *watched);
     }
     if (options.inProcess) {
-        return PlayInProcess(options);
+        Progress progress;
+        playing = &progress;
+        playedTranscript = TranscriptOf(options);
+        SetUnhandledExceptionFilter(OnUnhandledException);
+        return play(options, progress);
     }
-    const auto play = [&] {
-        return PlayIsolated({.plugin = FromUtf8(options.plugin),
-                             .readsInput = options.script == "-",
-                             .timeout = options.timeout,
-                             .keepsGoing = options.keepGoing,
-                             .transcript = TranscriptOf(options)});
-    };
-    return options.recording.empty()
-               ? play()
-               : Record(FromUtf8(options.plugin), FromUtf8(options.recording), play, std::cout);
+    return PlayIsolated({.plugin = FromUtf8(options.plugin),
+                         .readsInput = options.script == "-",
+                         .timeout = options.timeout,
+                         .keepsGoing = options.keepGoing,
+                         .transcript = TranscriptOf(options)});
+}
+
+int Run(const Options& options, bool isRecorded) {
+    watched = SharedWithWatcher();
+    const auto play = [&] { return PlayWatched(options, Play); };
+    return isRecorded && watched == nullptr
+               ? Record(FromUtf8(options.plugin), FromUtf8(options.recording), play, std::cout)
+               : play();
+}
+
+int Replay(const Options& options, Progress& progress) {
+    const std::filesystem::path recording = FromUtf8(options.recording);
+    Options written = options; // the recording is not
+    written.recording.clear();
+    const Outputs outputs(written);
+    for (const std::filesystem::path& input :
+         {recording, std::filesystem::path(FromUtf8(options.plugin)),
+          std::filesystem::path(FromUtf8(options.resources))}) {
+        outputs.KeepFrom(input);
+    }
+    return ReplayRecordingFile(recording,
+                               {.plugin = FromUtf8(options.plugin),
+                                .resources = FromUtf8(options.resources),
+                                .name = {},
+                                .strict = options.strict,
+                                .goesOn = options.goesOn,
+                                .transcript = TranscriptOf(options)},
+                               std::cout, progress);
+}
+
+int RunReplay(const Options& options) {
+    watched = SharedWithWatcher();
+    return PlayWatched(options, Replay);
 }
 
 int ShowCommands(const Options& options) {
@@ -369,12 +411,20 @@ int Command(int argc, wchar_t** argv) {
         "run", "Loads the plug-in as the host application does, plays the script against it\n"
                "and prints every crossing between the two");
     AddRunOptions(run, options);
-    AddInProcess(run, options);
+    AddInProcess(run, options)->excludes("--keep-going");
     CLI::App& record = *app.add_subcommand(
         "record", "The same with Recorder.dll between host and plug-in: what both said to each\n"
                   "other is then in a file");
     AddRunOptions(record, options);
     record.add_option("-o", options.recording, "the recording")->required()->type_name("RECORDING");
+    CLI::App& show =
+        *app.add_subcommand("show", "Prints a recording as the transcript of a session");
+    show.add_option("RECORDING", options.recording, "what is printed")->required()->type_name("");
+    AddTranscriptOptions(show, options);
+    CLI::App& replay = *app.add_subcommand(
+        "replay", "Plays the host's part again from a recording, and tells where the plug-in does\n"
+                  "something else than was recorded");
+    AddReplayOptions(replay, options);
     CLI::App& resources = *app.add_subcommand("resources", "Compiles a text into a resource file");
     resources.add_option("IN.txt", options.resourceText, "the text")->required()->type_name("");
     resources.add_option("-o", options.out, "the resource file")->required()->type_name("OUT");
@@ -411,7 +461,13 @@ int Command(int argc, wchar_t** argv) {
             return allHeld;
         }
         if (run.parsed() || record.parsed()) {
-            return Run(options);
+            return Run(options, record.parsed());
+        }
+        if (show.parsed()) {
+            return ShowRecordingFile(FromUtf8(options.recording), TranscriptOf(options), std::cout);
+        }
+        if (replay.parsed()) {
+            return RunReplay(options);
         }
         if (validate.parsed()) {
             return RunValidate(validation);
