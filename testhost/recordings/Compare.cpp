@@ -329,8 +329,7 @@ class Walk {
         constexpr short unknownName = -9902;
         const bool isWhole = fact.unjudged == wholeAnswer;
         // Names of the language that the stand-in does not have.
-        const bool isUnknown = MayChangeFacts(service) &&
-                               call.asked.Fields().error == unknownName &&
+        const bool isUnknown = call.asked.Fields().error == unknownName &&
                                call.answer.Fields().error == ResultCode::NoError;
         if (isWhole || isUnknown) {
             NotJudged(isWhole ? fact.what : "names that the stand-in does not have", service);

@@ -47,6 +47,8 @@ constexpr Fact facts[] = {
     {"UpdateRecord", "records and selections", nullptr, RefusedRecord},
     {"GetFieldData", "fields", FieldSubject, nullptr, Teaching::FieldData},
     {"GetPackedRecord", "fields", nullptr, nullptr, PackedRecord, RecordField::Handle},
+    {"ExecProc", "statements"},
+    {"ExecTokenizedProc", "statements"},
     {"ExecLongFunc", "values of expressions", nullptr, nullptr, nullptr, Param1},
     {"ExecRealFunc", "values of expressions", nullptr, nullptr, nullptr, Param1},
     {"ExecTokenizedFunc", "values of expressions", nullptr, nullptr, nullptr, Param1},
