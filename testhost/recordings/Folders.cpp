@@ -38,7 +38,7 @@ bool IsPath(const std::string& text) {
 std::string PathIn(const RecordedEvent& event) {
     if (event.way == Way::Classic) {
         const auto& fields = *reinterpret_cast<const ParameterBlock*>(event.contents.root.data());
-        if (const std::string name = FetchPascal(fields.name); IsPath(name)) {
+        if (std::string name = FetchPascal(fields.name); IsPath(name)) {
             return name;
         }
     }
@@ -119,7 +119,7 @@ std::string ShortFormIn(std::string_view bytes, const std::string& folder) {
 std::string FindShortForm(const RecordingFile& file, const std::string& folder) {
     for (const RecordedEvent& event : file.events) {
         for (const RecordedItem& item : event.contents.items) {
-            const std::string found = ShortFormIn(
+            std::string found = ShortFormIn(
                 {reinterpret_cast<const char*>(item.bytes.data()), item.bytes.size()}, folder);
             if (!found.empty()) {
                 return found;
@@ -146,9 +146,9 @@ void ReplaceIn(std::vector<unsigned char>& bytes, const std::string& from, const
     };
     const std::vector<unsigned char> old = widened(from);
     const std::vector<unsigned char> fresh = widened(to);
-    for (auto found = std::ranges::search(bytes, old); !found.empty();
-         found = std::ranges::search(std::ranges::subrange(found.end(), bytes.end()), old)) {
-        std::ranges::copy(fresh, found.begin());
+    for (auto found = std::search(bytes.begin(), bytes.end(), old.begin(), old.end());
+         found != bytes.end(); found = std::search(found, bytes.end(), old.begin(), old.end())) {
+        found = std::ranges::copy(fresh, found).out;
     }
 }
 
@@ -221,7 +221,7 @@ std::string ReplacedFolders::Replace(RecordingFile& file, const std::string& fol
     std::string name = std::to_string(made.size() + 1) + std::to_string(GetCurrentProcessId());
     name.resize(missing.size() - start.size(), '0');
     const std::string here = start + name;
-    const std::string whole = here + folder.substr(missing.size());
+    std::string whole = here + folder.substr(missing.size());
     std::filesystem::create_directories(FromAnsi(whole), error);
     if (!IsFolder(here)) {
         notes.push_back("The folder " + here + " could not be made.");

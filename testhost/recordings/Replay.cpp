@@ -381,6 +381,7 @@ void Replay::Enter(const RecordedEvent& begin, std::vector<std::uint32_t>& words
         return;
     }
     std::vector<void*> arguments;
+    arguments.reserve(words.size());
     for (const std::uint32_t word : words) {
         arguments.push_back(Pointer(word));
     }
@@ -598,7 +599,7 @@ void Replay::OperateOnHandle(const RecordedEvent& begin, const RecordedEvent& en
         }
         return;
     }
-    const auto handle =
+    auto* const handle =
         static_cast<Handle>(Pointer(stock.book.Here(WordOf(sent.handle)).value_or(0)));
     switch (sent.param1) {
     case Dispose:
@@ -715,7 +716,7 @@ void Replay::KeepHandles(const CrossingContents& here) {
 
 void Replay::ReleaseCrossed() {
     for (const std::uint32_t word : handles) {
-        const auto handle = static_cast<Handle>(Pointer(word));
+        auto* const handle = static_cast<Handle>(Pointer(word));
         const short owner = ToolboxHandleOwner(handle);
         if (owner == HandleOwner::Host) {
             ToolboxDisposeHostHandle(handle);

@@ -127,7 +127,8 @@ class Show {
     void ShowHead() {
         transcript.Say(LineKind::Plain, name);
         for (const auto& [key, value] : file.head) {
-            transcript.Say(LineKind::Plain, "  " + key + ": " + value);
+            std::string line = "  ";
+            transcript.Say(LineKind::Plain, line.append(key).append(": ").append(value));
         }
     }
 

@@ -144,7 +144,7 @@ class Describer {
     }
 
     std::string Stored(unsigned number, ValueKind kind, size_t depth) const {
-        const std::string name(KindName(kind));
+        std::string name(KindName(kind));
         switch (kind) {
         case ValueKind::None:
             return Raw(contents.items[number - 1]);
@@ -173,7 +173,7 @@ class Describer {
         const std::vector<unsigned char>& bytes = contents.items[number - 1].bytes;
         const unsigned char type = bytes[0];
         const ValueKind kind = BlockKind(type);
-        const std::string name(KindName(kind));
+        std::string name(KindName(kind));
         switch (kind) {
         case ValueKind::None:
             return "a value of type " + std::to_string(type);
