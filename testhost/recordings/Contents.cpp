@@ -94,7 +94,9 @@ std::string AsText(const std::vector<unsigned char>& bytes, size_t from) {
 
 std::string Units(const std::vector<unsigned char>& bytes) {
     std::vector<unsigned short> units(bytes.size() / 2);
-    std::memcpy(units.data(), bytes.data(), units.size() * 2);
+    if (!units.empty()) {
+        std::memcpy(units.data(), bytes.data(), units.size() * 2);
+    }
     return Shortened(AnsiText(units));
 }
 
