@@ -94,15 +94,7 @@ std::size_t EventWriter::SizeThere(const Place& place, std::uint32_t address, st
 
 // What cannot be read has no bytes.
 Visitor::Found EventWriter::Visit(const Place& place, std::uint32_t address) {
-    ItemHead head{.parent = static_cast<std::uint16_t>(place.parent),
-                  .target = place.target,
-                  .form = place.form,
-                  .offset = static_cast<std::uint32_t>(place.offset),
-                  .address = address,
-                  .size = 0,
-                  .stored = 0,
-                  .detail = place.detail,
-                  .isSlot = static_cast<std::uint8_t>(place.isSlot ? 1 : 0)};
+    ItemHead head = HeadOf(place, address);
     if (items == MostItems || buffer.Left() < sizeof head) {
         return {};
     }

@@ -310,6 +310,7 @@ class Walk {
             See({.offset = mainThreadArg, .target = Target::Token});
         }
         const Run run = runs[static_cast<size_t>(service)];
+        Parent former; // what the place before this one leads to
         for (const CallPlace& place : std::span(callPlaces).subspan(run.first, run.count)) {
             const Record record = engine ? EngineRecord : ClassicRecord;
             const bool isSlot = place.when == Slot && !crossing.isOver;
@@ -317,11 +318,17 @@ class Walk {
             if ((place.record & record) == 0 || (place.when != Slot && (place.when & when) == 0)) {
                 continue;
             }
-            See({.offset = shared + place.where,
-                 .target = place.target,
-                 .form = place.form,
-                 .size = name == "PrefsFolderPath" ? BufferSize(shared) : place.size,
-                 .isSlot = isSlot});
+            size_t size = place.size;
+            if (name == "PrefsFolderPath") {
+                size = BufferSize(shared);
+            } else if (isSlot && place.form == Form::CString) {
+                size = former.bytes.size(); // a converted text is as long as it was
+            }
+            former = See({.offset = shared + place.where,
+                          .target = place.target,
+                          .form = place.form,
+                          .size = size,
+                          .isSlot = isSlot});
         }
     }
 
@@ -800,6 +807,18 @@ void Recording::Learn(const Crossing& crossing, std::span<const unsigned char> i
             (word & callerCompiled) != 0 ||
             ((word & hostCompiled) != 0 && surroundings.version >= engineVersion);
     }
+}
+
+Recording::ItemHead Recording::HeadOf(const Place& place, std::uint32_t address) {
+    return {.parent = static_cast<std::uint16_t>(place.parent),
+            .target = place.target,
+            .form = place.form,
+            .offset = static_cast<std::uint32_t>(place.offset),
+            .address = address,
+            .size = 0,
+            .stored = 0,
+            .detail = place.detail,
+            .isSlot = static_cast<std::uint8_t>(place.isSlot ? 1 : 0)};
 }
 
 size_t Recording::TextSize(Form form, std::span<const unsigned char> readable) {

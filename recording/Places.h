@@ -66,6 +66,9 @@ void VisitPlaces(const Crossing& crossing, const Surroundings& surroundings, Vis
 void Learn(const Crossing& crossing, std::span<const unsigned char> init,
            Surroundings& surroundings);
 
+/// The head of an item for such a place, of which no bytes are there so far.
+ItemHead HeadOf(const Place& place, std::uint32_t address);
+
 /// How many of the bytes that can be read belong to a text of this form, with what ends it; all of
 /// them for other forms.
 std::size_t TextSize(Form form, std::span<const unsigned char> readable);

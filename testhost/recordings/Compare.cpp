@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <optional>
 #include <set>
 
@@ -236,25 +235,12 @@ class Walk {
     }
 
     void Serve(AskedCall& call, std::string_view service) {
-        if (service == "ConvertCharacters") {
-            MakeRoom(call);
-        }
         const std::span<const unsigned char> bytes = call.asked.Bytes();
         askedBytes.assign(bytes.begin(), bytes.end());
         host.scheduler->BeginEntry();
         returned = call.asked.Send(call.begin.head.selector);
         if (service == "NewProcess") { // it is only known: its calls are in the recording
             host.scheduler->Drop(host, call.asked.Fields().param1);
-        }
-    }
-
-    // A converted text is as long as it was.
-    void MakeRoom(AskedCall& call) {
-        CallFields& fields = call.asked.Fields();
-        const auto* const text = reinterpret_cast<const char*>(fields.param3);
-        if (text != nullptr && fields.param4 != 0) {
-            room.assign(std::strlen(text) + 1, '\0');
-            fields.param4 = reinterpret_cast<long>(room.data());
         }
     }
 
@@ -448,7 +434,6 @@ class Walk {
     Surroundings surroundings;
     Stock stock;
     std::vector<unsigned char> askedBytes; ///< of the call that is being served, before that
-    std::vector<char> room;                ///< for a text that it answers
     long returned = 0;
     std::map<std::string, size_t> known; ///< subjects, and when they were last told
     size_t epoch = 0;

@@ -38,15 +38,7 @@ class Taker final : public Visitor {
             return {};
         }
         RecordedItem item;
-        item.head = {.parent = static_cast<std::uint16_t>(place.parent),
-                     .target = place.target,
-                     .form = place.form,
-                     .offset = static_cast<std::uint32_t>(place.offset),
-                     .address = address,
-                     .size = 0,
-                     .stored = 0,
-                     .detail = place.detail,
-                     .isSlot = static_cast<std::uint8_t>(place.isSlot ? 1 : 0)};
+        item.head = HeadOf(place, address);
         item.bytes = Bytes(place, address);
         item.head.size = item.head.stored = static_cast<std::uint32_t>(item.bytes.size());
         contents.items.push_back(std::move(item));
