@@ -33,7 +33,7 @@ int RunCompare(const CompareOptions& options) {
         if (!file.complaint.empty()) {
             say("The recording is damaged behind this: " + file.complaint);
         }
-        return account.IsGood() ? allHeld : somethingFailed;
+        return account.IsGood() && file.complaint.empty() ? allHeld : somethingFailed;
     } catch (const RecordingError& error) {
         std::cerr << "testhost: " << Shown(path) << " cannot be compared: " << error.what() << "\n";
     }

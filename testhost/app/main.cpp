@@ -46,7 +46,9 @@ constexpr const char* exitCodes =
     "plug-in crashed, hung or ended the program, or when nothing was played; 2 when the\n"
     "options, the script, the plug-in's file or its resources are wrong, or a resource text is:\n"
     "nothing is written then. Of validate: 0 when at least one check ran, and all that ran held;\n"
-    "1 when something was found or a check could not be carried out; 2 as above.\n";
+    "1 when something was found or a check could not be carried out; 2 as above. Of show, replay\n"
+    "and compare: 0 when nothing differed; 1 when something did, or the recording is damaged; 2\n"
+    "when it is none.\n";
 
 // What the command line says; files in UTF-8, as all of it.
 struct Options {
