@@ -1,7 +1,7 @@
 // Recordings of any bytes: they are read, and the stand-in host is asked what they hold.
 
 #include "fuzz/Harness.h"
-#include "testhost/recordings/Compare.h"
+#include "testhost/compare/Compare.h"
 #include "testhost/toolbox/Control.h"
 
 #include <sstream>

@@ -1,7 +1,7 @@
 // Recordings compared with the stand-in host: what is a difference, what is adopted, what is
 // neither.
 
-#include "testhost/recordings/Compare.h"
+#include "testhost/compare/Compare.h"
 
 #include "host/FourD.h"
 #include "platform/Toolbox.h"

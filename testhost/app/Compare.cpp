@@ -1,7 +1,7 @@
 #include "testhost/app/Compare.h"
 
 #include "testhost/app/ExitCodes.h"
-#include "testhost/recordings/Compare.h"
+#include "testhost/compare/Compare.h"
 #include "testhost/session/Transcript.h"
 #include "testhost/values/Encodings.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "testhost/recordings/Replay.h"
+#include "testhost/replay/Replay.h"
 
 #include <filesystem>
 #include <ostream>

@@ -1,7 +1,6 @@
 #include "testhost/recordings/ProcessNumbers.h"
 
 #include "platform/ResultCodes.h"
-#include "testhost/recordings/Asked.h"
 
 #include <cstring>
 
@@ -73,10 +72,10 @@ void ProcessNumbers::NoteAnswer(const RecordedEvent& event,
     if (selector == nullptr || selector->name != "CurrentProcess") {
         return;
     }
-    const CallRecord answer(event.way, event.contents.root);
+    const CallFields& answer = FieldsOf(event);
     if (const std::optional<size_t> entry = EntryOf(open);
-        entry && answer.Fields().error == ResultCode::NoError &&
-        ofEntries.try_emplace(*entry, long{answer.Fields().param1}).second) {
+        entry && answer.error == ResultCode::NoError &&
+        ofEntries.try_emplace(*entry, long{answer.param1}).second) {
         telling.insert(event.head.number);
     }
 }

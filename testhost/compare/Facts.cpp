@@ -1,7 +1,7 @@
-#include "testhost/recordings/Facts.h"
+#include "testhost/compare/Facts.h"
 
 #include "platform/ResultCodes.h"
-#include "testhost/recordings/Teaching.h"
+#include "testhost/compare/Teaching.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,4 +1,4 @@
-#include "testhost/recordings/Compare.h"
+#include "testhost/compare/Compare.h"
 
 namespace {
 void PrintCounts(const ComparisonAccount::Counts& counts, const char* what, std::ostream& out) {

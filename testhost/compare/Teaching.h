@@ -1,6 +1,6 @@
 #pragma once
 
-#include "testhost/recordings/Asked.h"
+#include "testhost/compare/Asked.h"
 
 #include <string>
 

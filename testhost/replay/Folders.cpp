@@ -1,4 +1,4 @@
-#include "testhost/recordings/Folders.h"
+#include "testhost/replay/Folders.h"
 
 #include "host/boundary/Calls.h"
 #include "host/boundary/Selectors.h"

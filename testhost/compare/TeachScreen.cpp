@@ -1,6 +1,6 @@
 #include "platform/ResultCodes.h"
 #include "platform/Toolbox.h"
-#include "testhost/recordings/Teaching.h"
+#include "testhost/compare/Teaching.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Scalars.h"
 

@@ -1,6 +1,6 @@
 #include "platform/ResultCodes.h"
+#include "testhost/compare/Teaching.h"
 #include "testhost/database/PackedRecord.h"
-#include "testhost/recordings/Teaching.h"
 #include "testhost/values/Scalars.h"
 
 #include <algorithm>

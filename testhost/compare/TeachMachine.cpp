@@ -1,6 +1,6 @@
 #include "platform/ResultCodes.h"
-#include "testhost/recordings/HostSetUp.h"
-#include "testhost/recordings/Teaching.h"
+#include "testhost/compare/HostSetUp.h"
+#include "testhost/compare/Teaching.h"
 #include "testhost/values/Encodings.h"
 #include "testhost/values/Scalars.h"
 

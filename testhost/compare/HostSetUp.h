@@ -1,7 +1,7 @@
 #pragma once
 
+#include "testhost/compare/Asked.h"
 #include "testhost/model/Host.h"
-#include "testhost/recordings/Asked.h"
 #include "testhost/recordings/File.h"
 
 #include <string>

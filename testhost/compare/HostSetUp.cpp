@@ -1,4 +1,4 @@
-#include "testhost/recordings/HostSetUp.h"
+#include "testhost/compare/HostSetUp.h"
 
 #include "platform/ResultCodes.h"
 #include "testhost/recordings/ProcessNumbers.h"

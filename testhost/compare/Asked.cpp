@@ -1,4 +1,4 @@
-#include "testhost/recordings/Asked.h"
+#include "testhost/compare/Asked.h"
 
 #include "testhost/services/Dispatch.h"
 #include "testhost/values/Scalars.h"

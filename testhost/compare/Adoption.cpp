@@ -1,4 +1,4 @@
-#include "testhost/recordings/Adoption.h"
+#include "testhost/compare/Adoption.h"
 
 #include <algorithm>
 #include <cstring>
