@@ -295,21 +295,37 @@ TEST(ComparisonTest, WhereNothingIsComparedNothingIsGood) {
     EXPECT_THROW(Compared(old), RecordingError);
 }
 
+// An event of a crossing with nothing in its record.
+RecordedEvent EventOf(Chunk chunk, Way way, std::uint32_t number, std::uint32_t base,
+                      std::uint32_t stack) {
+    RecordedEvent event;
+    event.chunk = chunk;
+    event.way = way;
+    event.head.number = number;
+    event.head.stackBase = base;
+    event.head.stack = stack;
+    const bool isCall = way == Way::Classic;
+    event.contents.root.resize(isCall ? sizeof(ParameterBlock) : 4 * sizeof(std::uint32_t));
+    return event;
+}
+
 // A crossing that was left without an end is over once another one begins further up the stack.
-TEST(StackWalkTest, WhatWasLeftIsOver) {
-    StackWalk walk;
-    size_t place = 0;
+TEST(RecordedStacksTest, WhatWasLeftIsOver) {
+    std::vector<RecordedEvent> events;
+    events.reserve(8); // they are to stay where they are
+    RecordedStacks stacks({});
+    std::vector<std::uint32_t> left;
     const auto take = [&](bool begins, std::uint32_t number, std::uint32_t base,
                           std::uint32_t stack) {
-        RecordedEvent event;
-        event.chunk = begins ? Chunk::CallBegins : Chunk::CallEnds;
-        event.head.number = number;
-        event.head.stackBase = base;
-        event.head.stack = stack;
-        walk.Take(event, place++);
+        events.push_back(EventOf(begins ? Chunk::CallBegins : Chunk::CallEnds, Way::Classic, number,
+                                 base, stack));
+        const auto over = stacks.Follow(events.back(), [&](const RecordedStacks::Open& open) {
+            left.push_back(open.event->head.number);
+        });
+        EXPECT_EQ(over.event->head.number, number);
         std::vector<std::uint32_t> open;
-        for (const StackWalk::Open& each : walk.On(event)) {
-            open.push_back(each.number);
+        for (const RecordedStacks::Open& each : stacks.On(events.back())) {
+            open.push_back(each.event->head.number);
         }
         return open;
     };
@@ -322,4 +338,47 @@ TEST(StackWalkTest, WhatWasLeftIsOver) {
     EXPECT_EQ(take(false, 4, 100, 85), Numbers({1}));
     EXPECT_EQ(take(false, 1, 100, 90), Numbers());
     EXPECT_EQ(take(true, 6, 200, 195), Numbers({6}));
+    EXPECT_EQ(left, Numbers({2, 5, 3}));
+}
+
+// What the host answers within an entry counts for all of it; where it never answers nobody knows.
+TEST(RecordedStacksTest, ProcessesHaveTheNumbersThatTheHostTells) {
+    constexpr SelectorPair current = Select("CurrentProcess");
+    RecordingFile file;
+    const auto add = [&](Chunk chunk, Way way, std::uint32_t number, std::uint32_t base,
+                         std::uint32_t stack, long selector, std::int32_t told = 0) {
+        RecordedEvent event = EventOf(chunk, way, number, base, stack);
+        event.head.selector = selector;
+        if (chunk == Chunk::CallEnds) {
+            auto& record = *reinterpret_cast<ParameterBlock*>(event.contents.root.data());
+            record.param1 = told;
+        } else if (way == Way::Pack) {
+            std::memcpy(&event.contents.root[sizeof told], &told, sizeof told);
+        }
+        file.events.push_back(std::move(event));
+    };
+    const auto entry = [&](std::uint32_t number, std::uint32_t base, std::uint32_t stack,
+                           long selector, std::int32_t told = 0) {
+        add(Chunk::EntryBegins, Way::Pack, number, base, stack, selector, told);
+    };
+    entry(1, 100, 90, 1);
+    entry(2, 200, 190, 2);
+    entry(3, 300, 290, 3);
+    add(Chunk::CallBegins, Way::Classic, 4, 300, 280, current.classic);
+    add(Chunk::CallEnds, Way::Classic, 4, 300, 280, current.classic, 7);
+    entry(5, 300, 270, -3, 8); // told of another one, within
+    add(Chunk::EntryEnds, Way::Pack, 5, 300, 270, -3, 8);
+    add(Chunk::EntryEnds, Way::Pack, 3, 300, 290, 3);
+    entry(6, 300, 290, -3, 9); // of its own, on the stack of one that has gone
+    add(Chunk::EntryEnds, Way::Pack, 6, 300, 290, -3, 9);
+    entry(7, 300, 290, 4);
+
+    RecordedStacks stacks(file);
+    std::vector<long> processes;
+    for (const RecordedEvent& event : file.events) {
+        stacks.Follow(event);
+        processes.push_back(stacks.Process(event));
+    }
+    EXPECT_EQ(processes, std::vector<long>({1, -2, 7, 7, 7, 8, 7, 7, 9, 9, 9}));
+    EXPECT_TRUE(stacks.IsNumberToldBy(4));
 }

@@ -5,7 +5,6 @@
 #include "testhost/compare/Adoption.h"
 #include "testhost/compare/Facts.h"
 #include "testhost/compare/HostSetUp.h"
-#include "testhost/recordings/ProcessNumbers.h"
 #include "testhost/recordings/Stacks.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
@@ -80,7 +79,7 @@ class Walk {
           host(standIn),
           settings(compareSettings),
           account(itsAccount),
-          processes(recording) {}
+          stacks(recording) {}
 
     void Run() {
         host.onProblem = [this](const std::string& problem) {
@@ -89,15 +88,15 @@ class Walk {
                 ++account.problems[problem];
             }
         };
-        for (size_t place = 0; place < file.events.size(); ++place) {
-            Take(file.events[place], place);
+        for (const RecordedEvent& event : file.events) {
+            Take(event);
         }
     }
 
   private:
     static constexpr size_t forGood = SIZE_MAX;
 
-    void Take(const RecordedEvent& event, size_t place) {
+    void Take(const RecordedEvent& event) {
         if (event.head.stackBase != lastStack || event.IsIntoPlugin()) {
             ++epoch; // what was known may be otherwise
         }
@@ -105,7 +104,7 @@ class Walk {
         if (!event.Begins()) {
             End(event);
         }
-        stacks.Take(event, place);
+        stacks.Follow(event);
         if (event.Begins()) {
             Begin(event);
         }
@@ -179,7 +178,8 @@ class Walk {
             return NotJudged("engine calls of a host that has none", service);
         }
         const Host::Scope scope(host);
-        const Host::InProcess inside(host, processes.On(begin.head.stackBase, stacks.On(begin)));
+        // A stack of which nothing is told is taken for the main process's.
+        const Host::InProcess inside(host, std::max(stacks.Process(begin), 1L));
         AskedCall call{host,
                        stock,
                        surroundings,
@@ -300,7 +300,7 @@ class Walk {
 
     // Whether the stand-in has this answer from the recording: it was set up by it.
     bool WasTaughtBefore(const AskedCall& call, const Fact* fact, std::string_view service) {
-        const bool tellsProcess = processes.AreToldBy(call.begin.head.number);
+        const bool tellsProcess = stacks.IsNumberToldBy(call.begin.head.number);
         const bool isSetUp = fact != nullptr && fact->isSetUp &&
                              setUpBy.insert(std::string(service) + QuestionOf(call.sent)).second;
         if (tellsProcess || isSetUp) {
@@ -397,8 +397,8 @@ class Walk {
                       static_cast<double>(begin.head.microseconds) / 1e6);
         std::string place =
             "crossing " + std::to_string(begin.head.number) + " (" + seconds + " s)";
-        for (const StackWalk::Open& open : stacks.On(begin)) {
-            const RecordedEvent& entry = file.events[open.event];
+        for (const RecordedStacks::Open& open : stacks.On(begin)) {
+            const RecordedEvent& entry = *open.event;
             if (entry.IsIntoPlugin()) {
                 place += ", within " + NameOf(entry);
             }
@@ -429,8 +429,7 @@ class Walk {
     Host& host;
     const CompareSettings& settings;
     ComparisonAccount& account;
-    ProcessNumbers processes;
-    StackWalk stacks;
+    RecordedStacks stacks;
     Surroundings surroundings;
     Stock stock;
     std::vector<unsigned char> askedBytes; ///< of the call that is being served, before that

@@ -1,7 +1,6 @@
 #include "testhost/compare/HostSetUp.h"
 
 #include "platform/ResultCodes.h"
-#include "testhost/recordings/ProcessNumbers.h"
 
 #include <algorithm>
 #include <array>

@@ -316,8 +316,13 @@ const CallFields& FieldsOf(const RecordedEvent& event) {
     return *reinterpret_cast<const ParameterBlock*>(root);
 }
 
+const SelectorPair* ServiceOf(const RecordedEvent& event) {
+    return event.IsIntoPlugin() ? nullptr
+                                : FindSelector(event.head.selector, event.way == Way::Engine);
+}
+
 const Usage* RecordingFile::UsageOf(const RecordedEvent& event) const {
-    if (event.way != Way::Pack && event.way != Way::PackEx) {
+    if (!event.IsPack()) {
         return nullptr;
     }
     const auto found = commands.find(event.head.selector);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/boundary/Calls.h"
+#include "host/boundary/Selectors.h"
 #include "testhost/recordings/Contents.h"
 
 #include <filesystem>
@@ -30,10 +31,15 @@ struct RecordedEvent {
     bool IsIntoPlugin() const {
         return chunk == Recording::Chunk::EntryBegins || chunk == Recording::Chunk::EntryEnds;
     }
+    /// Whether it is by one of the plug-in's entry points.
+    bool IsPack() const { return way == Recording::Way::Pack || way == Recording::Way::PackEx; }
 };
 
 /// The record of a call into the host.
 const CallFields& FieldsOf(const RecordedEvent& event);
+/// The service that such a call asks for; null when there is none of that number, and for an entry
+/// into the plug-in.
+const SelectorPair* ServiceOf(const RecordedEvent& event);
 
 /// A command as the plug-in described it when it was recorded.
 struct RecordedCommand {

@@ -2,7 +2,7 @@
 
 #include "host/boundary/Selectors.h"
 #include "testhost/crossings/RecordFields.h"
-#include "testhost/recordings/RecordedStacks.h"
+#include "testhost/recordings/Stacks.h"
 #include "testhost/recordings/Values.h"
 #include "testhost/session/CrossingPrinter.h"
 
@@ -167,8 +167,7 @@ class Show {
         ++entries;
         LoggedCall entry;
         entry.kind = LoggedCall::Kind::IntoPlugin;
-        entry.selector =
-            event.way == Way::Pack || event.way == Way::PackEx ? event.head.selector : 0;
+        entry.selector = event.IsPack() ? event.head.selector : 0;
         entry.name = EntryName(file, event);
         entry.process = stacks.Process(event);
         entry.depth = depth;
@@ -179,9 +178,7 @@ class Show {
     // Of entries that their name does not tell of.
     std::vector<std::string> WhatItBrings(const RecordedEvent& event) const {
         std::vector<std::string> lines;
-        const bool isPack = event.way == Way::Pack || event.way == Way::PackEx;
-        if (event.way == Way::AreaHandler || event.way == Way::DialogFilter || !isPack ||
-            event.head.selector > 0) {
+        if (!event.IsPack() || event.head.selector > 0) {
             return lines;
         }
         if (const RecordedItem* cell = event.contents.Find(0, resultWord, Target::Memory)) {
@@ -232,11 +229,11 @@ class Show {
         ++calls;
         const RecordedEvent& begin = *crossing.event;
         const bool engine = begin.way == Way::Engine;
-        const SelectorPair* selector = FindSelector(begin.head.selector, engine);
+        const SelectorPair* service = ServiceOf(begin);
         LoggedCall call;
         call.kind = engine ? LoggedCall::Kind::Engine : LoggedCall::Kind::Classic;
         call.selector = begin.head.selector;
-        call.name = selector != nullptr ? selector->name : "unknown selector";
+        call.name = service != nullptr ? service->name : "unknown selector";
         call.process = stacks.Process(begin);
         call.depth = crossing.depth;
         call.before = begin.contents.root;
@@ -293,7 +290,7 @@ class Show {
     Transcript& transcript;
     size_t callsNotPrinted = 0;
     CrossingPrinter printer{transcript, callsNotPrinted, ""};
-    RecordedStacks stacks;
+    RecordedStacks stacks{file};
     std::map<std::uint32_t, long> processes; ///< in which entries under way began
     size_t entries = 0;
     size_t calls = 0;
@@ -323,10 +320,14 @@ std::string CrossingName(const RecordingFile& file, const RecordedEvent& event) 
     if (event.IsIntoPlugin()) {
         return EntryName(file, event);
     }
-    const bool engine = event.way == Way::Engine;
-    const SelectorPair* selector = FindSelector(event.head.selector, engine);
-    return std::string(selector != nullptr ? selector->name : "unknown selector") + " (" +
-           std::to_string(event.head.selector) + (engine ? ", engine)" : ", classic)");
+    return CallName(event.way, event.head.selector);
+}
+
+std::string CallName(Way way, long selector) {
+    const bool engine = way == Way::Engine;
+    const SelectorPair* known = FindSelector(selector, engine);
+    return std::string(known != nullptr ? known->name : "unknown selector") + " (" +
+           std::to_string(selector) + (engine ? ", engine)" : ", classic)");
 }
 
 void ShowRecording(const RecordingFile& file, const std::string& name, Transcript& transcript) {

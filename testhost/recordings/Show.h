@@ -13,3 +13,5 @@ void ShowRecording(const RecordingFile& file, const std::string& name, Transcrip
 std::string EntryName(const RecordingFile& file, const RecordedEvent& event);
 /// A crossing either way: "command 3(long 7)", "GetVariable (-15, classic)".
 std::string CrossingName(const RecordingFile& file, const RecordedEvent& event);
+/// A call into the host, likewise.
+std::string CallName(Recording::Way way, long selector);

@@ -5,8 +5,8 @@
 #include "testhost/model/Asides.h"
 #include "testhost/model/UnderWay.h"
 #include "testhost/plugins/Library.h"
-#include "testhost/recordings/RecordedStacks.h"
 #include "testhost/recordings/Show.h"
+#include "testhost/recordings/Stacks.h"
 #include "testhost/recordings/Stock.h"
 #include "testhost/replay/Folders.h"
 #include "testhost/session/CrossingPrinter.h"
@@ -32,16 +32,12 @@ std::string Counted(size_t count, const char* one) {
     return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
 }
 
-bool IsPack(Way way) {
-    return way == Way::Pack || way == Way::PackEx;
-}
-
 bool IsInit(const RecordedEvent& event) {
-    return IsPack(event.way) && (event.head.selector == -1 || event.head.selector == -200);
+    return event.IsPack() && (event.head.selector == -1 || event.head.selector == -200);
 }
 
 bool IsStop(const RecordedEvent& event) {
-    return IsPack(event.way) && (event.head.selector == -2 || event.head.selector == -220);
+    return event.IsPack() && (event.head.selector == -2 || event.head.selector == -220);
 }
 
 std::uint32_t WordOf(const void* address) {
@@ -141,7 +137,7 @@ class Replay {
     size_t next = 0; ///< event
     size_t nextChange = 0;
     std::vector<bool> skipped; ///< by event
-    RecordedStacks stacks;
+    RecordedStacks stacks{file};
     std::vector<std::unique_ptr<Task>> tasks;
     Task* running = nullptr;
     long lastNumber = 1;
@@ -227,7 +223,7 @@ const RecordedEvent* Replay::Next() {
         stock.Rebuild(file.CrossingOf(change), surroundings, change.contents);
     }
     while (next < file.events.size() && skipped[next]) {
-        stacks.Follow(file.events[next], [](const RecordedStacks::Open&) {});
+        stacks.Follow(file.events[next]);
         ++next;
         ++notPlayed;
     }
@@ -304,7 +300,7 @@ const RecordedEvent& Replay::Turn(Task& task) {
 // The event, which is the next one, happens.
 void Replay::Take(const RecordedEvent& event) {
     ++next;
-    stacks.Follow(event, [](const RecordedStacks::Open&) {});
+    stacks.Follow(event);
     host.currentProcess = stacks.Process(event);
     place = settings.name + ": crossing " + std::to_string(event.head.number);
     progress.statement = next;
@@ -354,7 +350,7 @@ void Replay::PlayEntry(Task& task, const RecordedEvent& begin) {
 
 void Replay::Enter(const RecordedEvent& begin, std::vector<std::uint32_t>& words) {
     const std::string name = EntryName(file, begin);
-    if (IsPack(begin.way)) {
+    if (begin.IsPack()) {
         void* const arguments[4] = {Pointer(words[0]), Pointer(words[1]), Pointer(words[2]),
                                     Pointer(words[3])};
         lastStop = IsStop(begin);
@@ -406,10 +402,8 @@ GrafPort* Replay::PortOf(const RecordedEvent& begin) const {
     const size_t end = file.crossings.at(begin.head.number).end;
     for (size_t number = next; number < end; ++number) {
         const RecordedEvent& event = file.events[number];
-        const bool engine = event.way == Way::Engine;
-        const SelectorPair* known =
-            event.chunk == Chunk::CallBegins ? FindSelector(event.head.selector, engine) : nullptr;
-        const std::string_view name = known != nullptr ? known->name : std::string_view();
+        const SelectorPair* service = event.Begins() ? ServiceOf(event) : nullptr;
+        const std::string_view name = service != nullptr ? service->name : std::string_view();
         if (name == "NativeWindow" || name == "DialogFromWindow") {
             const CallFields& fields = FieldsOf(event);
             const auto word = name == "NativeWindow" ? WordOf(fields.handle)
@@ -500,14 +494,10 @@ const RecordedEvent* Replay::TakeCall(Task& task, const Crossing& crossing,
     };
     const RecordedEvent* event = &Turn(task);
     if (!isIt(*event)) {
-        const SelectorPair* known = FindSelector(crossing.selector, crossing.way == Way::Engine);
-        const std::string name = std::string(known != nullptr ? known->name : "unknown selector") +
-                                 " (" + std::to_string(crossing.selector) +
-                                 (crossing.way == Way::Engine ? ", engine)" : ", classic)");
         Differ(*task.open.back(),
                event->chunk == Chunk::CallBegins ? "it calls " + CrossingName(file, *event)
                                                  : "it ends",
-               "it calls " + name);
+               "it calls " + CallName(crossing.way, crossing.selector));
         if (!SkipToCall(task, crossing)) {
             return nullptr;
         }
