@@ -346,8 +346,7 @@ class Walk {
         return {bytes.begin(), bytes.end()};
     }
 
-    // --- The account
-    // -------------------------------------------------------------------------------
+    // --- The account -----------------------------------------------------------------------------
 
     void Adopted(std::string_view what, std::string_view service, const RecordedEvent& begin) {
         ++account.adoptions[std::string(what)][std::string(service)];

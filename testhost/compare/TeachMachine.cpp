@@ -35,10 +35,6 @@ HostWindow* TheWindow(const AskedCall& call) {
     return call.host.windows.Find(call.asked.Fields().handle);
 }
 
-std::uint32_t Word(const void* address) {
-    return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(address));
-}
-
 // A window that stands here for one of the recording from now on: the frontmost that nobody has
 // spoken of yet, or a further one.
 HostWindow& MeetWindow(AskedCall& call, std::uint32_t recorded) {
@@ -46,12 +42,12 @@ HostWindow& MeetWindow(AskedCall& call, std::uint32_t recorded) {
     HostWindow* met = nullptr;
     for (size_t place = 0; place < windows.Count() && met == nullptr; ++place) {
         HostWindow& window = windows.At(place);
-        met = call.stock.book.Recorded(Word(&window.port)) ? nullptr : &window;
+        met = call.stock.book.Recorded(WordOf(&window.port)) ? nullptr : &window;
     }
     if (met == nullptr) {
         met = &windows.AddInFront(call.Process(), WindowKind::Regular);
     }
-    call.stock.book.Learn(recorded, Word(&met->port));
+    call.stock.book.Learn(recorded, WordOf(&met->port));
     return *met;
 }
 } // namespace
@@ -163,7 +159,7 @@ bool HostFolder(AskedCall& call) {
 
 // A window that the plug-in has from elsewhere.
 bool Window(AskedCall& call) {
-    const std::uint32_t recorded = Word(call.sent.Fields().handle);
+    const std::uint32_t recorded = WordOf(call.sent.Fields().handle);
     if (recorded == 0 || TheWindow(call) != nullptr || call.end == nullptr ||
         call.answer.Fields().error == ResultCode::BadParameter) {
         return false;
@@ -200,7 +196,7 @@ bool Focusable(AskedCall& call) {
 }
 
 bool Focus(AskedCall& call) {
-    const std::uint32_t recorded = Word(call.answer.Fields().handle);
+    const std::uint32_t recorded = WordOf(call.answer.Fields().handle);
     if (recorded == 0) {
         call.host.focusedWindow = nullptr;
         return true;

@@ -28,6 +28,14 @@ struct CrossingContents {
 CrossingContents TakeContents(const Recording::Crossing& crossing,
                               const Recording::Surroundings& surroundings);
 
+/// An address of this process as the word that records have, and back.
+inline std::uint32_t WordOf(const void* address) {
+    return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(address));
+}
+inline void* PointerAt(std::uint32_t word) {
+    return reinterpret_cast<void*>(std::uintptr_t{word});
+}
+
 /// What stands here for the words of a recording: its handles, and whatever host or plug-in know
 /// by a word.
 class AddressBook {

@@ -17,10 +17,6 @@ constexpr size_t roomBehind = 64; // zeros behind what is lent
 constexpr size_t wholePascalString =
     256; // what a host lends where the recording has its characters
 constexpr size_t mostMissing = 1024 * 1024; // zeros in place of bytes that were not stored
-
-std::uint32_t WordOf(const void* address) {
-    return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(address));
-}
 } // namespace
 
 // Walks through the recorded contents, and puts what is here in place of each address.
@@ -113,7 +109,7 @@ class Stock::Builder final : public Visitor {
         if (then == nullptr || now == nullptr || then->head.address != address) {
             return nullptr;
         }
-        auto* memory = reinterpret_cast<unsigned char*>(std::uintptr_t{now->head.address});
+        auto* memory = static_cast<unsigned char*>(PointerAt(now->head.address));
         return ReadableBytes(memory, size) == size ? memory : nullptr;
     }
 
@@ -144,7 +140,7 @@ class Stock::Builder final : public Visitor {
     std::uint32_t HandleHere(const Place& place, std::uint32_t address, const RecordedItem* item) {
         const bool isHosts = place.target == Target::HostHandle;
         const auto known = stock.book.Here(address);
-        auto handle = reinterpret_cast<Handle>(std::uintptr_t{known.value_or(0)});
+        auto handle = static_cast<Handle>(PointerAt(known.value_or(0)));
         const short owner = ToolboxHandleOwner(handle);
         const size_t size = item != nullptr ? SizeWith(item->bytes.size(), item->head.size) : 0;
         if (owner == HandleOwner::None) {

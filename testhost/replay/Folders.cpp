@@ -214,8 +214,8 @@ std::string ReplacedFolders::Replace(RecordingFile& file, const std::string& fol
     const std::string missing = MissingPart(folder, start.size() + shortestName);
     if (missing.empty()) {
         notes.push_back("The folder " + folder +
-                        " is not here, and its path is too short for "
-                        "another one to take its place.");
+                        " is not here, and its path is too short for another one to "
+                        "take its place.");
         return {};
     }
     std::string name = std::to_string(made.size() + 1) + std::to_string(GetCurrentProcessId());

@@ -6,9 +6,8 @@
 #include <vector>
 
 /// Folders that the host named in a recording, and the one for temporary files, which are not on
-/// this machine. In their place
-/// stand folders for temporary files whose paths are as long, so that wherever the recording has
-/// the one, be it within a longer path, it can have the other.
+/// this machine. In their place stand folders for temporary files whose paths are as long, so that
+/// wherever the recording has the one, be it within a longer path, it can have the other.
 class ReplacedFolders {
   public:
     /// Makes them, and puts their names into the recording.

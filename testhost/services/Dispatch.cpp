@@ -130,17 +130,6 @@ void LeaveIfKilled(Host& host) {
     }
 }
 
-// Whether this is no thread in which the host calls plug-ins, which is told.
-bool IsForeignThread(long number) {
-    if (!Host::IsOwnThread()) {
-        SetAside({true, "The host was called (selector " + std::to_string(number) +
-                            ") from a thread that is not its own: only the one in which it calls "
-                            "the plug-in may do so."});
-        return true;
-    }
-    return false;
-}
-
 template <typename Block>
 long Dispatch(long number, Block* block, EngineFields* engine) {
     constexpr bool isEngine = std::is_same_v<Block, FDEngineBlock>;
@@ -181,6 +170,16 @@ long Dispatch(long number, Block* block, EngineFields* engine) {
     return block->error;
 }
 } // namespace
+
+bool IsForeignThread(long selector) {
+    if (Host::IsOwnThread()) {
+        return false;
+    }
+    SetAside({true, "The host was called (selector " + std::to_string(selector) +
+                        ") from a thread that is not its own: only the one in which it calls "
+                        "the plug-in may do so."});
+    return true;
+}
 
 long ClassicHostCall(long selector, ParameterBlock* block) {
     return Dispatch(selector, block, nullptr);
