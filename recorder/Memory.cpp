@@ -41,26 +41,33 @@ ReadableMemory::ReadableMemory() {
     const NT_TIB& thread = ThreadInformation();
     const std::uintptr_t here = Number(CurrentFrame());
     if (here >= Number(thread.StackLimit) && here < Number(thread.StackBase)) {
-        stack = {here, Number(thread.StackBase)};
+        ranges[0] = {here, Number(thread.StackBase)};
     }
 }
 
 std::size_t ReadableMemory::From(std::uint32_t address, std::size_t size) {
-    for (const Range& range : {stack, last}) {
+    for (const Range& range : ranges) {
         if (address >= range.begin && address < range.end && size <= range.end - address) {
             return size;
         }
     }
     constexpr DWORD unreadable = PAGE_NOACCESS | PAGE_GUARD;
-    std::uintptr_t end = address;
+    Range found{address, address};
     MEMORY_BASIC_INFORMATION region{};
-    while (end - address < size && end >= address &&
-           VirtualQuery(reinterpret_cast<const void*>(end), &region, sizeof region) != 0 &&
+    while (found.end - address < size && found.end >= address &&
+           VirtualQuery(reinterpret_cast<const void*>(found.end), &region, sizeof region) != 0 &&
            region.State == MEM_COMMIT && (region.Protect & unreadable) == 0) {
-        end = Number(region.BaseAddress) + region.RegionSize;
-        last = {address, end};
+        const std::uintptr_t begin = Number(region.BaseAddress);
+        found = {std::min(found.begin, begin), begin + region.RegionSize};
     }
-    return end < address ? 0 : std::min<std::size_t>(end - address, size);
+    if (found.end < address) { // at the end of the address space
+        return 0;
+    }
+    if (found.end > address) {
+        ranges[oldest] = found;
+        oldest = oldest % (ranges.size() - 1) + 1;
+    }
+    return std::min<std::size_t>(found.end - address, size);
 }
 
 std::uint32_t StackBase() {

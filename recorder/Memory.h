@@ -2,12 +2,13 @@
 
 #include "platform/Types.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 
-/// What of this process's memory can be read. It asks the system once for neighbours, so that it
-/// holds for a moment only: make a new one for each event.
+/// What of this process's memory can be read. It remembers what the system has told of regions, so
+/// that it holds for a moment only: make a new one for each event.
 class ReadableMemory {
   public:
     ReadableMemory();
@@ -19,8 +20,10 @@ class ReadableMemory {
         std::uintptr_t begin = 0;
         std::uintptr_t end = 0;
     };
-    Range stack; ///< of the running thread, as far as it is in use; empty when that is not known
-    Range last;  ///< found last
+    /// At first the running thread's stack, as far as it is in use, when that is known; then the
+    /// regions that were found last.
+    std::array<Range, 8> ranges{};
+    std::size_t oldest = 1; ///< of these
 };
 
 /// The stack that the running thread is on, where the system says it begins.

@@ -2,6 +2,7 @@
 
 #include "host/boundary/AreaEvents.h"
 #include "host/boundary/Calls.h"
+#include "host/boundary/Fields.h"
 #include "platform/Types.h"
 #include "testhost/plugins/Arguments.h"
 
@@ -280,9 +281,11 @@ constexpr unsigned short engineVersion = 0x1100;
 
 constexpr size_t pointerBlockSize = offsetof(ValueBlock, pointer) + sizeof(Handle);
 
-// Whether this looks like a pointer as compiled databases hand it over.
+// Whether this looks like a pointer as compiled databases hand it over: not like the number of its
+// type, behind which there would be zeros.
 bool IsPointerBlock(Bytes bytes) {
-    return bytes.size() >= pointerBlockSize && bytes[0] == ValueType::Pointer && bytes[1] == 0;
+    return bytes.size() >= pointerBlockSize && bytes[0] == ValueType::Pointer && bytes[1] == 0 &&
+           Load<unsigned short>(bytes, offsetof(ValueBlock, pointer)) != 0;
 }
 
 class Walk {
@@ -315,7 +318,14 @@ class Walk {
             const Record record = engine ? EngineRecord : ClassicRecord;
             const bool isSlot = place.when == Slot && !crossing.isOver;
             const unsigned char when = crossing.isOver ? Answered : Sent;
-            if ((place.record & record) == 0 || (place.when != Slot && (place.when & when) == 0)) {
+            if ((place.record & record) == 0) {
+                continue;
+            }
+            if (IsLeftOver(place, name, shared)) {
+                See({.offset = shared + place.where, .target = Target::Token});
+                continue;
+            }
+            if (place.when != Slot && (place.when & when) == 0) {
                 continue;
             }
             size_t size = place.size;
@@ -435,6 +445,21 @@ class Walk {
     }
 
     // --- Calls -----------------------------------------------------------------------------------
+
+    // Whether what stands there is what the plug-in had left in the record, at which the host does
+    // not look: where the answer will be, or would have been; or no handle, as a field's type says.
+    bool IsLeftOver(const CallPlace& place, std::string_view name, size_t shared) const {
+        const size_t offset = shared + place.where;
+        if (name == "SetFieldData") {
+            const auto type =
+                static_cast<short>(Load<std::int32_t>(crossing.root, shared + InParam1));
+            return CarrierOf(type) != FieldCarrier::Bytes;
+        }
+        return place.when == Answered &&
+               (!crossing.isOver ||
+                (!crossing.sent.empty() && Load<std::uint32_t>(crossing.sent, offset) ==
+                                               Load<std::uint32_t>(crossing.root, offset)));
+    }
 
     // What of the folder's buffer there is: before it, what was sent says so.
     size_t BufferSize(size_t shared) const {
@@ -667,10 +692,12 @@ class Walk {
         }
     }
 
-    // Before the host has said that it is compiled only the value itself tells that it is a block.
+    // Before the host has said whether it is compiled only the value itself tells that it is a
+    // block. A text has a handle in the same place, and may have as many characters as the type's
+    // number.
     void SeePointer(const Usage::Parameter& parameter, const Parent& storage) {
-        if (parameter.kind == ValueKind::Pointer && !surroundings.compiled &&
-            IsPointerBlock(storage.bytes)) {
+        if (parameter.kind == ValueKind::Pointer && !surroundings.knowsCompiled &&
+            parameter.target != ValueKind::Text && IsPointerBlock(storage.bytes)) {
             See(storage, {.offset = offsetof(ValueBlock, pointer),
                           .target = Target::Handle,
                           .form = Form::Target,

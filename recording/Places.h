@@ -16,6 +16,7 @@ namespace Recording {
 struct Surroundings {
     unsigned short version = 0; ///< of the host; 0 before its first call
     bool compiled = false;      ///< a pointer is a value block with a handle to its target
+    bool knowsCompiled = false; ///< the host has told whether it is
 };
 
 /// An address that stands somewhere.

@@ -12,6 +12,7 @@
 #include "testhost/resources/Text.h"
 #include "testhost/session/DatabaseFile.h"
 #include "testhost/session/PlayScript.h"
+#include "testhost/session/PluginResources.h"
 #include "testhost/session/TextFile.h"
 #include "testhost/session/Transcript.h"
 #include "testhost/session/Words.h"
@@ -33,6 +34,7 @@
 #include <iostream>
 #include <iterator>
 #include <new>
+#include <utility>
 
 #include <windows.h>
 
@@ -250,10 +252,9 @@ void KeepInputs(const Options& options, const Script& script) {
     const Outputs outputs(options);
     const std::filesystem::path plugin = FromUtf8(options.plugin);
     const std::filesystem::path scriptFile = FromUtf8(options.script);
-    for (const std::filesystem::path& input :
-         {scriptFile, plugin, std::filesystem::path(plugin).replace_extension(".rsrc"),
-          std::filesystem::path(FromUtf8(options.resources)),
-          std::filesystem::path(FromUtf8(options.database))}) {
+    for (const std::filesystem::path& input : {scriptFile, plugin, ResourcesBeside(plugin),
+                                               std::filesystem::path(FromUtf8(options.resources)),
+                                               std::filesystem::path(FromUtf8(options.database))}) {
         outputs.KeepFrom(input);
     }
     for (const Statement& statement : script.statements) {
@@ -324,16 +325,23 @@ int Run(const Options& options, bool isRecorded) {
                : play();
 }
 
-int Replay(const Options& options, Progress& progress) {
-    const std::filesystem::path recording = FromUtf8(options.recording);
-    Options written = options; // the recording is not
-    written.recording.clear();
-    const Outputs outputs(written);
-    for (const std::filesystem::path& input :
-         {recording, std::filesystem::path(FromUtf8(options.plugin)),
-          std::filesystem::path(FromUtf8(options.resources))}) {
-        outputs.KeepFrom(input);
+// The transcript is written, the recording is not.
+void KeepInputsOfRecording(Options options) {
+    const std::string recording = std::exchange(options.recording, {});
+    const Outputs outputs(options);
+    for (const std::string& input : {recording, options.plugin, options.resources}) {
+        outputs.KeepFrom(FromUtf8(input));
     }
+}
+
+int Show(const Options& options) {
+    KeepInputsOfRecording(options);
+    return ShowRecordingFile(FromUtf8(options.recording), TranscriptOf(options), std::cout);
+}
+
+int Replay(const Options& options, Progress& progress) {
+    KeepInputsOfRecording(options);
+    const std::filesystem::path recording = FromUtf8(options.recording);
     return ReplayRecordingFile(recording,
                                {.plugin = FromUtf8(options.plugin),
                                 .resources = FromUtf8(options.resources),
@@ -466,7 +474,7 @@ int Command(int argc, wchar_t** argv) {
             return Run(options, record.parsed());
         }
         if (show.parsed()) {
-            return ShowRecordingFile(FromUtf8(options.recording), TranscriptOf(options), std::cout);
+            return Show(options);
         }
         if (replay.parsed()) {
             return RunReplay(options);

@@ -6,6 +6,7 @@
 #include "testhost/compare/Facts.h"
 #include "testhost/compare/HostSetUp.h"
 #include "testhost/recordings/Stacks.h"
+#include "testhost/session/PluginResources.h"
 #include "testhost/toolbox/Control.h"
 #include "testhost/values/Encodings.h"
 
@@ -61,8 +62,8 @@ class OpenResources {
         if (line == recording.head.end()) {
             return {};
         }
-        std::filesystem::path path = FromUtf8(line->second);
-        return path.root_name().native().size() == driveAndColon ? path.replace_extension(".rsrc")
+        const std::filesystem::path path = FromUtf8(line->second);
+        return path.root_name().native().size() == driveAndColon ? ResourcesBeside(path)
                                                                  : std::filesystem::path();
     }
 

@@ -6,11 +6,20 @@
 #include "testhost/values/Encodings.h"
 
 #include <string>
+#include <system_error>
+
+std::filesystem::path ResourcesBeside(const std::filesystem::path& plugin) {
+    const std::filesystem::path own = std::filesystem::path(plugin).replace_extension(".rsrc");
+    const std::filesystem::path stem = plugin.stem();
+    std::error_code error;
+    return stem.extension() == ".recorded" && !std::filesystem::exists(own, error)
+               ? std::filesystem::path(own).replace_filename(stem.stem()).concat(".rsrc")
+               : own;
+}
 
 PluginResources::PluginResources(const std::filesystem::path& plugin,
                                  const std::filesystem::path& resources)
-    : file(resources.empty() ? std::filesystem::path(plugin).replace_extension(".rsrc")
-                             : resources) {
+    : file(resources.empty() ? ResourcesBeside(plugin) : resources) {
     const OSErr error = ToolboxOpenResFile(file.wstring().c_str(), &refNum);
     if (error == ResultCode::FileNotFound && resources.empty()) {
         refNum = 0;
