@@ -74,19 +74,21 @@ void EventWriter::LearnHost(const Crossing& crossing, Surroundings& surroundings
     }
 }
 
-// How many bytes are there, from `begin` on; 0 where nobody knows.
-std::size_t EventWriter::SizeThere(const Place& place, std::uint32_t address, std::uint32_t begin) {
+// How many bytes are there, from `begin` on.
+std::uint32_t EventWriter::SizeThere(const Place& place, std::uint32_t address,
+                                     std::uint32_t begin) {
     switch (place.target) {
     case Target::Handle:
-        return PlatformHandleSize(address).value_or(0);
+        return PlatformHandleSize(address).value_or(UnknownSize);
     case Target::HostHandle:
-        return hostHandles.Of(address).value_or(0);
+        return hostHandles.Of(address).value_or(UnknownSize);
     case Target::Memory:
         if (place.size == 0 && place.form != Form::None && !place.isSlot) { // a text itself says
             const auto* const text = static_cast<const unsigned char*>(Pointer(begin));
-            return TextSize(place.form, {text, memory.From(begin, itemLimit)});
+            return static_cast<std::uint32_t>(
+                TextSize(place.form, {text, memory.From(begin, itemLimit)}));
         }
-        return place.size;
+        return static_cast<std::uint32_t>(place.size);
     default:
         return 0;
     }
@@ -104,7 +106,8 @@ Visitor::Found EventWriter::Visit(const Place& place, std::uint32_t address) {
         std::memcpy(&begin, Pointer(address), memory.From(address, sizeof begin));
     }
     head.size = begin != 0 ? SizeThere(place, address, begin) : 0;
-    if (!place.isSlot || place.form == Form::Value) { // whose type says what is wanted
+    const bool isKnown = head.size != UnknownSize;
+    if (isKnown && (!place.isSlot || place.form == Form::Value)) { // whose type says what is wanted
         const std::size_t wanted = place.isSlot ? 1 : head.size;
         const auto most =
             std::min<std::size_t>({head.size, wanted, itemLimit, buffer.Left() - sizeof head});

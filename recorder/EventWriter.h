@@ -57,8 +57,8 @@ class EventWriter final : Recording::Visitor {
   private:
     Found Visit(const Recording::Place& place, std::uint32_t address) override;
     void LearnHost(const Recording::Crossing& crossing, Recording::Surroundings& surroundings);
-    std::size_t SizeThere(const Recording::Place& place, std::uint32_t address,
-                          std::uint32_t begin);
+    std::uint32_t SizeThere(const Recording::Place& place, std::uint32_t address,
+                            std::uint32_t begin);
 
     ChunkBuffer& buffer;
     const HandleSizes& hostHandles;

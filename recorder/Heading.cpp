@@ -91,11 +91,17 @@ std::wstring PathOf(void* module) {
 }
 
 bool CreateRecording(const Settings& settings, OutputFile& file) {
-    wchar_t temporary[MAX_PATH + 1];
-    const std::wstring other(temporary, GetTempPathW(std::size(temporary), temporary));
     const std::wstring name = settings.name + L" " + FromUtf8(TimeText(Now(), '-'));
-    return CreateIn(settings.folder, name, settings.sizeLimit, file) ||
-           CreateIn(other, name, settings.sizeLimit, file);
+    if (CreateIn(settings.folder, name, settings.sizeLimit, file)) {
+        return true;
+    }
+    const std::wstring other = TemporaryPath();
+    if (!CreateIn(other, name, settings.sizeLimit, file)) {
+        return false;
+    }
+    TellDebugger("no file can be made in " + Utf8(settings.folder) + ", the recording is in " +
+                 Utf8(other) + ".");
+    return true;
 }
 
 void WriteHeading(const Settings& settings, void* recorder, void* plugin, OutputFile& file) {

@@ -167,8 +167,11 @@ RecordedPlugin LoadPlugin(const std::wstring& path) {
         FreeLibrary(module);
     }
     if (module == nullptr || module == ownModule) {
-        TellDebugger("the plug-in " + Utf8(path) + " could not be loaded (error " +
-                     std::to_string(error) + "), its commands do nothing.");
+        TellDebugger("the plug-in " + Utf8(path) +
+                     (module != nullptr
+                          ? " is the recorder itself"
+                          : " could not be loaded (error " + std::to_string(error) + ")") +
+                     ", its commands do nothing.");
         return {};
     }
     return {module, Find<PluginEntryPoint>(module, "FourDPack"),

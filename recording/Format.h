@@ -112,7 +112,7 @@ struct ItemHead {
     Form form;
     std::uint32_t offset; ///< of the address in the parent
     std::uint32_t address;
-    std::uint32_t size;   ///< bytes that are there
+    std::uint32_t size;   ///< bytes that are there, or UnknownSize
     std::uint32_t stored; ///< how many of them follow
     std::uint8_t detail;  ///< see Form
     std::uint8_t isSlot;  ///< 1: they are yet to be filled; of a value the type counts
@@ -126,9 +126,12 @@ static_assert(sizeof(CrossingHead) == 40 && offsetof(CrossingHead, microseconds)
 static_assert(sizeof(ItemHead) == 22 && offsetof(ItemHead, offset) == 4 &&
               offsetof(ItemHead, detail) == 20);
 
+/// The size of what nobody could tell the size of; nothing of it is stored.
+inline constexpr std::uint32_t UnknownSize = 0xFFFFFFFF;
+
 /// Most bytes that a recorder stores of one item unless told otherwise, items of one crossing,
 /// and bytes of a root that anybody believes.
 inline constexpr std::uint32_t ItemLimit = 64 * 1024;
-inline constexpr std::uint16_t MostItems = 1000;
+inline constexpr std::uint16_t MostItems = 16000;
 inline constexpr std::uint32_t MostRootBytes = 4096;
 } // namespace Recording

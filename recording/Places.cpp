@@ -377,6 +377,14 @@ class Walk {
         }
     }
 
+    /// To be called at the end.
+    void Rest() {
+        for (size_t place = 0; place < postponedCount;
+             ++place) { // and those that come up meanwhile
+            Elements(postponed[place].storage, postponed[place].type);
+        }
+    }
+
     void MainThread() { See({.offset = 0, .target = Target::Token}); }
 
     void Filter() {
@@ -409,7 +417,13 @@ class Walk {
         place.parent = parent.item;
         const Visitor::Found found = visitor.Visit(place, address);
         const Parent there{found.item, found.bytes};
-        if (!place.isSlot && !there.bytes.empty()) {
+        if (place.isSlot || there.bytes.empty()) {
+            return there;
+        }
+        // Of very many elements a visitor may leave some out: other things come before them.
+        if (place.form == Form::Elements && postponedCount < postponed.size()) {
+            postponed[postponedCount++] = {there, place.detail};
+        } else {
             Descend(place, there);
         }
         return there;
@@ -488,7 +502,7 @@ class Walk {
         See(parent, {.offset = offset, .target = Target::Handle});
     }
 
-    void Array(const Parent& parent, size_t offset, unsigned char type) {
+    void SeeArray(const Parent& parent, size_t offset, unsigned char type) {
         See(parent, {.offset = offset + offsetof(ArrayBlock, elements),
                      .target = Target::Handle,
                      .form = Form::Elements,
@@ -522,7 +536,7 @@ class Walk {
             return;
         default:
             if (IsArrayType(type)) {
-                Array(block, contents, type);
+                SeeArray(block, contents, type);
             }
         }
     }
@@ -553,7 +567,7 @@ class Walk {
                 // Rows have no rows of their own.
                 if (const unsigned char row = storage.bytes[offset];
                     IsArrayType(row) && row != ValueType::ArrayOfArrays) {
-                    Array(storage, offset + offsetof(ArrayRow, array), row);
+                    SeeArray(storage, offset + offsetof(ArrayRow, array), row);
                 }
             });
         default:
@@ -742,9 +756,16 @@ class Walk {
         }
     }
 
+    struct Postponed {
+        Parent storage;
+        unsigned char type = 0; ///< of the array
+    };
+
     const Crossing& crossing;
     const Surroundings& surroundings;
     Visitor& visitor;
+    std::array<Postponed, 32> postponed{}; ///< whose elements are yet to be seen
+    size_t postponedCount = 0;
     ValueKind targetKind = ValueKind::None; ///< of the parameter that is looked at
     int windows = 0;
 };
@@ -798,19 +819,25 @@ void Recording::VisitPlaces(const Crossing& crossing, const Surroundings& surrou
     switch (crossing.way) {
     case Way::Classic:
     case Way::Engine:
-        return walk.Call();
+        walk.Call();
+        break;
     case Way::Pack:
     case Way::PackEx:
-        return walk.Pack();
+        walk.Pack();
+        break;
     case Way::Process:
-        return;
+        break;
     case Way::MainThread:
-        return walk.MainThread();
+        walk.MainThread();
+        break;
     case Way::DialogFilter:
-        return walk.Filter();
+        walk.Filter();
+        break;
     case Way::AreaHandler:
-        return walk.Area();
+        walk.Area();
+        break;
     }
+    walk.Rest();
 }
 
 void Recording::Learn(const Crossing& crossing, std::span<const unsigned char> init,

@@ -440,10 +440,8 @@ const RecordedItem* CrossingContents::Find(unsigned parent, size_t offset, Targe
 CrossingContents TakeContents(const Crossing& crossing, const Surroundings& surroundings) {
     CrossingContents contents;
     contents.root.assign(crossing.root.begin(), crossing.root.end());
-    contents.items.reserve(MostItems); // their bytes are looked at while more are added
     Taker taker(contents);
     VisitPlaces(crossing, surroundings, taker);
-    contents.items.shrink_to_fit();
     return contents;
 }
 
