@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <ranges>
 
 using namespace Recording;
 
@@ -24,15 +23,11 @@ std::optional<long> NumberIn(const RecordedEvent& event, long selector) {
     return number > 0 ? std::optional<long>(number) : std::nullopt;
 }
 
-std::pair<std::uint32_t, std::uint32_t> KeyOf(const RecordedEvent& event) {
-    return {event.head.thread, event.head.stackBase};
-}
-
 // The innermost crossing that decides about the process: by its own number, on the main thread, or
 // as the outermost one. There is one.
 const RecordedEvent& DecidingIn(const std::vector<RecordedStacks::Open>& open) {
-    for (const RecordedStacks::Open& each : std::views::reverse(open)) {
-        const RecordedEvent& event = *each.event;
+    for (auto each = open.rbegin(); each != open.rend(); ++each) {
+        const RecordedEvent& event = *each->event;
         if (event.way == Way::MainThread || ProcessThatStarts(event) || ProcessThatEnds(event)) {
             return event;
         }
@@ -47,6 +42,10 @@ std::optional<long> ProcessThatStarts(const RecordedEvent& event) {
 
 std::optional<long> ProcessThatEnds(const RecordedEvent& event) {
     return NumberIn(event, processEnds);
+}
+
+StackKey StackOf(const RecordedEvent& event) {
+    return {event.head.thread, event.head.stackBase};
 }
 
 RecordedStacks::RecordedStacks(const RecordingFile& file) {
@@ -71,7 +70,7 @@ void RecordedStacks::NoteAnswer(const RecordedEvent& event) {
 
 RecordedStacks::Open RecordedStacks::Follow(const RecordedEvent& event, const OnLeft& onLeft) {
     const bool isFirst = stacks.empty();
-    const auto [place, isNew] = stacks.try_emplace(KeyOf(event));
+    const auto [place, isNew] = stacks.try_emplace(StackOf(event));
     Stack& stack = place->second;
     if (isNew) {
         stack.process = isFirst ? mainProcess : -static_cast<long>(stacks.size());
@@ -110,8 +109,8 @@ RecordedStacks::Open RecordedStacks::Follow(const RecordedEvent& event, const On
 
 void RecordedStacks::Leave(const OnLeft& onLeft) {
     for (auto& [key, stack] : stacks) {
-        for (const Open& open : std::views::reverse(stack.open)) {
-            onLeft(open);
+        for (auto open = stack.open.rbegin(); open != stack.open.rend(); ++open) {
+            onLeft(*open);
         }
         stack.open.clear();
     }
@@ -119,12 +118,12 @@ void RecordedStacks::Leave(const OnLeft& onLeft) {
 
 const std::vector<RecordedStacks::Open>& RecordedStacks::On(const RecordedEvent& event) const {
     static const std::vector<Open> nothing;
-    const auto found = stacks.find(KeyOf(event));
+    const auto found = stacks.find(StackOf(event));
     return found != stacks.end() ? found->second.open : nothing;
 }
 
 long RecordedStacks::Process(const RecordedEvent& event) const {
-    const auto found = stacks.find(KeyOf(event));
+    const auto found = stacks.find(StackOf(event));
     if (found == stacks.end()) {
         return mainProcess;
     }

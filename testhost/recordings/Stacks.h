@@ -14,6 +14,11 @@
 std::optional<long> ProcessThatStarts(const RecordedEvent& event);
 std::optional<long> ProcessThatEnds(const RecordedEvent& event);
 
+/// By its thread and its base.
+using StackKey = std::pair<std::uint32_t, std::uint32_t>;
+/// The stack on which an event happens.
+StackKey StackOf(const RecordedEvent& event);
+
 /// Follows a recording's crossings on the stacks on which they happen: what is under way there, and
 /// in which process of the host. Processes have stacks of their own, whose crossings go on side by
 /// side; on one stack they lie within each other.
@@ -60,8 +65,7 @@ class RecordedStacks {
     void NoteAnswer(const RecordedEvent& event);
     std::optional<long> NumberOf(const RecordedEvent& begin) const;
 
-    std::map<std::pair<std::uint32_t, std::uint32_t>, Stack> stacks; ///< by thread and base
-    std::map<const RecordedEvent*, long>
-        answered;                    ///< numbers, by the beginnings around the answers
-    std::set<std::uint32_t> telling; ///< crossings
+    std::map<StackKey, Stack> stacks;
+    std::map<const RecordedEvent*, long> answered; ///< by the beginnings around the answers
+    std::set<std::uint32_t> telling;               ///< crossings
 };

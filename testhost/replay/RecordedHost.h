@@ -48,9 +48,9 @@ class RecordedHost {
   private:
     // A stack of the recording.
     struct Task {
-        long number = 0;                             ///< its process here
-        std::pair<std::uint32_t, std::uint32_t> key; ///< thread and base
-        std::vector<const RecordedEvent*> open;      ///< beginnings of what is under way
+        long number = 0; ///< its process here
+        StackKey stack;
+        std::vector<const RecordedEvent*> open; ///< beginnings of what is under way
     };
 
     // Whose turn it is.

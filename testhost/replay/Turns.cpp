@@ -69,15 +69,14 @@ const RecordedEvent* RecordedHost::Next() {
 // What begins on a stack where everything that is under way stands below it belongs to another
 // process: that of the former is gone.
 bool RecordedHost::Belongs(const Task& task, const RecordedEvent& event) {
-    return task.key == std::pair(event.head.thread, event.head.stackBase) &&
-           !(event.Begins() && !task.open.empty() &&
-             task.open.front()->head.stack <= event.head.stack);
+    return task.stack == StackOf(event) && !(event.Begins() && !task.open.empty() &&
+                                             task.open.front()->head.stack <= event.head.stack);
 }
 
 // The task on whose stack it happens; null when there is no room for another one.
 RecordedHost::Task* RecordedHost::TaskOf(const RecordedEvent& event) {
-    const std::pair key(event.head.thread, event.head.stackBase);
-    const auto found = std::ranges::find(tasks, key, [](const auto& task) { return task->key; });
+    const auto found =
+        std::ranges::find(tasks, StackOf(event), [](const auto& task) { return task->stack; });
     if (found != tasks.end()) {
         if (Belongs(**found, event)) {
             return found->get();
@@ -87,7 +86,7 @@ RecordedHost::Task* RecordedHost::TaskOf(const RecordedEvent& event) {
     }
     auto task = std::make_unique<Task>();
     task->number = ++lastNumber;
-    task->key = key;
+    task->stack = StackOf(event);
     if (!host.scheduler->Start(host, task->number, stackSize,
                                [this, own = task.get()] { Run(*own); })) {
         return nullptr;
