@@ -26,13 +26,12 @@ std::optional<long> NumberIn(const RecordedEvent& event, long selector) {
 // The innermost crossing that decides about the process: by its own number, on the main thread, or
 // as the outermost one. There is one.
 const RecordedEvent& DecidingIn(const std::vector<RecordedStacks::Open>& open) {
-    for (auto each = open.rbegin(); each != open.rend(); ++each) {
-        const RecordedEvent& event = *each->event;
-        if (event.way == Way::MainThread || ProcessThatStarts(event) || ProcessThatEnds(event)) {
-            return event;
-        }
-    }
-    return *open.front().event;
+    const auto decides = [](const RecordedStacks::Open& each) {
+        const RecordedEvent& event = *each.event;
+        return event.way == Way::MainThread || ProcessThatStarts(event) || ProcessThatEnds(event);
+    };
+    const auto found = std::find_if(open.rbegin(), open.rend(), decides);
+    return found != open.rend() ? *found->event : *open.front().event;
 }
 } // namespace
 
@@ -109,10 +108,11 @@ RecordedStacks::Open RecordedStacks::Follow(const RecordedEvent& event, const On
 
 void RecordedStacks::Leave(const OnLeft& onLeft) {
     for (auto& [key, stack] : stacks) {
-        for (auto open = stack.open.rbegin(); open != stack.open.rend(); ++open) {
-            onLeft(*open);
+        while (!stack.open.empty()) {
+            const Open left = stack.open.back();
+            stack.open.pop_back();
+            onLeft(left);
         }
-        stack.open.clear();
     }
 }
 
