@@ -140,7 +140,7 @@ class Stock::Builder final : public Visitor {
     std::uint32_t HandleHere(const Place& place, std::uint32_t address, const RecordedItem* item) {
         const bool isHosts = place.target == Target::HostHandle;
         const auto known = stock.book.Here(address);
-        auto handle = static_cast<Handle>(PointerAt(known.value_or(0)));
+        auto* handle = static_cast<Handle>(PointerAt(known.value_or(0)));
         const short owner = ToolboxHandleOwner(handle);
         const size_t size = item != nullptr ? SizeWith(item->bytes.size(), item->head.size) : 0;
         if (owner == HandleOwner::None) {
