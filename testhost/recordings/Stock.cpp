@@ -30,7 +30,7 @@ class Stock::Builder final : public Visitor {
           former(itsFormer),
           codeStandIn(itsCodeStandIn),
           root(itsRecorded.root) {
-        places.push_back(root);
+        places.emplace_back(root);
     }
 
     std::vector<unsigned char> Run(const Surroundings& surroundings) {
