@@ -163,7 +163,7 @@ TEST(RecordingFileTest, EndsWhereItIsWrong) {
         {entry(Item(strange, "x"), 1), "of an unknown kind"},
         {entry(BytesOf(boasting), 1), "ends within what it announces"},
         {entry({}, 1), "ends within"},
-        {entry({}, MostItems + 1), "more than 1000 items"},
+        {entry({}, MostItems + 1), "more than 16000 items"},
         {entry("x", 0), "1 bytes too many"},
         {[&](Writer& writer) { writer.AddEvent(Chunk::CallBegins, Way::Engine, head, record); },
          "hands over 452 bytes, not 1474"},
