@@ -96,6 +96,58 @@ HOST_ENTRY void RecordedPack(long selector, void* params, void* data, void* resu
     });
 }
 
+// Contents made by hand: an answer of GetVariable, and what `handle` in its record leads to.
+struct HandMade {
+    CrossingContents contents{.root = std::vector<unsigned char>(sizeof(ParameterBlock)),
+                              .items = {}};
+
+    // An address in an item (0: the root) that leads to these bytes.
+    HandMade& Add(unsigned parent, size_t offset, Target target, Recording::Form form,
+                  const std::string& bytes, std::uint32_t size = 0) {
+        std::vector<unsigned char>& holder =
+            parent == 0 ? contents.root : contents.items[parent - 1].bytes;
+        RecordedItem item;
+        item.head.parent = static_cast<std::uint16_t>(parent);
+        item.head.target = target;
+        item.head.form = form;
+        item.head.offset = static_cast<std::uint32_t>(offset);
+        item.head.address = 0x100000 + static_cast<std::uint32_t>(contents.items.size());
+        item.head.stored = static_cast<std::uint32_t>(bytes.size());
+        item.head.size = size != 0 ? size : item.head.stored;
+        item.bytes.assign(bytes.begin(), bytes.end());
+        std::memcpy(&holder.at(offset), &item.head.address, sizeof item.head.address);
+        contents.items.push_back(std::move(item));
+        return *this;
+    }
+    HandMade& Value(unsigned char type) {
+        std::string block(sizeof(ValueBlock), '\0');
+        block[0] = static_cast<char>(type);
+        return Add(0, FindRecordField("handle")->Offset(false), Target::Memory,
+                   Recording::Form::Value, block);
+    }
+    HandMade& Text(const std::string& text, std::uint32_t size = 0) {
+        constexpr size_t place = offsetof(ValueBlock, text) + offsetof(TextBlock, text);
+        return Value(ValueType::Text)
+            .Add(1, place, Target::Handle, Recording::Form::None, text, size);
+    }
+};
+
+// Differences as lines.
+std::string DifferencesOf(const HandMade& recorded, const HandMade& here) {
+    const Crossing crossing{.way = Way::Classic,
+                            .selector = Select("GetVariable").classic,
+                            .isOver = true,
+                            .root = recorded.contents.root,
+                            .usage = nullptr};
+    AddressBook book;
+    std::string text;
+    for (const Difference& each :
+         FindDifferences(crossing, recorded.contents, here.contents, book)) {
+        text += each.field + ": " + each.recorded + ", " + each.here + "\n";
+    }
+    return text;
+}
+
 // What a plug-in does in commands, one after the other, on a host of this version.
 RecordingFile RecordingOf(unsigned short version, const std::vector<std::function<void()>>& acts) {
     InProcessRecorder writer;
@@ -282,6 +334,31 @@ TEST_P(CompareTest, ACallWithoutAnEndIsServedAndNotJudged) {
     const ComparisonAccount account = Compared(file);
     EXPECT_EQ(account.unanswered, 1u);
     EXPECT_EQ(account.different, 0u);
+}
+
+TEST(FindDifferencesTest, TellsWhatIsThereAndWhatItHolds) {
+    const std::string value = "what handle leads to";
+    const std::string text = "what " + value + " holds";
+    const HandMade none;
+    const HandMade empty = HandMade().Value(ValueType::Text);
+    const HandMade red = HandMade().Text("red");
+    const struct {
+        HandMade recorded, here;
+        std::string differences;
+    } cases[] = {
+        {none, none, ""},
+        {red, red, ""},
+        {none, empty, value + ": null, not null\n"},
+        {empty, none, value + ": not null, null\n"},
+        {empty, red, text + ": null, not null\n"},
+        {red, empty, text + ": not null, null\n"},
+        {none, red, value + ": null, not null\n"}, // and no word of what is in it
+        {red, HandMade().Text("rod"), text + ": \"red\", \"rod\"\n"},
+        {red, HandMade().Text("redder"), text + ": \"red\", \"redder\"\n"},
+    };
+    for (const auto& [recorded, here, differences] : cases) {
+        EXPECT_EQ(DifferencesOf(recorded, here), differences);
+    }
 }
 
 TEST(ComparisonTest, WhereNothingIsComparedNothingIsGood) {

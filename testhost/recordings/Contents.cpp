@@ -157,8 +157,9 @@ class Comparison {
                 CompareItems(number);
             }
         }
-        for (const RecordedItem& item : here.items) {
-            TellWithoutPartner(item);
+        const std::vector<size_t> recordedNumbers = RecordedNumbers();
+        for (size_t number = 1; number <= here.items.size(); ++number) {
+            TellWithoutPartner(number, recordedNumbers);
         }
         return std::move(differences);
     }
@@ -199,15 +200,32 @@ class Comparison {
         return recorded.Find(head.parent, head.offset, Target::Memory) != nullptr;
     }
 
-    // What leads somewhere here, and is null in the recording.
-    void TellWithoutPartner(const RecordedItem& item) {
-        if (item.head.parent != 0 || item.head.offset + wordSize > recorded.root.size() ||
-            LoadWord(recorded.root, item.head.offset) != 0 ||
-            (item.head.target == Target::Thing &&
-             here.Find(0, item.head.offset, Target::Memory) != nullptr)) {
+    // What leads somewhere here, and is null in the recording. Where the recording has no such
+    // place the difference is told of what would hold it.
+    void TellWithoutPartner(size_t number, const std::vector<size_t>& recordedNumbers) {
+        const ItemHead& head = here.items[number - 1].head;
+        const size_t parent = recordedNumbers[head.parent];
+        if (recordedNumbers[number] != noPartner || parent == noPartner) {
             return;
         }
-        Tell(NameOf(here, static_cast<size_t>(&item - here.items.data()) + 1), "null", "not null");
+        const std::vector<unsigned char>& bytes = BytesOf(recorded, parent);
+        const bool isNull =
+            head.offset + wordSize <= bytes.size() && LoadWord(bytes, head.offset) == 0;
+        if (isNull && (head.target != Target::Thing ||
+                       here.Find(head.parent, head.offset, Target::Memory) == nullptr)) {
+            Tell(NameOf(here, number), "null", "not null");
+        }
+    }
+
+    // The recording's numbers of the items here.
+    std::vector<size_t> RecordedNumbers() const {
+        std::vector<size_t> numbers(here.items.size() + 1, noPartner);
+        for (size_t number = 0; number < partners.size(); ++number) {
+            if (partners[number] != noPartner) {
+                numbers[partners[number]] = number;
+            }
+        }
+        return numbers;
     }
 
     // --- Names
