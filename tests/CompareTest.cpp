@@ -355,6 +355,15 @@ TEST(FindDifferencesTest, TellsWhatIsThereAndWhatItHolds) {
         {none, red, value + ": null, not null\n"}, // and no word of what is in it
         {red, HandMade().Text("rod"), text + ": \"red\", \"rod\"\n"},
         {red, HandMade().Text("redder"), text + ": \"red\", \"redder\"\n"},
+        // Of what the recorder has cut the part that there is counts, and the size; and nothing of
+        // what nobody could read.
+        {HandMade().Text("red", 6), HandMade().Text("redder"), ""},
+        {HandMade().Text("red", 6), HandMade().Text("rodder"),
+         text + ": \"red\" (the recording has 3 of 6 bytes), \"rodder\"\n"},
+        {HandMade().Text("red", 7), HandMade().Text("redder"),
+         text + ": \"red\" (the recording has 3 of 7 bytes), \"redder\"\n"},
+        {HandMade().Text("", UnknownSize), red, ""},
+        {HandMade().Text("", UnknownSize), empty, text + ": not null, null\n"},
     };
     for (const auto& [recorded, here, differences] : cases) {
         EXPECT_EQ(DifferencesOf(recorded, here), differences);

@@ -291,8 +291,9 @@ class Comparison {
         std::vector<unsigned char> bytes = BytesOf(contents, number);
         const auto blank = [&](const CrossingContents& from, size_t parent) {
             for (const RecordedItem& item : from.items) {
-                if (item.head.parent == parent && item.head.offset + wordSize <= bytes.size()) {
-                    std::memset(&bytes[item.head.offset], 0, wordSize);
+                if (item.head.parent == parent && item.head.offset < bytes.size()) {
+                    std::memset(&bytes[item.head.offset], 0, // the item may be cut within the word
+                                std::min(wordSize, bytes.size() - item.head.offset));
                 }
             }
         };
@@ -374,8 +375,9 @@ class Comparison {
         const RecordedItem& one = recorded.items[number - 1];
         const RecordedItem& other = here.items[partners[number] - 1];
         CompareWords(number, one.head, other.head);
-        const bool sizeIsUnknown = one.head.target == Target::HostHandle && one.head.size == 0;
-        if (!HasBytes(one.head.target) || sizeIsUnknown) {
+        const bool isUnknown = one.IsUnknown() || other.IsUnknown() ||
+                               (one.head.target == Target::HostHandle && one.head.size == 0);
+        if (!HasBytes(one.head.target) || isUnknown) {
             return;
         }
         if (one.head.isSlot != 0) {
@@ -386,17 +388,44 @@ class Comparison {
         BlankUnused(one.head.form, one.head.detail, left);
         BlankUnused(other.head.form, other.head.detail, right);
         if (one.head.form == Form::PascalString) { // may be stored as far as it goes, or whole
-            left.resize(std::max(left.size(), right.size()));
+            left.resize(one.IsCut() ? left.size() : std::max(left.size(), right.size()));
             right.resize(left.size());
         } else if (one.head.size != other.head.size) {
-            return Tell(NameOf(recorded, number), ItemText(one, 0), ItemText(other, 0));
+            return TellItems(number, 0);
         }
-        right.resize(std::min(left.size(), right.size())); // the recording may have a part only
-        const auto differs = std::ranges::mismatch(left, right);
-        if (differs.in2 != right.end()) {
-            const auto place = static_cast<size_t>(differs.in2 - right.begin());
-            Tell(NameOf(recorded, number), ItemText(one, place), ItemText(other, place));
+        const size_t judged = std::min(
+            {left.size(), right.size(), Listed(recorded, number), Listed(here, partners[number])});
+        const auto differs = std::mismatch(
+            left.begin(), left.begin() + static_cast<std::ptrdiff_t>(judged), right.begin());
+        const auto place = static_cast<size_t>(differs.first - left.begin());
+        if (place != judged) {
+            TellItems(number, place);
         }
+    }
+
+    void TellItems(size_t number, size_t differs) {
+        const RecordedItem& one = recorded.items[number - 1];
+        const RecordedItem& other = here.items[partners[number] - 1];
+        const std::string part =
+            one.IsCut() ? " (the recording has " + one.Extent() + ")" : std::string();
+        Tell(NameOf(recorded, number), ItemText(one, differs) + part, ItemText(other, differs));
+    }
+
+    // How many bytes of an item have been looked through for addresses. Where there were too many
+    // of them for a crossing the last item, and those that lead to it, have more that are not
+    // known as such.
+    static size_t Listed(const CrossingContents& contents, size_t number) {
+        if (contents.items.size() < MostItems) {
+            return SIZE_MAX;
+        }
+        for (size_t open = contents.items.size(); open != 0;) {
+            const ItemHead& head = contents.items[open - 1].head;
+            if (head.parent == number) {
+                return head.offset + wordSize;
+            }
+            open = head.parent;
+        }
+        return SIZE_MAX;
     }
 
     // Of what is yet to be filled the type that a value is to have counts.
@@ -446,6 +475,10 @@ class Comparison {
     std::vector<Difference> differences;
 };
 } // namespace
+
+std::string RecordedItem::Extent() const {
+    return std::to_string(head.stored) + " of " + std::to_string(head.size) + " bytes";
+}
 
 const RecordedItem* CrossingContents::Find(unsigned parent, size_t offset, Target target) const {
     const auto found = std::ranges::find_if(items, [=](const RecordedItem& item) {

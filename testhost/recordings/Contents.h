@@ -12,6 +12,13 @@
 struct RecordedItem {
     alignas(std::uint32_t) Recording::ItemHead head{}; ///< packed: references lead into it
     std::vector<unsigned char> bytes;
+
+    /// Whether nobody could tell what is there.
+    bool IsUnknown() const { return head.size == Recording::UnknownSize; }
+    /// Whether only the first of the bytes are there.
+    bool IsCut() const { return !IsUnknown() && head.stored < head.size; }
+    /// "65536 of 100000 bytes"
+    std::string Extent() const;
 };
 
 /// What is handed over in one direction: the root, and all that it leads to.

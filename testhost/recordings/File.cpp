@@ -104,7 +104,7 @@ RecordedItem TakeItem(Parts& parts, const CrossingContents& contents) {
         head.isSlot > 1) {
         throw ChunkError("has an item of an unknown kind");
     }
-    if (head.stored > head.size) {
+    if (head.stored > (head.size == UnknownSize ? 0 : head.size)) {
         throw ChunkError("has an item with more bytes than there were");
     }
     const std::span<const unsigned char> bytes = parts.TakeBytes(head.stored);

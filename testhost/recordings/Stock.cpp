@@ -142,7 +142,8 @@ class Stock::Builder final : public Visitor {
         const auto known = stock.book.Here(address);
         auto* handle = static_cast<Handle>(PointerAt(known.value_or(0)));
         const short owner = ToolboxHandleOwner(handle);
-        const size_t size = item != nullptr ? SizeWith(item->bytes.size(), item->head.size) : 0;
+        const bool isKnown = item != nullptr && item->head.size != UnknownSize;
+        const size_t size = isKnown ? SizeWith(item->bytes.size(), item->head.size) : 0;
         if (owner == HandleOwner::None) {
             handle = isHosts ? ToolboxNewHostHandle(static_cast<Size>(size))
                              : NewHandle(static_cast<Size>(size));
@@ -151,7 +152,7 @@ class Stock::Builder final : public Visitor {
             }
             stock.book.Learn(address, WordOf(handle));
         }
-        if (item == nullptr || (isHosts && item->head.size == 0)) { // nobody knows what is in it
+        if (!isKnown || (isHosts && item->head.size == 0)) { // nobody knows what is in it
             return WordOf(handle);
         }
         copies.push_back(std::make_unique<std::vector<unsigned char>>(item->bytes));

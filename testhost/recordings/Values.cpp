@@ -63,6 +63,9 @@ class Describer {
     std::string Item(unsigned number, size_t depth) const {
         const RecordedItem& item = contents.items[number - 1];
         const std::vector<unsigned char>& bytes = item.bytes;
+        if (item.IsUnknown()) {
+            return "?";
+        }
         if (bytes.empty() || item.head.isSlot != 0) {
             return {};
         }
@@ -70,7 +73,7 @@ class Describer {
         case Recording::Form::PascalString:
         case Recording::Form::CString:
         case Recording::Form::Bytes:
-            return Raw(item);
+            return Raw(item) + Part(item);
         case Recording::Form::Units:
             return "unicode " + ShortQuoted(UnitsText(bytes));
         case Recording::Form::Event:
@@ -81,7 +84,10 @@ class Describer {
         case Recording::Form::Value:
             return Block(number, depth);
         case Recording::Form::Target:
-            if (Below(number, offsetof(ValueBlock, pointer), Target::Handle) != nullptr) {
+            // A text has a handle in the same place, and may be as long as the type's number.
+            if (const RecordedItem* target =
+                    Below(number, offsetof(ValueBlock, pointer), Target::Handle);
+                target != nullptr && target->head.form == Recording::Form::Target) {
                 return Block(number, depth);
             }
             [[fallthrough]];
@@ -89,11 +95,18 @@ class Describer {
             return Stored(number, static_cast<ValueKind>(item.head.detail), depth);
         case Recording::Form::Result:
             return Result(number, static_cast<ValueKind>(item.head.detail), depth);
+        case Recording::Form::Word:
+            return ::Describe(LongValue(Load<long>(bytes, 0)));
         case Recording::Form::TextEdit:
             return Handle(number, offsetof(TERec, hText));
         default:
             return {};
         }
+    }
+
+    // How much is there of what the recorder has cut.
+    static std::string Part(const RecordedItem& item) {
+        return item.IsCut() ? " (" + item.Extent() + ")" : std::string();
     }
 
     static std::string Raw(const RecordedItem& item) {
@@ -122,7 +135,10 @@ class Describer {
 
     std::string Handle(unsigned parent, size_t offset) const {
         const RecordedItem* handle = Below(parent, offset, Target::Handle);
-        return handle != nullptr ? ShortQuoted(TextOf(handle->bytes)) : "null";
+        if (handle == nullptr) {
+            return "null";
+        }
+        return handle->IsUnknown() ? "?" : ShortQuoted(TextOf(handle->bytes)) + Part(*handle);
     }
 
     std::string Text(unsigned parent, size_t offset) const {
@@ -132,9 +148,12 @@ class Describer {
         if (handle == nullptr) {
             return "\"\"";
         }
+        if (handle->IsUnknown()) {
+            return "?";
+        }
         const size_t length = std::min<size_t>(static_cast<size_t>(std::max<short>(text.length, 0)),
                                                handle->bytes.size());
-        return ShortQuoted(TextOf(std::span(handle->bytes).first(length)));
+        return ShortQuoted(TextOf(std::span(handle->bytes).first(length))) + Part(*handle);
     }
 
     std::string Unicode(unsigned parent, size_t offset) const {
