@@ -97,44 +97,80 @@ bool IsPrintable(const std::vector<unsigned char>& bytes) {
         bytes, [](unsigned char byte) { return byte >= ' ' || byte == '\r' || byte == '\t'; });
 }
 
-// What an item holds; of what is no text the bytes from the first that differs on.
-std::string ItemText(const RecordedItem& item, size_t differs) {
-    const auto kind = static_cast<ValueKind>(item.head.detail);
-    const bool isStorage = item.head.form == Form::Parameter || item.head.form == Form::Target;
-    if (isStorage && kind != ValueKind::Text && kind != ValueKind::Picture &&
-        kind != ValueKind::HandleBytes && item.bytes.size() == ScalarSize(kind)) {
-        return Describe(FetchScalar(kind, item.bytes.data()));
+std::string Address(std::uint32_t address) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08lX", static_cast<unsigned long>(address));
+    return text;
+}
+
+std::string SomeBytes(const std::vector<unsigned char>& bytes, size_t from) {
+    constexpr size_t mostBytes = 8;
+    std::string text = std::to_string(bytes.size()) + " bytes";
+    for (size_t place = from; place < std::min(from + mostBytes, bytes.size()); ++place) {
+        text += (place == from ? ", from byte " + std::to_string(from) + " on " : " ") +
+                Hexadecimal(bytes[place]);
     }
-    switch (item.head.form) {
-    case Form::PascalString:
-        return AsText(item.bytes, 1);
-    case Form::CString:
-        return AsText(item.bytes, 0);
-    case Form::Units:
-        return Units(item.bytes);
+    return text;
+}
+
+// The word of an init record in which a byte lies.
+std::string InitWord(const std::vector<unsigned char>& bytes, size_t byte) {
+    constexpr const char* names[] = {"hostVersion",     "hostPrivate[0]",  "hostPrivate[1]",
+                                     "classicCallBack", "acceptedVersion", "engineCallBack"};
+    const size_t word = byte / wordSize;
+    return word < std::size(names) && (word + 1) * wordSize <= bytes.size()
+               ? std::string(names[word]) + " " + Address(LoadWord(bytes, word * wordSize))
+               : SomeBytes(bytes, byte);
+}
+
+// The kind of value that lies there as it is; none of what has a handle.
+ValueKind KindOf(const ItemHead& head) {
+    switch (head.form) {
     case Form::Event:
     case Form::AreaEvent:
-        return item.bytes.size() == sizeof(EventRecord)
-                   ? Describe(FetchScalar(ValueKind::Event, item.bytes.data()))
-                   : "no event";
+        return ValueKind::Event;
     case Form::Rect:
-        return item.bytes.size() == sizeof(Rect)
-                   ? Describe(FetchScalar(ValueKind::Rect, item.bytes.data()))
-                   : "no rectangle";
+        return ValueKind::Rect;
+    case Form::Parameter:
+    case Form::Target:
+    case Form::Result: {
+        const auto kind = static_cast<ValueKind>(head.detail);
+        const bool hasHandle =
+            kind == ValueKind::Text || kind == ValueKind::Picture || kind == ValueKind::HandleBytes;
+        return hasHandle ? ValueKind::None : kind;
+    }
+    default:
+        return ValueKind::None;
+    }
+}
+
+// What two items hold that differ in a byte, in one notation: of what is no text the bytes from
+// that on.
+std::pair<std::string, std::string> ItemTexts(const RecordedItem& one, const RecordedItem& other,
+                                              size_t differs) {
+    const auto both = [&](auto text) { return std::pair(text(one.bytes), text(other.bytes)); };
+    const ValueKind kind = KindOf(one.head);
+    const size_t size = kind != ValueKind::None ? ScalarSize(kind) : 0;
+    if (size != 0 && KindOf(other.head) == kind &&
+        std::min(one.bytes.size(), other.bytes.size()) >= size) {
+        return both([&](const auto& bytes) { return Describe(FetchScalar(kind, bytes.data())); });
+    }
+    switch (one.head.form) {
+    case Form::PascalString:
+        return both([](const auto& bytes) { return AsText(bytes, 1); });
+    case Form::CString:
+        return both([](const auto& bytes) { return AsText(bytes, 0); });
+    case Form::Units:
+        return both([](const auto& bytes) { return Units(bytes); });
+    case Form::Init:
+        return both([&](const auto& bytes) { return InitWord(bytes, differs); });
     default:
         break;
     }
-    if (IsPrintable(item.bytes)) {
-        return AsText(item.bytes, 0);
+    if (IsPrintable(one.bytes) && IsPrintable(other.bytes)) {
+        return both([](const auto& bytes) { return AsText(bytes, 0); });
     }
-    constexpr size_t mostBytes = 8;
-    std::string text = std::to_string(item.bytes.size()) + " bytes";
-    for (size_t place = differs; place < std::min(differs + mostBytes, item.bytes.size());
-         ++place) {
-        text += (place == differs ? ", from byte " + std::to_string(differs) + " on " : " ") +
-                Hexadecimal(item.bytes[place]);
-    }
-    return text;
+    return both([&](const auto& bytes) { return SomeBytes(bytes, differs); });
 }
 
 // Compares the two contents of a crossing.
@@ -408,7 +444,8 @@ class Comparison {
         const RecordedItem& other = here.items[partners[number] - 1];
         const std::string part =
             one.IsCut() ? " (the recording has " + one.Extent() + ")" : std::string();
-        Tell(NameOf(recorded, number), ItemText(one, differs) + part, ItemText(other, differs));
+        auto [inRecording, inHere] = ItemTexts(one, other, differs);
+        Tell(NameOf(recorded, number), inRecording + part, std::move(inHere));
     }
 
     // How many bytes of an item have been looked through for addresses. Where there were too many
@@ -459,12 +496,6 @@ class Comparison {
             }
         }
         book.Learn(one.address, other.address);
-    }
-
-    static std::string Address(std::uint32_t address) {
-        char text[16];
-        std::snprintf(text, sizeof text, "0x%08lX", static_cast<unsigned long>(address));
-        return text;
     }
 
     const Crossing& crossing;
