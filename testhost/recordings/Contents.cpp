@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -178,7 +179,12 @@ class Comparison {
   public:
     Comparison(const Crossing& itsCrossing, const CrossingContents& itsRecorded,
                const CrossingContents& whatIsHere, AddressBook& itsBook)
-        : crossing(itsCrossing), recorded(itsRecorded), here(whatIsHere), book(itsBook) {}
+        : crossing(itsCrossing),
+          recorded(itsRecorded),
+          here(whatIsHere),
+          recordedItems(itsRecorded),
+          hereItems(whatIsHere),
+          book(itsBook) {}
 
     std::vector<Difference> Run() {
         // A parent stands before what it leads to: so its partner is known.
@@ -218,7 +224,7 @@ class Comparison {
             return;
         }
         const RecordedItem* partner =
-            here.Find(static_cast<unsigned>(parent), head.offset, head.target);
+            hereItems.Find(static_cast<unsigned>(parent), head.offset, head.target);
         if (partner != nullptr) {
             partners[number] = static_cast<size_t>(partner - here.items.data()) + 1;
             return;
@@ -233,7 +239,7 @@ class Comparison {
 
     // Whether the same word leads to bytes, whose absence is told already.
     bool HasBytesBeside(const ItemHead& head) const {
-        return recorded.Find(head.parent, head.offset, Target::Memory) != nullptr;
+        return recordedItems.Find(head.parent, head.offset, Target::Memory) != nullptr;
     }
 
     // What leads somewhere here, and is null in the recording. Where the recording has no such
@@ -248,7 +254,7 @@ class Comparison {
         const bool isNull =
             head.offset + wordSize <= bytes.size() && LoadWord(bytes, head.offset) == 0;
         if (isNull && (head.target != Target::Thing ||
-                       here.Find(head.parent, head.offset, Target::Memory) == nullptr)) {
+                       hereItems.Find(head.parent, head.offset, Target::Memory) == nullptr)) {
             Tell(NameOf(here, number), "null", "not null");
         }
     }
@@ -320,27 +326,25 @@ class Comparison {
     // --- Bytes
     // -------------------------------------------------------------------------------------
 
-    // Copies in which all that is an address, or a word, is 0: it is compared by itself.
-    static std::vector<unsigned char> WithoutWords(const CrossingContents& contents,
-                                                   const CrossingContents& other, size_t number,
-                                                   size_t otherNumber) {
-        std::vector<unsigned char> bytes = BytesOf(contents, number);
-        const auto blank = [&](const CrossingContents& from, size_t parent) {
-            for (const RecordedItem& item : from.items) {
-                if (item.head.parent == parent && item.head.offset < bytes.size()) {
-                    std::memset(&bytes[item.head.offset], 0, // the item may be cut within the word
-                                std::min(wordSize, bytes.size() - item.head.offset));
+    // Zeroes all that is an address, or a word, in one of them: it is compared by itself.
+    void BlankWords(size_t number, std::vector<unsigned char>& bytes) const {
+        const auto blank = [&](const ItemIndex& items, size_t parent) {
+            for (const RecordedItem* item : items.In(static_cast<unsigned>(parent))) {
+                if (item->head.offset < bytes.size()) { // it may be cut within the word
+                    std::memset(&bytes[item->head.offset], 0,
+                                std::min(wordSize, bytes.size() - item->head.offset));
                 }
             }
         };
-        blank(contents, number);
-        blank(other, otherNumber);
-        return bytes;
+        blank(recordedItems, number);
+        blank(hereItems, partners[number]);
     }
 
     void CompareRoots() {
-        std::vector<unsigned char> one = WithoutWords(recorded, here, 0, 0);
-        std::vector<unsigned char> other = WithoutWords(here, recorded, 0, 0);
+        std::vector<unsigned char> one = recorded.root;
+        std::vector<unsigned char> other = here.root;
+        BlankWords(0, one);
+        BlankWords(0, other);
         if (one.size() != other.size()) {
             return Tell("the record", std::to_string(one.size()) + " bytes",
                         std::to_string(other.size()) + " bytes");
@@ -419,8 +423,10 @@ class Comparison {
         if (one.head.isSlot != 0) {
             return CompareSlots(number, one, other);
         }
-        std::vector<unsigned char> left = WithoutWords(recorded, here, number, partners[number]);
-        std::vector<unsigned char> right = WithoutWords(here, recorded, partners[number], number);
+        std::vector<unsigned char> left = one.bytes;
+        std::vector<unsigned char> right = other.bytes;
+        BlankWords(number, left);
+        BlankWords(number, right);
         BlankUnused(one.head.form, one.head.detail, left);
         BlankUnused(other.head.form, other.head.detail, right);
         if (one.head.form == Form::PascalString) { // may be stored as far as it goes, or whole
@@ -501,6 +507,8 @@ class Comparison {
     const Crossing& crossing;
     const CrossingContents& recorded;
     const CrossingContents& here;
+    const ItemIndex recordedItems;
+    const ItemIndex hereItems;
     AddressBook& book;
     std::vector<size_t> partners; ///< by the recording's items, from 1; 0: the root
     std::vector<Difference> differences;
@@ -517,6 +525,32 @@ const RecordedItem* CrossingContents::Find(unsigned parent, size_t offset, Targe
                item.head.target == target;
     });
     return found != items.end() ? &*found : nullptr;
+}
+
+ItemIndex::ItemIndex(const CrossingContents& contents) {
+    sorted.reserve(contents.items.size());
+    for (const RecordedItem& item : contents.items) {
+        sorted.push_back(&item);
+    }
+    std::ranges::stable_sort(sorted, {}, [](const RecordedItem* item) {
+        return std::tuple(item->head.parent, item->head.offset);
+    });
+}
+
+const RecordedItem* ItemIndex::Find(unsigned parent, size_t offset, Target target) const {
+    const std::span<const RecordedItem* const> all = In(parent);
+    auto item = std::ranges::lower_bound(
+        all, offset, {}, [](const RecordedItem* each) { return each->head.offset; });
+    while (item != all.end() && (*item)->head.offset == offset && (*item)->head.target != target) {
+        ++item;
+    }
+    return item != all.end() && (*item)->head.offset == offset ? *item : nullptr;
+}
+
+std::span<const RecordedItem* const> ItemIndex::In(unsigned parent) const {
+    const auto found = std::ranges::equal_range(
+        sorted, parent, {}, [](const RecordedItem* item) -> unsigned { return item->head.parent; });
+    return {found.begin(), found.end()};
 }
 
 CrossingContents TakeContents(const Crossing& crossing, const Surroundings& surroundings) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,19 @@ struct CrossingContents {
     /// The item whose address stands there (parent 0: the root) and leads to this; null when there
     /// is none.
     const RecordedItem* Find(unsigned parent, size_t offset, Recording::Target target) const;
+};
+
+/// Finds items without looking at all of them. The contents are to stay as they are meanwhile.
+class ItemIndex {
+  public:
+    explicit ItemIndex(const CrossingContents& contents);
+    /// As CrossingContents::Find.
+    const RecordedItem* Find(unsigned parent, size_t offset, Recording::Target target) const;
+    /// What the addresses in an item lead to, by their offsets.
+    std::span<const RecordedItem* const> In(unsigned parent) const;
+
+  private:
+    std::vector<const RecordedItem*> sorted;
 };
 
 /// Copies out of this process what a crossing hands over. What cannot be read is not in it.
