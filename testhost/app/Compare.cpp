@@ -30,6 +30,9 @@ int RunCompare(const CompareOptions& options) {
             file, {.resources = FromUtf8(options.resources),
                    .onAdoption = options.verbose ? say : decltype(CompareSettings::onAdoption)()});
         Print(account, std::cout);
+        for (const auto& [event, text] : file.notes) {
+            say("note: " + text);
+        }
         if (!file.complaint.empty()) {
             say("The recording is damaged behind this: " + file.complaint);
         }
