@@ -16,7 +16,7 @@ constexpr size_t wordSize = sizeof(std::uint32_t);
 constexpr size_t roomBehind = 64; // zeros behind what is lent
 constexpr size_t wholePascalString =
     256; // what a host lends where the recording has its characters
-constexpr size_t mostMissing = 1024 * 1024; // zeros in place of bytes that were not stored
+constexpr size_t mostMissing = 4 * 1024 * 1024; // zeros for what was not stored, in one crossing
 } // namespace
 
 // Walks through the recorded contents, and puts what is here in place of each address.
@@ -55,7 +55,9 @@ class Stock::Builder final : public Visitor {
         // What was recorded is looked through; what is found in it is put in its place here.
         places.push_back(std::exchange(made, {}));
         parents.push_back(static_cast<unsigned>(item - recorded.items.data()) + 1);
-        return {static_cast<unsigned>(places.size() - 1), item->bytes};
+        const std::span<const unsigned char> bytes = item->bytes;
+        return {static_cast<unsigned>(places.size() - 1),
+                bytes.first(std::min(bytes.size(), places.back().size()))};
     }
 
   private:
@@ -98,19 +100,24 @@ class Stock::Builder final : public Visitor {
         return built;
     }
 
-    // The address of the plug-in's memory that came with the call, in which the answer belongs;
-    // null when it did not.
-    unsigned char* FormerMemory(const Place& place, std::uint32_t address, size_t size) const {
+    // The plug-in's memory that came with the call, in which the answer belongs: of what it lent to
+    // be filled as much as it has lent here. Null when none came, or what was there is too short.
+    std::span<unsigned char> FormerMemory(const Place& place, std::uint32_t address,
+                                          size_t size) const {
         if (former == nullptr || place.parent != 0) {
-            return nullptr;
+            return {};
         }
         const RecordedItem* then = former->recorded.Find(0, place.offset, Target::Memory);
         const RecordedItem* now = former->here.Find(0, place.offset, Target::Memory);
         if (then == nullptr || now == nullptr || then->head.address != address) {
-            return nullptr;
+            return {};
+        }
+        if (now->head.isSlot != 0) {
+            size = std::min(size, now->bytes.size());
         }
         auto* memory = static_cast<unsigned char*>(PointerAt(now->head.address));
-        return ReadableBytes(memory, size) == size ? memory : nullptr;
+        const bool fits = size <= now->bytes.size() && WritableBytes(memory, size) == size;
+        return fits ? std::span(memory, size) : std::span<unsigned char>();
     }
 
     std::uint32_t Memory(const Place& place, std::uint32_t address, const RecordedItem* item) {
@@ -119,10 +126,11 @@ class Stock::Builder final : public Visitor {
         }
         const std::vector<unsigned char> none;
         const std::vector<unsigned char>& bytes = item != nullptr ? item->bytes : none;
-        if (unsigned char* theirs = FormerMemory(place, address, bytes.size())) {
-            std::ranges::copy(bytes, theirs);
-            made = {theirs, bytes.size()};
-            return WordOf(theirs);
+        if (const auto theirs = FormerMemory(place, address, bytes.size());
+            theirs.data() != nullptr) {
+            std::copy_n(bytes.begin(), theirs.size(), theirs.begin());
+            made = theirs;
+            return WordOf(theirs.data());
         }
         const size_t least = place.form == Form::PascalString ? wholePascalString : place.size;
         made = stock.Block(address, place.form, SizeWith(bytes.size(), least));
@@ -133,8 +141,10 @@ class Stock::Builder final : public Visitor {
     }
 
     // So many bytes are there, and so many were.
-    static size_t SizeWith(size_t stored, size_t whole) {
-        return std::max(stored, std::min(whole, mostMissing));
+    size_t SizeWith(size_t stored, size_t whole) {
+        const size_t zeros = whole > stored ? std::min(whole - stored, missingLeft) : 0;
+        missingLeft -= zeros;
+        return stored + zeros;
     }
 
     std::uint32_t HandleHere(const Place& place, std::uint32_t address, const RecordedItem* item) {
@@ -192,6 +202,7 @@ class Stock::Builder final : public Visitor {
     std::span<unsigned char> made;                ///< what the last address leads to here
     std::vector<std::unique_ptr<std::vector<unsigned char>>> copies;
     std::vector<Filled> handles;
+    size_t missingLeft = mostMissing;
 };
 
 Stock::Stock() = default;
