@@ -82,8 +82,9 @@ const RecordedEvent* RecordedHost::TakeCall(Task& task, const Crossing& crossing
     const RecordedEvent* event = &Turn(task);
     if (!isIt(*event)) {
         Differ(*task.open.back(),
-               event->chunk == Chunk::CallBegins ? "it calls " + CrossingName(file, *event)
-                                                 : "it ends",
+               event->chunk == Chunk::CallBegins    ? "it calls " + CrossingName(file, *event)
+               : event->chunk == Chunk::EntryBegins ? "the host calls " + CrossingName(file, *event)
+                                                    : "it ends",
                "it calls " + CallName(crossing.way, crossing.selector));
         if (!SkipToCall(task, crossing)) {
             return nullptr;
@@ -108,7 +109,8 @@ const RecordedEvent& RecordedHost::PlayCall(Task& task, const RecordedEvent& beg
         }
         if (event.chunk == Chunk::EntryBegins) {
             PlayEntry(task, event);
-        } else if (skipped[file.crossings.at(begin.head.number).end]) {
+        } else if (const size_t end = file.crossings.at(begin.head.number).end;
+                   end != 0 && skipped[end]) {
             Stop();
         } else if (event.Begins() || event.head.number != begin.head.number) {
             const bool isOfSkipped =

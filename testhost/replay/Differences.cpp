@@ -110,7 +110,7 @@ bool RecordedHost::Finish() {
                        Counted(playedCalls, "call") + " into the host played, " +
                        Counted(differences, "difference") + ", " + Counted(problems, "problem");
     const size_t left = file.events.size() - next;
-    if (isOver) {
+    if (left != 0) {
         text += "; the last " + Counted(left, "event") + " not played";
     }
     if (notPlayed != 0) {
@@ -119,7 +119,8 @@ bool RecordedHost::Finish() {
     if (!file.complaint.empty()) {
         transcript.Say(LineKind::Wrong, "The recording is not whole: " + file.complaint);
     }
-    const bool isGood = differences == 0 && problems == 0 && !isOver && file.complaint.empty();
+    const bool isGood = playedEntries + playedCalls != 0 && differences == 0 && problems == 0 &&
+                        !isOver && file.complaint.empty();
     progress.hasAccount = true;
     progress.toldAccount = transcript.Say(isGood ? LineKind::Good : LineKind::Wrong, text);
     return isGood;

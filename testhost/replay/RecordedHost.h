@@ -62,6 +62,9 @@ class RecordedHost {
     void Take(const RecordedEvent& event);
     void PassOver(const RecordedEvent& event);
     void Stop();
+    void Stand();
+    void SayNotes();
+    void SayWhereItEnds();
 
     // Into the plug-in.
     void PlayEntry(Task& task, const RecordedEvent& begin);
@@ -69,6 +72,7 @@ class RecordedHost {
     void Enter(Task& task, const RecordedEvent& begin, const std::vector<std::uint32_t>& words);
     void EnterPack(const RecordedEvent& begin, const std::vector<std::uint32_t>& words);
     GrafPort* PortOf(const RecordedEvent& begin) const;
+    void WaitForEver(Task& task, const RecordedEvent& begin);
     void EndEntry(Task& task, const RecordedEvent& begin, const std::vector<std::uint32_t>& words);
 
     // Into the host.
@@ -100,6 +104,7 @@ class RecordedHost {
 
     size_t next = 0; ///< event
     size_t nextChange = 0;
+    size_t nextNote = 0;
     std::vector<bool> skipped; ///< by event
     RecordedStacks stacks{file};
     std::vector<std::unique_ptr<Task>> tasks;

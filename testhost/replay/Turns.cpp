@@ -106,6 +106,30 @@ void RecordedHost::Play() {
         }
         host.scheduler->HandOver(host, running->number);
     }
+    SayNotes();
+    if (!isOver) {
+        SayWhereItEnds();
+    }
+}
+
+void RecordedHost::SayNotes() {
+    for (; nextNote < file.notes.size() && file.notes[nextNote].first <= next; ++nextNote) {
+        transcript.Note("  note: " + file.notes[nextNote].second);
+    }
+}
+
+// A recording that ends in the middle was not played whole: the plug-in is still under way.
+void RecordedHost::SayWhereItEnds() {
+    if (playedEntries + playedCalls == 0) {
+        transcript.Say(LineKind::Wrong, "Nothing of the recording was played.");
+    }
+    for (const auto& task : tasks) {
+        if (!task->open.empty()) {
+            isOver = true;
+            transcript.Say(LineKind::Wrong, "The recording ends within " +
+                                                CrossingName(file, *task->open.back()) + ".");
+        }
+    }
 }
 
 void RecordedHost::Run(Task& task) {
@@ -133,6 +157,7 @@ const RecordedEvent& RecordedHost::Turn(Task& task) {
 
 // The event, which is the next one, happens.
 void RecordedHost::Take(const RecordedEvent& event) {
+    SayNotes();
     ++next;
     stacks.Follow(event);
     host.currentProcess = stacks.Process(event);
@@ -154,6 +179,10 @@ void RecordedHost::PassOver(const RecordedEvent& event) {
 // The replay is over before the recording is.
 void RecordedHost::Stop() {
     isOver = true;
+    Stand();
+}
+
+void RecordedHost::Stand() {
     while (true) { // nobody comes back to it
         host.scheduler->HandOver(host, 0);
     }
