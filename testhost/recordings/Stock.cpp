@@ -75,8 +75,12 @@ class Stock::Builder final : public Visitor {
             return HandleHere(place, address, item);
         case Target::Code:
             return stock.book.Here(address).value_or(codeStandIn);
-        case Target::Thing:
         case Target::Token:
+            if (stock.isForPlugin && !stock.book.Here(address)) {
+                return 0;
+            }
+            [[fallthrough]];
+        case Target::Thing:
             return WordHere(place, address);
         }
         return 0;

@@ -15,6 +15,9 @@ class Stock {
     Stock& operator=(const Stock&) = delete;
 
     AddressBook book;
+    /// Whether what is put together goes to a plug-in: a token that it has not handed over is 0,
+    /// for it might follow the address. Else such a token is itself.
+    bool isForPlugin = false;
 
     /// What the other side had sent in the call that is now answered, in the recording and here.
     struct Former {
