@@ -2,6 +2,7 @@
 #include "testhost/recordings/Show.h"
 #include "testhost/replay/RecordedHost.h"
 #include "testhost/services/Dispatch.h"
+#include "testhost/toolbox/Control.h"
 
 #include <algorithm>
 #include <utility>
@@ -58,6 +59,10 @@ long RecordedHost::Answer(Way way, long selector, unsigned char* record, size_t 
     CrossingContents here;
     long returned = notImplemented;
     if (const RecordedEvent* begin = TakeCall(task, crossing, here)) {
+        const SelectorPair* const service = ServiceOf(*begin);
+        if (engine && service != nullptr && service->name == "ExecTokenizedFunc") {
+            ToolboxShareHostHandle(fields.handle); // the plug-in releases it by the toolbox
+        }
         const RecordedEvent& end = PlayCall(task, *begin);
         Fill(*begin, end, here, record, size);
         Take(end);
