@@ -13,6 +13,22 @@ constexpr size_t mostLookedAt = 100000; // events, to find where it goes on
 std::string Counted(size_t count, const char* one) {
     return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
 }
+// The same kinds: the words beside them are for people.
+bool TakesTheSame(const DescribedCommand& one, const DescribedCommand& other) {
+    if (!one.usage || !other.usage) {
+        return one.usageText == other.usageText;
+    }
+    const auto isSame = [](const Usage::Parameter& mine, const Usage::Parameter& theirs) {
+        return mine.kind == theirs.kind && mine.changes == theirs.changes &&
+               mine.target == theirs.target;
+    };
+    return one.usage->result == other.usage->result && one.usage->isArea == other.usage->isArea &&
+           std::ranges::equal(one.usage->parameters, other.usage->parameters, isSame);
+}
+
+std::string Described(const DescribedCommand& command) {
+    return Quoted(command.name) + " " + command.ShownUsage();
+}
 } // namespace
 
 // Takes what crosses here, and compares it with what crossed in the recording's event.
@@ -43,10 +59,39 @@ void RecordedHost::StopUnlessToGoOn() {
     }
 }
 
-void RecordedHost::Tell(const RecordedEvent& event, const Difference& difference) {
-    ++differences;
+// Whether a difference is to be told, too.
+bool RecordedHost::Count() {
     ++progress.account.failed;
-    if (differences > mostDifferences) {
+    return ++differences <= mostDifferences;
+}
+
+// A command that takes something else than it did cannot be called as it was. Commands that have
+// been added are nobody's concern here, nor are those of a plug-in that describes none.
+void RecordedHost::CompareCommands() {
+    progress.Begin(0, settings.name, "the plug-in's description");
+    const CommandTable* const table = session.Commands();
+    if (table == nullptr) {
+        return;
+    }
+    for (const auto& [number, command] : file.commands) {
+        const DescribedCommand recorded{number, command.name, command.usageText, command.usage};
+        const DescribedCommand* const here = table->Find(number);
+        const bool isLike = here != nullptr && TakesTheSame(recorded, *here);
+        if (!isLike) {
+            unlike.insert(number);
+        }
+        if ((!isLike || recorded.name != here->name) && Count()) {
+            transcript.Say(LineKind::Wrong, "DIFFERENCE " + settings.name + ": command " +
+                                                std::to_string(number) + ": recorded " +
+                                                Described(recorded) + ", here " +
+                                                (here != nullptr ? Described(*here) : "none"));
+        }
+    }
+    isOver = differences != 0 && !settings.goesOn;
+}
+
+void RecordedHost::Tell(const RecordedEvent& event, const Difference& difference) {
+    if (!Count()) {
         return;
     }
     transcript.Say(LineKind::Wrong, "DIFFERENCE " + settings.name + ": crossing " +

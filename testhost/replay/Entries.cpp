@@ -22,6 +22,10 @@ const RecordedItem* InitRecord(const RecordedEvent& event) {
 }
 
 void RecordedHost::PlayEntry(Task& task, const RecordedEvent& begin) {
+    if (begin.IsPack() && unlike.contains(begin.head.selector)) {
+        const size_t end = file.crossings.at(begin.head.number).end;
+        return Skip(task, end != 0 ? end + 1 : file.events.size());
+    }
     Take(begin);
     ++playedEntries;
     ++progress.account.pluginCalls;

@@ -10,6 +10,7 @@
 #include "testhost/session/CrossingPrinter.h"
 
 #include <memory>
+#include <set>
 
 /// Whether it is the entry that initialises the plug-in.
 bool IsInit(const RecordedEvent& event);
@@ -63,6 +64,7 @@ class RecordedHost {
     void PassOver(const RecordedEvent& event);
     void Stop();
     void Stand();
+    void CompareCommands();
     void SayNotes();
     void SayWhereItEnds();
 
@@ -87,6 +89,7 @@ class RecordedHost {
     CrossingContents TakeAndCompare(const RecordedEvent& event,
                                     const Recording::Crossing& crossing);
     void Differ(const RecordedEvent& event, const std::string& recorded, const std::string& here);
+    bool Count();
     void Tell(const RecordedEvent& event, const Difference& difference);
     void StopUnlessToGoOn();
     bool SkipToCall(const Task& task, const Recording::Crossing& crossing);
@@ -106,6 +109,7 @@ class RecordedHost {
     size_t nextChange = 0;
     size_t nextNote = 0;
     std::vector<bool> skipped; ///< by event
+    std::set<long> unlike;     ///< commands that take something else here
     RecordedStacks stacks{file};
     std::vector<std::unique_ptr<Task>> tasks;
     Task* running = nullptr;

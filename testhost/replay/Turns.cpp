@@ -97,6 +97,7 @@ RecordedHost::Task* RecordedHost::TaskOf(const RecordedEvent& event) {
 }
 
 void RecordedHost::Play() {
+    CompareCommands();
     while (const RecordedEvent* event = Next()) {
         running = TaskOf(*event);
         if (running == nullptr) {
