@@ -128,16 +128,35 @@ void AskedCall::MakeElements(const RecordedItem& item, Handle elements) const {
     }
 }
 
-void AskedCall::TakeOverString() {
+const RecordedItem* AskedCall::AnsweredUnits() const {
     NIMBO_ALLOW_OFFSETS_BEHIND_BASES
     constexpr size_t units = offsetof(FDEngineBlock, string) + offsetof(FDStringBlock, units);
     NIMBO_ALLOWED
+    return end->contents.Find(0, units, Recording::Target::Memory);
+}
+
+void AskedCall::TakeOverString() {
     const EngineFields* const here = asked.Engine();
     const EngineFields* const there = answer.Engine();
     if (here != nullptr && there != nullptr && host.strings.IsLive(here->string)) {
         FDStringBlock string = here->string;
-        MakeString(end->contents.Find(0, units, Recording::Target::Memory), there->string, string);
+        MakeString(AnsweredUnits(), there->string, string);
     }
+}
+
+void AskedCall::MeetString() {
+    const EngineFields* const before = sent.Engine();
+    const EngineFields* const there = answer.Engine();
+    const EngineFields* const here = asked.Engine();
+    if (end == nullptr || before == nullptr || there == nullptr || here == nullptr ||
+        there->string.units == nullptr || there->string.units == before->string.units) {
+        return;
+    }
+    FDStringBlock string = here->string;
+    if (!host.strings.IsLive(string)) {
+        string = host.strings.Create(std::string_view()); // the plug-in's, which disposes of it
+    }
+    MakeString(AnsweredUnits(), there->string, string);
 }
 
 void AskedCall::MakeString(const RecordedItem* text, const FDStringBlock& recorded,

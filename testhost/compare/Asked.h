@@ -67,8 +67,12 @@ struct AskedCall {
     bool AnsweredValue(size_t offset, ValueBlock& value) const;
     /// Has the host string that the stand-in answered hold what the recorded one did.
     void TakeOverString();
+    /// The same when the stand-in may have answered none: then it has one from now on. For an
+    /// answer of which nothing is judged.
+    void MeetString();
 
   private:
+    const RecordedItem* AnsweredUnits() const;
     void MakeHostsOwn(const RecordedItem& item, ValueBlock& value) const;
     void MakeElements(const RecordedItem& item, Handle elements) const;
     /// The units of the recorded string stand in `text`; null for an empty one.

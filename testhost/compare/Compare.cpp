@@ -319,6 +319,7 @@ class Walk {
         const bool isUnknown = call.asked.Fields().error == unknownName &&
                                call.answer.Fields().error == ResultCode::NoError;
         if (isWhole || isUnknown) {
+            call.MeetString();
             NotJudged(isWhole ? fact.what : "names that the stand-in does not have", service);
             return true;
         }
