@@ -119,6 +119,7 @@ class Show {
                 ShowEvent(file.events[number]);
             }
         }
+        isAtEnd = EndedBeforeItsTime();
         stacks.Leave([this](const RecordedStacks::Open& open) { TellLeft(open); });
         ShowEnd();
     }
@@ -138,6 +139,9 @@ class Show {
                            std::to_string(calls) + " calls into the host";
         if (unfinished != 0) {
             text += ", " + std::to_string(unfinished) + " that never ended";
+        }
+        if (underWay != 0) {
+            text += ", " + std::to_string(underWay) + " under way when the recording ended";
         }
         transcript.Say(LineKind::Plain, text);
         if (!file.complaint.empty()) {
@@ -238,7 +242,7 @@ class Show {
         call.depth = crossing.depth;
         call.before = begin.contents.root;
         call.after = end != nullptr ? end->contents.root : call.before;
-        call.remark = end == nullptr ? "it never ended" : "";
+        call.remark = end == nullptr ? NeverEnded() : "";
         if (end != nullptr && end->head.returned != FieldsOf(*end).error) {
             call.remark = "returned " + std::to_string(end->head.returned);
         }
@@ -272,13 +276,24 @@ class Show {
     }
 
     void TellLeft(const RecordedStacks::Open& open) {
-        ++unfinished;
+        ++(isAtEnd ? underWay : unfinished);
         if (!open.event->IsIntoPlugin()) {
             ShowCall(open, nullptr);
             return;
         }
         Finish(*open.event, open.depth);
-        TellOfEntry(open.depth, "(" + EntryName(file, *open.event) + " never ended)");
+        TellOfEntry(open.depth, "(" + EntryName(file, *open.event) + ": " + NeverEnded() + ")");
+    }
+
+    // What the recorder has ended by itself says nothing of what was under way.
+    std::string NeverEnded() const {
+        return isAtEnd ? "the recording ended before it" : "it never ended";
+    }
+
+    // At a limit, which the last note tells of.
+    bool EndedBeforeItsTime() const {
+        return file.hasEnd && !file.notes.empty() &&
+               file.notes.back().second.find("what followed is not in") != std::string::npos;
     }
 
     static std::string Indent(int depth) {
@@ -295,6 +310,8 @@ class Show {
     size_t entries = 0;
     size_t calls = 0;
     size_t unfinished = 0;
+    size_t underWay = 0;  ///< when the recorder ended the recording
+    bool isAtEnd = false; ///< what is left has that for its reason
 };
 } // namespace
 
