@@ -152,6 +152,8 @@ TEST(RecordingFileTest, EndsWhereItIsWrong) {
     strange.target = static_cast<Target>(9);
     ItemHead boasting = MemoryAt(4);
     boasting.size = boasting.stored = 4000000000U;
+    ItemHead unknown = MemoryAt(4);
+    unknown.size = UnknownSize;
     const struct {
         std::function<void(Writer&)> add;
         const char* complaint;
@@ -162,6 +164,7 @@ TEST(RecordingFileTest, EndsWhereItIsWrong) {
         {entry(Item(MemoryAt(4, 1), "x"), 1), "before the one that leads to it"},
         {entry(Item(strange, "x"), 1), "of an unknown kind"},
         {entry(BytesOf(boasting), 1), "ends within what it announces"},
+        {entry(Item(unknown, "x"), 1), "more bytes than there were"},
         {entry({}, 1), "ends within"},
         {entry({}, MostItems + 1), "more than 16000 items"},
         {entry("x", 0), "1 bytes too many"},
