@@ -114,14 +114,15 @@ void AskedCall::MakeHostsOwn(const RecordedItem& item, ValueBlock& value) const 
 void AskedCall::MakeElements(const RecordedItem& item, Handle elements) const {
     const auto number = static_cast<unsigned>(&item - end->contents.items.data()) + 1;
     const size_t size = std::min(item.bytes.size(), LiveContents(elements).size());
+    const ItemIndex answered(end->contents);
     for (size_t place = 0; place + sizeof(FDStringBlock) <= size; place += sizeof(FDStringBlock)) {
         FDStringBlock recorded{};
         FDStringBlock string{};
         std::memcpy(&recorded, &item.bytes[place], sizeof recorded);
         std::memcpy(&string, *elements + place, sizeof string);
         if (recorded.units != nullptr) { // else it is empty, and nobody's
-            MakeString(end->contents.Find(number, place + offsetof(FDStringBlock, units),
-                                          Recording::Target::Memory),
+            MakeString(answered.Find(number, place + offsetof(FDStringBlock, units),
+                                     Recording::Target::Memory),
                        recorded, string);
             std::memcpy(*elements + place, &string, sizeof string);
         }
