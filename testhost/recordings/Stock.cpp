@@ -26,6 +26,7 @@ class Stock::Builder final : public Visitor {
             const Former* itsFormer, std::uint32_t itsCodeStandIn)
         : stock(itsStock),
           crossing(itsCrossing),
+          items(itsRecorded),
           recorded(itsRecorded),
           former(itsFormer),
           codeStandIn(itsCodeStandIn),
@@ -42,7 +43,7 @@ class Stock::Builder final : public Visitor {
     }
 
     Found Visit(const Place& place, std::uint32_t address) override {
-        const RecordedItem* item = recorded.Find(parents[place.parent], place.offset, place.target);
+        const RecordedItem* item = items.Find(parents[place.parent], place.offset, place.target);
         const std::uint32_t here = Here(place, address, item);
         std::memcpy(&places[place.parent][place.offset], &here, wordSize);
         if (made.empty()) {
@@ -93,7 +94,7 @@ class Stock::Builder final : public Visitor {
             !crossing.isOver && (crossing.way == Way::Classic || crossing.way == Way::Engine);
         const auto known = stock.book.Here(address);
         if ((known && isSent) ||
-            recorded.Find(parents[place.parent], place.offset, Target::Memory) == nullptr) {
+            items.Find(parents[place.parent], place.offset, Target::Memory) == nullptr) {
             return known.value_or(address);
         }
         std::uint32_t built = 0;
@@ -197,6 +198,7 @@ class Stock::Builder final : public Visitor {
 
     Stock& stock;
     const Crossing& crossing;
+    const ItemIndex items; ///< that were recorded
     const CrossingContents& recorded;
     const Former* former;
     const std::uint32_t codeStandIn;
