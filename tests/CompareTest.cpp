@@ -370,6 +370,22 @@ TEST(FindDifferencesTest, TellsWhatIsThereAndWhatItHolds) {
     }
 }
 
+// A difference has one notation on both sides: none is a text where the other is bytes.
+TEST(FindDifferencesTest, TellsBothSidesInOneNotation) {
+    EXPECT_EQ(DifferencesOf(HandMade().Text("red"), HandMade().Text("r\1d")),
+              "what what handle leads to holds: 3 bytes, from byte 1 on 65 64, "
+              "3 bytes, from byte 1 on 01 64\n");
+    const auto cell = [](const std::string& bytes) {
+        HandMade made;
+        made.Add(0, FindRecordField("handle")->Offset(false), Target::Memory,
+                 Recording::Form::Result, bytes);
+        made.contents.items[0].head.detail = static_cast<std::uint8_t>(ValueKind::Long);
+        return made;
+    };
+    EXPECT_EQ(DifferencesOf(cell({1, 0, 0, 0}), cell({9, 0, 0, 0})),
+              "what handle leads to: long 1, long 9\n");
+}
+
 TEST(ComparisonTest, WhereNothingIsComparedNothingIsGood) {
     EXPECT_FALSE(Compared({}).IsGood());
     RecordingFile old = RecordingOf(0x0680, {});
