@@ -10,6 +10,7 @@
 #include <cctype>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include <windows.h>
 
@@ -213,9 +214,12 @@ std::string ReplacedFolders::Replace(RecordingFile& file, const std::string& fol
     constexpr size_t shortestName = 4;
     const std::string missing = MissingPart(folder, start.size() + shortestName);
     if (missing.empty()) {
-        notes.push_back("The folder " + folder +
-                        " is not here, and its path is too short for another one to "
-                        "take its place.");
+        std::string note = "The folder " + folder +
+                           " is not here, and its path is too short for another one to "
+                           "take its place.";
+        if (std::ranges::find(notes, note) == notes.end()) { // it may be asked for again
+            notes.push_back(std::move(note));
+        }
         return {};
     }
     std::string name = std::to_string(made.size() + 1) + std::to_string(GetCurrentProcessId());

@@ -26,6 +26,7 @@ RecordedHost::RecordedHost(const RecordingFile& itsFile, const ReplaySettings& i
       printer(itsTranscript, itsProgress.callsNotPrinted, ""),
       skipped(itsFile.events.size()) {
     current = this;
+    progress.account.isReplay = true;
     stock.isForPlugin = true;
     transcript.callsNotShown = &progress.callsNotPrinted;
     EntryUnderWay::onChanged = [this](const EntryUnderWay* entry) {

@@ -9,15 +9,26 @@ std::string Counted(size_t count, const char* one, const char* many) {
 } // namespace
 
 std::string Account::Describe() const {
-    std::string text = std::to_string(pluginCalls) + " calls into the plug-in, " +
-                       std::to_string(hostCalls) + " calls into the host, " + std::to_string(held) +
-                       " expectations held, " + std::to_string(failed) + " failed, " +
-                       std::to_string(problems) + " problems";
+    std::string text;
+    if (isReplay) {
+        text = Counted(pluginCalls, "call", "calls") + " into the plug-in and " +
+               Counted(hostCalls, "call", "calls") + " into the host played, " +
+               Counted(failed, "difference", "differences") + ", " +
+               Counted(problems, "problem", "problems");
+    } else {
+        text = std::to_string(pluginCalls) + " calls into the plug-in, " +
+               std::to_string(hostCalls) + " calls into the host, " + std::to_string(held) +
+               " expectations held, " + std::to_string(failed) + " failed, " +
+               std::to_string(problems) + " problems";
+    }
     if (crashes > 0) {
         text += ", " + Counted(crashes, "crash", "crashes");
     }
     if (notPlayed > 0) {
-        text += "; " + Counted(notPlayed, "statement", "statements") + " not played";
+        text += "; " +
+                (isReplay ? Counted(notPlayed, "event", "events")
+                          : Counted(notPlayed, "statement", "statements")) +
+                " not played";
     }
     return text;
 }

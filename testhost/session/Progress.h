@@ -15,7 +15,8 @@ struct Account {
     size_t problems = 0;
     size_t crashes =
         0; ///< of the plug-in, in processes of their own; time-outs and ends among them
-    size_t notPlayed = 0; ///< statements
+    size_t notPlayed = 0;  ///< statements; events of a recording
+    bool isReplay = false; ///< of a recording
 
     bool IsGood() const { return failed == 0 && problems == 0 && crashes == 0; }
     /// One line, which tells of crashes and statements not played only when there were some.
