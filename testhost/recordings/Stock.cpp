@@ -13,7 +13,9 @@ using namespace Recording;
 
 namespace {
 constexpr size_t wordSize = sizeof(std::uint32_t);
-constexpr size_t roomBehind = 64; // zeros behind what is lent
+constexpr unsigned char guardByte = 0xC7;
+constexpr size_t guardSize = 16;  // in front of what is lent
+constexpr size_t roomBehind = 64; // guard bytes, too
 constexpr size_t wholePascalString =
     256; // what a host lends where the recording has its characters
 constexpr size_t mostMissing = 4 * 1024 * 1024; // zeros for what was not stored, in one crossing
@@ -214,14 +216,38 @@ class Stock::Builder final : public Visitor {
 Stock::Stock() = default;
 Stock::~Stock() = default;
 
-// Zeroed, and with room behind it. One that has become too small stays: someone may have it.
+// Zeroed. One that has become too small stays: someone may have it.
 std::span<unsigned char> Stock::Block(std::uint32_t recorded, Form form, size_t size) {
-    std::vector<unsigned char>& block = blocks[{recorded, static_cast<std::uint8_t>(form)}];
-    if (block.size() < size + roomBehind) {
-        outgrown.push_back(std::exchange(block, std::vector<unsigned char>(size + roomBehind)));
+    Guarded& block = blocks[{recorded, static_cast<std::uint8_t>(form)}];
+    const size_t whole = guardSize + size + roomBehind;
+    if (block.bytes.size() < whole) {
+        outgrown.push_back(std::exchange(block.bytes, std::vector<unsigned char>(whole)));
     }
-    std::ranges::fill(block, static_cast<unsigned char>(0));
-    return std::span(block).first(size);
+    block.size = size;
+    lent.insert(&block);
+    std::ranges::fill(block.bytes, guardByte);
+    const std::span<unsigned char> inside = std::span(block.bytes).subspan(guardSize, size);
+    std::ranges::fill(inside, static_cast<unsigned char>(0));
+    return inside;
+}
+
+std::vector<std::string> Stock::TakeGuardProblems() {
+    std::vector<std::string> problems;
+    for (Guarded* const block : lent) {
+        const std::span<unsigned char> all(block->bytes);
+        const auto check = [&](std::span<unsigned char> guard, const char* where) {
+            if (std::ranges::all_of(guard, [](unsigned char byte) { return byte == guardByte; })) {
+                return;
+            }
+            std::ranges::fill(guard, guardByte);
+            problems.push_back(std::string("The plug-in wrote ") + where + " the " +
+                               std::to_string(block->size) + " bytes that the host had lent it.");
+        };
+        check(all.first(guardSize), "in front of");
+        check(all.subspan(guardSize + block->size), "behind");
+    }
+    lent.clear();
+    return problems;
 }
 
 std::vector<unsigned char> Stock::Rebuild(const Crossing& crossing,

@@ -3,6 +3,8 @@
 #include "testhost/recordings/Contents.h"
 
 #include <memory>
+#include <set>
+#include <string>
 
 /// What was handed over in a recording, put together again in this process: memory, handles of the
 /// toolbox and of the host, words. Nothing in it leads outside of what is there: an address that
@@ -34,11 +36,21 @@ class Stock {
                                        const Former* former = nullptr,
                                        std::uint32_t codeStandIn = 0);
 
+    /// What of the memory that was put together since the last time was written beyond its ends, as
+    /// sentences; it is whole again then.
+    std::vector<std::string> TakeGuardProblems();
+
   private:
     class Builder;
+    /// Memory between guard bytes.
+    struct Guarded {
+        std::vector<unsigned char> bytes;
+        size_t size = 0;
+    };
     std::span<unsigned char> Block(std::uint32_t recorded, Recording::Form form, size_t size);
 
     /// By the recording's address and the form: what stood on a stack gives way to other things.
-    std::map<std::pair<std::uint32_t, std::uint8_t>, std::vector<unsigned char>> blocks;
+    std::map<std::pair<std::uint32_t, std::uint8_t>, Guarded> blocks;
     std::vector<std::vector<unsigned char>> outgrown;
+    std::set<Guarded*> lent; ///< since their guards were looked at
 };

@@ -133,6 +133,9 @@ void RecordedHost::WaitForEver(Task& task, const RecordedEvent& begin) {
 
 void RecordedHost::EndEntry(Task& task, const RecordedEvent& begin,
                             const std::vector<std::uint32_t>& words) {
+    for (const std::string& problem : stock.TakeGuardProblems()) {
+        host.Report(problem);
+    }
     const size_t end = file.crossings.at(begin.head.number).end;
     if (end == 0) {
         return WaitForEver(task, begin);
