@@ -29,13 +29,13 @@ int RunCompare(const CompareOptions& options) {
         const ComparisonAccount account = Compare(
             file, {.resources = FromUtf8(options.resources),
                    .onAdoption = options.verbose ? say : decltype(CompareSettings::onAdoption)()});
-        Print(account, std::cout);
         for (const auto& [event, text] : file.notes) {
             say("note: " + text);
         }
         if (!file.complaint.empty()) {
             say("The recording is damaged behind this: " + file.complaint);
         }
+        Print(account, std::cout);
         return account.IsGood() && file.complaint.empty() ? allHeld : somethingFailed;
     } catch (const RecordingError& error) {
         std::cerr << "testhost: " << Shown(path) << " cannot be compared: " << error.what() << "\n";
