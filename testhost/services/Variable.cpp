@@ -11,7 +11,7 @@ long CurrentVariables(Host& host) {
     return host.dialogs.VariablesOf(host.currentProcess);
 }
 
-std::string NameOf(const ServiceCall& call) {
+std::string VariableName(const ServiceCall& call) {
     return {reinterpret_cast<const char*>(call.fields.name) + 1, call.fields.name[0]};
 }
 
@@ -41,16 +41,16 @@ void GetVariable(ServiceCall& call, long process, const char* service, bool conv
         return;
     }
     HostVariables& variables = call.host.variables;
-    const ValueBlock* found = variables.Find(process, NameOf(call));
+    const ValueBlock* found = variables.Find(process, VariableName(call));
     ValueBlock answer{};
     answer.type = ValueType::Undefined;
     if (found != nullptr) {
         answer = *found;
-        variables.Touch(process, NameOf(call));
+        variables.Touch(process, VariableName(call));
     }
     // A plug-in that asks with a string gets texts of every type as one.
     if (found != nullptr && converts && *static_cast<unsigned char*>(target) == ValueType::String) {
-        const auto string = AsString(variables.Read(process, NameOf(call)));
+        const auto string = AsString(variables.Read(process, VariableName(call)));
         if (!string) {
             call.fields.error = ResultCode::BadParameter;
             return;
@@ -69,7 +69,7 @@ void SetVariable(ServiceCall& call, long process, const char* service) {
     ValueBlock value{};
     std::memcpy(&value, source, sizeof value);
     HostVariables& variables = call.host.variables;
-    const std::string name = NameOf(call);
+    const std::string name = VariableName(call);
     call.fields.error = ResultCode::BadParameter;
     if (!HostVariables::IsName(name)) {
         return;
