@@ -7,14 +7,12 @@
 
 using namespace Recording;
 
-namespace {
-bool IsStop(const RecordedEvent& event) {
-    return event.IsPack() && (event.head.selector == -2 || event.head.selector == -220);
-}
-} // namespace
-
 bool IsInit(const RecordedEvent& event) {
     return event.IsPack() && (event.head.selector == -1 || event.head.selector == -200);
+}
+
+bool IsStop(const RecordedEvent& event) {
+    return event.IsPack() && (event.head.selector == -2 || event.head.selector == -220);
 }
 
 const RecordedItem* InitRecord(const RecordedEvent& event) {

@@ -12,8 +12,9 @@
 #include <memory>
 #include <set>
 
-/// Whether it is the entry that initialises the plug-in.
+/// Whether it is an entry that initialises the plug-in, that de-initialises it.
 bool IsInit(const RecordedEvent& event);
+bool IsStop(const RecordedEvent& event);
 /// The init record that such an entry brings; null when it was not recorded.
 const RecordedItem* InitRecord(const RecordedEvent& event);
 

@@ -121,13 +121,16 @@ void RecordedHost::SayNotes() {
     }
 }
 
-// A recording that ends in the middle was not played whole: the plug-in is still under way.
+// A recording that ends in the middle was not played whole: the plug-in is still under way. When it
+// was stopped, what is still under way in other processes was left there: they were killed.
 void RecordedHost::SayWhereItEnds() {
     if (playedEntries + playedCalls == 0) {
         transcript.Say(LineKind::Wrong, "Nothing of the recording was played.");
     }
     for (const auto& task : tasks) {
-        if (!task->open.empty()) {
+        if (!task->open.empty() && lastStop && !IsStop(*task->open.front())) {
+            host.scheduler->Drop(host, task->number);
+        } else if (!task->open.empty()) {
             isOver = true;
             transcript.Say(LineKind::Wrong, "The recording ends within " +
                                                 CrossingName(file, *task->open.back()) + ".");
