@@ -548,9 +548,9 @@ const RecordedItem* ItemIndex::Find(unsigned parent, size_t offset, Target targe
 }
 
 std::span<const RecordedItem* const> ItemIndex::In(unsigned parent) const {
-    const auto found = std::ranges::equal_range(
-        sorted, parent, {}, [](const RecordedItem* item) -> unsigned { return item->head.parent; });
-    return {found.begin(), found.end()};
+    const auto parentOf = [](const RecordedItem* item) -> unsigned { return item->head.parent; };
+    return {std::ranges::lower_bound(sorted, parent, {}, parentOf),
+            std::ranges::upper_bound(sorted, parent, {}, parentOf)};
 }
 
 CrossingContents TakeContents(const Crossing& crossing, const Surroundings& surroundings) {
