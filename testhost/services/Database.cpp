@@ -235,11 +235,10 @@ void SetPackedRecord(ServiceCall& call) {
                                                                      call.fields.table, *values)
                                : short{DatabaseError::BadPackedRecord};
 }
-
-using namespace RecordField;
 } // namespace
 
 std::span<const Service> DatabaseServices() {
+    using namespace RecordField;
     static constexpr Service services[] = {
         {Select("NewRecord"), Table, OnTable<&Database::NewRecord>},
         {Select("UpdateRecord"), Table, OnTable<&Database::SaveRecord>},
